@@ -1,0 +1,20 @@
+# Compile options that every target of the project shares, as the interface target tessera_options.
+add_library(tessera_options INTERFACE)
+target_compile_options(
+    tessera_options
+    INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Woverloaded-virtual
+              # Points are values without a virtual destructor, always freed by their static type.
+              -Wno-delete-non-virtual-dtor -Wno-non-virtual-dtor
+              # A fused multiply-add would make results differ between compilers.
+              -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(tessera_options INTERFACE -Wno-delete-non-abstract-non-virtual-dtor)
+endif()
+if(TESSERA_WARNINGS_AS_ERRORS)
+    target_compile_options(tessera_options INTERFACE -Werror)
+endif()
+if(TESSERA_SANITIZE)
+    set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(tessera_options INTERFACE ${sanitizers} -O1)
+    target_link_options(tessera_options INTERFACE ${sanitizers})
+endif()

@@ -1,0 +1,138 @@
+// Curve records: one header for every form, the data of each form, and the routines that dispatch on it.
+//
+// Units      model units; angles in radians; line and B-curve parameters run from 0 to 1.
+// Ownership  a record owns its data; free it with evcrvf. Makers and copies return null when
+//            memory runs out, with everything freed. No function here throws or prints.
+#pragma once
+
+#include "tessera/core/Export.h"
+
+/// Header of a record. `span` is end minus start and may be negative.
+struct KC_CURVE_struct_s {
+    void* data;
+    int form;
+    double start;
+    double span;
+    int closed;
+};
+
+// Form codes. 4, 7, 8 and 10 are reserved: nothing creates them.
+inline constexpr int kFormPoint = 2;  // data: three doubles
+inline constexpr int kFormLine = 3;   // EVC_line_s
+inline constexpr int kFormArc = 5;    // EVC_arc_s
+inline constexpr int kFormConic = 6;  // EVC_conic_s
+inline constexpr int kFormBCurve = 9; // EVC_bcurve_s
+
+/// P(t) = base + t direction, t in [0, 1].
+struct EVC_line_s {
+    double base[3];
+    double direction[3]; ///< end - start, not normalised
+};
+
+/// P(theta) = centre + cos theta xAxis + sin theta yAxis; the axes carry the radius.
+struct EVC_arc_s {
+    double startAngle;
+    double endAngle;
+    double centre[3];
+    double radius;
+    double xAxis[3];
+    double yAxis[3];
+};
+
+/// P(theta) = centre + cos theta majorAxis + sin theta minorAxis; the axes carry the radii.
+struct EVC_conic_s {
+    double startAngle;
+    double endAngle;
+    double radius1;
+    double radius2;
+    int conicType; ///< 2: ellipse, the only kind that is made
+    double centre[3];
+    double majorAxis[3];
+    double minorAxis[3];
+};
+
+/// B-curve definition: P(t) = sum N w P / sum N w. Poles are positions with a separate weight.
+/// The curve's 0..1 is mapped linearly onto [knots[degree], knots[numPoles]]. A periodic curve
+/// holds its wrapped poles: n poles and n + order knots, n - degree segments.
+struct BCURVE_DATA {
+    double (*poles)[4]; ///< n x (x, y, z, weight)
+    double* knots;      ///< n + order
+    int numPoles;
+    int order;
+    int degree;
+    int periodic;   ///< 1: closed and periodic
+    int polynomial; ///< 1: every weight is exactly 1.0
+};
+
+/// Working record of one span: the Bezier form of the definition over a knot interval.
+struct BCURVE_SEGMENT {
+    double from, to; ///< knot interval
+    double* bezier;  ///< order x 4 homogeneous coefficients, inside EVC_bcurve_s::coefficients
+};
+
+/// Evaluation record around a definition. Caches are filled span by span on first use.
+struct EVC_bcurve_s {
+    BCURVE_DATA* definition;
+    double* spanCache;        ///< n doubles, zero at creation; non-zero once span i is filled
+    BCURVE_SEGMENT* segments; ///< n records
+    double* coefficients;     ///< n x k x 4
+    int k;                    ///< rows per span: 4, 5, 7 for order < 2, 2, 3; 4 order - 6 above
+};
+
+// --- Makers -----------------------------------------------------------------------------------------
+
+TESSERA_API KC_CURVE_struct_s* ev02p0(const double point[3]);
+TESSERA_API KC_CURVE_struct_s* ev03p0(const double start[3], const double end[3]);
+/// Axes (r, 0, 0) and (0, r, 0); span end - start, also negative; closed when |span - 2 pi| <= 1e-10.
+TESSERA_API KC_CURVE_struct_s* ev05p0(const double centre[3], double radius, double startAngle,
+                                      double endAngle);
+/// Conic type 2 with the major axis at `rotation`.
+TESSERA_API KC_CURVE_struct_s* ev06p0(const double centre[3], double radius1, double radius2, double rotation,
+                                      double startAngle, double endAngle);
+/// Definition from copies of the knots and poles; sizes = {number of poles, order, periodic flag}.
+TESSERA_API BCURVE_DATA* ev091p(int* const sizes, double* knots, double (*poles)[4]);
+/// Evaluation record straight from the same inputs.
+TESSERA_API EVC_bcurve_s* ev09p0(int* const sizes, double* knots, double (*poles)[4]);
+/// Form-9 record around d, which the record owns from then on. On failure d stays the caller's.
+TESSERA_API KC_CURVE_struct_s* ev09p1(BCURVE_DATA* d);
+
+// --- Freeing ----------------------------------------------------------------------------------------
+
+/// Frees data and header; null does nothing. Forms 4 and 7 are left alone, of 8 and 10 only the header goes.
+TESSERA_API void evcrvf(KC_CURVE_struct_s* c);
+TESSERA_API void ev0250(double* point);
+TESSERA_API void ev0350(EVC_line_s* line);
+TESSERA_API void ev0550(EVC_arc_s* arc);
+TESSERA_API void ev0650(EVC_conic_s* conic);
+TESSERA_API void ev0950(EVC_bcurve_s* bcurve); ///< with its definition
+TESSERA_API void ev0952(BCURVE_DATA* d);
+
+// --- Reading ----------------------------------------------------------------------------------------
+
+/// Parameter limits in ascending order.
+TESSERA_API void evcrvp(KC_CURVE_struct_s* c, double limits[2]);
+/// Position and nderiv derivatives at t: out holds 3 (nderiv + 1) doubles, position first.
+/// An unknown form leaves out untouched.
+TESSERA_API void evcrve(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+TESSERA_API void ev0200(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+TESSERA_API void ev0300(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+TESSERA_API void ev0500(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+TESSERA_API void ev0600(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+TESSERA_API void ev0900(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
+
+// --- Copying and moving -----------------------------------------------------------------------------
+
+/// Transformed copy p' = m p + v, m row by row; same start, span and closed. Null for other forms or
+/// when memory runs out. Radii are taken from the transformed axes.
+TESSERA_API KC_CURVE_struct_s* evcrvx(KC_CURVE_struct_s* c, double m[][3], double* v);
+/// Scales the record in place about the origin. Returns 0, or 1 for a null or unknown record.
+TESSERA_API int evcrvxScale(KC_CURVE_struct_s* c, double s);
+/// Exact copy; null for null, unknown forms or when memory runs out.
+TESSERA_API KC_CURVE_struct_s* evcrvCopy(KC_CURVE_struct_s* c);
+/// Exact sub-range [limits[0], limits[1]] as a new record of the same form; ranges across the seam of a
+/// closed curve are valid, open B-curves are clamped to [0, 1]. B-curves come back open with knots 0..1:
+/// P_new(u) = P(a + u (b - a)). Null when the range is empty or memory runs out.
+TESSERA_API KC_CURVE_struct_s* em0941(KC_CURVE_struct_s* c, const double limits[2]);
+/// Exact (rational) B-curve of any form, start to end in ascending limits; caller frees (ev0952 or
+/// ev09p1). Null for points, unknown forms or when memory runs out.
+TESSERA_API BCURVE_DATA* em0960(KC_CURVE_struct_s* c);

@@ -1,0 +1,17 @@
+// MTX3 - 3 x 3 matrices of doubles, row by row.
+#pragma once
+
+#include "tessera/core/Export.h"
+#include "tessera/kernel/VexMath.h"
+
+TESSERA_API void MTX3_identity(double m[3][3]);
+/// out = B A, in this order. out may be either factor.
+TESSERA_API void MTX3_multiply(const double a[3][3], const double b[3][3], double out[3][3]);
+/// out may be m itself.
+TESSERA_API void MTX3_transpose(const double m[3][3], double out[3][3]);
+TESSERA_API double MTX3_determinant(const double m[3][3]);
+/// 1, or 0 with out untouched when the matrix is singular to working precision. out may be m itself.
+TESSERA_API int MTX3_invert(const double m[3][3], double out[3][3]);
+/// out = m v.
+TESSERA_API void MTX3_transform_vector(const double m[3][3], const Vex::Math::Vector3* v,
+                                       Vex::Math::Vector3* out);
