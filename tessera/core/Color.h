@@ -11,8 +11,8 @@ namespace Tessera::Core {
 class TESSERA_API Color {
 public:
     constexpr Color() = default; ///< opaque white
-    constexpr Color(std::uint16_t alpha, std::uint16_t red, std::uint16_t green, std::uint16_t blue)
-        : alpha(alpha), red(red), green(green), blue(blue) {}
+    constexpr Color(std::uint16_t a, std::uint16_t r, std::uint16_t g, std::uint16_t b)
+        : alpha(a), red(r), green(g), blue(b) {}
 
     static Color Black();
     static Color Blue();
