@@ -226,8 +226,11 @@ void BoundingBox::Transform(double m[3][3]) {
         corner.Transform(m);
         SetVector(moved[i], corner.x, corner.y, corners_[i][2]);
         for (int k = 0; k < 3; ++k) {
-            centre[k] += moved[i][k] / count;
+            centre[k] += moved[i][k];
         }
+    }
+    for (double& coordinate : centre) {
+        coordinate /= count;
     }
     // The corner pairs whose differences are twice the half-size vectors.
     static constexpr int kSides[3][2] = {{0, 1}, {1, 2}, {0, 4}};
