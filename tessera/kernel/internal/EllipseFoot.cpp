@@ -1,0 +1,89 @@
+#include "tessera/kernel/internal/EllipseFoot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+// In the first quadrant with a >= b the foot is (a C, b S) with C = n / (u + k), S = z / u, where u > 0
+// solves f(u) = C^2 + S^2 - 1 = 0, z = y / b, n = a x / b^2 and k = (a^2 - b^2) / b^2. Eberly's variable is u
+// - 1; with u itself nothing cancels for points close to the major axis. f falls and is convex, and u lies
+// between max(z, n - k) and sqrt(n^2 + z^2); points on the ellipse have u = 1.
+
+namespace {
+
+constexpr int kNewtonSteps =
+    32; // enough unless the point is all but on the major axis near the evolute's cusp
+constexpr int kBisections =
+    80; // geometric: 10 bring any two doubles within a factor of 2, 53 more to the last bit
+constexpr double kStepTol = 2e-16; // relative step at which u has settled
+constexpr double kOnMajorAxis =
+    1e-290; // y / b; below it u would near the denormal numbers and lose its digits
+
+struct FootEquation {
+    double n, z, k;
+    double Cos(double u) const { return n / (u + k); }
+    double Sin(double u) const { return z / u; }
+    double Value(double u) const { return Cos(u) * Cos(u) + Sin(u) * Sin(u) - 1.0; }
+};
+
+double BisectFoot(const FootEquation& eq, double lo, double hi) {
+    for (int i = 0; i < kBisections; ++i) {
+        const double mid = std::sqrt(lo) * std::sqrt(hi);
+        if (!(mid > lo && mid < hi))
+            break;
+        (eq.Value(mid) >= 0.0 ? lo : hi) = mid;
+    }
+    return lo;
+}
+
+double SolveFoot(const FootEquation& eq) {
+    const double lo = std::max(eq.z, eq.n - eq.k);
+    const double hi = std::max(lo, std::hypot(eq.n, eq.z));
+    double u = std::clamp(1.0, lo, hi);
+    for (int i = 0; i < kNewtonSteps; ++i) {
+        const double c = eq.Cos(u), s = eq.Sin(u);
+        const double step = 0.5 * (c * c + s * s - 1.0) / (c * c / (u + eq.k) + s * s / u);
+        const double next = std::max(lo, u + step);
+        if (std::fabs(next - u) <= kStepTol * u)
+            return next;
+        // From the left of the root every step goes right; once it no longer does, rounding decides.
+        if (i > 0 && next < u)
+            return u;
+        u = next;
+    }
+    return BisectFoot(eq, u, hi);
+}
+
+// First quadrant, a >= b >= 0.
+EllipseFoot FindFirstQuadrantFoot(double a, double b, double x, double y) {
+    if (!(b > 0.0)) {
+        const double c = a > 0.0 ? std::min(1.0, x / a) : 1.0;
+        return {c, std::sqrt((1.0 - c) * (1.0 + c))};
+    }
+    const double ratio = a / b;
+    const FootEquation eq{ratio * (x / b), y / b, (ratio - 1.0) * (ratio + 1.0)};
+    if (!(eq.z > kOnMajorAxis)) {
+        // On the major axis: beyond the evolute's cusp the vertex, before it the symmetric pair of feet.
+        const double c = eq.n < eq.k ? eq.n / eq.k : 1.0;
+        return {c, std::sqrt((1.0 - c) * (1.0 + c))};
+    }
+    const double u = SolveFoot(eq);
+    const double c = eq.Cos(u), s = eq.Sin(u), length = std::hypot(c, s);
+    return {c / length, s / length};
+}
+
+} // namespace
+
+EllipseFoot FindEllipseFoot(double a, double b, double px, double py) {
+    const bool isTall = b > a;
+    double x = std::fabs(px), y = std::fabs(py);
+    if (isTall) {
+        std::swap(a, b);
+        std::swap(x, y);
+    }
+    EllipseFoot foot = FindFirstQuadrantFoot(a, b, x, y);
+    if (isTall)
+        std::swap(foot.cosT, foot.sinT);
+    // Zero counts as positive, negative zero too.
+    return {px < 0.0 ? -foot.cosT : foot.cosT, py < 0.0 ? -foot.sinT : foot.sinT};
+}
