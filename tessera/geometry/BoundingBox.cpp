@@ -72,6 +72,11 @@ BoundingBox::BoundingBox(double cx, double cy, double width, double height) : Bo
     SetVector(offset_, -cx, -cy, 0.0);
 }
 
+BoundingBox::BoundingBox(int dimension, const double centre[3], const double halfSizes[3][3])
+    : BoundingBox() {
+    Build(dimension, centre, halfSizes);
+}
+
 BoundingBox::BoundingBox(KC_CURVE_struct_s* curve) : BoundingBox() {
     GetBBoxFromCurve(curve);
 }

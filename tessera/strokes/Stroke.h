@@ -1,7 +1,12 @@
 // Stroke - one pen stroke: an ordered sequence of samples that can stand in for a curve.
 //
+// Units      model units; speeds in length units per time unit of the input. Indices count samples from 0;
+//            index parameters are index / (n - 1), whatever the distances between the samples.
 // Ownership  new strokes and splines belong to the caller.
-// Errors     thrown as char* texts; a failed call leaves the stroke as it was.
+// Errors     thrown as char* texts; a failed call leaves the stroke as it was. What needs a poly-line throws
+//            "Stroke::CreateSpline:  Incorrect point index" below two samples.
+// Box        cached; mutators mark it outdated, only UpdateBoundingBox refreshes it.
+// Reports    every mutator but Resize, Reverse and UpdateBoundingBox tells the host before the change.
 #pragma once
 
 #include <memory>
@@ -28,11 +33,15 @@ public:
     // Slot order is part of the binary interface.
     ~Stroke() override;
     int AskClass() const override { return Core::ClassID_Stroke; }
-    /// New identifier, same group.
+    /// New identifier, same group; the box is copied as it stands.
     Stroke* Copy() const override;
+    /// Moves the samples and the cached box alike; speeds stay.
     void Transform(double m[3][3]) override;
+    /// When the stroke's group is in `copies`, the copy takes the stroke's place in the group's copy.
     Stroke* DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const override;
+    /// Takes another stroke's samples, box, display data and group; keeps the identifier.
     bool Replace(Core::TaggedObject* other) override;
+    /// From the samples, not from the cached box; always true.
     bool AskXYBox(XYBox& box) const override;
     /// True when every point lies inside the polygon.
     bool IsInPolygon(int n, double* xs, double* ys) override;
@@ -42,39 +51,56 @@ public:
     void AddPoint(const StrokePoint& p);
     /// Throws std::out_of_range for an index outside the array.
     void AssignPoint(const StrokePoint& p, int index);
+    /// Throws "Stroke::GetPoint - input index is out of bounds".
     Point GetPoint(int index) const;
     const std::vector<StrokePoint>& GetPoints() const { return points_; }
     int AskNumberOfPoints() const { return static_cast<int>(points_.size()); }
+    /// Mean of the samples' speeds; 0 for an empty stroke.
     double AskAverageSpeed() const;
 
     bool AskBBoxOutdated() const { return bboxOutdated_; }
     BoundingBox AskBoundingBox() const { return boundingBox_; }
+    /// O(n) when outdated, else nothing.
     void UpdateBoundingBox();
 
-    /// Grows to n samples; never shrinks.
+    /// Grows to n samples (new ones at the origin, speed 0); never shrinks. The box is not marked.
     void Resize(int n);
+    /// The box is not marked: it holds for either order.
     void Reverse();
+    /// Reports once for the call and once for each sample. The other stroke may be this one.
     void AppendPointsFromStroke(const Stroke& other);
     void PrependPointsFromStroke(const Stroke& other);
 
+    /// Samples first..last with this stroke's display data; indices outside are brought in. Throws
+    /// "Stroke::SubStroke:  Incorrect point index" when no two samples are left.
     Stroke* SubStroke(int first, int last) const;
-    /// Sub-stroke between the index parameters params[0] < params[1] in [0, 1]; null when too short.
+    /// Sub-stroke between the index parameters params[0] < params[1] in [0, 1], its ends interpolated. Null
+    /// when an end lies beyond the last sample or fewer than three samples lie from the first one not before
+    /// params[0] to the first one not before params[1].
     Stroke* Extract(double* const params) const;
-    /// Degree 1 spline through the samples first..last, parameter uniform in the index.
+    /// Degree 1 spline through the samples first..last, parameter uniform in the index; indices outside
+    /// are brought in.
     Spline* CreateSpline(int first, int last) const;
     Spline* CreateSpline() const;
+    /// Distance to the poly-line: a scan the first time, a box tree over the segments afterwards.
     double DistanceBounded(const Point& p) const;
+    /// Appends the intersections of CreateSpline() with the curve's carrier.
     void Intersect(const Curve& curve, std::vector<Point>& out) const;
+    /// Appends the intersections of each segment with the bounded curve, segment by segment; one at a
+    /// sample is found by both of its segments.
     void IntersectBounded(const Curve& curve, std::vector<Point>& out) const;
 
 private:
+    void TakeSamples(const Stroke& other);
     void PointsChanged();
+    void ForgetSearch();
+    const SegmentTree* TreeOnceRepeated() const;
 
     std::vector<StrokePoint> points_;
     BoundingBox boundingBox_;
     bool bboxOutdated_ = false;
     mutable std::unique_ptr<SegmentTree> tree_; ///< answers repeated queries; dropped by every change
-    mutable bool queried_ = false;
+    mutable bool queried_ = false;              ///< the samples were searched since the last change
 };
 
 } // namespace Tessera::Geometry

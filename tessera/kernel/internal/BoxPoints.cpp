@@ -57,7 +57,9 @@ void BoxPoints(int n, const double* xy, int stride, int* dimension, double centr
         along.Add(u.x * dx + u.y * dy);
         across.Add(u.x * dy - u.y * dx);
     }
-    if (inX.Half() * inY.Half() <= along.Half() * across.Half()) {
+    // Not finite where the points are not: then the comparison would take the empty extents along it.
+    const bool isPrincipal = std::isfinite(u.x) && along.Half() * across.Half() < inX.Half() * inY.Half();
+    if (!isPrincipal) {
         u = {};
         along = inX;
         across = inY;

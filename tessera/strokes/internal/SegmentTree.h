@@ -27,8 +27,10 @@ struct PlaneRegion {
         maxY = y > maxY ? y : maxY;
     }
     void Extend(const PlaneRegion& other) {
-        Extend(other.minX, other.minY);
-        Extend(other.maxX, other.maxY);
+        minX = std::min(minX, other.minX);
+        minY = std::min(minY, other.minY);
+        maxX = std::max(maxX, other.maxX);
+        maxY = std::max(maxY, other.maxY);
     }
     bool Meets(const PlaneRegion& other) const {
         return minX <= other.maxX && other.minX <= maxX && minY <= other.maxY && other.minY <= maxY;
