@@ -58,6 +58,10 @@ public:
     static Arc* FromThreePoints(const Point& a, const Point& b, const Point& c);
     /// Chords whose sagitta stays within tol; 0 when tol / radius <= 1e-7.
     static int ComputeNumberOfDisplaySegments(double radius, double sweep, double tol);
+
+private:
+    /// The two full circles.
+    void IntersectCircle(const Arc& other, std::vector<Point>& out) const;
 };
 
 } // namespace Tessera::Geometry

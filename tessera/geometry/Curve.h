@@ -12,6 +12,7 @@
 
 #include "tessera/core/DisplayableObject.h"
 #include "tessera/core/Export.h"
+#include "tessera/core/ThrowMessage.h"
 #include "tessera/geometry/BoundingBox.h"
 #include "tessera/geometry/CurveType.h"
 #include "tessera/geometry/Point.h"
@@ -106,7 +107,8 @@ public:
     bool ComputeCurvature(double t, double* k) const;
     /// Extract in place: identifier kept. False when the range is invalid.
     bool Trim(double range[2]);
-    /// Intersections of the bounded curves: *n parameters on each and the points. True when *n > 0.
+    /// Intersections of the bounded curves: *n parameters on each and the points; the lists are emptied
+    /// first. True when the search went through, also with *n = 0. tol <= 0 means the length tolerance.
     bool IntersectCurve(const Curve& other, int* n, std::vector<double>& params1,
                         std::vector<double>& params2, std::vector<Point>& points, double tol) const;
     /// Common stretch with another curve (see CRV_TOPOL_overlap for tolerances and states); range[0..1] in
@@ -131,12 +133,24 @@ public:
     void AddDimensions(std::vector<Dimension::DimensionBase*>& list);
     void ReplaceDimension(int index, Dimension::DimensionBase* d);
     void UpdateDimensions();
-    Dimension::DimensionBase* CreateUpdateDimension(int type, bool create, double x, double y);
+    Dimension::DimensionBase* CreateUpdateDimension(int type, bool create, double textHeightOffset,
+                                                    double fontHeight);
     void CreateSameDimensions(Curve* other);
     void CreateSameDimensionOfType(Curve* other, int type);
+    /// Reports a change of this curve when d is listed here; called before d's flag is stored.
     void LogDimensionFinalize(Dimension::DimensionBase* d, bool finalized);
 
 protected:
+    /// The record; throws the text without one.
+    KC_CURVE_struct_s& Record(Core::StaticText ifMissing) const {
+        if (curve_ == nullptr)
+            Core::ThrowMessage(ifMissing);
+        return *curve_;
+    }
+    /// Takes over a record just made for this curve; throws the text when it is null. The record is freed
+    /// should the report of the change throw.
+    void Install(KC_CURVE_struct_s* made, Core::StaticText ifNull);
+    Point PointAt(double t) const;
     /// The kernel's answers for forms without closed formulas.
     double KernelLength() const;
     double KernelDistance(const Point& p) const;

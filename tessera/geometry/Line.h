@@ -5,6 +5,8 @@
 
 namespace Tessera::Geometry {
 
+class Arc;
+
 class TESSERA_API Line : public Curve {
 public:
     Line(const Point& start, const Point& end);
@@ -57,6 +59,9 @@ public:
     static double PointToLineDistance2(const Point& p, const Point& a, const Point& b, int* where);
 
 private:
+    /// The infinite line against the arc's full circle.
+    void IntersectCircle(const Arc& arc, std::vector<Point>& out) const;
+
     bool reflectCenterLine_ = false;
     Point cachedBasePoint_;
 };

@@ -1,0 +1,27 @@
+// Angles as the curve classes compare them: radians, modulo full turns where stated.
+#pragma once
+
+#include <cmath>
+#include <numbers>
+
+#include "tessera/kernel/CurveRecord.h"
+
+namespace Tessera::Geometry {
+
+inline constexpr double kTwoPi = 2.0 * std::numbers::pi;
+/// Parameters and angles closer than this are equal; radians, independent of the length scale.
+inline constexpr double kAngleTol = 1e-10;
+
+/// Equal modulo full turns, from either side.
+inline bool SameAngle(double a, double b) {
+    return std::fabs(std::remainder(a - b, kTwoPi)) <= kAngleTol;
+}
+
+/// The header of an arc or ellipse with these limits.
+inline void SetAngularLimits(KC_CURVE_struct_s& c, double start, double end) {
+    c.start = start;
+    c.span = end - start;
+    c.closed = std::fabs(c.span - kTwoPi) <= kAngleTol ? 1 : 0;
+}
+
+} // namespace Tessera::Geometry
