@@ -1,0 +1,116 @@
+#include "tessera/core/TaggedObject.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+
+#include "tessera/core/Group.h"
+#include "tests/support/ChangeLog.h"
+
+namespace Tessera::Core {
+namespace {
+
+using Testing::ChangeLog;
+
+TEST(TaggedObject, FirstIdentifierFollowsOneThousand) {
+    SetIdCounter(1000);
+    EXPECT_TRUE(IsPartEmpty());
+    const Group group;
+    EXPECT_EQ(group.GetId(), 1001);
+    EXPECT_FALSE(IsPartEmpty());
+    EXPECT_EQ(GetNextId(), 1002);
+    EXPECT_EQ(GetIdCounter(), 1002);
+    SetIdCounter(1000);
+    EXPECT_TRUE(IsPartEmpty()) << "the test is on the counter, not on objects";
+}
+
+TEST(TaggedObject, CounterWrapsAtItsEnd) {
+    SetIdCounter(std::numeric_limits<int>::max());
+    EXPECT_EQ(GetNextId(), std::numeric_limits<int>::min());
+    SetIdCounter(1000);
+}
+
+TEST(TaggedObject, CopiesKeepTheIdentifierUntilReset) {
+    const Group group;
+    Group copy(group);
+    EXPECT_EQ(copy.GetId(), group.GetId());
+    copy.ResetId();
+    EXPECT_EQ(copy.GetId(), GetIdCounter());
+    EXPECT_NE(copy.GetId(), group.GetId());
+    copy = group;
+    EXPECT_EQ(copy.GetId(), group.GetId());
+    const std::unique_ptr<Group> independent(group.Copy());
+    EXPECT_NE(independent->GetId(), group.GetId());
+}
+
+// Copy() may fail: nothing is recorded then.
+class Uncopyable : public TaggedObject {
+public:
+    int AskClass() const override { return 99; }
+    TaggedObject* Copy() const override { return nullptr; }
+    bool Replace(TaggedObject* /*other*/) override { return false; }
+};
+
+TEST(TaggedObject, DeepCopyIsMadeOnceAndKeepsTheIdentifier) {
+    std::set<int> ids;
+    std::map<int, TaggedObject*> copies;
+    const Group group;
+    const std::unique_ptr<TaggedObject> copy(group.DeepCopy(ids, copies));
+    EXPECT_EQ(copy->GetId(), group.GetId());
+    EXPECT_EQ(copies.at(group.GetId()), copy.get());
+    EXPECT_EQ(group.DeepCopy(ids, copies), copy.get());
+    const Uncopyable hopeless;
+    EXPECT_EQ(hopeless.DeepCopy(ids, copies), nullptr);
+    EXPECT_EQ(copies.count(hopeless.GetId()), 0U);
+}
+
+TEST(TaggedObject, ChangesReachTheHost) {
+    Group group;
+    group.LogForChange(); // no host yet
+    EXPECT_EQ(AskLengthUnitCode(), 0);
+    ChangeLog log;
+    TesseraCore_InitCallbacks(nullptr); // changes nothing
+    group.LogForChange();
+    ASSERT_EQ(log.entries.size(), 1U);
+    EXPECT_EQ(log.entries[0].context, ChangeLog::kContext);
+    EXPECT_EQ(log.entries[0].object, &group);
+    EXPECT_EQ(log.entries[0].kind, 2);
+    EXPECT_EQ(AskLengthUnitCode(), 7);
+}
+
+TEST(TaggedObject, HostsMayLackServices) {
+    Group group;
+    int ownersAsked = 0;
+    int changes = 0;
+    int owner = 0;
+    CRKCoreCallbacks callbacks;
+    callbacks.getOwner = [&]() -> void* { return ++ownersAsked, nullptr; };
+    callbacks.logChange = [&](std::int64_t, TaggedObject*, std::int32_t) { ++changes; };
+    callbacks.askDigits = [&](std::int64_t) { return ++changes; };
+    const auto report = [&] {
+        TesseraCore_InitCallbacks(&callbacks);
+        group.LogForChange();
+        return AskLengthUnitCode();
+    };
+    EXPECT_EQ(report(), 0);
+    EXPECT_EQ(ownersAsked, 0) << "the owner is of no use without a context service";
+    callbacks.getContext = [](void*) -> std::int64_t { return 5; };
+    EXPECT_EQ(report(), 0) << "no owner, no context";
+    EXPECT_EQ(ownersAsked, 2);
+    callbacks.getOwner = [&]() -> void* { return &owner; };
+    callbacks.getContext = [](void*) -> std::int64_t { return 0; };
+    EXPECT_EQ(report(), 0);
+    EXPECT_EQ(changes, 0);
+    callbacks.getContext = [&](void* o) -> std::int64_t { return o == &owner ? 5 : 0; };
+    callbacks.logChange = nullptr;
+    callbacks.askDigits = nullptr;
+    EXPECT_EQ(report(), 0);
+    callbacks.getOwner = nullptr;
+    EXPECT_THROW(report(), std::bad_function_call);
+    callbacks = {};
+    TesseraCore_InitCallbacks(&callbacks);
+}
+
+} // namespace
+} // namespace Tessera::Core
