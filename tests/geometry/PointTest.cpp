@@ -1,0 +1,98 @@
+#include "tessera/geometry/Point.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tessera/geometry/Vector.h"
+#include "tessera/kernel/EQ.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+TEST(Point, EqualityAndOrderGoThroughTheLengthTolerance) {
+    struct Row {
+        Point p, q;
+        bool equal, less, greater;
+    };
+    const Row rows[] = {
+        {{0, 0}, {1e-9, 0}, true, false, false},     {{0, 0}, {3e-9, 0}, false, true, false},
+        {{0, 0}, {2e-9, 2e-9}, false, false, false}, // apart, but neither coordinate decides
+        {{0, 5}, {1e-9, 0}, false, false, true},     // x within tolerance: y decides
+        {{1, 0}, {0, 5}, false, false, true},        {{0, 0}, {0, 3e-9}, false, true, false},
+        {{NAN, 0}, {0, 0}, false, false, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.p.x << "," << row.p.y << " " << row.q.x << "," << row.q.y);
+        EXPECT_EQ(row.p == row.q, row.equal);
+        EXPECT_EQ(row.q != row.p, !row.equal);
+        EXPECT_EQ(row.p < row.q, row.less);
+        EXPECT_EQ(row.q < row.p, row.greater);
+    }
+    const Point nowhere(NAN, NAN);
+    EXPECT_TRUE(nowhere == nowhere) << "an object equals itself";
+}
+
+TEST(Point, ToleranceIsReadAtEveryComparison) {
+    const Point p(0, 0), q(1e-9, 0);
+    EQ_set_MEC(2);
+    EXPECT_FALSE(p == q);
+    EXPECT_TRUE(p < q);
+    EQ_set_MEC(1);
+    EXPECT_TRUE(p == q);
+}
+
+TEST(Point, NormalizeTakesALengthEqualToTheTolerance) {
+    const double tol = EQ_ask_length_tolerance();
+    Point zero;
+    EXPECT_FALSE(zero.Normalize());
+    Point shorter(std::nextafter(tol, 0.0), 0);
+    const Point before = shorter;
+    EXPECT_FALSE(shorter.Normalize());
+    EXPECT_EQ(shorter.x, before.x);
+    Point exact(0, tol);
+    EXPECT_TRUE(exact.Normalize());
+    EXPECT_EQ(exact.y, 1.0);
+    Point p(3, -4);
+    EXPECT_TRUE(p.Normalize());
+    EXPECT_DOUBLE_EQ(p.x, 0.6);
+    EXPECT_DOUBLE_EQ(p.y, -0.8);
+}
+
+TEST(Point, Arithmetic) {
+    const double xy[2] = {3, 4};
+    const Point p(xy);
+    Point q(1, -2);
+    EXPECT_EQ(p + q, Point(4, 2));
+    EXPECT_EQ(p - q, Point(2, 6));
+    EXPECT_EQ(p / 2.0, Point(1.5, 2));
+    EXPECT_EQ(2.0 * p, p * 2.0);
+    EXPECT_EQ(2.0 * p, Point(6, 8));
+    EXPECT_EQ(p.Cross(q), -10);
+    EXPECT_EQ(p.Dot(q), -5);
+    EXPECT_EQ(p.Distance2(q), 40);
+    EXPECT_EQ(p.Distance(q), std::sqrt(40.0));
+    EXPECT_EQ(p.Length(), 5);
+    EXPECT_TRUE(p.Coordinate(0) == 3 && p.Coordinate(1) == 4 && p.Coordinate(-7) == 4);
+    EXPECT_EQ(p.PointVector(q), Vector(-2, -6));
+    EXPECT_EQ(p.AffineCombine(0.5, Vector(2, -2)), Point(4, 3));
+    ((q += p) -= Point(1, 1)) /= 3.0;
+    EXPECT_EQ(q, Point(1, 1.0 / 3));
+    EXPECT_TRUE(std::isinf((p / 0.0).x));
+}
+
+TEST(Point, TransformDividesByTheLastElementAlone) {
+    double m[3][3] = {{2, -1, 4}, {1, 3, 6}, {100, 200, 2}}; // the bottom row's first two are ignored
+    Point p(1, 2);
+    p.Transform(m);
+    EXPECT_EQ(p, Point((2 - 2 + 4) / 2.0, (1 + 6 + 6) / 2.0));
+}
+
+TEST(Point, DeletePointsLeavesNulls) {
+    std::vector<Point*> points = {new Point(1, 2), nullptr, new Point(3, 4)};
+    Point::DeletePoints(points);
+    EXPECT_EQ(points, std::vector<Point*>(3, nullptr));
+}
+
+} // namespace
+} // namespace Tessera::Geometry
