@@ -43,10 +43,6 @@ KC_CURVE_struct_s* MakeRecord(int form, double start, double span, const char* h
     return c;
 }
 
-int IsFullTurn(double span) {
-    return std::fabs(span - 2 * std::numbers::pi) <= kClosedTol ? 1 : 0;
-}
-
 int CoefficientRows(int order) {
     switch (order) {
     case 2:
@@ -113,7 +109,7 @@ KC_CURVE_struct_s* ev05p0(const double centre[3], double radius, double startAng
     KC_CURVE_struct_s* c = MakeRecord<EVC_arc_s>(kFormArc, startAngle, span, "ev05p0:0", "ev05p0:1");
     if (!c)
         return nullptr;
-    c->closed = IsFullTurn(span);
+    c->closed = evcrvIsFullTurn(span);
     auto* arc = static_cast<EVC_arc_s*>(c->data);
     arc->startAngle = startAngle;
     arc->endAngle = endAngle;
@@ -130,7 +126,7 @@ KC_CURVE_struct_s* ev06p0(const double centre[3], double radius1, double radius2
     KC_CURVE_struct_s* c = MakeRecord<EVC_conic_s>(kFormConic, startAngle, span, "ev06p0:0", "ev06p0:1");
     if (!c)
         return nullptr;
-    c->closed = IsFullTurn(span);
+    c->closed = evcrvIsFullTurn(span);
     auto* conic = static_cast<EVC_conic_s*>(c->data);
     conic->startAngle = startAngle;
     conic->endAngle = endAngle;
@@ -249,4 +245,8 @@ void evcrvp(KC_CURVE_struct_s* c, double limits[2]) {
     const double end = c->start + c->span;
     limits[0] = c->span < 0.0 ? end : c->start;
     limits[1] = c->span < 0.0 ? c->start : end;
+}
+
+int evcrvIsFullTurn(double span) {
+    return std::fabs(span - 2 * std::numbers::pi) <= kClosedTol ? 1 : 0;
 }

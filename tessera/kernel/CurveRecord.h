@@ -111,6 +111,8 @@ TESSERA_API void ev0952(BCURVE_DATA* d);
 
 /// Parameter limits in ascending order.
 TESSERA_API void evcrvp(KC_CURVE_struct_s* c, double limits[2]);
+/// The closed flag of an arc or ellipse of this span: 1 when |span - 2 pi| <= 1e-10, else 0.
+TESSERA_API int evcrvIsFullTurn(double span);
 /// Position and nderiv derivatives at t: out holds 3 (nderiv + 1) doubles, position first.
 /// An unknown form leaves out untouched.
 TESSERA_API void evcrve(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
@@ -123,10 +125,24 @@ TESSERA_API void ev0900(KC_CURVE_struct_s* c, int nderiv, double t, double* out)
 // --- Copying and moving -----------------------------------------------------------------------------
 
 /// Transformed copy p' = m p + v, m row by row; same start, span and closed. Null for other forms or
-/// when memory runs out. Radii are taken from the transformed axes.
+/// when memory runs out. Points keep their parameters: only the vectors of the record change, so a rotated
+/// or mirrored arc has turned axes until evcrvNormalizeAxes is called. Radii are taken from the
+/// transformed axes. Where m is no similarity, an ellipse is turned onto its new principal axes, its angles
+/// shifted by at most pi / 4 with them; an arc cannot follow: it still evaluates exactly, as an ellipse, but
+/// its radius is that of the x axis only.
 TESSERA_API KC_CURVE_struct_s* evcrvx(KC_CURVE_struct_s* c, double m[][3], double* v);
-/// Scales the record in place about the origin. Returns 0, or 1 for a null or unknown record.
+/// Scales the record in place about the origin. Returns 0, or 1 with nothing changed for a null or
+/// unknown record or a scale that is not finite.
 TESSERA_API int evcrvxScale(KC_CURVE_struct_s* c, double s);
+/// Brings an arc or ellipse in a plane of constant z back to standard axes, in place; the curve does not
+/// change as a set of points, nor do span and closed. Other forms are left as they are. Returns 0, or
+/// 1 with nothing changed for null or axes that leave the plane.
+///
+/// Arc     axes (r, 0, 0) and (0, r, 0), angles counter-clockwise from the x axis: with alpha the x
+///         axis' direction, start becomes alpha + start, or alpha - end for a mirrored record.
+/// Ellipse minor axis a quarter turn ahead of the major one: for a mirrored record start becomes - end
+///         brought into [0, 2 pi).
+TESSERA_API int evcrvNormalizeAxes(KC_CURVE_struct_s* c);
 /// Exact copy; null for null, unknown forms or when memory runs out.
 TESSERA_API KC_CURVE_struct_s* evcrvCopy(KC_CURVE_struct_s* c);
 /// Exact sub-range [limits[0], limits[1]] as a new record of the same form; ranges across the seam of a
