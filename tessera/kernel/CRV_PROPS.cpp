@@ -101,9 +101,7 @@ bool AddBcurveLength(EVC_bcurve_s* b, double from, double to, double* sum) {
         double line[8];
         const double* bezier = line;
         if (d->degree == 1) { // straight from the poles: no Bezier form per vertex
-            for (int i = 0; i < 2; ++i)
-                for (int k = 0; k < 4; ++k)
-                    line[4 * i + k] = d->poles[s - 1 + i][k] * (k < 3 ? d->poles[s - 1 + i][3] : 1.0);
+            StraightSpan(d, s, line);
         } else {
             const BCURVE_SEGMENT* segment = BCEV_ask_bez_segment(b, s);
             if (!segment)

@@ -49,8 +49,11 @@ void HullBounds(const BCURVE_DATA* d, int first, int last, const double p[3], do
 // One Bezier span seen from p.
 class SpanSearch {
 public:
-    SpanSearch(const BCURVE_DATA* d, int span, const double* bezier, const double p[3], NearestPoint& nearest)
-        : d_(d), span_(span), bezier_(bezier), degree_(d->degree), p_(p), nearest_(nearest) {}
+    /// Parameters are those of span `span` of d, or of the piece itself when d is null.
+    SpanSearch(const BCURVE_DATA* d, int span, const double* bezier, int degree, bool polynomial,
+               const double p[3], NearestPoint& nearest)
+        : d_(d), span_(span), bezier_(bezier), degree_(degree), polynomial_(polynomial), p_(p),
+          nearest_(nearest) {}
 
     void Run() {
         const int n = degree_;
@@ -74,7 +77,7 @@ public:
         if (!CanBeNearer(square))
             return;
         int slopeDegree = 2 * n - 1;
-        if (!d_->polynomial)
+        if (!polynomial_)
             slopeDegree = MakeRationalSlope(square, slope);
         OfferStationary(slope, slopeDegree);
     }
@@ -146,13 +149,14 @@ private:
     void Offer(double u) {
         double p[3], d1[3], d2[3];
         EvaluateBezier(bezier_, degree_, u, p, d1, d2);
-        nearest_.Offer(SpanParameter(d_, span_, u), p);
+        nearest_.Offer(d_ ? SpanParameter(d_, span_, u) : u, p);
     }
 
     const BCURVE_DATA* d_;
     int span_;
     const double* bezier_;
     int degree_;
+    bool polynomial_;
     const double* p_;
     NearestPoint& nearest_;
     double w_[Bernstein::kMaxSpanDegree + 1];
@@ -211,7 +215,7 @@ bool SearchCurved(EVC_bcurve_s* b, const double p[3], NearestPoint& nearest) {
         const BCURVE_SEGMENT* segment = BCEV_ask_bez_segment(b, c->span);
         if (!segment)
             return false;
-        SpanSearch(d, c->span, segment->bezier, p, nearest).Run();
+        SpanSearch(d, c->span, segment->bezier, d->degree, d->polynomial != 0, p, nearest).Run();
     }
     return true;
 }
@@ -240,6 +244,11 @@ void NearestPoint::Offer(double t, const double point[3]) {
         distanceSq_ = distanceSq;
     }
     reachSq_ = std::min(reachSq_, distanceSq * (1.0 + kTie));
+}
+
+void OfferNearestOnBezier(const double* bezier, int degree, bool polynomial, const double p[3],
+                          NearestPoint& nearest) {
+    SpanSearch(nullptr, 0, bezier, degree, polynomial, p, nearest).Run();
 }
 
 bool FindNearestOnBcurve(KC_CURVE_struct_s* c, const double p[3], NearestPoint& nearest) {

@@ -25,6 +25,12 @@ double SpanParameter(const BCURVE_DATA* d, int s, double u) {
     return knot >= hi ? 1.0 : std::max(0.0, (knot - lo) / (hi - lo));
 }
 
+void StraightSpan(const BCURVE_DATA* d, int s, double bezier[8]) {
+    for (int i = 0; i < 2; ++i)
+        for (int k = 0; k < 4; ++k)
+            bezier[4 * i + k] = d->poles[s - 1 + i][k] * (k < 3 ? d->poles[s - 1 + i][3] : 1.0);
+}
+
 void EvaluateBezier(const double* bezier, int degree, double u, double p[3], double d1[3], double d2[3]) {
     double c[Bernstein::kMaxSpanDegree + 1][4];
     std::copy(bezier, bezier + 4 * (degree + 1), &c[0][0]);

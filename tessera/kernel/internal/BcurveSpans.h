@@ -19,5 +19,8 @@ inline bool IsSpan(const BCURVE_DATA* d, int s) {
 /// Curve parameter (0 to 1) of the fraction u of span s; exact at both ends of the curve.
 double SpanParameter(const BCURVE_DATA* d, int s, double u);
 
+/// Bezier form of span s of a degree 1 curve, straight from its poles: 2 x 4 homogeneous coefficients.
+void StraightSpan(const BCURVE_DATA* d, int s, double bezier[8]);
+
 /// Position and two derivatives by u of a homogeneous Bezier span (order x 4) at u; three doubles each.
 void EvaluateBezier(const double* bezier, int degree, double u, double p[3], double d1[3], double d2[3]);

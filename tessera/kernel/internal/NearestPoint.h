@@ -14,6 +14,7 @@ public:
 
     double T() const { return t_; }
     const double* Point() const { return point_; }
+    double DistanceSq() const { return distanceSq_; }
     bool IsAmbiguous() const { return ambiguous_; }
 
 private:
@@ -27,3 +28,6 @@ private:
 
 /// Nearest point of a B-curve, offered to `nearest`; false when the form is unusable or memory runs out.
 bool FindNearestOnBcurve(KC_CURVE_struct_s* c, const double p[3], NearestPoint& nearest);
+/// Nearest point of one Bezier piece (order x 4 homogeneous coefficients, parameter 0 to 1).
+void OfferNearestOnBezier(const double* bezier, int degree, bool polynomial, const double p[3],
+                          NearestPoint& nearest);

@@ -1,0 +1,298 @@
+#include "tessera/kernel/internal/CurveHits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "tessera/kernel/CurveInversion.h"
+#include "tessera/kernel/internal/BcurveSpans.h"
+#include "tessera/kernel/internal/ConicFrame.h"
+
+// The solvers report crossings, touches and span ends as they find them, sometimes twice; ends of the curves
+// are added here. Hits that belong together are those between which the curves never part by more than the
+// tolerance: a touch that rounding split into two crossings, a crossing at a flat angle beside an end. Curves
+// with contact of order m part like s^(m+1), so such a place is at most about (tol size^2)^(1/3) long;
+// anything longer is a stretch on which the curves coincide, and not a point.
+
+namespace {
+
+constexpr double kTwoPi = 2.0 * std::numbers::pi;
+constexpr double kTangentSine = 1e-6; // flatter crossings count as touches: they leave 1e-12 of their size
+
+double Period(const TopolCurve& c) {
+    const bool conic = c.record->form == kFormArc || c.record->form == kFormConic;
+    return conic ? kTwoPi : (c.record->form == kFormBCurve && c.record->closed ? 1.0 : 0.0);
+}
+
+// Fits a carrier parameter into the limits, an overshoot of `slack` included.
+bool FitParameter(const TopolCurve& c, double tol, double* t) {
+    const int form = c.record->form;
+    if (form == kFormLine) {
+        if (!c.bounded)
+            return true;
+        const double slack = tol / c.size;
+        if (!(*t >= -slack && *t <= 1.0 + slack))
+            return false;
+        *t = std::clamp(*t, 0.0, 1.0);
+        return true;
+    }
+    if (form == kFormBCurve) {
+        *t = std::clamp(*t, 0.0, 1.0);
+        return true;
+    }
+    double out[6];
+    evcrve(c.record, 1, *t, out);
+    const double slack = std::clamp(tol / std::hypot(out[3], out[4]), 1e-12, 0.1);
+    if (LiftAngle(c.limits, c.bounded ? slack : 1e-10, t))
+        return true;
+    *t = std::remainder(*t, kTwoPi);
+    return !c.bounded;
+}
+
+double SineBetween(KC_CURVE_struct_s* a, double t1, KC_CURVE_struct_s* b, double t2) {
+    double p[6], q[6];
+    evcrve(a, 1, t1, p);
+    evcrve(b, 1, t2, q);
+    const double lengths = std::hypot(p[3], p[4]) * std::hypot(q[3], q[4]);
+    return lengths > 0.0 ? std::fabs(p[3] * q[4] - p[4] * q[3]) / lengths : 1.0;
+}
+
+// Nearest parameter to (x, y) between lo and hi by Newton's method from t; good for curves that nearly
+// coincide.
+double LocalFoot(KC_CURVE_struct_s* c, double x, double y, double t, double lo, double hi, double* distance) {
+    double out[9];
+    for (int step = 0;; ++step) {
+        evcrve(c, 2, t, out);
+        const double dx = out[0] - x, dy = out[1] - y;
+        *distance = std::hypot(dx, dy);
+        const double speedSq = out[3] * out[3] + out[4] * out[4];
+        const double slope = dx * out[3] + dy * out[4], bend = speedSq + dx * out[6] + dy * out[7];
+        const double next = std::clamp(t - slope / (bend > 0.1 * speedSq ? bend : speedSq), lo, hi);
+        if (step == 12 || !(std::fabs(next - t) > 1e-15))
+            return t;
+        t = next;
+    }
+}
+
+double LargestRadius(const ConicFrame& f) {
+    return std::max(f.a, f.b);
+}
+
+} // namespace
+
+bool MakeTopolCurve(KC_CURVE_struct_s* c, CRV_TOPOL_extent_t extent, TopolCurve& out) {
+    if (!c || !c->data)
+        return false;
+    out = {c, extent == CRV_TOPOL_BOUNDED, {0.0, 1.0}, 0.0, 0.0};
+    evcrvp(c, out.limits);
+    if (c->form == kFormLine) {
+        const auto* line = static_cast<const EVC_line_s*>(c->data);
+        out.size = std::hypot(line->direction[0], line->direction[1]);
+        for (int k = 0; k < 2; ++k)
+            out.reach = std::max(
+                {out.reach, std::fabs(line->base[k]), std::fabs(line->base[k] + line->direction[k])});
+        return std::isfinite(out.size + out.reach);
+    }
+    if (c->form == kFormArc || c->form == kFormConic) {
+        const ConicFrame f = MakeConicFrame(c);
+        out.size = LargestRadius(f);
+        out.reach = std::max(std::fabs(f.centre[0]), std::fabs(f.centre[1])) + out.size;
+        return std::isfinite(out.reach);
+    }
+    const BCURVE_DATA* d = c->form == kFormBCurve ? AskUsableBcurve(c) : nullptr;
+    if (!d)
+        return false;
+    out.bounded = true;
+    double lo[2] = {1e300, 1e300}, hi[2] = {-1e300, -1e300};
+    for (int i = 0; i < d->numPoles; ++i) {
+        for (int k = 0; k < 2; ++k) {
+            lo[k] = std::min(lo[k], d->poles[i][k]);
+            hi[k] = std::max(hi[k], d->poles[i][k]);
+            out.reach += 0.0 * d->poles[i][k]; // keeps a NaN or an infinity
+        }
+    }
+    out.size = std::hypot(hi[0] - lo[0], hi[1] - lo[1]);
+    out.reach += std::max({std::fabs(lo[0]), std::fabs(lo[1]), std::fabs(hi[0]), std::fabs(hi[1])});
+    return std::isfinite(out.reach);
+}
+
+void CurveHits::Offer(double t1, double t2, HitKind kind) {
+    if (failed_ || !std::isfinite(t1) || !std::isfinite(t2) || !FitParameter(a_, tol_, &t1) ||
+        !FitParameter(b_, tol_, &t2))
+        return;
+    double p[3], q[3];
+    evcrve(a_.record, 0, t1, p);
+    evcrve(b_.record, 0, t2, q);
+    const double gap = std::hypot(p[0] - q[0], p[1] - q[1]);
+    if (!(gap <= tol_))
+        return;
+    if (count_ == capacity_) {
+        const int grown = capacity_ ? 2 * capacity_ : 16;
+        auto* block = static_cast<Hit*>(
+            SM_realloc(hits_.get(), static_cast<std::size_t>(grown) * sizeof(Hit), "CRV_TOPOL_intersect:0"));
+        if (!block) {
+            failed_ = true;
+            return;
+        }
+        hits_.release();
+        hits_.reset(block);
+        capacity_ = grown;
+    }
+    hits_[static_cast<std::size_t>(count_++)] = {t1, t2, 0.5 * (p[0] + q[0]), 0.5 * (p[1] + q[1]), gap, kind};
+}
+
+bool CurveHits::OfferEndsOf(const TopolCurve& from, const TopolCurve& onto, bool swapped) {
+    if (!from.bounded || from.record->closed)
+        return true;
+    for (const double t : from.limits) {
+        double p[3], q[3], other = 0.0;
+        evcrve(from.record, 0, t, p);
+        const int state = onto.bounded ? em015cBounded(onto.record, p, &other, q, nullptr)
+                                       : em015c(onto.record, p, 0, &other, q, nullptr);
+        if (state == kInversionFailed)
+            return false;
+        Offer(swapped ? other : t, swapped ? t : other, HitKind::End);
+    }
+    return true;
+}
+
+bool CurveHits::OfferEnds() {
+    return OfferEndsOf(a_, b_, false) && OfferEndsOf(b_, a_, true);
+}
+
+// Sweeps along x; of hits within the tolerance of each other the best stays.
+void CurveHits::MergeNear() {
+    Hit* hits = hits_.get();
+    std::sort(hits, hits + count_,
+              [](const Hit& p, const Hit& q) { return p.x < q.x || (p.x == q.x && p.y < q.y); });
+    const double exact = 8.0 * 2.2e-16 * std::max(a_.reach, b_.reach);
+    const auto rank =
+        [exact](const Hit& h) { // an end that lies on the other curve to rounding keeps its parameter
+            return h.kind == HitKind::End ? (h.gap <= exact ? -1 : 3) : static_cast<int>(h.kind);
+        };
+    int kept = 0;
+    for (int i = 0; i < count_; ++i) {
+        int same = kept - 1;
+        while (same >= 0 && hits[i].x - hits[same].x <= tol_ && std::fabs(hits[i].y - hits[same].y) > tol_)
+            --same;
+        if (same < 0 || hits[i].x - hits[same].x > tol_) {
+            hits[kept++] = hits[i];
+            continue;
+        }
+        const bool touch = hits[same].kind == HitKind::Touch || hits[i].kind == HitKind::Touch;
+        const int left = rank(hits[same]), right = rank(hits[i]);
+        if (right < left || (right == left && hits[i].t1 < hits[same].t1)) {
+            const double x = hits[same].x; // the sweep needs its order kept
+            hits[same] = hits[i];
+            hits[same].x = x;
+        }
+        if (touch)
+            hits[same].kind = HitKind::Touch;
+    }
+    count_ = kept;
+}
+
+// True when the curves stay within the tolerance all the way from one hit to the next.
+bool CurveHits::StaysWithin(const Hit& from, const Hit& to) const {
+    double back = to.t2;
+    const double period = Period(b_);
+    if (period > 0.0)
+        back = from.t2 + std::remainder(to.t2 - from.t2, period);
+    for (const double f : {0.5, 0.25, 0.75, 0.1, 0.9}) {
+        double p[3], distance = 0.0;
+        evcrve(a_.record, 0, from.t1 + f * (to.t1 - from.t1), p);
+        LocalFoot(b_.record, p[0], p[1], from.t2 + f * (back - from.t2), std::min(from.t2, back),
+                  std::max(from.t2, back), &distance);
+        if (!(distance <= tol_))
+            return false;
+    }
+    return true;
+}
+
+// A run of joined hits becomes one touch, or nothing when it is longer than a touch can be.
+void CurveHits::ReplaceCluster(int first, int last, Hit* kept) {
+    const Hit* hits = hits_.get();
+    double extent = 0.0;
+    int touch = -1;
+    for (int i = first; i <= last; ++i) {
+        if (i > first)
+            extent += std::hypot(hits[i].x - hits[i - 1].x, hits[i].y - hits[i - 1].y);
+        if (hits[i].kind == HitKind::Touch && (touch < 0 || hits[i].gap < hits[touch].gap))
+            touch = i;
+    }
+    const double size = std::min(a_.record->form == kFormLine && !a_.bounded ? b_.size : a_.size,
+                                 b_.record->form == kFormLine && !b_.bounded ? a_.size : b_.size);
+    kept->kind = HitKind::End;
+    kept->gap = -1.0;
+    if (extent > 4.0 * std::cbrt(tol_ * size * size))
+        return;
+    *kept = hits[touch >= 0 ? touch : first];
+    if (touch < 0) {
+        double p[3], distance = 0.0;
+        const double t1 = 0.5 * (hits[first].t1 + hits[last].t1);
+        evcrve(a_.record, 0, t1, p);
+        const double span = Period(b_) > 0.0 ? std::remainder(hits[last].t2 - hits[first].t2, Period(b_))
+                                             : hits[last].t2 - hits[first].t2;
+        const double lo = hits[first].t2 + std::min(0.0, span), hi = hits[first].t2 + std::max(0.0, span);
+        const double t2 = LocalFoot(b_.record, p[0], p[1], 0.5 * (lo + hi), lo, hi, &distance);
+        *kept = {t1, t2, p[0], p[1], distance, HitKind::Touch};
+    }
+    kept->kind = HitKind::Touch;
+}
+
+bool CurveHits::MergeJoined() {
+    Hit* hits = hits_.get();
+    std::sort(hits, hits + count_, [](const Hit& p, const Hit& q) { return p.t1 < q.t1; });
+    // On a closed first curve start after a place where the curves part, so that no run is cut by the seam.
+    const double period = Period(a_);
+    if (period > 0.0 && count_ > 1) {
+        int cut = -1;
+        for (int i = 0; i < count_ && cut < 0; ++i) {
+            Hit next = hits[(i + 1) % count_];
+            next.t1 += i + 1 == count_ ? period : 0.0;
+            if (!StaysWithin(hits[i], next))
+                cut = i;
+        }
+        if (cut < 0) { // the curves coincide all round
+            count_ = 0;
+            return true;
+        }
+        for (int i = 0; i <= cut; ++i)
+            hits[i].t1 += period;
+        std::rotate(hits, hits + cut + 1, hits + count_);
+    }
+    int kept = 0;
+    for (int first = 0; first < count_;) {
+        int last = first;
+        while (last + 1 < count_ && StaysWithin(hits[last], hits[last + 1]))
+            ++last;
+        Hit hit = hits[first];
+        if (last > first)
+            ReplaceCluster(first, last, &hit);
+        if (hit.gap >= 0.0)
+            hits[kept++] = hit;
+        first = last + 1;
+    }
+    count_ = kept;
+    return true;
+}
+
+bool CurveHits::Merge() {
+    if (failed_)
+        return false;
+    MergeNear();
+    MergeJoined();
+    for (int i = 0; i < count_; ++i) {
+        Hit& hit = hits_[static_cast<std::size_t>(i)];
+        FitParameter(a_, tol_, &hit.t1);
+        FitParameter(b_, tol_, &hit.t2);
+        if (SineBetween(a_.record, hit.t1, b_.record, hit.t2) <= kTangentSine)
+            hit.kind = HitKind::Touch;
+        double p[3], q[3];
+        evcrve(a_.record, 0, hit.t1, p);
+        evcrve(b_.record, 0, hit.t2, q);
+        hit.x = 0.5 * (p[0] + q[0]);
+        hit.y = 0.5 * (p[1] + q[1]);
+    }
+    return true;
+}
