@@ -83,7 +83,7 @@ int ImplicitCurve::MakePolynomial(const PlanarBezier& piece, double* f) const {
                    normal_[1] * (piece.y[i] - base_[1] * piece.w[i]);
         return n;
     }
-    double u[Bernstein::kMaxSpanDegree + 1], v[Bernstein::kMaxSpanDegree + 1];
+    double u[Bernstein::kMaxSpanDegree + 1] = {}, v[Bernstein::kMaxSpanDegree + 1] = {};
     for (int i = 0; i <= n; ++i) {
         const double x = piece.x[i] - frame_.centre[0] * piece.w[i],
                      y = piece.y[i] - frame_.centre[1] * piece.w[i];
