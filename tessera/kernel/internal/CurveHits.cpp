@@ -19,9 +19,12 @@ namespace {
 constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr double kTangentSine = 1e-6; // flatter crossings count as touches: they leave 1e-12 of their size
 
+// Parameter length after which the curve is back where it was; 0 for open curves.
 double Period(const TopolCurve& c) {
-    const bool conic = c.record->form == kFormArc || c.record->form == kFormConic;
-    return conic ? kTwoPi : (c.record->form == kFormBCurve && c.record->closed ? 1.0 : 0.0);
+    const bool turns = c.record->form == kFormArc || c.record->form == kFormConic;
+    if (turns)
+        return !c.bounded || c.record->closed ? kTwoPi : 0.0;
+    return c.record->form == kFormBCurve && c.record->closed ? 1.0 : 0.0;
 }
 
 // Fits a carrier parameter into the limits, an overshoot of `slack` included.
