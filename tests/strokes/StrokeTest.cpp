@@ -1,0 +1,426 @@
+#include "tessera/strokes/Stroke.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <random>
+#include <stdexcept>
+
+#include "tessera/core/Group.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/ThrownMessage.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Core::Group;
+using Core::TaggedObject;
+using Testing::ChangeLog;
+using ::testing::ElementsAre;
+using Testing::ThrownMessage;
+using StrokePtr = std::unique_ptr<Stroke>;
+
+const char* const kNoPolyline = "Stroke::CreateSpline:  Incorrect point index";
+const char* const kNoSubStroke = "Stroke::SubStroke:  Incorrect point index";
+
+// n samples along x, bent upwards, with speed 10 i.
+Stroke Ramp(int n) {
+    std::vector<double> x, y, speed;
+    for (int i = 0; i < n; ++i) {
+        x.push_back(i);
+        y.push_back(0.1 * i * i);
+        speed.push_back(10.0 * i);
+    }
+    return {n, x.data(), y.data(), speed.data()};
+}
+
+Stroke RandomWalk(std::mt19937& rng, int n) {
+    std::uniform_real_distribution<double> step(-1, 1);
+    Stroke stroke;
+    Point at(step(rng), step(rng));
+    for (int i = 0; i < n; ++i) {
+        stroke.AddPoint(StrokePoint(at.x, at.y, i));
+        at += Point(step(rng), step(rng));
+    }
+    return stroke;
+}
+
+std::vector<double> XsOf(const Stroke& stroke) {
+    std::vector<double> xs;
+    for (const StrokePoint& point : stroke.GetPoints()) {
+        xs.push_back(point.x);
+    }
+    return xs;
+}
+
+void ExpectSameBox(const BoundingBox& a, const BoundingBox& b) {
+    int countA = 0, countB = 0;
+    double cornersA[8][3], cornersB[8][3];
+    a.AskCorners(&countA, cornersA);
+    b.AskCorners(&countB, cornersB);
+    ASSERT_EQ(countA, countB);
+    for (int i = 0; i < countA; ++i) {
+        EXPECT_NEAR(Point(cornersA[i]).Distance(Point(cornersB[i])), 0.0, 1e-12);
+    }
+}
+
+TEST(StrokePoint, SpeedIsHeldInSinglePrecision) {
+    EXPECT_EQ(StrokePoint(1, 2, 0.1).GetSpeed(), 0.10000000149011612);
+    EXPECT_EQ(StrokePoint().GetSpeed(), 0.0);
+    EXPECT_EQ(sizeof(StrokePoint), 4 * sizeof(double));
+}
+
+TEST(Stroke, ConstructionFromArrays) {
+    double x[] = {1, 2, 3}, y[] = {4, 5, 7};
+    const Stroke stroke(3, x, y, nullptr);
+    EXPECT_EQ(stroke.AskClass(), 1);
+    EXPECT_EQ(stroke.AskNumberOfPoints(), 3);
+    EXPECT_EQ(stroke.AskAverageSpeed(), 0.0);
+    EXPECT_FALSE(stroke.AskBBoxOutdated());
+    EXPECT_EQ(Ramp(5).AskAverageSpeed(), 20.0);
+    EXPECT_EQ(Stroke().AskAverageSpeed(), 0.0);
+    for (const int n : {1, 0, -3}) {
+        EXPECT_EQ(ThrownMessage([&] { Stroke bad(n, x, y, nullptr); }), kNoPolyline) << n;
+    }
+}
+
+TEST(Stroke, PointsByIndex) {
+    Stroke stroke = Ramp(4);
+    EXPECT_EQ(stroke.GetPoint(3), Point(3, 0.9));
+    for (const int index : {-1, 4}) {
+        EXPECT_EQ(ThrownMessage([&] { (void)stroke.GetPoint(index); }),
+                  "Stroke::GetPoint - input index is out of bounds");
+        EXPECT_THROW(stroke.AssignPoint(StrokePoint(), index), std::out_of_range);
+    }
+    EXPECT_FALSE(stroke.AskBBoxOutdated()) << "a failed call changes nothing";
+    stroke.AssignPoint(StrokePoint(9, 9, 5), 1);
+    EXPECT_EQ(stroke.GetPoints()[1].GetSpeed(), 5.0);
+    EXPECT_TRUE(stroke.AskBBoxOutdated());
+}
+
+TEST(Stroke, BoxIsThatOfItsSpline) {
+    std::mt19937 rng(31);
+    for (const int n : {2, 3, 10, 200}) {
+        Stroke stroke = RandomWalk(rng, n);
+        stroke.UpdateBoundingBox();
+        const std::unique_ptr<Spline> polyline(stroke.CreateSpline());
+        polyline->UpdateBoundingBox();
+        ExpectSameBox(stroke.AskBoundingBox(), polyline->AskBoundingBox());
+        for (const StrokePoint& point : stroke.GetPoints()) {
+            const double p[3] = {point.x, point.y, 0};
+            EXPECT_TRUE(stroke.AskBoundingBox().IsPointInBBox(p, 1e-8));
+        }
+    }
+}
+
+TEST(Stroke, BoxIsRefreshedOnRequestOnly) {
+    Stroke stroke = Ramp(2);
+    const BoundingBox before = stroke.AskBoundingBox();
+    EXPECT_EQ(before.AskDimension(), 1);
+    stroke.AddPoint(StrokePoint(50, -7, 0));
+    ExpectSameBox(stroke.AskBoundingBox(), before);
+    stroke.UpdateBoundingBox();
+    EXPECT_EQ(stroke.AskBoundingBox().AskDimension(), 2);
+    EXPECT_FALSE(stroke.AskBBoxOutdated());
+    XYBox box;
+    EXPECT_TRUE(stroke.AskXYBox(box));
+    EXPECT_TRUE(box.min == Point(0, -7) && box.max == Point(50, 0.1));
+    Stroke lonely;
+    lonely.AddPoint(StrokePoint(1, 1, 0));
+    EXPECT_EQ(ThrownMessage([&] { lonely.UpdateBoundingBox(); }), kNoPolyline);
+}
+
+TEST(Stroke, ResizeReverseAppendPrepend) {
+    Stroke stroke = Ramp(5);
+    stroke.Resize(3);
+    EXPECT_EQ(stroke.AskNumberOfPoints(), 5);
+    stroke.Resize(6);
+    stroke.Reverse();
+    EXPECT_THAT(XsOf(stroke), ElementsAre(0, 4, 3, 2, 1, 0));
+    EXPECT_FALSE(stroke.AskBBoxOutdated()) << "neither marks the box";
+    Stroke doubled = Ramp(2);
+    doubled.AppendPointsFromStroke(doubled);
+    EXPECT_THAT(XsOf(doubled), ElementsAre(0, 1, 0, 1));
+    EXPECT_TRUE(doubled.AskBBoxOutdated());
+    doubled.PrependPointsFromStroke(Ramp(3));
+    EXPECT_THAT(XsOf(doubled), ElementsAre(0, 1, 2, 0, 1, 0, 1));
+    Stroke self = Ramp(3);
+    self.PrependPointsFromStroke(self);
+    EXPECT_THAT(XsOf(self), ElementsAre(0, 1, 2, 0, 1, 2));
+    EXPECT_EQ(self.GetPoints()[5].GetSpeed(), 20.0);
+    Stroke().Reverse();
+}
+
+TEST(Stroke, MutatorsReportFirst) {
+    Stroke stroke = Ramp(4);
+    const Stroke other = Ramp(3);
+    double identity[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    ChangeLog log;
+    log.onChange = [&, n = 4]() mutable { EXPECT_EQ(stroke.AskNumberOfPoints(), n); };
+    stroke.AddPoint(StrokePoint());
+    log.onChange = nullptr;
+    stroke.AssignPoint(StrokePoint(), 0);
+    stroke.PrependPointsFromStroke(other);
+    stroke.Transform(identity);
+    EXPECT_EQ(log.Take(stroke), 4);
+    stroke.AppendPointsFromStroke(other); // one for the call, one for each point
+    EXPECT_EQ(log.Take(stroke), 4);
+    stroke.Resize(100);
+    stroke.Reverse();
+    stroke.UpdateBoundingBox();
+    const StrokePtr part(stroke.SubStroke(0, 5));
+    EXPECT_EQ(log.Take(stroke) + log.Take(*part), 0);
+}
+
+TEST(Stroke, SubStrokesTakeRangeAndDisplay) {
+    Stroke stroke = Ramp(10);
+    stroke.SetWidth(7.0);
+    const StrokePtr whole(stroke.SubStroke(-5, 1000));
+    EXPECT_EQ(XsOf(*whole), XsOf(stroke));
+    EXPECT_EQ(whole->AskWidth(), 7.0);
+    const StrokePtr part(stroke.SubStroke(3, 5));
+    EXPECT_THAT(XsOf(*part), ElementsAre(3, 4, 5));
+    EXPECT_EQ(part->GetPoints()[2].GetSpeed(), 50.0);
+    EXPECT_FALSE(part->AskBBoxOutdated());
+    for (const auto& [first, last] : {std::pair{3, 3}, {5, 2}, {9, 20}, {12, 20}, {-9, 0}}) {
+        EXPECT_EQ(ThrownMessage([&, f = first, l = last] { (void)stroke.SubStroke(f, l); }), kNoSubStroke);
+        EXPECT_EQ(ThrownMessage([&, f = first, l = last] { (void)stroke.CreateSpline(f, l); }), kNoPolyline);
+    }
+}
+
+TEST(Stroke, SplineIsUniformInTheIndex) {
+    const Stroke stroke = Ramp(10);
+    const std::unique_ptr<Spline> spline(stroke.CreateSpline(2, 5));
+    int poleCount = 0, order = 0, periodic = -1;
+    std::vector<double> knots;
+    std::vector<Point*> poles;
+    spline->AskSplineData(poleCount, order, periodic, knots, poles);
+    EXPECT_TRUE(poleCount == 4 && order == 2 && periodic == 0);
+    EXPECT_THAT(knots, ElementsAre(0.0, 0.0, 1.0 / 3, 2.0 / 3, 1.0, 1.0));
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(*poles[i], stroke.GetPoint(2 + i));
+        EXPECT_EQ(spline->GetPointAtParameter(i / 3.0, false), stroke.GetPoint(2 + i));
+    }
+    Point::DeletePoints(poles);
+}
+
+TEST(Stroke, ExtractCutsAtIndexParameters) {
+    const Stroke stroke = Ramp(11); // sample i at parameter i / 10
+    struct Row {
+        double t0, t1;
+        std::vector<double> xs; // empty: null
+    };
+    const Row rows[] = {
+        {0.2, 0.4, {2, 3, 4}},
+        {0.25, 0.45, {2.5, 3, 4, 4.5}},
+        {0.2, 0.35, {2, 3, 3.5}},              // the sample after the cut counts
+        {0.25, 0.4, {}},                       // only samples 3 and 4
+        {0.25, 0.41, {2.5, 3, 4, 4.1}},        // samples 3, 4, 5
+        {0.2 + 5e-11, 0.4 - 5e-11, {2, 3, 4}}, // near enough
+        {-1.0, 0.2, {0, 1, 2}},
+        {0.8, 1.0, {8, 9, 10}},
+        {0.8, 1.0 + 5e-11, {8, 9, 10}},
+        {0.8, 1.1, {}},
+        {1.5, 2.0, {}},
+        {0.6, 0.2, {}},
+        {NAN, 0.5, {}},
+        {0.1, NAN, {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.t0 << " to " << row.t1);
+        double params[2] = {row.t0, row.t1};
+        const StrokePtr part(stroke.Extract(params));
+        ASSERT_EQ(part == nullptr, row.xs.empty());
+        for (std::size_t i = 0; i < row.xs.size(); ++i) {
+            const StrokePoint& point = part->GetPoints().at(i);
+            EXPECT_NEAR(point.x, row.xs[i], 1e-9);
+            EXPECT_NEAR(point.GetSpeed(), 10 * row.xs[i], 1e-5) << "speed runs with the index";
+            EXPECT_NEAR(stroke.DistanceBounded(point), 0.0, 1e-9);
+        }
+        EXPECT_TRUE(!part || part->GetPoints().size() == row.xs.size());
+    }
+    double all[2] = {0, 1};
+    EXPECT_EQ(Stroke().Extract(all), nullptr);
+    EXPECT_EQ(Ramp(2).Extract(all), nullptr);
+}
+
+TEST(Stroke, CopiesAndReplacement) {
+    Group group;
+    Stroke stroke = Ramp(3);
+    stroke.SetWidth(6.0);
+    stroke.SetGroup(&group);
+    stroke.AddPoint(StrokePoint(9, 9, 9)); // the box is outdated and copied as it stands
+    const StrokePtr copy(stroke.Copy());
+    EXPECT_NE(copy->GetId(), stroke.GetId());
+    EXPECT_TRUE(copy->AskGroup() == &group && copy->AskBBoxOutdated() && copy->AskWidth() == 6.0);
+    ExpectSameBox(copy->AskBoundingBox(), stroke.AskBoundingBox());
+    EXPECT_FALSE(Stroke(stroke).IsGrouped()) << "the constructor leaves the group, Copy takes it";
+
+    Stroke target = Ramp(2);
+    const int id = target.GetId();
+    EXPECT_FALSE(target.Replace(nullptr));
+    EXPECT_FALSE(target.Replace(&group));
+    EXPECT_TRUE(target.Replace(&target));
+    EXPECT_EQ(target.AskNumberOfPoints(), 2);
+    EXPECT_TRUE(target.Replace(&stroke));
+    EXPECT_EQ(XsOf(target), XsOf(stroke));
+    EXPECT_TRUE(target.GetId() == id && target.AskGroup() == &group && target.AskBBoxOutdated());
+    target = Ramp(2);
+    EXPECT_EQ(target.AskNumberOfPoints(), 2);
+    EXPECT_EQ(target.AskGroup(), &group) << "assignment leaves the group";
+}
+
+TEST(Stroke, DeepCopyTakesItsPlaceInTheCopiedGroup) {
+    Group group;
+    Stroke stroke = Ramp(3);
+    group.AddObject(&stroke);
+    stroke.SetGroup(&group);
+    std::set<int> none;
+    std::map<int, TaggedObject*> copies;
+    const std::unique_ptr<Group> groupCopy(group.Copy()); // still holds the original
+    copies[group.GetId()] = groupCopy.get();
+    const StrokePtr copy(stroke.DeepCopy(none, copies));
+    EXPECT_EQ(copy->GetId(), stroke.GetId());
+    EXPECT_EQ(copy->AskGroup(), groupCopy.get());
+    EXPECT_TRUE(groupCopy->FindObject(copy.get()) && !groupCopy->FindObject(&stroke));
+    EXPECT_TRUE(group.FindObject(&stroke)) << "the source group is untouched";
+    EXPECT_EQ(stroke.DeepCopy(none, copies), copy.get());
+
+    std::map<int, TaggedObject*> alone;
+    const StrokePtr single(stroke.DeepCopy(none, alone));
+    EXPECT_EQ(single->AskGroup(), &group) << "a group that is not copied stays the copy's group";
+}
+
+TEST(Stroke, TransformMovesSamplesAndBoxAlike) {
+    std::mt19937 rng(33);
+    Stroke stroke = RandomWalk(rng, 30);
+    stroke.UpdateBoundingBox();
+    const Stroke before = stroke;
+    double m[3][3] = {{0.6, -0.8, 3}, {0.8, 0.6, -2}, {0, 0, 0.5}};
+    stroke.Transform(m);
+    for (int i = 0; i < 30; ++i) {
+        Point expected = before.GetPoint(i);
+        expected.Transform(m);
+        EXPECT_EQ(stroke.GetPoint(i), expected);
+        EXPECT_EQ(stroke.GetPoints()[i].GetSpeed(), i);
+        const double p[3] = {expected.x, expected.y, 0};
+        EXPECT_TRUE(stroke.AskBoundingBox().IsPointInBBox(p, 1e-8));
+    }
+    EXPECT_FALSE(stroke.AskBBoxOutdated());
+}
+
+// Oracle: the poly-line sampled densely. Asked three times, so that scan and tree both answer.
+TEST(Stroke, DistanceFollowsEveryChange) {
+    std::mt19937 rng(34);
+    std::uniform_real_distribution<double> coordinate(-12, 12);
+    Stroke stroke = RandomWalk(rng, 60);
+    const Stroke tail = RandomWalk(rng, 5);
+    double turn[3][3] = {{0, -1, 2}, {1, 0, 1}, {0, 0, 1}};
+    const std::function<void()> changes[] = {
+        [] {},
+        [&] { stroke.AddPoint(StrokePoint(10, 10, 0)); },
+        [&] { stroke.AssignPoint(StrokePoint(-10, 10, 0), 3); },
+        [&] { stroke.Reverse(); },
+        [&] { stroke.Resize(stroke.AskNumberOfPoints() + 1); },
+        [&] { stroke.AppendPointsFromStroke(tail); },
+        [&] { stroke.PrependPointsFromStroke(tail); },
+        [&] { stroke.Transform(turn); },
+        [&] { stroke.Replace(StrokePtr(tail.Copy()).get()); },
+        [&] { stroke = Ramp(9); },
+    };
+    for (const auto& change : changes) {
+        change();
+        for (int ask = 0; ask < 3; ++ask) {
+            const Point p(coordinate(rng), coordinate(rng));
+            double nearest = INFINITY;
+            for (int i = 0; i + 1 < stroke.AskNumberOfPoints(); ++i) {
+                for (int k = 0; k <= 400; ++k) {
+                    const Point q =
+                        stroke.GetPoint(i) * (1 - k / 400.0) + stroke.GetPoint(i + 1) * (k / 400.0);
+                    nearest = std::min(nearest, p.Distance(q));
+                }
+            }
+            EXPECT_LE(stroke.DistanceBounded(p), nearest + 1e-12);
+            EXPECT_NEAR(stroke.DistanceBounded(p), nearest, 2e-2);
+            const std::unique_ptr<Spline> polyline(stroke.CreateSpline());
+            EXPECT_NEAR(stroke.DistanceBounded(p), polyline->DistanceBounded(p), 1e-9);
+        }
+    }
+    Stroke lonely;
+    lonely.AddPoint(StrokePoint());
+    EXPECT_EQ(ThrownMessage([&] { (void)lonely.DistanceBounded(Point()); }), kNoPolyline);
+}
+
+// Oracle: a segment crosses another when each separates the other's ends; random data has no touching.
+TEST(Stroke, IntersectBoundedFindsCrossingsInOrder) {
+    std::mt19937 rng(35);
+    std::uniform_real_distribution<double> coordinate(-6, 6);
+    int found = 0;
+    for (int trial = 0; trial < 60; ++trial) {
+        Stroke stroke = RandomWalk(rng, 80);
+        if (trial % 2 == 0) {
+            stroke.UpdateBoundingBox();
+        }
+        const Point a(coordinate(rng), coordinate(rng)), b(coordinate(rng), coordinate(rng));
+        const Line line(a, b);
+        std::vector<int> crossed;
+        for (int i = 0; i + 1 < 80; ++i) {
+            const Point p = stroke.GetPoint(i), q = stroke.GetPoint(i + 1);
+            const auto side = [](const Point& s, const Point& e, const Point& t) {
+                return (e - s).Cross(t - s) > 0;
+            };
+            if (side(a, b, p) != side(a, b, q) && side(p, q, a) != side(p, q, b)) {
+                crossed.push_back(i);
+            }
+        }
+        for (int ask = 0; ask < 2; ++ask) { // by scan, then by tree
+            std::vector<Point> points;
+            stroke.IntersectBounded(line, points);
+            ASSERT_EQ(points.size(), crossed.size());
+            for (std::size_t i = 0; i < points.size(); ++i) {
+                const Line segment(stroke.GetPoint(crossed[i]), stroke.GetPoint(crossed[i] + 1));
+                EXPECT_NEAR(segment.DistanceBounded(points[i]), 0.0, 1e-9);
+                EXPECT_NEAR(line.DistanceBounded(points[i]), 0.0, 1e-9);
+            }
+            found += static_cast<int>(points.size());
+        }
+    }
+    EXPECT_GT(found, 100);
+}
+
+TEST(Stroke, IntersectsCurvesAndTheirCarriers) {
+    double x[] = {-5, 5, 5}, y[] = {0, 0, 9};
+    const Stroke stroke(3, x, y, nullptr);
+    const Arc circle(Point(0, 0), 3.0);
+    std::vector<Point> points = {Point(99, 99)};
+    stroke.IntersectBounded(circle, points);
+    ASSERT_EQ(points.size(), 3U) << "appended";
+    EXPECT_NEAR(points[1].Length(), 3.0, 1e-9);
+    points.clear();
+    stroke.Intersect(Line(Point(1, 5), Point(1, 4)), points); // reaches the stroke as an infinite line
+    ASSERT_EQ(points.size(), 1U);
+    EXPECT_EQ(points[0], Point(1, 0));
+    points.clear();
+    stroke.IntersectBounded(Line(Point(1, 5), Point(1, 4)), points);
+    EXPECT_TRUE(points.empty());
+}
+
+TEST(Stroke, PolygonTests) {
+    double xs[] = {0, 4, 4, 2, 0}, ys[] = {0, 0, 4, 1, 4}; // a notch from above
+    double inX[] = {0.5, 2, 3.5}, inY[] = {0.5, 0.5, 0.5};
+    double acrossX[] = {0.5, 2, 3.5}, acrossY[] = {3, 3, 3}; // the middle lies in the notch
+    double pastX[] = {-1, 9}, pastY[] = {0.5, 0.5};          // crosses, but no sample inside
+    Stroke in(3, inX, inY, nullptr), across(3, acrossX, acrossY, nullptr), past(2, pastX, pastY, nullptr);
+    EXPECT_TRUE(in.IsInPolygon(5, xs, ys) && in.IsCrossPolygon(5, xs, ys));
+    EXPECT_FALSE(across.IsInPolygon(5, xs, ys));
+    EXPECT_FALSE(past.IsInPolygon(5, xs, ys) || past.IsCrossPolygon(5, xs, ys));
+    EXPECT_FALSE(in.IsInPolygon(2, xs, ys) || in.IsCrossPolygon(2, xs, ys));
+    across.AddPoint(StrokePoint(2, 0.5, 0));
+    EXPECT_TRUE(across.IsCrossPolygon(5, xs, ys) && !across.IsInPolygon(5, xs, ys));
+}
+
+} // namespace
+} // namespace Tessera::Geometry

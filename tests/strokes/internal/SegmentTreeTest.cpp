@@ -1,0 +1,128 @@
+#include "tessera/strokes/internal/SegmentTree.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "tessera/kernel/VexMath.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Vex::Math::Point2;
+using Points = std::span<const Point2>;
+
+std::vector<Point2> Walk(std::mt19937& rng, int n) {
+    std::uniform_real_distribution<double> step(-1, 1);
+    std::vector<Point2> points;
+    Point2 at{0, 0};
+    for (int i = 0; i < n; ++i) {
+        points.push_back(at);
+        if (i % 7 != 3) { // now and then a repeated sample
+            at = {at.x + step(rng), at.y + step(rng)};
+        }
+    }
+    return points;
+}
+
+// Independent of the projection formula: ternary search along the segment in long double.
+double ScannedDistance(Points points, double x, double y) {
+    long double best = INFINITY;
+    for (std::size_t i = 0; i + 1 < points.size(); ++i) {
+        const Point2 a = points[i], b = points[i + 1];
+        const auto distance = [&](long double t) {
+            return std::hypot(a.x + t * (b.x - a.x) - x, a.y + t * (b.y - a.y) - y);
+        };
+        long double low = 0, high = 1;
+        for (int k = 0; k < 90; ++k) {
+            const long double third = (high - low) / 3;
+            if (distance(low + third) < distance(high - third)) {
+                high -= third;
+            } else {
+                low += third;
+            }
+        }
+        best = std::min({best, distance(low), distance(0), distance(1)});
+    }
+    return static_cast<double>(best);
+}
+
+TEST(SegmentTree, DistanceAndProximityAgreeWithAScan) {
+    std::mt19937 rng(21);
+    std::uniform_real_distribution<double> coordinate(-8, 8), tolerance(0.0, 4.0);
+    for (int n = 2; n < 60; n += n < 20 ? 1 : 7) { // leaves of every fill, odd and even trees
+        const std::vector<Point2> points = Walk(rng, n);
+        const SegmentTree tree{Points(points)};
+        const double tol = tolerance(rng);
+        SegmentProximity<Point2> proximity(points, tol);
+        for (int probe = 0; probe < 20; ++probe) {
+            const double x = coordinate(rng), y = coordinate(rng);
+            const double distance = ScannedDistance(points, x, y);
+            EXPECT_NEAR(std::sqrt(tree.DistanceSq(Points(points), x, y)), distance, 1e-9) << n;
+            const int found = tree.FindWithin(Points(points), x, y, tol);
+            EXPECT_EQ(found >= 0, distance <= tol) << n;
+            EXPECT_EQ(proximity.IsWithin(x, y), distance <= tol) << n;
+            if (found >= 0) {
+                EXPECT_LE(SegmentDistanceSq(points[found], points[found + 1], x, y), tol * tol);
+                const int hit = proximity.LastHit();
+                EXPECT_LE(SegmentDistanceSq(points[hit], points[hit + 1], x, y), tol * tol);
+            }
+        }
+    }
+}
+
+TEST(SegmentTree, ProximityFindsWhatLiesFarFromTheHint) {
+    std::vector<Point2> points;
+    for (int i = 0; i < 5000; ++i) {
+        points.push_back({i * 1.0, 0.0});
+    }
+    SegmentProximity<Point2> proximity(points, 0.5);
+    EXPECT_TRUE(proximity.IsWithin(4000.25, 0.5)) << "the tolerance is included";
+    EXPECT_EQ(proximity.LastHit(), 4000);
+    EXPECT_FALSE(proximity.IsWithin(4000.25, 0.500001));
+    EXPECT_EQ(proximity.LastHit(), 4000) << "a miss keeps the place";
+    EXPECT_TRUE(proximity.IsWithin(10.0, 0.0, 4998));
+    EXPECT_TRUE(proximity.IsWithin(4999.5, 0.0, 1 << 30));
+    EXPECT_FALSE(proximity.IsWithin(4999.51, 0.0));
+}
+
+TEST(SegmentTree, VisitsTheMeetingSegmentsInOrder) {
+    std::mt19937 rng(22);
+    std::uniform_real_distribution<double> coordinate(-8, 8);
+    for (const int n : {0, 1, 2, 9, 10, 100, 333}) {
+        const std::vector<Point2> points = Walk(rng, n);
+        const SegmentTree tree{Points(points)};
+        for (int probe = 0; probe < 40; ++probe) {
+            PlaneRegion region;
+            region.Extend(coordinate(rng), coordinate(rng));
+            region.Extend(coordinate(rng), coordinate(rng));
+            std::vector<int> expected, visited;
+            for (int i = 0; i + 1 < n; ++i) {
+                const auto [loX, hiX] = std::minmax(points[i].x, points[i + 1].x);
+                const auto [loY, hiY] = std::minmax(points[i].y, points[i + 1].y);
+                if (loX <= region.maxX && hiX >= region.minX && loY <= region.maxY && hiY >= region.minY) {
+                    expected.push_back(i);
+                }
+            }
+            tree.VisitMeeting(Points(points), region, [&](int i) { visited.push_back(i); });
+            EXPECT_EQ(visited, expected);
+        }
+    }
+}
+
+TEST(SegmentTree, NothingIsNearWhatIsNotThere) {
+    const std::vector<Point2> none, one = {{1, 1}};
+    std::vector<Point2> holed(40, {NAN, NAN});
+    holed[20] = {3, 4};
+    holed[21] = {3, 5};
+    for (const auto& points : {none, one}) {
+        EXPECT_EQ(SegmentTree(Points(points)).DistanceSq(Points(points), 1, 1), INFINITY);
+        EXPECT_FALSE(SegmentProximity<Point2>(points, 1e9).IsWithin(1, 1));
+    }
+    EXPECT_EQ(SegmentTree(Points(holed)).DistanceSq(Points(holed), 0, 4), 9.0);
+    EXPECT_EQ(SegmentTree(Points(holed)).FindWithin(Points(holed), 0, 4, 3.0), 20);
+}
+
+} // namespace
+} // namespace Tessera::Geometry
