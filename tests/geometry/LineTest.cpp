@@ -1,0 +1,264 @@
+#include "tessera/geometry/Line.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <random>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/kernel/EQ.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/SampleCurves.h"
+#include "tests/support/ThrownMessage.h"
+
+using namespace Tessera::Geometry;
+
+namespace {
+
+void ExpectPoint(const Point& p, double x, double y, double tol = 1e-12) {
+    EXPECT_NEAR(p.x, x, tol);
+    EXPECT_NEAR(p.y, y, tol);
+}
+
+/// A kind of curve that no other kind knows.
+class UnknownCurve : public Line {
+public:
+    UnknownCurve() : Line(Point(0, 0), Point(1, 0)) {}
+    CurveType_e GetType() const override { return static_cast<CurveType_e>(4); }
+};
+
+} // namespace
+
+TEST(Line, ThreeFourFive) {
+    const Line line(Point(0, 0), Point(3, 4));
+    EXPECT_DOUBLE_EQ(line.Length(), 5.0);
+    EXPECT_DOUBLE_EQ(line.Distance(Point(0, 5)), 3.0);
+    ExpectPoint(line.Project(Point(0, 5)), 2.4, 3.2);
+    ExpectPoint(line.Bisect(), 1.5, 2.0);
+    ExpectPoint(line.GetCachedBasePoint(), 1.5, 2.0);
+    EXPECT_FALSE(line.IsReflectCenterLine());
+    EXPECT_FALSE(line.IsClosed());
+    EXPECT_EQ(line.GetType(), 3);
+    EXPECT_EQ(line.AskClass(), 2);
+    EXPECT_EQ(line.AskNumberOfSampledPoints(1e-9), 2);
+    const std::unique_ptr<Line> turned(line.Perpendicular(Point(1, 1)));
+    ExpectPoint(turned->GetStart(), 1, 1);
+    ExpectPoint(turned->GetEnd(), -3, 4);
+    const Line polar(Point(1, 1), 2.0, std::numbers::pi / 2);
+    ExpectPoint(polar.GetEnd(), 1, 3);
+}
+
+TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
+    const Line line(Point(0, 0), Point(3, 4));
+    struct Row {
+        Point p;
+        bool on, within;
+    };
+    const Row rows[] = {
+        {{6, 8}, true, false},     {{-6, -8}, true, false},   {{0, 0}, false, true},
+        {{1, 1}, false, true},     {{3, 4}, true, true},      {{-1e-12, 0}, false, true},
+        {{-4, 3}, false, true},    {{3e-11, 4e-11}, false, true},
+        // An angle of 1e-5 passes, one of 2e-5 does not: the cosine decides.
+        {{3 - 4e-5, 4 + 3e-5}, true, true}, {{3 - 8e-5, 4 + 6e-5}, false, true},
+        {{3 + 5e-11, 4 + 6e-11}, true, true},
+        {{3 + 3e-10, 4 + 4e-10}, true, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.p.x << ", " << row.p.y);
+        EXPECT_EQ(line.OnLine(row.p), row.on);
+        EXPECT_EQ(line.WithinBounds(row.p), row.within);
+    }
+}
+
+TEST(Line, DistanceBoundedAgreesWithSamples) {
+    std::mt19937 rng(11);
+    std::uniform_real_distribution<double> at(-5.0, 5.0);
+    for (int trial = 0; trial < 200; ++trial) {
+        const Line line(Point(at(rng), at(rng)), Point(at(rng), at(rng)));
+        const Point p(at(rng), at(rng));
+        EXPECT_NEAR(line.DistanceBounded(p), SampleCurves::PolylineDistance(SampleCurves::Dense(line, 1), p),
+                    1e-9);
+        EXPECT_LE(line.Distance(p), line.DistanceBounded(p) + 1e-12);
+        EXPECT_NEAR(line.Distance(line.Project(p)), 0.0, 1e-12);
+        EXPECT_NEAR(p.Distance(line.Project(p)), line.Distance(p), 1e-12);
+    }
+}
+
+TEST(Line, HorizontalVerticalParallelAndZeroLengthAtTheirTolerances) {
+    const double t = EQ_ask_length_tolerance();
+    struct Row {
+        const char* name;
+        Point end;
+        bool horizontal, vertical, zero;
+    };
+    const Row rows[] = {
+        {"horizontal, just inside", {5, 0.99 * t}, true, false, false},
+        {"not horizontal, just outside", {5, 1.01 * t}, false, false, false},
+        {"vertical", {-0.99 * t, 5}, false, true, false},
+        {"zero by components, longer by length", {0.9 * t, 0.9 * t}, true, true, true},
+        {"one component beyond", {0, 1.01 * t}, false, true, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Line line(Point(0, 0), row.end);
+        EXPECT_EQ(line.IsHorizontal(), row.horizontal);
+        EXPECT_EQ(line.IsVertical(), row.vertical);
+        EXPECT_EQ(line.IsZeroLength(), row.zero);
+    }
+    const Line base(Point(1, 1), Point(3, 1));
+    const Line opposite(Point(0, 0), Point(-7, 0.9e-7 * 7));
+    const Line tilted(Point(0, 0), Point(1, 1.1e-7));
+    const Line none(Point(2, 2), Point(2, 2));
+    EXPECT_TRUE(base.IsParallel(&opposite));
+    EXPECT_FALSE(base.IsParallel(&tilted));
+    EXPECT_FALSE(base.IsParallel(&none));
+    EXPECT_FALSE(none.IsParallel(&base));
+    EXPECT_NEAR(base.AngleBetween(Line(Point(0, 0), Point(0, -2))), -std::numbers::pi / 2, 1e-15);
+}
+
+TEST(Line, ZeroLengthLineMeasuresNothing) {
+    Line none(Point(2, 2), Point(2, 2));
+    EXPECT_DOUBLE_EQ(none.Distance(Point(5, 6)), 0.0);
+    ExpectPoint(none.Project(Point(5, 6)), 5, 6);
+    std::vector<Point> out;
+    none.Intersect(Arc(Point(2, 2), 1.0), out);
+    none.Intersect(Line(Point(0, 0), Point(1, 1)), out);
+    EXPECT_TRUE(out.empty());
+}
+
+TEST(Line, IntersectionsWithLinesAndCircles) {
+    const Arc circle(Point(1, 2), 2.0);
+    struct Row {
+        const char* name;
+        Point a, b;
+        std::vector<Point> expected;
+    };
+    const Row rows[] = {
+        {"vertical through the centre", {1, 0}, {1, 1}, {{1, 4}, {1, 0}}},
+        {"far from its own ends", {-10, 2}, {-9, 2}, {{3, 2}, {-1, 2}}},
+        {"tangent", {3, 0}, {3, 1}, {{3, 2}}},
+        {"just outside", {3 + 1e-6, 0}, {3 + 1e-6, 1}, {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Line line(row.a, row.b);
+        for (const bool swapped : {false, true}) {
+            std::vector<Point> out = {Point(77, 77)};
+            swapped ? circle.Intersect(line, out) : line.Intersect(circle, out);
+            ASSERT_EQ(out.size(), row.expected.size() + 1);
+            for (std::size_t i = 0; i < row.expected.size(); ++i)
+                ExpectPoint(out[i + 1], row.expected[i].x, row.expected[i].y, 1e-12);
+        }
+    }
+    std::vector<Point> out;
+    Line(Point(0, 0), Point(1, 1)).Intersect(Line(Point(10, 0), Point(10, -1)), out);
+    ASSERT_EQ(out.size(), 1U);
+    ExpectPoint(out[0], 10, 10);
+    Line(Point(0, 0), Point(1, 1)).Intersect(Line(Point(3, 0), Point(5, 2)), out);
+    EXPECT_EQ(out.size(), 1U);
+}
+
+TEST(Line, UnknownKindsAreRefused) {
+    const UnknownCurve unknown;
+    const Line line(Point(0, 0), Point(1, 1));
+    std::vector<Point> out;
+    EXPECT_EQ(ThrownMessage([&] { line.Intersect(unknown, out); }), "Line::Intersect: Unsupported case");
+    EXPECT_EQ(ThrownMessage([&] { Arc(Point(0, 0), 1).Intersect(unknown, out); }),
+              "Arc::Intersect: Unsupported case");
+    const auto all = SampleCurves::All();
+    EXPECT_EQ(ThrownMessage([&] { all[4].curve->Intersect(unknown, out); }),
+              "Ellipse::Intersect: Unsupported yet");
+    EXPECT_EQ(ThrownMessage([&] { all[6].curve->Intersect(unknown, out); }),
+              "Spline::Intersect: Unsupported yet");
+}
+
+TEST(Line, Statics) {
+    EXPECT_TRUE(Line::Colinear({{0, 0}, {1, 5}}, 0.0));
+    EXPECT_TRUE(Line::Colinear({{0, 0}, {1, 0.1}, {7, -0.1}, {4, 0}}, 0.1));
+    EXPECT_FALSE(Line::Colinear({{0, 0}, {1, 0.100001}, {4, 0}}, 0.1));
+    struct Row {
+        Point p;
+        int where;
+        double distanceSq;
+    };
+    const Row rows[] = {{{-1, 3}, 0, 9}, {{0, 3}, 1, 9}, {{1, -2}, 1, 4}, {{2, 1}, 1, 1}, {{5, 1}, 2, 1}};
+    for (const Row& row : rows) {
+        int where = 99;
+        EXPECT_NEAR(Line::PointToLineDistance2(row.p, Point(0, 0), Point(2, 0), &where), row.distanceSq, 1e-12);
+        EXPECT_EQ(where, row.where) << row.p.x;
+    }
+    int where = 99;
+    EXPECT_DOUBLE_EQ(Line::PointToLineDistance2(Point(3, 4), Point(0, 0), Point(0, 0), &where), 25.0);
+    EXPECT_EQ(where, -1);
+}
+
+TEST(Line, SetLimitsProjectsAndKeepsTheOrientation) {
+    struct Row {
+        Point a, b, start, end;
+    };
+    const Row rows[] = {
+        {{2, 5}, {9, -1}, {2, 0}, {9, 0}},
+        {{9, -1}, {2, 5}, {2, 0}, {9, 0}},
+        {{-4, 0}, {-6, 2}, {-6, 0}, {-4, 0}},
+        {{3, 1}, {3, -1}, {3, 0}, {3, 0}},
+    };
+    for (const Row& row : rows) {
+        Line line(Point(0, 0), Point(1, 0));
+        line.SetLimits(row.a, row.b);
+        ExpectPoint(line.GetStart(), row.start.x, row.start.y);
+        ExpectPoint(line.GetEnd(), row.end.x, row.end.y);
+        line.UpdateBoundingBox();
+        const double inside[3] = {(row.start.x + row.end.x) / 2, 0, 0};
+        EXPECT_TRUE(line.AskBoundingBox().IsPointInBBox(inside, 1e-9));
+    }
+}
+
+TEST(Line, MergeStretchesOverAllEnds) {
+    Line line(Point(0, 0), Point(1, 0));
+    Line far(Point(2, 0), Point(3, 0));
+    Line beside(Point(-2, 1e-10), Point(0.5, 0));
+    EXPECT_TRUE(line.Merge({&far}));
+    ExpectPoint(line.GetStart(), 0, 0);
+    ExpectPoint(line.GetEnd(), 3, 0);
+    ExpectPoint(far.GetStart(), 2, 0);
+    EXPECT_TRUE(line.Merge({&beside, &line, nullptr}));
+    ExpectPoint(line.GetStart(), -2, 0);
+    ExpectPoint(line.GetEnd(), 3, 0);
+    Line down(Point(0, 5), Point(0, 1));
+    Line lower(Point(0, -4), Point(0, -3));
+    down.Merge({&lower});
+    ExpectPoint(down.GetStart(), 0, 5);
+    ExpectPoint(down.GetEnd(), 0, -4);
+}
+
+TEST(Line, SameCurveKnowsDirection) {
+    const Line line(Point(0, 0), Point(1, 2));
+    EXPECT_TRUE(line.IsSameCurve(&line));
+    const Line equal(Point(1e-9, 0), Point(1, 2));
+    const Line reversed(Point(1, 2), Point(0, 0));
+    const Arc arc(Point(0, 0), 1);
+    EXPECT_TRUE(line.IsSameCurve(&equal));
+    EXPECT_FALSE(line.IsSameCurve(&reversed));
+    EXPECT_FALSE(line.IsSameCurve(&arc));
+    EXPECT_FALSE(line.IsSameCurve(nullptr));
+}
+
+TEST(Line, MessagesWithoutARecord) {
+    Line line(Point(0, 0), Point(1, 1));
+    line.SetCurveData(nullptr);
+    EXPECT_EQ(ThrownMessage([&] { line.GetDirection(); }), "Line::GetDirection - CURVE is NULL");
+    EXPECT_EQ(ThrownMessage([&] { line.IsZeroLength(); }), "Line::IsZeroLength - CURVE is NULL");
+    EXPECT_EQ(ThrownMessage([&] { line.SetLimits({}, {}); }), "Line::SetLimits - CURVE data cannot be NULL");
+}
+
+TEST(Line, RecordsOfOtherFormsAreRefusedAndStayTheCallers) {
+    const double centre[3] = {};
+    KC_CURVE_struct_s* arc = ev05p0(centre, 2.0, 0.0, 1.0);
+    const char* text = "Input CURVE data structure is not of Line type";
+    EXPECT_EQ(ThrownMessage([&] { Line line(arc); }), text);
+    EXPECT_EQ(ThrownMessage([&] { Line line(static_cast<KC_CURVE_struct_s*>(nullptr)); }), text);
+    EXPECT_EQ(arc->form, 5);
+    evcrvf(arc);
+}

@@ -1,0 +1,111 @@
+// Curves of every kind for table-driven tests, and dense samples of them as an oracle.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+
+namespace SampleCurves {
+
+using Tessera::Geometry::Curve;
+using Tessera::Geometry::Point;
+using CurvePtr = std::unique_ptr<Curve>;
+
+inline CurvePtr MakeEllipse(Point centre, double r1, double r2, double rotation, double start, double end) {
+    double at[2] = {centre.x, centre.y};
+    double radii[2] = {r1, r2};
+    return std::make_unique<Tessera::Geometry::Ellipse>(at, radii, rotation, start, end);
+}
+
+inline CurvePtr MakeArc(Point centre, double radius, double start, double end) {
+    double at[3] = {centre.x, centre.y, 0.0};
+    return std::make_unique<Tessera::Geometry::Arc>(at, radius, start, end);
+}
+
+/// Clamped uniform knots; weights of 1 unless given.
+inline CurvePtr MakeSpline(int order, const std::vector<Point>& poles, const std::vector<double>& weights = {}) {
+    const int n = static_cast<int>(poles.size());
+    std::vector<double> knots(static_cast<std::size_t>(n + order));
+    for (int i = 0; i < n + order; ++i)
+        knots[i] = std::clamp((i - order + 1.0) / (n - order + 1.0), 0.0, 1.0);
+    std::vector<double> data;
+    for (int i = 0; i < n; ++i)
+        data.insert(data.end(), {poles[i].x, poles[i].y, 0.0, weights.empty() ? 1.0 : weights[i]});
+    return std::make_unique<Tessera::Geometry::Spline>(n, order, 0, knots.data(),
+                                                       reinterpret_cast<double(*)[4]>(data.data()));
+}
+
+struct Sample {
+    std::string name;
+    CurvePtr curve;
+};
+
+/// One or two of every kind, none of them symmetric about an axis.
+inline std::vector<Sample> All() {
+    std::vector<Sample> all;
+    all.push_back({"line", std::make_unique<Tessera::Geometry::Line>(Point(1, 2), Point(-3, 5))});
+    all.push_back({"arc", MakeArc({1, -2}, 3, 0.3, 2.1)});
+    all.push_back({"arc across the zero angle", MakeArc({-1, 1}, 2, -0.4, 3.6)});
+    all.push_back({"circle", std::make_unique<Tessera::Geometry::Arc>(Point(2, 1), 1.5)});
+    all.push_back({"elliptic arc", MakeEllipse({0.5, 1}, 3, 1, 0.4, 0.2, 4.0)});
+    all.push_back({"ellipse", MakeEllipse({-1, 0.3}, 2, 0.7, 2.5, 0.0, 2.0 * 3.14159265358979323846)});
+    all.push_back({"cubic", MakeSpline(4, {{0, 0}, {1, 3}, {2, -2}, {4, 1}, {5, 3}, {3, 4}})});
+    all.push_back({"rational", MakeSpline(3, {{-2, 0}, {0, 3}, {2, 1}, {3, -2}}, {1, 2, 0.5, 1})});
+    all.push_back({"poly-line", MakeSpline(2, {{-3, -1}, {0, 2}, {1, -1}, {4, 0}})});
+    return all;
+}
+
+/// A random curve of one of the four kinds within about 5 units of the origin.
+inline CurvePtr Random(std::mt19937& rng, int kind) {
+    std::uniform_real_distribution<double> at(-4.0, 4.0);
+    std::uniform_real_distribution<double> size(0.5, 4.0);
+    std::uniform_real_distribution<double> angle(0.0, 6.2);
+    const double start = angle(rng);
+    const double end = start + 0.2 + 0.9 * angle(rng);
+    const Point centre(at(rng), at(rng));
+    switch (kind % 4) {
+    case 0:
+        return std::make_unique<Tessera::Geometry::Line>(centre, Point(at(rng), at(rng)));
+    case 1:
+        return MakeArc(centre, size(rng), start, end);
+    case 2:
+        return MakeEllipse(centre, size(rng), size(rng), angle(rng), start, end);
+    default: {
+        std::vector<Point> poles;
+        for (int i = 0; i < 6; ++i)
+            poles.emplace_back(at(rng), at(rng));
+        return MakeSpline(2 + kind % 3, poles);
+    }
+    }
+}
+
+/// n + 1 points at even parameters.
+inline std::vector<Point> Dense(const Curve& curve, int n) {
+    std::vector<Point> points;
+    double limits[2] = {};
+    curve.AskRange(limits);
+    for (int i = 0; i <= n; ++i)
+        points.push_back(curve.GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / n, true));
+    return points;
+}
+
+/// Distance from p to the poly-line of the samples.
+inline double PolylineDistance(const std::vector<Point>& points, const Point& p) {
+    double best = p.Distance(points.front());
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        const Point d = points[i] - points[i - 1];
+        const double lengthSq = d.Dot(d);
+        const double s = lengthSq > 0.0 ? std::clamp((p - points[i - 1]).Dot(d) / lengthSq, 0.0, 1.0) : 0.0;
+        best = std::min(best, p.Distance(points[i - 1] + s * d));
+    }
+    return best;
+}
+
+} // namespace SampleCurves
