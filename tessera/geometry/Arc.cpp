@@ -66,9 +66,8 @@ Arc::Arc(double centre[3], double radius, double start, double end) {
 }
 
 Arc::Arc(KC_CURVE_struct_s* c) {
-    SetCurveData(CheckedRecord(c));
+    Adopt(CheckedRecord(c));
     RestoreArcFrame(*c);
-    UpdateBoundingBox();
 }
 
 Arc* Arc::Copy() const {
@@ -417,11 +416,15 @@ void Arc::SetLimits(const Point& a, const Point& b) {
     KC_CURVE_struct_s& record = Record("Arc::SetLimits - Curve data cannot be NULL");
     double start = GetAngleFromPoint(a);
     double end = GetAngleFromPoint(b);
-    if (SameAngle(start, end) && GetEndAngle() - GetStartAngle() > kPi - kAngleTol) {
+    const bool coincide = SameAngle(start, end);
+    if (coincide && GetEndAngle() - GetStartAngle() > kPi - kAngleTol) {
         SetClosed();
         return;
     }
     LogForChange();
+    // Coincident limits of a small arc leave nothing of it; rounding must not make them a full turn.
+    if (coincide)
+        end = start;
     if (start > end)
         start -= kTwoPi;
     if (start < 0.0) {

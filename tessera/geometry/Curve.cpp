@@ -59,6 +59,16 @@ void Curve::Install(KC_CURVE_struct_s* made, Core::StaticText ifNull) {
     record.release();
 }
 
+void Curve::Adopt(KC_CURVE_struct_s* given) {
+    // The box first: once the record is taken over nothing may throw, or giver and curve would both free it.
+    BoundingBox box;
+    if (given != nullptr)
+        box.GetBBoxFromCurve(given);
+    SetCurveData(given);
+    box_ = box;
+    boxStale_ = given == nullptr;
+}
+
 void Curve::AskRange(double limits[2]) const {
     if (curve_ != nullptr)
         evcrvp(curve_, limits);

@@ -150,6 +150,8 @@ protected:
     /// Takes over a record just made for this curve; throws the text when it is null. The record is freed
     /// should the report of the change throw.
     void Install(KC_CURVE_struct_s* made, Core::StaticText ifNull);
+    /// Takes over a record that the caller handed to a constructor, with its box; on a throw it stays theirs.
+    void Adopt(KC_CURVE_struct_s* given);
     Point PointAt(double t) const;
     /// The kernel's answers for forms without closed formulas.
     double KernelLength() const;

@@ -59,10 +59,9 @@ Ellipse::Ellipse(double centre[2], double radii[2], double rotation, double star
 }
 
 Ellipse::Ellipse(KC_CURVE_struct_s* c) {
-    SetCurveData(c);
+    Adopt(c);
     if (c != nullptr)
         RestoreConicFrame(*c);
-    UpdateBoundingBox();
 }
 
 Ellipse* Ellipse::Copy() const {

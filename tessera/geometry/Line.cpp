@@ -59,8 +59,7 @@ Line::Line(const Point& start, double length, double angle)
     : Line(start, Point(start.x + length * std::cos(angle), start.y + length * std::sin(angle))) {}
 
 Line::Line(KC_CURVE_struct_s* c) {
-    SetCurveData(CheckedRecord(c));
-    UpdateBoundingBox();
+    Adopt(CheckedRecord(c));
     UpdateCachedBasePoint();
 }
 

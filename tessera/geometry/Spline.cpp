@@ -77,8 +77,7 @@ Spline::Spline(int numPoles, int order, int periodic, double* knots, double (*po
 }
 
 Spline::Spline(KC_CURVE_struct_s* c) {
-    SetCurveData(CheckedRecord(c));
-    UpdateBoundingBox();
+    Adopt(CheckedRecord(c));
 }
 
 Spline* Spline::Copy() const {

@@ -12,25 +12,26 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
 
-namespace SampleCurves {
+namespace Tessera::Testing {
 
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Point;
+using Geometry::Curve;
+using Geometry::Point;
 using CurvePtr = std::unique_ptr<Curve>;
 
 inline CurvePtr MakeEllipse(Point centre, double r1, double r2, double rotation, double start, double end) {
     double at[2] = {centre.x, centre.y};
     double radii[2] = {r1, r2};
-    return std::make_unique<Tessera::Geometry::Ellipse>(at, radii, rotation, start, end);
+    return std::make_unique<Geometry::Ellipse>(at, radii, rotation, start, end);
 }
 
 inline CurvePtr MakeArc(Point centre, double radius, double start, double end) {
     double at[3] = {centre.x, centre.y, 0.0};
-    return std::make_unique<Tessera::Geometry::Arc>(at, radius, start, end);
+    return std::make_unique<Geometry::Arc>(at, radius, start, end);
 }
 
 /// Clamped uniform knots; weights of 1 unless given.
-inline CurvePtr MakeSpline(int order, const std::vector<Point>& poles, const std::vector<double>& weights = {}) {
+inline CurvePtr MakeSpline(int order, const std::vector<Point>& poles,
+                           const std::vector<double>& weights = {}) {
     const int n = static_cast<int>(poles.size());
     std::vector<double> knots(static_cast<std::size_t>(n + order));
     for (int i = 0; i < n + order; ++i)
@@ -38,8 +39,8 @@ inline CurvePtr MakeSpline(int order, const std::vector<Point>& poles, const std
     std::vector<double> data;
     for (int i = 0; i < n; ++i)
         data.insert(data.end(), {poles[i].x, poles[i].y, 0.0, weights.empty() ? 1.0 : weights[i]});
-    return std::make_unique<Tessera::Geometry::Spline>(n, order, 0, knots.data(),
-                                                       reinterpret_cast<double(*)[4]>(data.data()));
+    return std::make_unique<Geometry::Spline>(n, order, 0, knots.data(),
+                                              reinterpret_cast<double(*)[4]>(data.data()));
 }
 
 struct Sample {
@@ -48,12 +49,12 @@ struct Sample {
 };
 
 /// One or two of every kind, none of them symmetric about an axis.
-inline std::vector<Sample> All() {
+inline std::vector<Sample> SampleCurves() {
     std::vector<Sample> all;
-    all.push_back({"line", std::make_unique<Tessera::Geometry::Line>(Point(1, 2), Point(-3, 5))});
+    all.push_back({"line", std::make_unique<Geometry::Line>(Point(1, 2), Point(-3, 5))});
     all.push_back({"arc", MakeArc({1, -2}, 3, 0.3, 2.1)});
     all.push_back({"arc across the zero angle", MakeArc({-1, 1}, 2, -0.4, 3.6)});
-    all.push_back({"circle", std::make_unique<Tessera::Geometry::Arc>(Point(2, 1), 1.5)});
+    all.push_back({"circle", std::make_unique<Geometry::Arc>(Point(2, 1), 1.5)});
     all.push_back({"elliptic arc", MakeEllipse({0.5, 1}, 3, 1, 0.4, 0.2, 4.0)});
     all.push_back({"ellipse", MakeEllipse({-1, 0.3}, 2, 0.7, 2.5, 0.0, 2.0 * 3.14159265358979323846)});
     all.push_back({"cubic", MakeSpline(4, {{0, 0}, {1, 3}, {2, -2}, {4, 1}, {5, 3}, {3, 4}})});
@@ -63,7 +64,7 @@ inline std::vector<Sample> All() {
 }
 
 /// A random curve of one of the four kinds within about 5 units of the origin.
-inline CurvePtr Random(std::mt19937& rng, int kind) {
+inline CurvePtr RandomCurve(std::mt19937& rng, int kind) {
     std::uniform_real_distribution<double> at(-4.0, 4.0);
     std::uniform_real_distribution<double> size(0.5, 4.0);
     std::uniform_real_distribution<double> angle(0.0, 6.2);
@@ -72,7 +73,7 @@ inline CurvePtr Random(std::mt19937& rng, int kind) {
     const Point centre(at(rng), at(rng));
     switch (kind % 4) {
     case 0:
-        return std::make_unique<Tessera::Geometry::Line>(centre, Point(at(rng), at(rng)));
+        return std::make_unique<Geometry::Line>(centre, Point(at(rng), at(rng)));
     case 1:
         return MakeArc(centre, size(rng), start, end);
     case 2:
@@ -87,7 +88,7 @@ inline CurvePtr Random(std::mt19937& rng, int kind) {
 }
 
 /// n + 1 points at even parameters.
-inline std::vector<Point> Dense(const Curve& curve, int n) {
+inline std::vector<Point> DensePoints(const Curve& curve, int n) {
     std::vector<Point> points;
     double limits[2] = {};
     curve.AskRange(limits);
@@ -108,4 +109,4 @@ inline double PolylineDistance(const std::vector<Point>& points, const Point& p)
     return best;
 }
 
-} // namespace SampleCurves
+} // namespace Tessera::Testing

@@ -1,0 +1,373 @@
+#include "tessera/geometry/Arc.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <numbers>
+#include <random>
+
+#include "tessera/kernel/EQ.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/SampleCurves.h"
+#include "tests/support/ThrownMessage.h"
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+Arc AnglesArc(double start, double end, double radius = 1.0, Point centre = Point(0, 0)) {
+    double at[3] = {centre.x, centre.y, 0.0};
+    return Arc(at, radius, start, end);
+}
+
+Point At(double angle, double radius = 1.0) {
+    return {radius * std::cos(angle), radius * std::sin(angle)};
+}
+
+void ExpectLimits(const Arc& arc, double start, double end, double tol = 1e-12) {
+    EXPECT_NEAR(arc.GetStartAngle(), start, tol);
+    EXPECT_NEAR(arc.GetEndAngle(), end, tol);
+    double limits[2] = {};
+    arc.AskRange(limits);
+    EXPECT_DOUBLE_EQ(limits[0], std::min(arc.GetStartAngle(), arc.GetEndAngle()));
+    EXPECT_NEAR(limits[1], std::max(arc.GetStartAngle(), arc.GetEndAngle()), 1e-15);
+    EXPECT_EQ(arc.IsClosed(), std::fabs(end - start - 2 * kPi) <= 1e-10);
+}
+
+} // namespace
+
+TEST(Arc, FromEndsAndCentreRunsCounterClockwise) {
+    ExpectLimits(Arc(Point(2, 0), Point(0, 2), Point(0, 0)), 0, kPi / 2);
+    ExpectLimits(Arc(Point(0, 2), Point(2, 0), Point(0, 0)), kPi / 2 - 2 * kPi, 0);
+    ExpectLimits(Arc(Point(-1, 0), Point(0, -1), Point(0, 0)), -kPi, -kPi / 2);
+    ExpectLimits(Arc(Point(5, 5), 3.0), 0, 2 * kPi);
+}
+
+TEST(Arc, FromThreePoints) {
+    struct Row {
+        const char* name;
+        Point a, b, c;
+        double start, end;
+    };
+    const Row rows[] = {
+        {"upper half", {1, 0}, {0, 1}, {-1, 0}, 0, kPi},
+        {"lower half", {1, 0}, {0, -1}, {-1, 0}, kPi, 2 * kPi},
+        {"clockwise quarter", At(1.0), At(0.5), At(0.1), 0.1, 1.0},
+        {"across the seam", At(3.0), At(-3.0), At(-2.0), 3.0 - 2 * kPi, -2.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::unique_ptr<Arc> arc(Arc::FromThreePoints(row.a, row.b, row.c));
+        EXPECT_NEAR(arc->GetRadius(), 1.0, 1e-12);
+        EXPECT_NEAR(arc->GetCenter().Length(), 0.0, 1e-12);
+        ExpectLimits(*arc, row.start, row.end);
+        EXPECT_NEAR(arc->DistanceBounded(row.b), 0.0, 1e-12);
+    }
+    EXPECT_EQ(ThrownMessage([] {
+                  Arc::FromThreePoints({0, 0}, {1, 1}, {5, 5});
+              }),
+              "Cannot create an arc from colinear points");
+}
+
+TEST(Arc, FromThreePointsPassesThroughAllThree) {
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> at(-10.0, 10.0);
+    for (int trial = 0; trial < 300; ++trial) {
+        const Point a(at(rng), at(rng));
+        const Point b(at(rng), at(rng));
+        const Point c(at(rng), at(rng));
+        const std::unique_ptr<Arc> arc(Arc::FromThreePoints(a, b, c));
+        const double tol = 1e-9 * (1.0 + arc->GetRadius());
+        EXPECT_NEAR(arc->DistanceBounded(a), 0.0, tol);
+        EXPECT_NEAR(arc->DistanceBounded(b), 0.0, tol);
+        EXPECT_NEAR(arc->DistanceBounded(c), 0.0, tol);
+        EXPECT_LT(arc->GetStartAngle(), arc->GetEndAngle());
+        const double fromA = std::min(arc->GetStart().Distance(a), arc->GetEnd().Distance(a));
+        EXPECT_NEAR(fromA, 0.0, tol);
+    }
+}
+
+TEST(Arc, NumberOfDisplaySegments) {
+    struct Row {
+        double radius, sweep, tol;
+        int expected;
+    };
+    const Row rows[] = {
+        {1, 2 * kPi, 1e-8, 0},
+        {1, 2 * kPi, 1e-7, 0},
+        {10, kPi, 0.1, 1 + static_cast<int>(kPi / (2 * std::acos(0.99)))},
+        {1, 2 * kPi, 2.0, 2}, // arc cosine of -1
+        {1, 2 * kPi, 2.1, 1}, // beyond the diameter
+        {0, 1, 0.1, 1},       // no radius
+        {1, 1, 0, 0},
+        {1, 1, -1, 0},
+        {1, 1, std::numeric_limits<double>::quiet_NaN(), 0},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(Arc::ComputeNumberOfDisplaySegments(row.radius, row.sweep, row.tol), row.expected)
+            << row.radius << " " << row.tol;
+    EXPECT_EQ(AnglesArc(0, 2 * kPi).AskNumberOfSampledPoints(1e-9), 1 + 43);
+    EXPECT_EQ(AnglesArc(0, 2 * kPi).AskNumberOfSampledPoints(1.0), 5);
+    EXPECT_EQ(AnglesArc(0, 1).AskNumberOfSampledPoints(1.0), 4);
+}
+
+TEST(Arc, SampledPointsKeepTheTolerance) {
+    for (const double tol : {0.5, 0.01, 1e-4}) {
+        const Arc arc = AnglesArc(0.3, 4.9, 7.0);
+        std::vector<Point> points;
+        arc.CreatePolylinePoints(arc.AskNumberOfSampledPoints(tol), points);
+        for (std::size_t i = 1; i < points.size(); ++i)
+            EXPECT_LE(arc.Distance((points[i] + points[i - 1]) / 2), tol * (1 + 1e-9));
+    }
+}
+
+TEST(Arc, ParametersOfPlainAndWrappedArcs) {
+    struct Row {
+        const char* name;
+        double start, end, mid, theta, relative;
+    };
+    const Row rows[] = {
+        {"inside", 1, 3, 2, 1.5, 0.25},
+        {"before, nearer the start", 1, 3, 2, 0.5, 0.0},
+        {"after, nearer the end", 1, 3, 2, 3.5, 1.0},
+        {"at the start", 1, 3, 2, 1, 0.0},
+        {"at the end", 1, 3, 2, 3, 1.0},
+        {"wrapped", 5, 1, 3 - kPi, 0.5, (0.5 + 2 * kPi - 5) / (1 + 2 * kPi - 5)},
+        {"wrapped, first stretch lifted all the same", 5, 1, 3 - kPi, 5.5, 1.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Arc arc = AnglesArc(row.start, row.end);
+        EXPECT_NEAR(arc.GetMidParam(), row.start > row.end ? 3.0 + kPi - 2 * kPi : row.mid, 1e-14);
+        EXPECT_NEAR(arc.GetRelativeParam(row.theta), row.relative, 1e-14);
+    }
+    const Arc plain = AnglesArc(1, 3);
+    EXPECT_NEAR(plain.GetParamFromRelativeParam(0.25), 1.5, 1e-15);
+    EXPECT_NEAR(plain.GetParamFromRelativeParam(-0.9e-10), 1.0, 1e-9);
+    EXPECT_EQ(plain.GetParamFromRelativeParam(-1.1e-10), 0.0);
+    EXPECT_EQ(plain.GetParamFromRelativeParam(1.0 + 1.1e-10), 0.0);
+    const Arc wrapped = AnglesArc(5, 1);
+    EXPECT_NEAR(wrapped.GetParamFromRelativeParam(0.25), 5 + 0.25 * (2 * kPi - 4), 1e-14);
+    EXPECT_NEAR(wrapped.GetParamFromRelativeParam(1.0), 1.0, 1e-14);
+    EXPECT_FALSE(AnglesArc(0, kPi).IsMajorArc());
+    EXPECT_TRUE(AnglesArc(0, kPi + 2e-10).IsMajorArc());
+}
+
+TEST(Arc, MeasuresAgreeWithSamples) {
+    std::mt19937 rng(21);
+    std::uniform_real_distribution<double> at(-5.0, 5.0);
+    for (int trial = 0; trial < 60; ++trial) {
+        const CurvePtr arc = RandomCurve(rng, 1);
+        const std::vector<Point> dense = DensePoints(*arc, 4000);
+        double length = 0.0;
+        for (std::size_t i = 1; i < dense.size(); ++i)
+            length += dense[i].Distance(dense[i - 1]);
+        EXPECT_NEAR(arc->Length(), length, 1e-4);
+        const Point p(at(rng), at(rng));
+        EXPECT_NEAR(arc->DistanceBounded(p), PolylineDistance(dense, p), 1e-5);
+        EXPECT_NEAR(arc->Distance(arc->Project(p)), 0.0, 1e-12);
+    }
+    const Arc circle(Point(1, 1), 2.0);
+    EXPECT_DOUBLE_EQ(circle.Length(), 4 * kPi);
+    EXPECT_NEAR(circle.Project(Point(1, 1)).Distance(Point(1, 1)), 2.0, 1e-15);
+    EXPECT_NEAR(circle.GetPointFromArcDistance(kPi).Distance(Point(1, 3)), 0.0, 1e-14);
+}
+
+TEST(Arc, WithinBoundsComparesAngles) {
+    const Arc third(Point(-1, 0), Point(0, -1), Point(0, 0));
+    EXPECT_TRUE(third.WithinBounds(Point(-1, 0)));
+    EXPECT_TRUE(third.WithinBounds(Point(-1, -1e-300)));
+    EXPECT_TRUE(third.WithinBounds(Point(-7, -7)));
+    EXPECT_FALSE(third.WithinBounds(Point(1, 1)));
+    const Arc across = AnglesArc(-0.5, 0.5);
+    EXPECT_TRUE(across.WithinBounds(At(0.5 + 0.9e-10)));
+    EXPECT_FALSE(across.WithinBounds(At(0.5 + 1.2e-10)));
+    const Arc seam = AnglesArc(3.0, 3.5);
+    EXPECT_TRUE(seam.WithinBounds(At(-3.0)));
+    EXPECT_TRUE(seam.WithinBounds(At(3.1)));
+    EXPECT_FALSE(seam.WithinBounds(At(2.9)));
+    EXPECT_FALSE(seam.WithinBounds(At(-2.7)));
+}
+
+TEST(Arc, IntersectionsOfCircles) {
+    struct Row {
+        const char* name;
+        Point centre;
+        double radius;
+        std::vector<Point> expected;
+    };
+    const double h = std::sqrt(0.75);
+    const Row rows[] = {
+        {"touching from outside", {2, 0}, 1, {{1, 0}}},
+        {"crossing, in this order", {1, 0}, 1, {{0.5, -h}, {0.5, h}}},
+        {"concentric", {0, 0}, 2, {}},
+        {"apart", {3, 0}, 1, {}},
+        {"inside", {0.2, 0}, 0.5, {}},
+        {"touching from inside", {0.7, 0}, 0.3, {{1, 0}, {1, 0}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::vector<Point> out;
+        Arc(Point(0, 0), 1.0).Intersect(Arc(row.centre, row.radius), out);
+        ASSERT_EQ(out.size(), row.expected.size());
+        for (std::size_t i = 0; i < out.size(); ++i)
+            EXPECT_NEAR(out[i].Distance(row.expected[i]), 0.0, 1e-7);
+    }
+    std::vector<Point> once;
+    Arc(Point(0, 0), 1.0).IntersectBounded(Arc(Point(0.7, 0), 0.3), once);
+    EXPECT_EQ(once.size(), 1U);
+}
+
+TEST(Arc, SetLimits) {
+    struct Row {
+        const char* name;
+        double oldStart, oldEnd, a, b, start, end;
+    };
+    const Row rows[] = {
+        {"plain", 0, 3, 1, 2, 1, 2},
+        {"reversed", 0, 3, 2, 1, 2, 1 + 2 * kPi},
+        {"one lift only", 0, 3, -1, -2, -1, 2 * kPi - 2},
+        {"both negative", 0, 3, -2, -1, 2 * kPi - 2, 2 * kPi - 1},
+        {"coincident on a large arc closes", 0, kPi, 1, 1, 0, 2 * kPi},
+        {"coincident on a small arc", 0, 3, 1, 1, 1, 1},
+        {"coincident across the seam closes", 0, 4, kPi, -kPi, 0, 2 * kPi},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Arc arc = AnglesArc(row.oldStart, row.oldEnd, 2.0, Point(3, -1));
+        ChangeLog log;
+        arc.SetLimits(Point(3, -1) + 5.0 * At(row.a), Point(3, -1) + 0.5 * At(row.b));
+        EXPECT_EQ(log.Take(arc), 1);
+        ExpectLimits(arc, row.start, row.end, 1e-14);
+        EXPECT_DOUBLE_EQ(arc.GetRadius(), 2.0);
+    }
+}
+
+TEST(Arc, ChangesKeepTheRest) {
+    Arc arc = AnglesArc(0.5, 1.5, 2.0, Point(1, 1));
+    arc.SetCenter(Point(-3, 4));
+    EXPECT_NEAR(arc.GetStart().Distance(Point(-3, 4) + 2.0 * At(0.5)), 0.0, 1e-15);
+    arc.SetRadius(3.0);
+    EXPECT_NEAR(arc.GetEnd().Distance(Point(-3, 4) + 3.0 * At(1.5)), 0.0, 1e-15);
+    EXPECT_DOUBLE_EQ(arc.GetRadius(), 3.0);
+    arc.SetClosed();
+    ExpectLimits(arc, 0, 2 * kPi);
+    XYBox box;
+    ASSERT_TRUE(arc.AskXYBox(box));
+    EXPECT_NEAR(box.max.y, 7.0, 1e-12);
+}
+
+TEST(Arc, MergeTakesTheUnion) {
+    struct Row {
+        const char* name;
+        double start, end;
+        std::vector<std::pair<double, double>> others;
+        double mergedStart, mergedEnd;
+    };
+    const Row rows[] = {
+        {"overlapping", 0, 1, {{0.5, 2}}, 0, 2},
+        {"gap bridged the short way", 0, 1, {{1.5, 2}}, 0, 2},
+        {"across the seam", 0, 1, {{6, 6.2}}, 6, 1 + 2 * kPi},
+        {"negative start", -1, 1, {{0, 2}}, 2 * kPi - 1, 2 + 2 * kPi},
+        {"covered circle", 0, 3, {{2, 5}, {4, 7}}, 0, 2 * kPi},
+        {"contained", 0, 3, {{1, 2}}, 0, 3},
+        {"three with the largest gap between the first two", 0, 0.5, {{3, 4}, {5, 6}}, 3, 0.5 + 2 * kPi},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Arc arc = AnglesArc(row.start, row.end);
+        std::vector<std::unique_ptr<Arc>> others;
+        std::unordered_set<Curve*> set = {&arc, nullptr};
+        for (const auto& [start, end] : row.others) {
+            double at[3] = {0, 0, 0};
+            others.push_back(std::make_unique<Arc>(at, 1.0, start, end));
+            set.insert(others.back().get());
+        }
+        EXPECT_TRUE(arc.Merge(set));
+        ExpectLimits(arc, row.mergedStart, row.mergedEnd);
+    }
+    Arc arc = AnglesArc(0, 1);
+    Arc larger = AnglesArc(0, 3, 1.5);
+    Arc shifted = AnglesArc(0, 3, 1.0, Point(0.1, 0));
+    Line line(Point(0, 0), Point(1, 0));
+    EXPECT_FALSE(arc.Merge({&arc, &larger, &shifted, &line}));
+    ExpectLimits(arc, 0, 1);
+}
+
+TEST(Arc, SameCurveModuloFullTurns) {
+    const Arc arc = AnglesArc(1, 2);
+    EXPECT_TRUE(arc.IsSameCurve(&arc));
+    struct Row {
+        double start, end, radius;
+        bool same;
+    };
+    const Row rows[] = {
+        {1 + 2 * kPi, 2 + 2 * kPi, 1, true},
+        {1 - 4 * kPi, 2 - 4 * kPi, 1, true},
+        {1 - 0.9e-10, 2, 1, true},
+        {1 + 0.9e-10, 2, 1, true},
+        {1 + 1.1e-10, 2, 1, false},
+        {1, 2.1, 1, false},
+        {1, 2, 1 + 2e-9, true},
+        {1, 2, 1 + 3e-9, false},
+    };
+    for (const Row& row : rows) {
+        const Arc other = AnglesArc(row.start, row.end, row.radius);
+        EXPECT_EQ(arc.IsSameCurve(&other), row.same) << row.start << " " << row.end;
+    }
+    const Line line(Point(0, 0), Point(1, 1));
+    EXPECT_FALSE(arc.IsSameCurve(&line));
+}
+
+TEST(Arc, ZeroLengthAtItsTolerances) {
+    const double t = EQ_ask_length_tolerance();
+    EXPECT_TRUE(AnglesArc(0, 1, 0.99 * t).IsZeroLength());
+    EXPECT_FALSE(AnglesArc(0, 1, 1.01 * t).IsZeroLength());
+    EXPECT_TRUE(AnglesArc(1, 1 + 0.99 * t).IsZeroLength());
+    EXPECT_FALSE(AnglesArc(1, 1 + 1.01 * t).IsZeroLength());
+}
+
+TEST(Arc, ForeignRecordsComeIntoTheUnturnedFrame) {
+    const double centre[3] = {1, 2, 0};
+    KC_CURVE_struct_s* record = ev05p0(centre, 2.0, 0.5, 2.0);
+    auto& data = *static_cast<EVC_arc_s*>(record->data);
+    data.xAxis[0] = 0.0; // turned a quarter and mirrored: the arc runs clockwise from 90 - 0.5 rad
+    data.xAxis[1] = 2.0;
+    data.yAxis[0] = 2.0;
+    data.yAxis[1] = 0.0;
+    const Arc arc(record);
+    ExpectLimits(arc, kPi / 2 - 2.0, kPi / 2 - 0.5);
+    EXPECT_NEAR(arc.GetStart().Distance(arc.GetPointFromAngle(arc.GetStartAngle())), 0.0, 1e-15);
+    EXPECT_NEAR(arc.GetMajorRadiusPoint(2.0).Distance(Point(5, 2)), 0.0, 1e-15);
+    EXPECT_NEAR(arc.GetMinorRadiusPoint(-1.0).Distance(Point(1, 0)), 0.0, 1e-15);
+}
+
+TEST(Arc, MessagesWithoutARecord) {
+    Arc arc(Point(0, 0), 1.0);
+    arc.SetCurveData(nullptr);
+    struct Row {
+        std::function<void()> call;
+        const char* text;
+    };
+    const Row rows[] = {
+        {[&] { arc.GetCenter(); }, "Arc::GetCenter - CURVE cannot be NULL"},
+        {[&] { arc.GetRadius(); }, "Arc::GetRadius - CURVE cannot be NULL"},
+        {[&] { arc.GetStartAngle(); }, "getAngle in Arc - CURVE cannot be NULL"},
+        {[&] { arc.GetEndAngle(); }, "getAngle in Arc - CURVE cannot be NULL"},
+        {[&] { arc.GetPointFromAngle(1); }, "Arc::GetRadius - CURVE cannot be NULL"},
+        {[&] { arc.IsZeroLength(); }, "Arc::IsZeroLength - CURVE cannot be NULL"},
+        {[&] { arc.SetCenter({}); }, "Arc::SetCenter - Curve data cannot be NULL"},
+        {[&] { arc.SetClosed(); }, "Arc::SetClosed - CURVE cannot be NULL"},
+        {[&] { arc.SetRadius(1); }, "Arc::SetRadius - CURVE data does not exist"},
+        {[&] { arc.SetLimits({}, {}); }, "Arc::SetLimits - Curve data cannot be NULL"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(ThrownMessage(row.call), row.text);
+    EXPECT_EQ(ThrownMessage([] { Arc none(static_cast<KC_CURVE_struct_s*>(nullptr)); }),
+              "Input CURVE data structure is not of Arc type");
+}
