@@ -8,7 +8,6 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/internal/Angles.h"
 #include "tessera/geometry/internal/RecordData.h"
-#include "tessera/geometry/internal/RecordFrame.h"
 #include "tessera/kernel/EQ.h"
 
 // The record's axes always stand unturned, (r, 0) and (0, r), so that its parameter is the angle that the
@@ -26,6 +25,12 @@ KC_CURVE_struct_s* CheckedRecord(KC_CURVE_struct_s* c) {
     if (c == nullptr || c->form != kFormArc)
         Core::ThrowMessage("Input CURVE data structure is not of Arc type");
     return c;
+}
+
+/// Axes (r, 0) and (0, r): the record's parameter is the angle from +x.
+bool IsUnturned(const EVC_arc_s& arc) {
+    return arc.xAxis[0] == arc.radius && arc.xAxis[1] == 0.0 && arc.yAxis[0] == 0.0 &&
+           arc.yAxis[1] == arc.radius;
 }
 
 /// Rewrites the whole record, in the unturned frame.
@@ -67,7 +72,8 @@ Arc::Arc(double centre[3], double radius, double start, double end) {
 
 Arc::Arc(KC_CURVE_struct_s* c) {
     Adopt(CheckedRecord(c));
-    RestoreArcFrame(*c);
+    if (!IsUnturned(ArcData(*c)))
+        evcrvNormalizeAxes(c);
 }
 
 Arc* Arc::Copy() const {
@@ -76,7 +82,7 @@ Arc* Arc::Copy() const {
 
 void Arc::Transform(double m[3][3]) {
     Curve::Transform(m);
-    RestoreArcFrame(*curve_);
+    evcrvNormalizeAxes(curve_);
 }
 
 // --- Construction through points

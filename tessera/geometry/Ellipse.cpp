@@ -7,7 +7,6 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/internal/Angles.h"
 #include "tessera/geometry/internal/RecordData.h"
-#include "tessera/geometry/internal/RecordFrame.h"
 #include "tessera/kernel/CurveInversion.h"
 #include "tessera/kernel/EQ.h"
 
@@ -39,6 +38,12 @@ double AngleOnWhole(const KC_CURVE_struct_s& record, const Point& p) {
     return t;
 }
 
+/// The minor axis lies a quarter turn clockwise of the major one, where rotation and radii do not tell it.
+bool IsMirrored(const EVC_conic_s& conic) {
+    const double turn = Vector(conic.majorAxis).Cross(Vector(conic.minorAxis));
+    return turn * conic.radius1 * conic.radius2 < 0.0;
+}
+
 /// Unit direction at the angle of rotation. The vectors carry the radii, which may be negative or vanish.
 Vector MajorDirection(const EVC_conic_s& conic) {
     Vector direction(conic.majorAxis[0], conic.majorAxis[1]);
@@ -60,8 +65,8 @@ Ellipse::Ellipse(double centre[2], double radii[2], double rotation, double star
 
 Ellipse::Ellipse(KC_CURVE_struct_s* c) {
     Adopt(c);
-    if (c != nullptr)
-        RestoreConicFrame(*c);
+    if (c != nullptr && c->form == kFormConic && IsMirrored(ConicData(*c)))
+        evcrvNormalizeAxes(c);
 }
 
 Ellipse* Ellipse::Copy() const {
@@ -70,7 +75,7 @@ Ellipse* Ellipse::Copy() const {
 
 void Ellipse::Transform(double m[3][3]) {
     Curve::Transform(m);
-    RestoreConicFrame(*curve_);
+    evcrvNormalizeAxes(curve_);
 }
 
 // --- Accessors

@@ -1,0 +1,192 @@
+// Moves, turns, mirrors and scales of every kind: the curve must follow its points, and what a curve tells
+// about itself must rebuild the curve that it evaluates to.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <numbers>
+
+#include "tessera/core/NumericHelpers.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/SampleCurves.h"
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+struct Matrix {
+    const char* name;
+    double m[3][3];
+    bool mirrors;
+};
+
+Matrix Turn(const char* name, double angle, double dx, double dy, double w) {
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    return {name, {{c, -s, dx}, {s, c, dy}, {0, 0, w}}, false};
+}
+
+Matrix Mirror(const char* name, Point a, Point b) {
+    Matrix mirror = {name, {}, true};
+    Tessera::Core::ComposeMirrorTransform(a, b, mirror.m);
+    return mirror;
+}
+
+std::vector<Matrix> Matrices() {
+    Matrix scale = {"scale about a point", {}, false};
+    double about[2] = {3, -1};
+    Tessera::Core::ComposeScaleTransform(about, 2.5, scale.m);
+    return {
+        {"identity", {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, false},
+        Turn("translation", 0, 7, -3, 1),
+        Turn("turn by 0.7", 0.7, 0, 0, 1),
+        Turn("turn by -2.9 and move, shrunk", -2.9, 1, 5, 2.0),
+        Turn("half turn, grown", kPi, 0, 1, 0.25),
+        scale,
+        {"scale inside the block", {{0, -3, 1}, {3, 0, 2}, {0, 0, 1}}, false},
+        Mirror("mirror in the x axis", {0, 0}, {1, 0}),
+        Mirror("mirror in the y axis", {0, 0}, {0, 1}),
+        Mirror("mirror in a slope", {1, 2}, {4, -3}),
+    };
+}
+
+Point Moved(const Matrix& matrix, Point p) {
+    double m[3][3];
+    std::memcpy(m, matrix.m, sizeof m);
+    p.Transform(m);
+    return p;
+}
+
+void Apply(Curve& curve, const Matrix& matrix) {
+    double m[3][3];
+    std::memcpy(m, matrix.m, sizeof m);
+    curve.Transform(m);
+}
+
+/// A new curve from nothing but what the accessors tell.
+CurvePtr Rebuilt(const Curve& curve) {
+    switch (curve.GetType()) {
+    case CurveType_Line:
+        return std::make_unique<Line>(curve.GetStart(), curve.GetEnd());
+    case CurveType_Arc: {
+        const auto& arc = static_cast<const Arc&>(curve);
+        return MakeArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(), arc.GetEndAngle());
+    }
+    case CurveType_Ellipse: {
+        double centre[2];
+        double radii[2];
+        double rotation = 0;
+        double start = 0;
+        double end = 0;
+        static_cast<const Ellipse&>(curve).AskEllipseData(centre, radii, &rotation, &start, &end);
+        return MakeEllipse(Point(centre), radii[0], radii[1], rotation, start, end);
+    }
+    default:
+        return CurvePtr(curve.CopyCurveOnly());
+    }
+}
+
+} // namespace
+
+TEST(CurveTransform, CurveFollowsItsPoints) {
+    for (const Matrix& matrix : Matrices()) {
+        for (const Sample& sample : SampleCurves()) {
+            SCOPED_TRACE(std::string(matrix.name) + ", " + sample.name);
+            Curve& curve = *sample.curve;
+            const std::vector<Point> before = DensePoints(curve, 24);
+            const double length = curve.Length();
+            const bool closed = curve.IsPeriodic();
+            Apply(curve, matrix);
+
+            const CurvePtr rebuilt = Rebuilt(curve);
+            std::vector<Point> after = DensePoints(curve, 24);
+            const std::vector<Point> retold = DensePoints(*rebuilt, 24);
+            for (std::size_t i = 0; i < after.size(); ++i)
+                EXPECT_NEAR(after[i].Distance(retold[i]), 0.0, 1e-12);
+            // Arcs and ellipses keep running counter-clockwise: a mirror exchanges their ends. Circles may
+            // start elsewhere.
+            const bool reversed =
+                matrix.mirrors && (curve.GetType() == CurveType_Arc || curve.GetType() == CurveType_Ellipse);
+            if (reversed)
+                std::reverse(after.begin(), after.end());
+            for (std::size_t i = 0; i < after.size(); ++i) {
+                const Point expected = Moved(matrix, before[i]);
+                EXPECT_NEAR(curve.DistanceBounded(expected), 0.0, 1e-9);
+                if (!closed) {
+                    EXPECT_NEAR(after[i].Distance(expected), 0.0, 1e-11);
+                }
+            }
+            const double scale = std::hypot(matrix.m[0][0], matrix.m[1][0]) / matrix.m[2][2];
+            EXPECT_NEAR(curve.Length(), scale * length, 1e-9 * length);
+            EXPECT_EQ(curve.IsPeriodic(), closed);
+        }
+    }
+}
+
+TEST(CurveTransform, BoxAndHandlesFollow) {
+    for (const Matrix& matrix : Matrices()) {
+        for (const Sample& sample : SampleCurves()) {
+            SCOPED_TRACE(std::string(matrix.name) + ", " + sample.name);
+            Apply(*sample.curve, matrix);
+            const BoundingBox box = sample.curve->AskBoundingBox();
+            for (const Point& p : DensePoints(*sample.curve, 24)) {
+                const double position[3] = {p.x, p.y, 0};
+                EXPECT_TRUE(box.IsPointInBBox(position, 1e-9));
+            }
+            if (sample.curve->GetType() == CurveType_Line) {
+                const auto& line = static_cast<const Line&>(*sample.curve);
+                EXPECT_NEAR(line.GetCachedBasePoint().Distance(line.Bisect()), 0.0, 1e-15);
+            }
+        }
+    }
+}
+
+TEST(CurveTransform, MirroredTwiceIsTheOriginal) {
+    for (const Matrix& matrix : Matrices()) {
+        if (!matrix.mirrors)
+            continue;
+        for (const Sample& sample : SampleCurves()) {
+            SCOPED_TRACE(std::string(matrix.name) + ", " + sample.name);
+            const CurvePtr original(sample.curve->CopyCurveOnly());
+            Apply(*sample.curve, matrix);
+            EXPECT_FALSE(sample.curve->IsSameCurve(original.get()));
+            Apply(*sample.curve, matrix);
+            if (sample.name != "circle" && sample.name != "ellipse") {
+                EXPECT_TRUE(sample.curve->IsSameCurve(original.get()));
+            }
+            for (const Point& p : DensePoints(*sample.curve, 24))
+                EXPECT_NEAR(original->DistanceBounded(p), 0.0, 1e-9);
+        }
+    }
+}
+
+TEST(CurveTransform, ManyTurnsKeepTheAnglesSmall) {
+    const Matrix turn = Turn("", 1.0, 0, 0, 1);
+    Arc arc(Point(1, 0), Point(0, 1), Point(0, 0));
+    for (int i = 0; i < 1000; ++i)
+        Apply(arc, turn);
+    EXPECT_LT(std::fabs(arc.GetStartAngle()), 6 * kPi);
+    EXPECT_NEAR(arc.GetStart().Distance(Point(std::cos(1000.0), std::sin(1000.0))), 0.0, 1e-10);
+    EXPECT_NEAR(arc.GetEndAngle() - arc.GetStartAngle(), kPi / 2, 1e-12);
+}
+
+TEST(CurveTransform, ReportsOnceBeforeTheChange) {
+    const Matrix move = Turn("", 0.3, 5, 5, 1);
+    for (const Sample& sample : SampleCurves()) {
+        SCOPED_TRACE(sample.name);
+        const Point before = sample.curve->GetMidPoint();
+        Point seen;
+        ChangeLog log;
+        log.onChange = [&] { seen = sample.curve->GetMidPoint(); };
+        Apply(*sample.curve, move);
+        log.onChange = nullptr;
+        EXPECT_EQ(log.Take(*sample.curve), 1);
+        EXPECT_EQ(seen.x, before.x);
+        EXPECT_GT(sample.curve->GetMidPoint().Distance(before), 1.0);
+    }
+}
