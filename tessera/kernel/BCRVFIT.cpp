@@ -1,0 +1,386 @@
+#include "tessera/kernel/BCRVFIT.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tessera/kernel/CurveInversion.h"
+#include "tessera/kernel/internal/BCLS.h"
+#include "tessera/kernel/internal/BCRVFIT_samples.h"
+#include "tessera/kernel/internal/RecordPtr.h"
+#include "tessera/kernel/internal/SmArray.h"
+
+// For a number of poles: solve the linear least-squares problem at chord-length parameters, measure, move
+// each parameter to its foot point and solve again, a few times (Hoschek, CAGD 5 (1988) 27-40). The pole
+// count grows by the rate at which the error of a spline of this order falls, then is bisected back to the
+// fewest poles that keep the tolerance. Every count starts from the chord-length parameters again: repeated
+// correction lets parameters of different stretches run together.
+//
+// The solutions use a bounded number of evenly spread samples, some to each pole. A curve that satisfies
+// them is measured on all points; points that it misses join the samples. Adaptive knots: spans in error are
+// halved until the tolerance is kept, and smaller pole counts spread their knots over those spans evenly.
+
+namespace {
+
+using Vex::Math::Point3;
+
+// Most poles of a fit, beside twice the points: with uniform knots the points of a few spans may need them; a
+// curve that needs more is not a curve that anyone would edit. A count.
+constexpr int kMaxPoles = 512;
+// Samples a solution uses: at least this many, and so many for each pole. Counts; twice as many change the
+// curves of benchmarks/SplineFitBench.cpp by less than a tenth of the tolerance.
+constexpr int kFewestSamples = 256;
+constexpr int kSamplesPerPole = 8;
+// Solutions by pole count: one at chord-length parameters, the others at foot points. A count.
+constexpr int kMaxSolutions = 6;
+// Length of a correction against the step to the foot point. A pure number between 1 and 2.
+constexpr double kRelaxation = 1.5;
+// A first error beyond this many tolerances is not mended by moving parameters. A pure number.
+constexpr double kHopelessError = 6.0;
+// Part of the tolerance given up to rounding between the unit box and the record. A pure number.
+constexpr double kRoundingShare = 1e-9;
+
+struct Workspace {
+    BCRVFIT_sample_t* used = nullptr; // kMaxSamples
+    Point3* points = nullptr;         // their positions
+    double* tau = nullptr;            // their parameters in the solution
+    double* feet = nullptr;           // and those of their foot points
+    double* spanError = nullptr;      // maxSpans, squared
+    double* breaks = nullptr;         // maxSpans + 1
+    double* nextBreaks = nullptr;
+    double* bestKnots = nullptr;
+    double (*bestPoles)[3] = nullptr;
+    BCLS_scratch_t scratch;
+};
+
+struct Fit {
+    BCRVFIT_samples_t samples;
+    BCLS_curve_t curve;
+    Workspace work;
+    double tol = 0.0; // in the unit box
+    double first[3] = {}, last[3] = {};
+    int maxSpans = 0;
+    int numBreaks = 0; // 0: uniform knots
+    int numUsed = 0, numEvenUsed = 0;
+    int bestPoles = 0;
+    BCRVFIT_deviation_t bestDeviation, deviation;
+};
+
+// Hands out pieces of one block; a first walk without a block adds up its size.
+class Carver {
+public:
+    explicit Carver(char* block) : block_(block) {}
+    template <class T>
+    void Take(T*& piece, std::size_t count) {
+        static_assert(alignof(T) <= alignof(double));
+        piece = block_ ? reinterpret_cast<T*>(block_ + used_) : nullptr;
+        used_ += (count * sizeof(T) + sizeof(double) - 1) / sizeof(double) * sizeof(double);
+    }
+    std::size_t AskUsed() const { return used_; }
+
+private:
+    char* block_;
+    std::size_t used_ = 0;
+};
+
+std::size_t CarveWorkspace(Fit& fit, char* block, int n, int nCheck, double*& u, double*& t) {
+    const auto order = static_cast<std::size_t>(fit.curve.order);
+    const auto spans = static_cast<std::size_t>(fit.maxSpans);
+    const std::size_t poles = spans + order - 1;
+    const auto even = static_cast<std::size_t>(std::min(fit.samples.count, kMaxEvenSamples));
+    Carver carver(block);
+    carver.Take(u, static_cast<std::size_t>(n));
+    carver.Take(t, static_cast<std::size_t>(nCheck));
+    carver.Take(fit.samples.even, even);
+    carver.Take(fit.samples.missed, kMaxMissedSamples);
+    carver.Take(fit.work.used, even + kMaxMissedSamples);
+    carver.Take(fit.work.points, even + kMaxMissedSamples);
+    carver.Take(fit.work.tau, even + kMaxMissedSamples);
+    carver.Take(fit.work.feet, even + kMaxMissedSamples);
+    carver.Take(fit.work.spanError, spans);
+    carver.Take(fit.work.breaks, spans + 1);
+    carver.Take(fit.work.nextBreaks, spans + 1);
+    carver.Take(fit.work.bestKnots, poles + order);
+    carver.Take(fit.work.bestPoles, poles);
+    carver.Take(fit.curve.knots, poles + order);
+    carver.Take(fit.curve.poles, poles);
+    carver.Take(fit.curve.basis, spans * order * order);
+    carver.Take(fit.curve.power, spans * order);
+    carver.Take(fit.work.scratch.moments, spans * (2 * order - 1));
+    carver.Take(fit.work.scratch.loads, spans * order * 3);
+    carver.Take(fit.work.scratch.band, poles * order);
+    carver.Take(fit.work.scratch.rhs, poles * 4);
+    return carver.AskUsed();
+}
+
+void AddUsed(Fit& fit, const BCRVFIT_sample_t& sample) {
+    fit.work.used[fit.numUsed] = sample;
+    fit.work.points[fit.numUsed] = sample.point;
+    fit.work.tau[fit.numUsed] = BCLS_ask_tau(fit.curve, sample.t);
+    ++fit.numUsed;
+}
+
+// Takes every so many of the even samples, first and last among them, and all the missed ones.
+void ChooseSamples(Fit& fit) {
+    const int wanted = std::max(kFewestSamples, kSamplesPerPole * fit.curve.numPoles);
+    const int stride = std::max(1, fit.samples.numEven / wanted), last = fit.samples.numEven - 1;
+    fit.numUsed = 0;
+    for (int i = 0; i < last; i += stride)
+        AddUsed(fit, fit.samples.even[i]);
+    AddUsed(fit, fit.samples.even[last]);
+    fit.numEvenUsed = fit.numUsed;
+    for (int i = 0; i < fit.samples.numMissed; ++i)
+        AddUsed(fit, fit.samples.missed[i]);
+}
+
+// Finds the foot points of the samples in use; returns the largest distance.
+double FindFeet(Fit& fit) {
+    const double tolSq = fit.tol * fit.tol, resolution = 0.02 * fit.tol;
+    std::fill_n(fit.work.spanError, fit.curve.numSpans, 0.0);
+    double largestSq = 0.0;
+    int searched = 0;
+    for (int i = 0; i < fit.numUsed; ++i) {
+        double& tau = fit.work.feet[i];
+        tau = fit.work.tau[i];
+        const int span = std::min(static_cast<int>(tau), fit.curve.numSpans - 1);
+        double distSq = BCLS_foot_near(fit.curve, fit.work.points[i], resolution, tau);
+        // The start may have been on the wrong side of a bend; worth a search while few points are off.
+        if (distSq > tolSq && ++searched <= 32) {
+            double around = tau;
+            const double aroundSq = BCLS_foot_around(fit.curve, fit.work.points[i], resolution, around);
+            if (aroundSq < distSq) {
+                distSq = aroundSq;
+                tau = around;
+            }
+        }
+        fit.work.spanError[span] = std::max(fit.work.spanError[span], distSq);
+        largestSq = std::max(largestSq, distSq);
+    }
+    return std::sqrt(largestSq);
+}
+
+// Parameters of the next solution: beyond the foot points, as alternating minimisation falls short of its
+// limit by a fixed share each time.
+void MoveBeyondFeet(Fit& fit) {
+    const double end = fit.curve.numSpans;
+    for (int i = 0; i < fit.numUsed; ++i) {
+        const double step = fit.work.feet[i] - fit.work.tau[i];
+        fit.work.tau[i] = std::clamp(fit.work.tau[i] + kRelaxation * step, 0.0, end);
+    }
+}
+
+void KeepBest(Fit& fit) {
+    fit.bestPoles = fit.curve.numPoles;
+    fit.bestDeviation = fit.deviation;
+    std::copy_n(fit.curve.knots, fit.curve.numPoles + fit.curve.order, fit.work.bestKnots);
+    std::copy_n(&fit.curve.poles[0][0], 3 * fit.curve.numPoles, &fit.work.bestPoles[0][0]);
+}
+
+// Measures all points; those that are off join the samples in use.
+bool HoldsForAllPoints(Fit& fit) {
+    const int missed = fit.samples.numMissed;
+    BCRVFIT_measure(fit.samples, fit.curve, fit.numEvenUsed, fit.work.used, fit.work.feet, fit.tol,
+                    fit.deviation);
+    for (int i = missed; i < fit.samples.numMissed; ++i) {
+        AddUsed(fit, fit.samples.missed[i]);
+        fit.work.feet[fit.numUsed - 1] = fit.work.tau[fit.numUsed - 1];
+    }
+    return fit.deviation.largest <= fit.tol;
+}
+
+// Fits a curve of the given number of spans. Returns its error: at most tol when all points are within tol,
+// and then the curve is kept as the best.
+double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks) {
+    BCLS_set_knots(fit.curve, numSpans, numBreaks, breaks);
+    ChooseSamples(fit);
+    double error = HUGE_VAL;
+    for (int i = 0; i < kMaxSolutions; ++i) {
+        if (!BCLS_solve(fit.curve, fit.numUsed, fit.work.points, fit.work.tau, fit.first, fit.last,
+                        fit.work.scratch))
+            return error;
+        const double before = error;
+        error = FindFeet(fit);
+        if (error <= fit.tol) {
+            if (HoldsForAllPoints(fit)) {
+                KeepBest(fit);
+                return fit.deviation.largest;
+            }
+            error = fit.deviation.largest;
+        } else if (error > kHopelessError * fit.tol ||
+                   !(error * std::pow(error / before, kMaxSolutions - 1 - i) < fit.tol || i == 0)) {
+            return error;
+        }
+        MoveBeyondFeet(fit);
+    }
+    return std::max(error, std::nextafter(fit.tol, HUGE_VAL));
+}
+
+// The fewest spans above `low` (which failed) and up to `high` (which held).
+void BisectSpans(Fit& fit, int low, int high, int numBreaks, const double* breaks) {
+    while (high - low > 1) {
+        const int middle = low + (high - low) / 2;
+        if (TrySpans(fit, middle, numBreaks, breaks) <= fit.tol)
+            high = middle;
+        else
+            low = middle;
+    }
+}
+
+// Spans to try after `spans` gave `error`: the error of a spline falls with the power `order` of its spans.
+int PredictSpans(const Fit& fit, int spans, double error) {
+    const double growth = std::pow(error / fit.tol, 1.0 / fit.curve.order);
+    const double predicted = growth < 2.0 ? spans * growth : 2.0 * spans;
+    return std::clamp(static_cast<int>(std::ceil(predicted)), spans + 1, std::max(spans + 1, fit.maxSpans));
+}
+
+bool FitUniform(Fit& fit, int fewest) {
+    int low = fewest - 1, spans = fewest;
+    while (true) {
+        const double error = TrySpans(fit, spans, 0, nullptr);
+        if (error <= fit.tol)
+            break;
+        if (spans >= fit.maxSpans)
+            return false;
+        low = spans;
+        spans = PredictSpans(fit, spans, error);
+    }
+    BisectSpans(fit, low, spans, 0, nullptr);
+    return true;
+}
+
+// Halves the spans whose error is above tol; returns the new number of spans, the old one when none can be.
+int SplitBreaks(Fit& fit, int spans) {
+    constexpr double kShortestSpan = 1e-6; // of the parameter range: a corner is as sharp as it gets
+    const double tolSq = fit.tol * fit.tol;
+    int count = 0;
+    for (int s = 0; s < spans; ++s) {
+        const double from = fit.work.breaks[s], to = fit.work.breaks[s + 1];
+        fit.work.nextBreaks[count++] = from;
+        const bool hasRoom = count + (spans - s) <= fit.maxSpans && to - from > kShortestSpan;
+        if (fit.work.spanError[s] > tolSq && hasRoom)
+            fit.work.nextBreaks[count++] = 0.5 * (from + to);
+    }
+    fit.work.nextBreaks[count] = 1.0;
+    std::swap(fit.work.breaks, fit.work.nextBreaks);
+    return count;
+}
+
+bool FitAdaptive(Fit& fit, int fewest) {
+    int spans = fewest;
+    for (int i = 0; i <= spans; ++i)
+        fit.work.breaks[i] = static_cast<double>(i) / spans;
+    while (TrySpans(fit, spans, spans, fit.work.breaks) > fit.tol) {
+        const int more = SplitBreaks(fit, spans);
+        if (more == spans)
+            return false;
+        spans = more;
+    }
+    BisectSpans(fit, fewest - 1, spans, spans, fit.work.breaks);
+    return true;
+}
+
+// The best curve as a record, its end poles the very points.
+RecordPtr MakeRecord(const Fit& fit, const Point3& first, const Point3& last) {
+    const int n = fit.bestPoles;
+    const auto poles = MakeSmArray<double[4]>(static_cast<std::size_t>(n), "BCRVFIT_least_squares_fit:1");
+    if (!poles)
+        return nullptr;
+    for (int i = 0; i < n; ++i) {
+        const double* p = fit.work.bestPoles[i];
+        poles[i][0] = fit.samples.origin.x + fit.samples.size * p[0];
+        poles[i][1] = fit.samples.origin.y + fit.samples.size * p[1];
+        poles[i][2] = fit.samples.origin.z + fit.samples.size * p[2];
+        poles[i][3] = 1.0;
+    }
+    const Point3* ends[2] = {&first, &last};
+    for (int e = 0; e < 2; ++e) {
+        double* pole = poles[e == 0 ? 0 : n - 1];
+        pole[0] = ends[e]->x;
+        pole[1] = ends[e]->y;
+        pole[2] = ends[e]->z;
+    }
+    int sizes[3] = {n, fit.curve.order, 0};
+    BcurveDataPtr definition(ev091p(sizes, fit.work.bestKnots, poles.get()));
+    if (!definition)
+        return nullptr;
+    RecordPtr record(ev09p1(definition.get()));
+    if (record)
+        definition.release();
+    return record;
+}
+
+// Largest distance of the measured points from the record. The distances at hand are upper bounds: the
+// listed points are settled exactly, the farthest first, until one is no nearer than all the rest.
+double SettleLargest(const Fit& fit, KC_CURVE_struct_s* record) {
+    BCRVFIT_deviation_t dev = fit.bestDeviation;
+    double largest = 0.0;
+    while (dev.numWorst > 0) {
+        const auto at = std::max_element(dev.worst, dev.worst + dev.numWorst) - dev.worst;
+        const double bound = dev.worst[at] * fit.samples.size;
+        if (bound <= largest)
+            return largest;
+        const Point3& p = fit.samples.pts[dev.worstIndex[at]];
+        const double position[3] = {p.x, p.y, p.z};
+        double t = 0.0, distance = bound;
+        if (em015cBounded(record, position, &t, nullptr, &distance) == kInversionFailed)
+            distance = bound;
+        largest = std::max(largest, distance);
+        --dev.numWorst;
+        dev.worst[at] = dev.worst[dev.numWorst];
+        dev.worstIndex[at] = dev.worstIndex[dev.numWorst];
+    }
+    return std::max(largest, dev.bound * fit.samples.size);
+}
+
+} // namespace
+
+KC_CURVE_struct_s* BCRVFIT_least_squares_fit(int n, const Point3* pts, int nCheck, const Point3* check,
+                                             int order, int closed, BCRVFIT_knots_t knots, double tol,
+                                             int* status, double err[3]) {
+    *status = 1;
+    if (order < 2 || order > kBclsMaxOrder || n < order || !pts || !(tol > 0.0))
+        return nullptr;
+    const bool hasCheck = check && nCheck > 1;
+    Fit fit;
+    fit.curve.order = order;
+    fit.curve.closed = closed != 0;
+    fit.samples.count = hasCheck ? nCheck : n;
+    fit.samples.pts = hasCheck ? check : pts;
+    // A closed curve of order 3 and above has its seam and one pole either side of it at the least.
+    const int fewestPoles = fit.curve.closed ? std::max(order, 4) : order;
+    const int fewest = fewestPoles - order + 1;
+    const int mostPoles = std::min(kMaxPoles, 2 * std::min(fit.samples.count, kMaxPoles) + order);
+    fit.maxSpans = std::max(fewest, mostPoles - order + 1);
+
+    double *u = nullptr, *t = nullptr;
+    const std::size_t bytes = CarveWorkspace(fit, nullptr, n, hasCheck ? nCheck : 0, u, t);
+    const auto block = MakeSmArray<char>(bytes, "BCRVFIT_least_squares_fit:0");
+    if (!block)
+        return nullptr;
+    CarveWorkspace(fit, block.get(), n, hasCheck ? nCheck : 0, u, t);
+    if (!BCRVFIT_prepare_samples(fit.samples, n, pts, u, hasCheck ? t : u))
+        return nullptr;
+    fit.tol = tol / fit.samples.size * (1.0 - kRoundingShare);
+    const Point3 &first = pts[0], &last = fit.curve.closed ? pts[0] : pts[n - 1];
+    const Point3 ends[2] = {fit.samples.InUnitBox(first), fit.samples.InUnitBox(last)};
+    fit.first[0] = ends[0].x;
+    fit.first[1] = ends[0].y;
+    fit.first[2] = ends[0].z;
+    fit.last[0] = ends[1].x;
+    fit.last[1] = ends[1].y;
+    fit.last[2] = ends[1].z;
+
+    const bool found = knots == BCRVFIT_KNOTS_ADAPTIVE ? FitAdaptive(fit, fewest) : FitUniform(fit, fewest);
+    if (!found)
+        return nullptr;
+    RecordPtr record = MakeRecord(fit, first, last);
+    if (!record)
+        return nullptr;
+    const double largest = SettleLargest(fit, record.get());
+    if (!(largest <= tol))
+        return nullptr;
+    err[0] = largest;
+    err[1] = fit.samples.size * std::sqrt(fit.bestDeviation.sumSq / fit.samples.count);
+    err[2] = fit.samples.size * fit.bestDeviation.sum / fit.samples.count;
+    *status = 0;
+    return record.release();
+}
