@@ -31,11 +31,18 @@ constexpr int kMaxPoles = 512;
 constexpr int kFewestSamples = 256;
 constexpr int kSamplesPerPole = 8;
 // Solutions by pole count: one at chord-length parameters, the others at foot points. A count.
+constexpr int kFewestSolutions = 3;
 constexpr int kMaxSolutions = 6;
+// An error below this share of the tolerance needs no correction. A pure number.
+constexpr double kExactError = 0.01;
 // Length of a correction against the step to the foot point. A pure number between 1 and 2.
 constexpr double kRelaxation = 1.5;
 // A first error beyond this many tolerances is not mended by moving parameters. A pure number.
 constexpr double kHopelessError = 6.0;
+// A pole count that fits by luck shows a first error within this many tolerances; looked for up to so many
+// spans, as every count costs a solution. A pure number and a count.
+constexpr double kLuckyError = 2.0;
+constexpr int kMostLuckySpans = 40;
 // Part of the tolerance given up to rounding between the unit box and the record. A pure number.
 constexpr double kRoundingShare = 1e-9;
 
@@ -132,8 +139,8 @@ void ChooseSamples(Fit& fit) {
         AddUsed(fit, fit.samples.missed[i]);
 }
 
-// Finds the foot points of the samples in use; returns the largest distance.
-double FindFeet(Fit& fit) {
+// Finds the foot points of the samples in use; returns the largest distance, or the first one above giveUp.
+double FindFeet(Fit& fit, double giveUp) {
     const double tolSq = fit.tol * fit.tol, resolution = 0.02 * fit.tol;
     std::fill_n(fit.work.spanError, fit.curve.numSpans, 0.0);
     double largestSq = 0.0;
@@ -154,6 +161,8 @@ double FindFeet(Fit& fit) {
         }
         fit.work.spanError[span] = std::max(fit.work.spanError[span], distSq);
         largestSq = std::max(largestSq, distSq);
+        if (distSq > giveUp * giveUp)
+            break;
     }
     return std::sqrt(largestSq);
 }
@@ -189,7 +198,9 @@ bool HoldsForAllPoints(Fit& fit) {
 
 // Fits a curve of the given number of spans. Returns its error: at most tol when all points are within tol,
 // and then the curve is kept as the best.
-double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks) {
+// Gives up after the first solution when a sample is more than `hopeless` tolerances off.
+double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
+                double hopeless = kHopelessError) {
     BCLS_set_knots(fit.curve, numSpans, numBreaks, breaks);
     ChooseSamples(fit);
     double error = HUGE_VAL;
@@ -198,14 +209,17 @@ double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks) {
                         fit.work.scratch))
             return error;
         const double before = error;
-        error = FindFeet(fit);
-        if (error <= fit.tol) {
+        error = FindFeet(fit, hopeless < kHopelessError ? hopeless * fit.tol : HUGE_VAL);
+        const bool isSettled = i + 1 >= kFewestSolutions || error <= kExactError * fit.tol;
+        if (error <= fit.tol && isSettled) {
             if (HoldsForAllPoints(fit)) {
                 KeepBest(fit);
                 return fit.deviation.largest;
             }
             error = fit.deviation.largest;
-        } else if (error > kHopelessError * fit.tol ||
+        } else if (error <= fit.tol) {
+            // Good enough, and a correction or two make it better still.
+        } else if (error > hopeless * fit.tol ||
                    !(error * std::pow(error / before, kMaxSolutions - 1 - i) < fit.tol || i == 0)) {
             return error;
         }
@@ -232,6 +246,17 @@ int PredictSpans(const Fit& fit, int spans, double error) {
     return std::clamp(static_cast<int>(std::ceil(predicted)), spans + 1, std::max(spans + 1, fit.maxSpans));
 }
 
+// Fewer spans than bisection found hold where uniform knots happen to fall on the knots of the shape. One
+// solution each shows it.
+void TryLuckySpans(Fit& fit, int fewest) {
+    const int high = fit.bestPoles - fit.curve.order + 1;
+    if (high > kMostLuckySpans)
+        return;
+    for (int spans = std::max(fewest, high / 2); spans < high; ++spans)
+        if (TrySpans(fit, spans, 0, nullptr, kLuckyError) <= fit.tol)
+            return;
+}
+
 bool FitUniform(Fit& fit, int fewest) {
     int low = fewest - 1, spans = fewest;
     while (true) {
@@ -244,13 +269,16 @@ bool FitUniform(Fit& fit, int fewest) {
         spans = PredictSpans(fit, spans, error);
     }
     BisectSpans(fit, low, spans, 0, nullptr);
+    TryLuckySpans(fit, fewest);
     return true;
 }
 
-// Halves the spans whose error is above tol; returns the new number of spans, the old one when none can be.
+// Halves the spans whose error is above tol, all when the samples in use show none; returns the new number
+// of spans, the old one when none can be halved.
 int SplitBreaks(Fit& fit, int spans) {
     constexpr double kShortestSpan = 1e-6; // of the parameter range: a corner is as sharp as it gets
-    const double tolSq = fit.tol * fit.tol;
+    const double worst = *std::max_element(fit.work.spanError, fit.work.spanError + spans);
+    const double tolSq = worst > fit.tol * fit.tol ? fit.tol * fit.tol : -1.0;
     int count = 0;
     for (int s = 0; s < spans; ++s) {
         const double from = fit.work.breaks[s], to = fit.work.breaks[s + 1];
