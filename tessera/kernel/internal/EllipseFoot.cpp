@@ -7,7 +7,7 @@
 // In the first quadrant with a >= b the foot is (a C, b S) with C = n / (u + k), S = z / u, where u > 0
 // solves f(u) = C^2 + S^2 - 1 = 0, z = y / b, n = a x / b^2 and k = (a^2 - b^2) / b^2. Eberly's variable is u
 // - 1; with u itself nothing cancels for points close to the major axis. f falls and is convex, and u lies
-// between max(z, n - k) and sqrt(n^2 + z^2); points on the ellipse have u = 1.
+// between max(z, n - k) and n + z; points on the ellipse have u = 1.
 
 namespace {
 
@@ -15,7 +15,7 @@ constexpr int kNewtonSteps =
     32; // enough unless the point is all but on the major axis near the evolute's cusp
 constexpr int kBisections =
     80; // geometric: 10 bring any two doubles within a factor of 2, 53 more to the last bit
-constexpr double kStepTol = 2e-16; // relative step at which u has settled
+constexpr double kStepTol = 1e-9; // relative: the error left is its square
 constexpr double kOnMajorAxis =
     1e-290; // y / b; below it u would near the denormal numbers and lose its digits
 
@@ -38,11 +38,12 @@ double BisectFoot(const FootEquation& eq, double lo, double hi) {
 
 double SolveFoot(const FootEquation& eq) {
     const double lo = std::max(eq.z, eq.n - eq.k);
-    const double hi = std::max(lo, std::hypot(eq.n, eq.z));
+    const double hi = std::max(lo, eq.n + eq.z);
     double u = std::clamp(1.0, lo, hi);
     for (int i = 0; i < kNewtonSteps; ++i) {
-        const double c = eq.Cos(u), s = eq.Sin(u);
-        const double step = 0.5 * (c * c + s * s - 1.0) / (c * c / (u + eq.k) + s * s / u);
+        const double p = 1.0 / (u + eq.k), q = 1.0 / u, c = eq.n * p, s = eq.z * q;
+        const double lengthSq = c * c + s * s;
+        const double step = lengthSq * (std::sqrt(lengthSq) - 1.0) / (c * c * p + s * s * q);
         const double next = std::max(lo, u + step);
         if (std::fabs(next - u) <= kStepTol * u)
             return next;
@@ -68,7 +69,7 @@ EllipseFoot FindFirstQuadrantFoot(double a, double b, double x, double y) {
         return {c, std::sqrt((1.0 - c) * (1.0 + c))};
     }
     const double u = SolveFoot(eq);
-    const double c = eq.Cos(u), s = eq.Sin(u), length = std::hypot(c, s);
+    const double c = eq.Cos(u), s = eq.Sin(u), length = std::sqrt(c * c + s * s);
     return {c / length, s / length};
 }
 

@@ -16,5 +16,5 @@ struct EllipseFoot {
 /// Newton steps for points near the ellipse.
 ///
 /// Source: D. Eberly, Distance from a Point to an Ellipse, an Ellipsoid, or a Hyperellipsoid (2013), with the
-/// bisection replaced by Newton's method, which is monotone because the function is convex.
+/// bisection replaced by Newton's method, which is monotone on a convex function.
 EllipseFoot FindEllipseFoot(double a, double b, double px, double py);

@@ -1,0 +1,78 @@
+#include <algorithm>
+#include <cmath>
+
+#include "tessera/kernel/internal/EllipseFit.h"
+#include "tessera/kernel/internal/EllipseFoot.h"
+#include "tessera/kernel/internal/PointSums.h"
+
+// The exact foot of every point would cost more than the rest of the fit. The mean and the root mean square
+// take first-order distances; for the largest one every point is bounded from above, first by its distance
+// along the ray to the centre (no root, no division), then by the distance to a foot one gradient step away,
+// and only a point that still beats the maximum so far is solved exactly.
+
+using Vex::Math::Point2;
+
+namespace {
+
+constexpr double kNearLevel = 0.1; // |F| of points within some 5 % of the ellipse: first-order distances hold
+constexpr double kResolution = 1e-15; // of the axis a: below, deviations are rounding and not worth a foot
+
+class EllipseDeviations : public DeviationSums {
+public:
+    explicit EllipseDeviations(const EllipseShape& e)
+        : a_(e.a), b_(e.b), inverseA_(1.0 / e.a), inverseB_(1.0 / e.b), cos_(std::cos(e.angle)),
+          sin_(std::sin(e.angle)), thresholdSq_(kResolution * e.a * kResolution * e.a) {}
+
+    void Add(double dx, double dy) {
+        const double u = cos_ * dx + sin_ * dy, v = cos_ * dy - sin_ * dx; // in the ellipse's axes
+        const double x = u * inverseA_, y = v * inverseB_, q = x * x + y * y;
+        const double level = q - 1.0, levelSq = level * level; // F = q - 1
+        const double gu = x * inverseA_, gv = y * inverseB_;   // half its gradient
+        // The ray meets the ellipse at 1 / sqrt(q) of the way; sqrt(q) + 1 >= min(q, 1) + 1.
+        const double bound = std::min(q, 1.0) + 1.0;
+        const bool mayBeLargest = (u * u + v * v) * levelSq >= thresholdSq_ * q * bound * bound;
+        double distance = std::fabs(level) / (2.0 * std::sqrt(gu * gu + gv * gv));
+        if (mayBeLargest || levelSq > kNearLevel * kNearLevel)
+            distance = MeasureCarefully(u, v, distance);
+        sum += distance;
+        sumSq_ += distance * distance;
+    }
+    void Merge(const EllipseDeviations& other) {
+        MergeDeviations(other);
+        sumSq_ += other.sumSq_;
+    }
+    double SumSq() const { return sumSq_; }
+
+private:
+    // The distance to use in the sums; raises the maximum.
+    double MeasureCarefully(double u, double v, double firstOrder) {
+        const double x = u * inverseA_, y = v * inverseB_, level = x * x + y * y - 1.0;
+        const double gu = x * inverseA_, gv = y * inverseB_, gradientSq = gu * gu + gv * gv;
+        const double step = gradientSq > 0.0 ? 0.5 * level / gradientSq : 0.0;
+        const double fu = u - step * gu, fv = v - step * gv;
+        const double stretch = std::sqrt(fu * inverseA_ * fu * inverseA_ + fv * inverseB_ * fv * inverseB_);
+        const double du = stretch > 0.0 ? u - fu / stretch : u,
+                     dv = stretch > 0.0 ? v - fv / stretch : v - b_;
+        const double boundSq = du * du + dv * dv;
+        if (!(boundSq < thresholdSq_)) {
+            const EllipseFoot foot = FindEllipseFoot(a_, b_, u, v);
+            const double eu = u - a_ * foot.cosT, ev = v - b_ * foot.sinT, exactSq = eu * eu + ev * ev;
+            largest = std::max(largest, std::sqrt(exactSq));
+            thresholdSq_ = std::max(thresholdSq_, exactSq);
+            return std::sqrt(exactSq);
+        }
+        return level * level > kNearLevel * kNearLevel ? std::sqrt(boundSq) : firstOrder;
+    }
+
+    double a_, b_, inverseA_, inverseB_, cos_, sin_, thresholdSq_, sumSq_ = 0.0;
+};
+
+} // namespace
+
+void MeasureEllipseDeviations(const Point2* pts, int n, const EllipseShape& ellipse, double err[3]) {
+    const EllipseDeviations deviations = SumOverPoints(pts, n, ellipse.centre, EllipseDeviations(ellipse));
+    err[0] = deviations.largest;
+    // First-order distances may exceed the true ones by a little: never report a mean above the maximum.
+    err[1] = std::min(std::sqrt(deviations.SumSq() / n), deviations.largest);
+    err[2] = std::min(deviations.sum / n, err[1]);
+}

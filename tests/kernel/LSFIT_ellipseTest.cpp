@@ -1,0 +1,298 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "tessera/kernel/LSFIT.h"
+#include "tessera/kernel/SM.h"
+#include "tessera/kernel/internal/EllipseFoot.h"
+#include "tessera/kernel/internal/SmFault.h"
+
+using Vex::Math::Point2;
+
+namespace {
+
+constexpr double kTau = 2.0 * std::numbers::pi;
+
+struct EllipseFit {
+    Point2 centre;
+    double a, b, angle;
+    int status;
+    double err[3];
+};
+EllipseFit FitEllipse(std::vector<Point2> pts) {
+    EllipseFit fit;
+    LSFIT_ellipse_to_points_2d(pts.data(), static_cast<int>(pts.size()), &fit.centre, &fit.a, &fit.b,
+                               &fit.angle, &fit.status, fit.err);
+    return fit;
+}
+
+std::vector<Point2> EllipsePoints(Point2 centre, double a, double b, double angle, double start, double sweep,
+                                  int n) {
+    std::vector<Point2> pts;
+    const double c = std::cos(angle), s = std::sin(angle);
+    for (int i = 0; i < n; ++i) {
+        const double t = start + sweep * i / (n - 1), u = a * std::cos(t), v = b * std::sin(t);
+        pts.push_back({centre.x + c * u - s * v, centre.y + s * u + c * v});
+    }
+    return pts;
+}
+
+void AddNoise(std::mt19937& rng, double size, std::vector<Point2>* pts) {
+    std::normal_distribution<double> noise(0.0, size);
+    for (Point2& p : *pts)
+        p = {p.x + noise(rng), p.y + noise(rng)};
+}
+
+std::vector<double> Distances(const std::vector<Point2>& pts, const EllipseFit& e) {
+    std::vector<double> distances;
+    const double c = std::cos(e.angle), s = std::sin(e.angle);
+    for (const Point2& p : pts) {
+        const double dx = p.x - e.centre.x, dy = p.y - e.centre.y, u = c * dx + s * dy, v = c * dy - s * dx;
+        const EllipseFoot foot = FindEllipseFoot(e.a, e.b, u, v);
+        distances.push_back(std::hypot(u - e.a * foot.cosT, v - e.b * foot.sinT));
+    }
+    return distances;
+}
+
+double SumOfSquares(const std::vector<Point2>& pts, const EllipseFit& e) {
+    double sum = 0.0;
+    for (double d : Distances(pts, e))
+        sum += d * d;
+    return sum;
+}
+
+TEST(EllipseFit, ExactEllipses) {
+    struct Row {
+        const char* name;
+        Point2 centre;
+        double a, b, angle, sweep;
+        int n;
+        double tol; // of a
+    };
+    const Row rows[] = {
+        {"full", {3, 4}, 5, 2, 0.5, kTau, 60, 1e-13},
+        {"five points", {3, 4}, 5, 2, 2.9, 0.8 * kTau, 5, 1e-11},
+        {"steep", {3, 4}, 5, 2, std::numbers::pi / 2, kTau, 60, 1e-13},
+        {"half", {0, 0}, 5, 2, 1.0, std::numbers::pi, 60, 1e-11},
+        {"slender", {0, 0}, 5, 0.05, 0.3, kTau, 200, 1e-12},
+        {"small", {2e-3, 1e-3}, 5e-3, 2e-3, 0.5, kTau, 60, 1e-13},
+        {"large", {3e6, 1e6}, 5e6, 2e6, 0.5, kTau, 60, 1e-13},
+        {"far away", {1e6, 1e6}, 5, 2, 0.5, kTau, 60, 1e-9},
+        {"more points than samples", {3, 4}, 5, 2, 0.5, kTau, 5000, 1e-13},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const EllipseFit fit =
+            FitEllipse(EllipsePoints(row.centre, row.a, row.b, row.angle, 0.4, row.sweep, row.n));
+        ASSERT_EQ(fit.status, 0);
+        EXPECT_NEAR(fit.centre.x, row.centre.x, row.tol * row.a);
+        EXPECT_NEAR(fit.centre.y, row.centre.y, row.tol * row.a);
+        EXPECT_NEAR(fit.a, row.a, row.tol * row.a);
+        EXPECT_NEAR(fit.b, row.b, row.tol * row.a);
+        EXPECT_NEAR(fit.angle, row.angle, 10 * row.tol);
+        EXPECT_LE(fit.err[0], 2 * row.tol * row.a);
+    }
+    const EllipseFit circle = FitEllipse(EllipsePoints({1, 2}, 3, 3, 0, 0, kTau, 40));
+    ASSERT_EQ(circle.status, 0);
+    EXPECT_NEAR(circle.a, 3, 1e-12);
+    EXPECT_NEAR(circle.b, 3, 1e-12);
+}
+
+TEST(EllipseFit, NoPerturbationLowersTheSumOfSquares) {
+    std::mt19937 rng(21);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    for (int trial = 0; trial < 40; ++trial) {
+        SCOPED_TRACE(trial);
+        std::vector<Point2> pts =
+            EllipsePoints({2, 1}, 1.0, 0.3 + 0.01 * trial, 0.1 * trial, unit(rng), 3.5 + 0.07 * trial, 90);
+        AddNoise(rng, 0.01, &pts);
+        const EllipseFit fit = FitEllipse(pts);
+        ASSERT_EQ(fit.status, 0);
+        const double best = SumOfSquares(pts, fit);
+        for (int k = 0; k < 200; ++k) {
+            const double size = std::pow(10.0, -2.0 - k % 5);
+            EllipseFit other = fit;
+            other.centre = {fit.centre.x + size * unit(rng), fit.centre.y + size * unit(rng)};
+            other.a += size * unit(rng);
+            other.b += size * unit(rng);
+            other.angle += size * unit(rng);
+            EXPECT_LE(best, SumOfSquares(pts, other) * (1 + 1e-9));
+        }
+    }
+}
+
+TEST(EllipseFit, DeviationsAreThoseOfAllPoints) {
+    std::mt19937 rng(22);
+    for (double b : {0.9, 0.4, 0.1})
+        for (int n : {40, 3000}) {
+            SCOPED_TRACE(testing::Message() << b << " " << n);
+            std::vector<Point2> pts = EllipsePoints({0, 0}, 1, b, 0.8, 0.0, 5.5, n);
+            AddNoise(rng, 0.002, &pts);
+            pts[n / 3 + 1] = {pts[n / 3 + 1].x + 0.05, pts[n / 3 + 1].y - 0.04}; // one outlier
+            const EllipseFit fit = FitEllipse(pts);
+            ASSERT_EQ(fit.status, 0);
+            const std::vector<double> distances = Distances(pts, fit);
+            double sum = 0.0, sumSq = 0.0;
+            for (double d : distances) {
+                sum += d;
+                sumSq += d * d;
+            }
+            EXPECT_NEAR(fit.err[0], *std::max_element(distances.begin(), distances.end()), 2e-15);
+            EXPECT_NEAR(fit.err[1] / std::sqrt(sumSq / n), 1.0, 0.05);
+            EXPECT_NEAR(fit.err[2] / (sum / n), 1.0, 0.05);
+            EXPECT_LE(fit.err[2], fit.err[1]);
+            EXPECT_LE(fit.err[1], fit.err[0]);
+        }
+}
+
+TEST(EllipseFit, FollowsMotionScaleAndReversal) {
+    std::mt19937 rng(23);
+    std::vector<Point2> pts = EllipsePoints({0, 0}, 1, 0.6, 0.4, 0.0, 4.5, 300);
+    AddNoise(rng, 0.01, &pts);
+    const EllipseFit base = FitEllipse(pts);
+    ASSERT_EQ(base.status, 0);
+    for (double scale : {1e-3, 1.0, 1e6})
+        for (double turn : {0.7, 2.5}) {
+            SCOPED_TRACE(testing::Message() << scale << " " << turn);
+            std::vector<Point2> moved;
+            const double c = std::cos(turn), s = std::sin(turn);
+            for (const Point2& p : pts)
+                moved.push_back({scale * (c * p.x - s * p.y + 7), scale * (s * p.x + c * p.y - 3)});
+            std::reverse(moved.begin(), moved.end());
+            const EllipseFit fit = FitEllipse(moved);
+            ASSERT_EQ(fit.status, 0);
+            EXPECT_NEAR(fit.centre.x / scale, c * base.centre.x - s * base.centre.y + 7, 1e-6);
+            EXPECT_NEAR(fit.a / scale, base.a, 1e-6);
+            EXPECT_NEAR(fit.b / scale, base.b, 1e-6);
+            EXPECT_NEAR(std::remainder(fit.angle - base.angle - turn, std::numbers::pi), 0.0, 1e-6);
+            EXPECT_GE(fit.angle, 0.0);
+            EXPECT_LT(fit.angle, std::numbers::pi);
+        }
+}
+
+TEST(EllipseFit, RefusesWhatIsNoEllipse) {
+    std::mt19937 rng(24);
+    const double nan = std::numeric_limits<double>::quiet_NaN(),
+                 inf = std::numeric_limits<double>::infinity();
+    std::vector<Point2> line, hyperbola, branches, parabola,
+        flat = EllipsePoints({0, 0}, 1, 5e-5, 0, 0, kTau, 400);
+    for (int i = -30; i <= 30; ++i) {
+        const double t = i / 15.0;
+        line.push_back({0.1 * i, 0.3 * i});
+        hyperbola.push_back({std::cosh(t), std::sinh(t)});
+        branches.push_back({(i % 2 == 0 ? 1 : -1) * std::cosh(t), std::sinh(t)});
+        parabola.push_back({t, t * t});
+    }
+    std::vector<Point2> noisyHyperbola = hyperbola, badPoint = EllipsePoints({0, 0}, 2, 1, 0, 0, kTau, 700);
+    AddNoise(rng, 1e-3, &noisyHyperbola);
+    badPoint[1].y = nan; // not among the samples of the iteration
+    std::vector<Point2> infinite = badPoint;
+    infinite[1].y = inf;
+    const struct {
+        const char* name;
+        std::vector<Point2> pts;
+    } rows[] = {{"none", {}},
+                {"four points", EllipsePoints({0, 0}, 2, 1, 0, 0, 5, 4)},
+                {"coincident", std::vector<Point2>(9, Point2{1, 1})},
+                {"line", line},
+                {"hyperbola", hyperbola},
+                {"noisy hyperbola", noisyHyperbola},
+                {"two branches", branches},
+                {"parabola", parabola},
+                {"too flat", flat},
+                {"NaN", badPoint},
+                {"infinity", infinite}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const EllipseFit fit = FitEllipse(row.pts);
+        EXPECT_EQ(fit.status, 1);
+        EXPECT_EQ(fit.a, 1e19);
+        EXPECT_GE(fit.err[0], 1e18);
+    }
+    EXPECT_EQ(FitEllipse(EllipsePoints({0, 0}, 1, 2e-4, 0, 0, kTau, 400)).status, 0); // just inside the ratio
+}
+
+// Any noise must give a bounded ellipse or a failure, and points on a hand-drawn arc an ellipse.
+TEST(EllipseFit, NeverRunsAway) {
+    std::mt19937 rng(25);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    int fitted = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        SCOPED_TRACE(trial);
+        std::vector<Point2> pts = EllipsePoints({0, 0}, 1, 0.2 + 0.8 * unit(rng), 3 * unit(rng),
+                                                6 * unit(rng), 0.3 + 5 * unit(rng), 5 + trial % 40);
+        AddNoise(rng, 0.05 * unit(rng), &pts);
+        const EllipseFit fit = FitEllipse(pts);
+        if (fit.status != 0)
+            continue;
+        ++fitted;
+        EXPECT_LE(fit.a, 2000.0 * 2.2);
+        EXPECT_GE(fit.b, 1e-4 * fit.a);
+        EXPECT_TRUE(std::isfinite(fit.err[0] + fit.err[1] + fit.err[2]));
+    }
+    EXPECT_GE(fitted, 200);
+}
+
+TEST(Fits, TakeNoHeap) {
+    std::vector<Point2> pts = EllipsePoints({0, 0}, 2, 1, 0.3, 0, 5, 1000);
+    Point2 centre;
+    double a = 0, b = 0, angle = 0, err[3];
+    int status = 1;
+    SM_fail_nth(0);
+    LSFIT_ellipse_to_points_2d(pts.data(), 1000, &centre, &a, &b, &angle, &status, err);
+    EXPECT_EQ(status, 0);
+    LSFIT_circle_to_points_2d(pts.data(), 1000, &centre, &a, &status, err);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(SM_ask_allocation_count(), 0);
+}
+
+// Exponential decay p0 exp(-p1 x) from exact samples.
+struct DecayData {
+    double x[8], y[8];
+};
+int EvaluateDecay(void* context, const double* p, double* jtj, double* jtr, double* sumSq) {
+    const DecayData& data = *static_cast<const DecayData*>(context);
+    if (p[1] < 0.0)
+        return 0;
+    jtj[0] = jtj[1] = jtj[2] = jtj[3] = jtr[0] = jtr[1] = *sumSq = 0.0;
+    for (int i = 0; i < 8; ++i) {
+        const double e = std::exp(-p[1] * data.x[i]), r = p[0] * e - data.y[i],
+                     g[2] = {e, -p[0] * data.x[i] * e};
+        for (int j = 0; j < 2; ++j) {
+            jtr[j] += g[j] * r;
+            for (int k = 0; k < 2; ++k)
+                jtj[2 * j + k] += g[j] * g[k];
+        }
+        *sumSq += r * r;
+    }
+    return 1;
+}
+
+TEST(NonlinearFit, FindsADecayAndReportsItsLimits) {
+    DecayData data;
+    for (int i = 0; i < 8; ++i) {
+        data.x[i] = 0.5 * i;
+        data.y[i] = 3.0 * std::exp(-0.7 * data.x[i]);
+    }
+    double p[2] = {1.0, 3.0}, sumSq = 0.0;
+    int status = 1;
+    LSFIT_nonlinear_function(2, p, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
+    EXPECT_EQ(status, 0);
+    EXPECT_NEAR(p[0], 3.0, 1e-12);
+    EXPECT_NEAR(p[1], 0.7, 1e-12);
+    double early[2] = {1.0, 3.0}, inadmissible[2] = {1.0, -1.0};
+    LSFIT_nonlinear_function(2, early, EvaluateDecay, &data, 2, 1e-12, 1e-30, &sumSq, &status);
+    EXPECT_EQ(status, 1);
+    LSFIT_nonlinear_function(2, inadmissible, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(inadmissible[1], -1.0);
+    LSFIT_nonlinear_function(9, p, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
+    EXPECT_EQ(status, 1);
+}
+
+} // namespace
