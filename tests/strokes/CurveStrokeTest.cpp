@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+#include "tessera/strokes/Stroke.h"
+#include "tests/support/ThrownMessage.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Testing::ThrownMessage;
+using StrokePtr = std::unique_ptr<Stroke>;
+
+TEST(CurveStroke, ByParameterSamplesEvenParameters) {
+    const Arc arc(Point(2, 0), Point(-2, 0), Point(0, 0));
+    const StrokePtr stroke(arc.CreateStroke(0.5, 2.5, 5, false));
+    ASSERT_EQ(stroke->AskNumberOfPoints(), 5);
+    for (int i = 0; i < 5; ++i) {
+        const double t = 0.5 + 0.5 * i;
+        EXPECT_EQ(stroke->GetPoint(i), Point(2 * std::cos(t), 2 * std::sin(t)));
+    }
+}
+
+// Oracle: walk the curve in tiny steps and note where each share of the whole length is reached.
+TEST(CurveStroke, ByLengthSpacesSamplesEvenly) {
+    double knots[] = {0, 0, 0, 0, 0.3, 1, 1, 1, 1};
+    double poles[][4] = {{0, 0, 0, 1}, {1, 8, 0, 1}, {5, -6, 0, 1}, {9, 9, 0, 1}, {20, 0, 0, 1}};
+    double hairpin[][4] = {{0, 0, 0, 1}, {4, 0, 0, 1}, {4, 0, 0, 1}, {0, 0, 0, 1}}; // speed 0 half-way
+    double bezier[] = {0, 0, 0, 0, 1, 1, 1, 1};
+    const double centre[3] = {3, 4, 0};
+    const Line line(Point(1, 1), Point(4, 5));
+    const Ellipse ellipse(ev06p0(centre, 9.0, 1.0, 0.4, 0.0, 2 * std::numbers::pi));
+    const Spline spline(5, 4, 0, knots, poles), turning(4, 4, 0, bezier, hairpin);
+    struct Row {
+        const Curve* curve;
+        double t0, t1;
+    };
+    const Row rows[] = {{&line, 0.2, 1.0},
+                        {&ellipse, 0.3, 6.0},
+                        {&spline, 0.0, 1.0},
+                        {&spline, 0.9, 0.1},
+                        {&turning, 0.0, 1.0}};
+    constexpr int kSamples = 12, kSteps = 200000;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.curve->GetType() << " from " << row.t0);
+        std::vector<Point> walk;
+        std::vector<double> reached = {0.0};
+        for (int i = 0; i <= kSteps; ++i) {
+            walk.push_back(row.curve->GetPointAtParameter(row.t0 + (row.t1 - row.t0) * i / kSteps, false));
+            if (i > 0) {
+                reached.push_back(reached.back() + walk[i].Distance(walk[i - 1]));
+            }
+        }
+        const StrokePtr stroke(row.curve->CreateStroke(row.t0, row.t1, kSamples, true));
+        ASSERT_EQ(stroke->AskNumberOfPoints(), kSamples);
+        for (int i = 0; i < kSamples; ++i) {
+            const double share = reached.back() * i / (kSamples - 1);
+            const auto at = std::lower_bound(reached.begin(), reached.end() - 1, share) - reached.begin();
+            EXPECT_NEAR(stroke->GetPoint(i).Distance(walk[at]), 0.0, 1e-3 * reached.back() / 10) << i;
+        }
+    }
+}
+
+TEST(CurveStroke, Errors) {
+    const Line line(Point(0, 0), Point(1, 0));
+    EXPECT_EQ(ThrownMessage([&] { (void)line.CreateStroke(0, 1, 1, true); }),
+              "Curve::CreateStroke - at least two points are needed");
+    EXPECT_EQ(ThrownMessage([&] { (void)line.CreateStroke(0, 2, 5, false); }),
+              "Curve::GetPointAtParameter - given parameter is out of range");
+    const StrokePtr standing(line.CreateStroke(0.5, 0.5, 3, true)); // no length
+    EXPECT_EQ(standing->GetPoint(1), Point(0.5, 0));
+}
+
+} // namespace
+} // namespace Tessera::Geometry
