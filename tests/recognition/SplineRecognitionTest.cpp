@@ -144,8 +144,9 @@ TEST(SplineRecognition, ShapesComeBackWithinToleranceAndWithFewPoles) {
                 some.push_back(pts[i]);
             const double dense = LargestDistance(some, DensePoints(*r.spline));
             EXPECT_LE(dense, r.maxDev + 5e-6);
-            if (some.size() == pts.size())
+            if (some.size() == pts.size()) {
                 EXPECT_NEAR(dense, r.maxDev, 1e-5);
+            }
         }
 }
 
