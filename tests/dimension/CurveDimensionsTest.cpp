@@ -1,0 +1,205 @@
+// What curves do with the dimensions attached to them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "tessera/dimension/DimensionBase.h"
+#include "tessera/geometry/Line.h"
+#include "tests/support/ChangeLog.h"
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+using Tessera::Core::TaggedObject;
+using Tessera::Dimension::DimensionBase;
+using Tessera::Dimension::DimensionType_e;
+
+namespace {
+
+using List = std::vector<DimensionBase*>;
+
+/// A dimension of any type over any curves, which measures nothing.
+class PlainDimension : public DimensionBase {
+public:
+    PlainDimension(DimensionType_e type, std::vector<Curve*> parents)
+        : type_(type), parents_(std::move(parents)) {
+        for (Curve* parent : parents_)
+            parent->AddDimension(this);
+    }
+    DimensionBase* Copy() const override { return new PlainDimension(*this); }
+    bool Replace(TaggedObject* /*other*/) override { return false; }
+    bool IsInPolygon(int /*n*/, double* /*xs*/, double* /*ys*/) override { return false; }
+    bool IsCrossPolygon(int /*n*/, double* /*xs*/, double* /*ys*/) override { return false; }
+    void SetIsFinalized(bool finalized) override {
+        for (Curve* parent : parents_)
+            parent->LogDimensionFinalize(this, finalized);
+        isFinalized_ = finalized;
+    }
+    void UpdateDimension() override {
+        ++updates;
+        if (onUpdate)
+            onUpdate();
+    }
+    DimensionType_e GetType() const override { return type_; }
+    void GetParentCurves(std::vector<Curve*>& curves) const override {
+        curves.insert(curves.end(), parents_.begin(), parents_.end());
+    }
+    bool IsValid() const override { return isValid; }
+
+    int updates = 0;
+    bool isValid = true;
+    std::function<void()> onUpdate;
+
+private:
+    DimensionType_e type_;
+    std::vector<Curve*> parents_;
+};
+
+List DimensionsOf(const Curve& curve) {
+    List list;
+    curve.GetDimensions(list);
+    return list;
+}
+
+} // namespace
+
+TEST(CurveDimensions, OneEntryPerDimension) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension a(Tessera::Dimension::Length, {&line});
+    PlainDimension b(Tessera::Dimension::Horizontal, {});
+    line.AddDimension(&a);
+    line.AddDimension(nullptr);
+    EXPECT_EQ(line.GetNumDimensions(), 1);
+    List more = {&b, &a, &b};
+    line.AddDimensions(more);
+    EXPECT_EQ(DimensionsOf(line), (List{&a, &b}));
+    EXPECT_TRUE(line.HasDimension(&b));
+    EXPECT_TRUE(line.RemoveDimension(&a));
+    EXPECT_FALSE(line.RemoveDimension(&a));
+    EXPECT_FALSE(line.HasDimension(&a));
+    line.ClearDimensions();
+    EXPECT_EQ(line.GetNumDimensions(), 0);
+}
+
+TEST(CurveDimensions, OnlyFinalizedOnesAreReported) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension preview(Tessera::Dimension::Length, {&line});
+    PlainDimension committed(Tessera::Dimension::Length, {&line});
+    ChangeLog log;
+    bool wasFinalized = true;
+    log.onChange = [&] { wasFinalized = committed.GetIsFinalized(); };
+    committed.SetIsFinalized(true);
+    EXPECT_EQ(log.Take(line), 1);
+    EXPECT_FALSE(wasFinalized) << "told before the flag is stored";
+    log.onChange = nullptr;
+    line.RemoveDimension(&preview);
+    line.AddDimension(&preview);
+    EXPECT_EQ(log.Take(line), 0);
+    line.AddDimension(&committed); // already listed
+    EXPECT_EQ(log.Take(line), 0);
+    int listed = 0;
+    log.onChange = [&] { listed = line.GetNumDimensions(); };
+    line.RemoveDimension(&committed);
+    EXPECT_EQ(log.Take(line), 1);
+    EXPECT_EQ(listed, 2) << "reported before it is taken out";
+    line.AddDimension(&committed);
+    EXPECT_EQ(log.Take(line), 1);
+    EXPECT_EQ(listed, 1);
+    PlainDimension another(Tessera::Dimension::Length, {&line});
+    another.SetIsFinalized(true);
+    log.Take(line);
+    line.ClearDimensions();
+    EXPECT_EQ(log.Take(line), 1);
+    line.ClearDimensions();
+    another.SetIsFinalized(false); // no longer listed
+    EXPECT_EQ(log.Take(line), 0);
+}
+
+TEST(CurveDimensions, ReplaceKeepsThePlace) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension a(Tessera::Dimension::Length, {&line});
+    PlainDimension b(Tessera::Dimension::Horizontal, {&line});
+    PlainDimension c(Tessera::Dimension::Vertical, {});
+    line.ReplaceDimension(0, &c);
+    EXPECT_EQ(DimensionsOf(line), (List{&c, &b}));
+    line.ReplaceDimension(0, &b);
+    EXPECT_EQ(DimensionsOf(line), (List{&b}));
+    line.ReplaceDimension(1, &a);
+    line.ReplaceDimension(-1, &a);
+    line.ReplaceDimension(0, nullptr);
+    EXPECT_EQ(DimensionsOf(line), (List{&b}));
+}
+
+TEST(CurveDimensions, SearchByTypeAndPartner) {
+    Line line(Point(0, 0), Point(1, 0));
+    Line partner(Point(0, 1), Point(1, 1));
+    Line stranger(Point(0, 2), Point(1, 2));
+    PlainDimension length(Tessera::Dimension::Length, {&line});
+    PlainDimension linear(Tessera::Dimension::Linear, {&line, &partner});
+    PlainDimension alone(Tessera::Dimension::Horizontal, {&line});
+    PlainDimension shared(Tessera::Dimension::Horizontal, {&line, &partner});
+    const auto found = [](const Curve& curve, int type) {
+        List list;
+        curve.FindDimensions(type, list);
+        return list;
+    };
+    const auto between = [](const Curve& curve, Curve* other, int type) {
+        List list;
+        curve.GetDimensionsOfType(other, type, list);
+        return list;
+    };
+    EXPECT_EQ(found(line, 2), (List{&alone, &shared}));
+    EXPECT_EQ(found(line, 6), List{});
+    EXPECT_EQ(between(line, nullptr, 2), (List{&alone}));
+    EXPECT_EQ(between(line, &partner, 2), (List{&shared}));
+    EXPECT_EQ(between(partner, &line, 2), (List{&shared}));
+    EXPECT_EQ(between(line, &partner, 5), (List{&linear}));
+    EXPECT_EQ(between(line, nullptr, 5), List{});
+    EXPECT_EQ(between(line, &stranger, 2), List{});
+}
+
+TEST(CurveDimensions, InvalidOnesAreCollected) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension good(Tessera::Dimension::Length, {&line});
+    PlainDimension bad(Tessera::Dimension::Linear, {&line});
+    bad.isValid = false;
+    List invalid;
+    line.GetInvalidDimensions(invalid);
+    EXPECT_EQ(invalid, (List{&bad}));
+}
+
+TEST(CurveDimensions, UpdatesMayChangeTheList) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension a(Tessera::Dimension::Length, {&line});
+    PlainDimension b(Tessera::Dimension::Horizontal, {&line});
+    a.onUpdate = [&] { line.RemoveDimension(&b); };
+    line.UpdateDimensions();
+    EXPECT_EQ(a.updates, 1);
+    EXPECT_EQ(b.updates, 0);
+    EXPECT_EQ(line.CreateUpdateDimension(Tessera::Dimension::Length, true, 1, 1), &a);
+    EXPECT_EQ(a.updates, 2);
+    EXPECT_EQ(line.CreateUpdateDimension(Tessera::Dimension::Vertical, true, 1, 1), nullptr);
+}
+
+TEST(CurveDimensions, CopiesShareAndDeepCopiesCopyTheFinalizedOnes) {
+    Line line(Point(0, 0), Point(1, 0));
+    PlainDimension preview(Tessera::Dimension::Length, {&line});
+    PlainDimension committed(Tessera::Dimension::Horizontal, {&line});
+    committed.SetIsFinalized(true);
+    const std::unique_ptr<Line> copy(line.Copy());
+    EXPECT_EQ(DimensionsOf(*copy), (List{&committed}));
+    const std::unique_ptr<Curve> bare(line.CopyCurveOnly());
+    EXPECT_EQ(bare->GetNumDimensions(), 0);
+
+    std::set<int> ids;
+    std::map<int, TaggedObject*> copies;
+    const std::unique_ptr<Curve> deep(line.DeepCopy(ids, copies));
+    EXPECT_EQ(deep->GetId(), line.GetId());
+    const List taken = DimensionsOf(*deep);
+    ASSERT_EQ(taken.size(), 1U);
+    const std::unique_ptr<DimensionBase> owner(taken.front());
+    EXPECT_NE(taken.front(), &committed);
+    EXPECT_EQ(taken.front()->GetId(), committed.GetId());
+    EXPECT_EQ(copies.at(committed.GetId()), taken.front());
+    EXPECT_EQ(line.DeepCopy(ids, copies), deep.get());
+}

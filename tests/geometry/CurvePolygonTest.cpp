@@ -1,0 +1,155 @@
+// Curves against polygons: hand-made traps first, then random polygons against dense sampling.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <random>
+
+#include "tessera/core/NumericHelpers.h"
+#include "tests/support/SampleCurves.h"
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+
+namespace {
+
+struct Polygon {
+    std::vector<double> xs, ys;
+
+    Polygon(std::initializer_list<Point> points) {
+        for (const Point& p : points)
+            Add(p);
+    }
+    void Add(const Point& p) {
+        xs.push_back(p.x);
+        ys.push_back(p.y);
+    }
+    int Count() const { return static_cast<int>(xs.size()); }
+    bool Holds(Curve& curve) { return curve.IsInPolygon(Count(), xs.data(), ys.data()); }
+    bool Crosses(Curve& curve) { return curve.IsCrossPolygon(Count(), xs.data(), ys.data()); }
+    bool Holds(const Point& p) {
+        return Tessera::Core::PointInPolygon(p.x, p.y, Count(), xs.data(), ys.data());
+    }
+    std::vector<Point> Border() const {
+        std::vector<Point> border;
+        for (int i = 0; i <= Count(); ++i)
+            border.emplace_back(xs[i % Count()], ys[i % Count()]);
+        return border;
+    }
+};
+
+enum Side { kInside, kOutside, kCrossing };
+
+} // namespace
+
+TEST(CurvePolygon, Traps) {
+    const Polygon square = {{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+    const Polygon notch = {{0, 0}, {10, 0}, {10, 10}, {5, 2}, {0, 10}};
+    // A spike from below, 2e-7 wide, whose tip ends inside the curves above it.
+    const Polygon needle = {{-9, -9}, {4.9999999, -9}, {5, 6},   {5.0000001, -9},
+                            {20, -9}, {20, -20},       {-9, -20}};
+    // The square with a slit of no width down to its middle.
+    const Polygon slit = {{0, 0}, {10, 0}, {10, 10}, {5, 10}, {5, 5}, {5, 10}, {0, 10}};
+    const double turn = 2 * std::numbers::pi;
+    struct Row {
+        const char* name;
+        const Polygon* polygon;
+        CurvePtr curve;
+        Side side;
+    };
+    std::vector<Row> rows;
+    const auto add = [&](const char* name, const Polygon& polygon, CurvePtr curve, Side side) {
+        rows.push_back({name, &polygon, std::move(curve), side});
+    };
+    add("line inside", square, std::make_unique<Line>(Point(1, 1), Point(9, 9)), kInside);
+    add("line outside", square, std::make_unique<Line>(Point(11, 1), Point(12, 9)), kOutside);
+    add("line through", square, std::make_unique<Line>(Point(-1, 5), Point(11, 5)), kCrossing);
+    add("line ending on the border", square, std::make_unique<Line>(Point(5, 5), Point(10, 5)), kCrossing);
+    add("line ending just before it", square, std::make_unique<Line>(Point(5, 5), Point(10 - 1e-8, 5)),
+        kInside);
+    add("line along the border", square, std::make_unique<Line>(Point(2, 0), Point(4, 0)), kCrossing);
+    add("both ends inside, over the notch", notch, std::make_unique<Line>(Point(1, 5), Point(9, 5)),
+        kCrossing);
+    add("in the notch", notch, std::make_unique<Line>(Point(4.9, 8), Point(5.1, 8)), kOutside);
+    add("arc bulging over an edge", square, std::make_unique<Arc>(Point(8, 9.5), Point(2, 9.5), Point(5, 8)),
+        kCrossing);
+    add("arc bulging up to just below it", square,
+        std::make_unique<Arc>(Point(8, 5), Point(2, 5), Point(5, 5 - 1e-6)), kInside);
+    add("circle touching the border from inside", square, std::make_unique<Arc>(Point(5, 5), 5.0), kCrossing);
+    add("circle around the polygon", square, std::make_unique<Arc>(Point(5, 5), 8.0), kOutside);
+    add("ellipse around the polygon", square, MakeEllipse({5, 5}, 9, 8, 0.3, 0, turn), kOutside);
+    add("ellipse inside", square, MakeEllipse({5, 5}, 4, 2, 0.3, 0, turn), kInside);
+    add("elliptic arc whose missing part would cross", square, MakeEllipse({5, 9}, 4, 2, 0, 3.2, 6.2),
+        kInside);
+    add("circle pierced by a needle", needle, std::make_unique<Arc>(Point(5, 6), 3.0), kCrossing);
+    add("line pierced by a needle", needle, std::make_unique<Line>(Point(0, 5), Point(10, 5)), kCrossing);
+    add("line just above its tip", needle, std::make_unique<Line>(Point(0, 6.001), Point(10, 6.001)),
+        kOutside);
+    add("ellipse pierced by a needle", needle, MakeEllipse({5, 6}, 6, 3, 0.2, 0, turn), kCrossing);
+    add("spline pierced by a needle", needle, MakeSpline(4, {{0, 5}, {3, 4}, {7, 6}, {10, 5}}), kCrossing);
+    add("line across a slit", slit, std::make_unique<Line>(Point(2, 8), Point(8, 8)), kCrossing);
+    add("line below a slit", slit, std::make_unique<Line>(Point(2, 4), Point(8, 4)), kInside);
+    add("spline inside", square, MakeSpline(4, {{1, 1}, {9, 1}, {9, 9}, {1, 9}}), kInside);
+    add("spline with poles outside only", square, MakeSpline(3, {{1, 5}, {5, 13}, {9, 5}}), kInside);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Polygon polygon = *row.polygon;
+        EXPECT_EQ(polygon.Holds(*row.curve), row.side == kInside);
+        EXPECT_EQ(polygon.Crosses(*row.curve), row.side == kCrossing);
+    }
+}
+
+TEST(CurvePolygon, SplineLeavingAnEdgeInItsMiddle) {
+    Polygon square = {{0, 0}, {10, 0}, {10, 10}, {0, 10}};
+    // Comes down, runs along the bottom edge and goes up again: the edge holds none of its ends.
+    const CurvePtr along = MakeSpline(2, {{2, 4}, {3, 0}, {6, 0}, {7, 4}});
+    EXPECT_TRUE(square.Crosses(*along));
+    EXPECT_FALSE(square.Holds(*along));
+}
+
+TEST(CurvePolygon, NothingHappensInBrokenPolygons) {
+    Line line(Point(0.2, 0.2), Point(0.3, 0.3));
+    Polygon two = {{0, 0}, {1, 1}};
+    EXPECT_FALSE(two.Holds(line));
+    EXPECT_FALSE(two.Crosses(line));
+    EXPECT_FALSE(line.IsInPolygon(5, nullptr, nullptr));
+    Polygon repeated = {{0, 0}, {0, 0}, {1, 0}, {1, 1}, {1, 1}, {0, 1}};
+    EXPECT_TRUE(repeated.Holds(line));
+}
+
+TEST(CurvePolygon, RandomPolygonsAgainstSamples) {
+    std::mt19937 rng(404);
+    std::uniform_real_distribution<double> radius(1.5, 9.0);
+    int inside = 0;
+    int crossing = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        SCOPED_TRACE(trial);
+        Polygon polygon = {};
+        for (int i = 0; i < 9; ++i) {
+            const double r = radius(rng);
+            polygon.Add(Point(r * std::cos(i * 0.698), r * std::sin(i * 0.698)));
+        }
+        const CurvePtr curve = RandomCurve(rng, trial);
+        const std::vector<Point> points = DensePoints(*curve, 500);
+        const std::vector<Point> border = polygon.Border();
+        bool someIn = false;
+        bool someOut = false;
+        double gap = 1e300;
+        for (const Point& p : points) {
+            (polygon.Holds(p) ? someIn : someOut) = true;
+            gap = std::min(gap, PolylineDistance(border, p));
+        }
+        if (someIn && someOut) {
+            EXPECT_TRUE(polygon.Crosses(*curve));
+            EXPECT_FALSE(polygon.Holds(*curve));
+            ++crossing;
+        } else if (gap > 0.1) { // far enough that no crossing hides between two samples
+            EXPECT_FALSE(polygon.Crosses(*curve));
+            EXPECT_EQ(polygon.Holds(*curve), someIn);
+            inside += someIn;
+        }
+    }
+    EXPECT_GT(inside, 20);
+    EXPECT_GT(crossing, 100);
+}
