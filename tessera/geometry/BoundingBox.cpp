@@ -224,7 +224,7 @@ bool BoundingBox::IsIntersecting(const BoundingBox* other, double tol) const {
 
 void BoundingBox::Transform(double m[3][3]) {
     const int count = CornerCount(dimension_);
-    double moved[8][3];
+    double moved[8][3] = {};
     double centre[3] = {};
     for (int i = 0; i < count; ++i) {
         Point corner(corners_[i]);

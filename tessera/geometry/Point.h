@@ -15,12 +15,8 @@ public:
     Point() = default;
     Point(double px, double py) : x(px), y(py) {}
     explicit Point(const double* xy) : x(xy[0]), y(xy[1]) {}
-    Point(const Point& q) : x(q.x), y(q.y) {}
-    Point& operator=(const Point& q) {
-        x = q.x;
-        y = q.y;
-        return *this;
-    }
+    Point(const Point& q) = default;
+    Point& operator=(const Point& q) = default;
 
     /// x' = (m00 x + m01 y + m02) / m22, y' likewise: affine matrices with a uniform scale in m22.
     virtual void Transform(double m[3][3]);
