@@ -8,6 +8,7 @@
 // Errors     a message thrown inside Recognize is written to standard error; results hold what was found.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "tessera/core/Export.h"
@@ -20,10 +21,12 @@
 namespace Tessera::Geometry {
 
 class Arc;
+class Curve;
 class Ellipse;
 class Line;
 class Spline;
 class Stroke;
+struct StrokePiece;
 
 class TESSERA_API SketchRecognizer {
 public:
@@ -39,7 +42,9 @@ public:
     /// @param segment  false: one curve for the whole stroke.
     /// @param type     lower bound on the kinds tried (any value up to CurveType_Line tries all).
     void Recognize(Stroke& stroke, bool segment, CurveType_e type);
+    /// A closed round shape drawn once or several times over: one full circle or ellipse, or no result.
     void RecognizePeriodic(Stroke& stroke);
+    /// In stroke order; borrowed until the next call that recognises.
     const std::vector<RecognizedGeometry*>& GetResults() { return results_; }
 
     double AskClosedStrokeTolerance() const;
@@ -49,8 +54,16 @@ public:
 private:
     friend struct SketchRecognizerAccess; ///< tests and the closing of round strokes
 
+    // --- Pipeline
+    void TakeStroke(const Stroke& stroke);
     void RecognizeInternal(bool segment, CurveType_e type);
     void RecognizeCurve(int first, int last, bool allowSpline, CurveType_e type);
+    bool TakePiece(int first, int last, StrokePiece& piece);
+    void AppendResult(std::unique_ptr<Curve> curve, const StrokePiece& piece, double maxDev);
+    void DeleteRecognizeGeometry(int index);
+    void RemoveSmallCurves();
+
+    // --- One curve for all points; caller deletes
     Line* RecognizeSingleLine(int n, Vex::Math::Point2* pts, double* maxDev);
     Arc* RecognizeSingleArc(int n, Vex::Math::Point2* pts, bool full, double closeTol, double* maxDev);
     Ellipse* RecognizeSingleEllipse(int n, Vex::Math::Point2* pts, bool full, double closeTol,
@@ -59,24 +72,29 @@ private:
     Spline* RecognizeSingleSpline(int n, Vex::Math::Point2* pts, double splineTol, double closeTol,
                                   double* maxDev);
 
+    // --- Break points, ascending
     void GetBreaks(std::vector<int>& breaks) const;
     void GetContinuityBreaks(std::vector<int>& breaks, int minGap, double angleDeg, unsigned int k) const;
     void GetSpeedBreaks(std::vector<int>& breaks) const;
     void GetSpeedBreaks2(std::vector<int>& breaks) const;
     void MergeBreakPoints(std::vector<int>& breaks) const;
 
-    void RemoveSmallCurves();
+    // --- Measures of a piece, model units
+    /// Line, arc, ellipse and spline tolerance.
     void AskRecognitionTolerances(int first, int last, double tol[4]) const;
     double AskClosedStrokeTolerance(int first, int last) const;
+    /// Look-ahead of the tangent tests in samples.
     int AskPointInterval() const;
+    /// The segment that ends at `last` is left out.
     double GetStrokeLength(int first, int last) const;
-    void DeleteRecognizeGeometry(int index);
 
     SketchRecognizerPreferences preferences_;
     std::vector<RecognizedGeometry*> results_;
     std::vector<StrokePoint> points_;
     int wholeStrokeSuppressed_ = 0;
     int strokeId_ = 0;
+    std::vector<double> lengthTo_;           ///< along the poly-line, from the first sample to each
+    std::vector<Vex::Math::Point2> scratch_; ///< positions of the piece at hand, in its own frame
 };
 
 } // namespace Tessera::Geometry

@@ -1,0 +1,332 @@
+// The pipeline: the whole stroke as one curve, then its pieces between the break points, then the choice
+// between the two readings. Break points are found in internal/Segmentation, curves in
+// internal/SingleShapes and internal/SplineRecognition.
+#include "tessera/recognition/SketchRecognizer.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <limits>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+#include "tessera/kernel/EQ.h"
+#include "tessera/recognition/internal/PathLengths.h"
+#include "tessera/recognition/internal/Segmentation.h"
+#include "tessera/recognition/internal/SingleShapes.h"
+#include "tessera/recognition/internal/SplineRecognition.h"
+#include "tessera/recognition/internal/StrokePiece.h"
+#include "tessera/strokes/Stroke.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr int kContinuityGap = 5;                // samples between two continuity breaks
+constexpr double kIntervalShare = 0.08333333;    // look-ahead of the tangent tests, of the sample count
+constexpr double kWholeSweep = 4.71238898038469; // three quarters of a turn
+constexpr double kSmallCurve = 20.0;             // the longest piece is at least so many times longer
+constexpr double kNoLimit = std::numeric_limits<double>::infinity();
+
+void DeleteResult(RecognizedGeometry* result) {
+    delete &result->GetResult();
+    delete result;
+}
+
+struct ResultRelease {
+    void operator()(RecognizedGeometry* result) const { DeleteResult(result); }
+};
+using ResultPtr = std::unique_ptr<RecognizedGeometry, ResultRelease>;
+
+double SweepOf(const Arc& arc) {
+    return arc.GetEndAngle() - arc.GetStartAngle();
+}
+
+double SweepOf(const Ellipse& ellipse) {
+    double centre[2];
+    double radii[2];
+    double rotation = 0.0;
+    double start = 0.0;
+    double end = 0.0;
+    ellipse.AskEllipseData(centre, radii, &rotation, &start, &end);
+    return end - start;
+}
+
+// Whether a stroke that one curve describes is that curve rather than its pieces.
+bool IsWholeStrokePreferred(const std::vector<RecognizedGeometry*>& pieces) {
+    int lines = 0;
+    int arcs = 0;
+    int ellipses = 0;
+    double arcSweep = 0.0;     // of the last arc
+    double ellipseSweep = 0.0; // of the last ellipse
+    for (const RecognizedGeometry* piece : pieces) {
+        const Curve& curve = piece->GetResult();
+        if (curve.GetType() == CurveType_Line) {
+            ++lines;
+        } else if (curve.GetType() == CurveType_Arc) {
+            ++arcs;
+            arcSweep = SweepOf(static_cast<const Arc&>(curve));
+        } else if (curve.GetType() == CurveType_Ellipse) {
+            ++ellipses;
+            ellipseSweep = SweepOf(static_cast<const Ellipse&>(curve));
+        }
+    }
+    const int total = static_cast<int>(pieces.size());
+    if (lines < total - lines)
+        return true;
+    if (lines != 1 || total != 2 || (arcs != 1 && ellipses != 1))
+        return false;
+    // A hook on a nearly closed round shape is a slip of the pen.
+    return (arcs > 0 ? arcSweep : ellipseSweep) > kWholeSweep;
+}
+
+// Does not follow the speed factor.
+double AdjustedMinimum(const SketchRecognizerPreferences& preferences) {
+    double minimum = preferences.AskMinimumRecognitionTolerance();
+    preferences.ContextAdjustTolerance(&minimum);
+    return minimum * preferences.AskSpeedFactor();
+}
+
+// A tolerance from its adjusted absolute value, its share of the length and the adjusted minimum.
+double ByScheme(int scheme, double absolute, double ofLength, double minimum) {
+    if (scheme == SketchRecognizerPreferences::ToleranceScheme_Absolute)
+        return absolute;
+    if (scheme == SketchRecognizerPreferences::ToleranceScheme_Relative)
+        return ofLength;
+    return std::max(minimum, std::min(absolute, ofLength));
+}
+
+} // namespace
+
+SketchRecognizer::SketchRecognizer(int strokeId, const std::vector<StrokePoint>& points)
+    : points_(points), strokeId_(strokeId) {
+    SumPathLengths(points_, lengthTo_);
+}
+
+// --- Pipeline ---------------------------------------------------------------------------------------------
+
+void SketchRecognizer::Recognize(Stroke& stroke, bool segment, CurveType_e type) {
+    try {
+        TakeStroke(stroke);
+        RecognizeInternal(segment, type);
+    } catch (const char* message) {
+        std::cerr << message << std::endl;
+    } catch (...) {
+        std::cerr << "unknown error" << std::endl;
+    }
+}
+
+// The results of the last call belong to whoever took them.
+void SketchRecognizer::TakeStroke(const Stroke& stroke) {
+    results_.clear();
+    points_ = stroke.GetPoints();
+    strokeId_ = stroke.GetId();
+    SumPathLengths(points_, lengthTo_);
+}
+
+void SketchRecognizer::RecognizeInternal(bool segment, CurveType_e type) {
+    const int last = static_cast<int>(points_.size()) - 1;
+    const bool tryWhole = segment && wholeStrokeSuppressed_ == 0;
+    ResultPtr whole;
+    if (tryWhole) {
+        RecognizeCurve(0, last, false, type);
+        if (!results_.empty()) {
+            whole.reset(results_.front());
+            results_.clear();
+        }
+    }
+
+    std::vector<int> breaks;
+    if (segment)
+        GetBreaks(breaks);
+    int start = 0;
+    for (const int b : breaks) {
+        RecognizeCurve(start, b, true, type);
+        start = b;
+    }
+    if (breaks.empty() && tryWhole) {
+        // The only piece is the whole stroke: of what it could be, the spline alone is still open.
+        if (!whole)
+            RecognizeCurve(0, last, true, CurveType_Spline);
+    } else {
+        RecognizeCurve(start, last, true, type);
+    }
+
+    if (whole && (results_.empty() || IsWholeStrokePreferred(results_))) {
+        while (!results_.empty())
+            DeleteRecognizeGeometry(static_cast<int>(results_.size()) - 1);
+        results_.push_back(whole.get());
+        whole.release();
+    }
+}
+
+void SketchRecognizer::RecognizeCurve(int first, int last, bool allowSpline, CurveType_e type) {
+    StrokePiece piece;
+    if (!TakePiece(first, last, piece))
+        return;
+    double maxDev = 0.0;
+    std::unique_ptr<Curve> curve;
+    if (type <= CurveType_Line)
+        curve = RecognizeLine(piece.pts, piece.tol[0], &maxDev);
+    if (!curve && type <= CurveType_Arc)
+        curve = RecognizeArc(piece.pts, false, piece.closeTol, piece.tol[1], &maxDev);
+    if (!curve && type <= CurveType_Ellipse) {
+        auto ellipse = RecognizeEllipse(piece.pts, false, piece.tol[2], &maxDev);
+        if (ellipse && Geometry::CheckEllipse(piece.pts, piece.tol[2], *ellipse))
+            curve = std::move(ellipse);
+    }
+    if (!curve && allowSpline)
+        curve.reset(RecognizeSpline(piece.pts, AskPointInterval(), piece.tol[3], piece.closeTol, &maxDev));
+    if (curve)
+        AppendResult(std::move(curve), piece, maxDev);
+}
+
+// False when there is nothing to fit a curve to.
+bool SketchRecognizer::TakePiece(int first, int last, StrokePiece& piece) {
+    if (last <= first)
+        return false;
+    const auto count = static_cast<std::size_t>(last - first) + 1;
+    const std::span<const StrokePoint> samples(points_.data() + first, count);
+    if (!piece.Normalize(samples, scratch_))
+        return false;
+    piece.first = first;
+    piece.last = last;
+    AskRecognitionTolerances(first, last, piece.tol);
+    for (double& tol : piece.tol)
+        tol /= piece.scale;
+    piece.closeTol = AskClosedStrokeTolerance(first, last) / piece.scale;
+    return true;
+}
+
+void SketchRecognizer::AppendResult(std::unique_ptr<Curve> curve, const StrokePiece& piece, double maxDev) {
+    piece.MapBack(*curve);
+    auto result =
+        std::make_unique<RecognizedGeometry>(*curve, strokeId_, piece.first, piece.last, maxDev, &points_);
+    results_.push_back(result.get());
+    // From here on the list refers to both, and nothing can fail.
+    result.release();
+    curve.release();
+}
+
+void SketchRecognizer::DeleteRecognizeGeometry(int index) {
+    if (index < 0 || index >= static_cast<int>(results_.size()))
+        return;
+    RecognizedGeometry* result = results_[static_cast<std::size_t>(index)];
+    results_.erase(results_.begin() + index);
+    DeleteResult(result);
+}
+
+// The limit is measured along the stroke, the length tested is the fitted curve's own.
+void SketchRecognizer::RemoveSmallCurves() {
+    double longest = 0.0;
+    for (const RecognizedGeometry* result : results_)
+        longest = std::max(longest, GetStrokeLength(result->GetStartIndex(), result->GetEndIndex()));
+    const double limit = longest / kSmallCurve + EQ_ask_length_tolerance();
+    for (int i = static_cast<int>(results_.size()) - 1; i >= 0; --i)
+        if (results_[static_cast<std::size_t>(i)]->GetResult().Length() < limit)
+            DeleteRecognizeGeometry(i);
+}
+
+// --- One curve for all points -----------------------------------------------------------------------------
+
+Line* SketchRecognizer::RecognizeSingleLine(int n, Vex::Math::Point2* pts, double* maxDev) {
+    return RecognizeLine({pts, static_cast<std::size_t>(n)}, kNoLimit, maxDev).release();
+}
+
+Arc* SketchRecognizer::RecognizeSingleArc(int n, Vex::Math::Point2* pts, bool full, double closeTol,
+                                          double* maxDev) {
+    return RecognizeArc({pts, static_cast<std::size_t>(n)}, full, closeTol, kNoLimit, maxDev).release();
+}
+
+// An elliptical arc is not tested against closeTol: its covered sweep decides.
+Ellipse* SketchRecognizer::RecognizeSingleEllipse(int n, Vex::Math::Point2* pts, bool full, double,
+                                                  double* maxDev) {
+    return RecognizeEllipse({pts, static_cast<std::size_t>(n)}, full, kNoLimit, maxDev).release();
+}
+
+bool SketchRecognizer::CheckEllipse(int n, Vex::Math::Point2* pts, double tol, Ellipse* ellipse) {
+    return Geometry::CheckEllipse({pts, static_cast<std::size_t>(n)}, tol, *ellipse);
+}
+
+Spline* SketchRecognizer::RecognizeSingleSpline(int n, Vex::Math::Point2* pts, double splineTol,
+                                                double closeTol, double* maxDev) {
+    return RecognizeSpline({pts, static_cast<std::size_t>(n)}, AskPointInterval(), splineTol, closeTol,
+                           maxDev);
+}
+
+// --- Break points -----------------------------------------------------------------------------------------
+
+void SketchRecognizer::GetBreaks(std::vector<int>& breaks) const {
+    GetContinuityBreaks(breaks, kContinuityGap, preferences_.AskTangentAngleThreshold(),
+                        static_cast<unsigned int>(AskPointInterval()));
+    std::vector<int> speedBreaks;
+    if (preferences_.AskSegmentationScheme() == SketchRecognizerPreferences::SegmentationScheme_Speed1)
+        GetSpeedBreaks(speedBreaks);
+    else if (preferences_.AskSegmentationScheme() == SketchRecognizerPreferences::SegmentationScheme_Speed2)
+        GetSpeedBreaks2(speedBreaks);
+    JoinBreaks(static_cast<int>(points_.size()), speedBreaks, breaks);
+    MergeBreakPoints(breaks);
+}
+
+void SketchRecognizer::GetContinuityBreaks(std::vector<int>& breaks, int minGap, double angleDeg,
+                                           unsigned int k) const {
+    FindContinuityBreaks(points_, minGap, angleDeg, k, breaks);
+}
+
+void SketchRecognizer::GetSpeedBreaks(std::vector<int>& breaks) const {
+    FindSlowBreaks(points_, preferences_.AskSpeed1Ratio(), breaks);
+}
+
+void SketchRecognizer::GetSpeedBreaks2(std::vector<int>& breaks) const {
+    FindVaryingSpeedBreaks(points_, preferences_.AskSpeed2Ratio(), breaks);
+}
+
+void SketchRecognizer::MergeBreakPoints(std::vector<int>& breaks) const {
+    MergeShortPieces(lengthTo_, breaks);
+}
+
+// --- Measures of a piece ----------------------------------------------------------------------------------
+
+void SketchRecognizer::AskRecognitionTolerances(int first, int last, double tol[4]) const {
+    double absolute[4];
+    double relative[4];
+    preferences_.AskAbsoluteRecognitionTolerances(absolute);
+    preferences_.AskRelativeRecognitionTolerances(relative);
+    for (double& value : absolute)
+        preferences_.ContextAdjustTolerance(&value);
+    absolute[3] *= preferences_.AskSpeedFactor(); // the spline's does not follow the speed factor
+    const double minimum = AdjustedMinimum(preferences_);
+    const double length = GetStrokeLength(first, last);
+    for (int i = 0; i < 4; ++i)
+        tol[i] = ByScheme(preferences_.AskToleranceScheme(), absolute[i], relative[i] * length, minimum);
+}
+
+double SketchRecognizer::AskClosedStrokeTolerance(int first, int last) const {
+    double absolute = 0.0;
+    double relative = 0.0;
+    preferences_.AskCloseStrokeTolerances(&absolute, &relative);
+    preferences_.ContextAdjustTolerance(&absolute);
+    return ByScheme(preferences_.AskToleranceScheme(), absolute, relative * GetStrokeLength(first, last),
+                    AdjustedMinimum(preferences_));
+}
+
+double SketchRecognizer::AskClosedStrokeTolerance() const {
+    return AskClosedStrokeTolerance(0, static_cast<int>(points_.size()) - 1);
+}
+
+double SketchRecognizer::GetStrokeLength() const {
+    return GetStrokeLength(0, static_cast<int>(points_.size()));
+}
+
+double SketchRecognizer::GetStrokeLength(int first, int last) const {
+    return PieceLength(lengthTo_, first, last);
+}
+
+int SketchRecognizer::AskPointInterval() const {
+    const int share = static_cast<int>(static_cast<double>(points_.size()) * kIntervalShare);
+    return std::max(1, std::min(preferences_.AskTangentPointInterval(), share));
+}
+
+} // namespace Tessera::Geometry
