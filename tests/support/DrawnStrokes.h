@@ -1,0 +1,68 @@
+// Strokes with known answers, as evenly sampled pen paths.
+#pragma once
+
+#include <cmath>
+#include <initializer_list>
+#include <random>
+#include <vector>
+
+#include "tessera/geometry/Point.h"
+#include "tessera/strokes/StrokePoint.h"
+
+namespace Tessera::Testing {
+
+using Samples = std::vector<Geometry::StrokePoint>;
+
+/// Poly-line through the corners with perSide segments to each side.
+inline Samples DrawPath(std::initializer_list<Geometry::Point> corners, int perSide, double speed = 1.0) {
+    Samples samples;
+    const Geometry::Point* from = nullptr;
+    for (const Geometry::Point& to : corners) {
+        if (from == nullptr)
+            samples.emplace_back(to.x, to.y, speed);
+        for (int i = 1; from != nullptr && i <= perSide; ++i) {
+            const double t = static_cast<double>(i) / perSide;
+            samples.emplace_back(from->x + t * (to.x - from->x), from->y + t * (to.y - from->y), speed);
+        }
+        from = &to;
+    }
+    return samples;
+}
+
+/// n samples of the ellipse centre + (a cos t, b sin t) turned by rotation, t from start to end.
+inline Samples DrawEllipse(Geometry::Point centre, double a, double b, double rotation, double start,
+                           double end, int n) {
+    Samples samples;
+    const double c = std::cos(rotation);
+    const double s = std::sin(rotation);
+    for (int i = 0; i < n; ++i) {
+        const double t = start + (end - start) * i / (n - 1);
+        const double x = a * std::cos(t);
+        const double y = b * std::sin(t);
+        samples.emplace_back(centre.x + c * x - s * y, centre.y + s * x + c * y, 1.0);
+    }
+    return samples;
+}
+
+/// A wandering pen that turns, stops and slows at random; on a coarse grid, so that ties occur.
+inline Samples DrawAtRandom(std::mt19937& rng, int n) {
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    Samples samples;
+    double x = 0.0;
+    double y = 0.0;
+    double heading = 0.0;
+    double speed = 1.0;
+    for (int i = 0; i < n; ++i) {
+        const double chance = unit(rng);
+        heading += chance < 0.03 ? 3.0 * unit(rng) : 0.1 * (unit(rng) - 0.5);
+        speed = chance > 0.97 ? 2.0 * unit(rng) : 0.9 * speed + 0.1;
+        const double step = chance > 0.5 && chance < 0.52 ? 0.0 : std::floor(4.0 * unit(rng)) / 2.0;
+        x += step * std::cos(heading);
+        y += step * std::sin(heading);
+        samples.emplace_back(std::round(8.0 * x) / 8.0, std::round(8.0 * y) / 8.0,
+                             std::round(16.0 * speed) / 16.0);
+    }
+    return samples;
+}
+
+} // namespace Tessera::Testing
