@@ -1,11 +1,14 @@
 #include "tessera/recognition/internal/SingleShapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "tessera/kernel/EQ.h"
 #include "tessera/kernel/LSFIT.h"
 #include "tessera/recognition/internal/AngularCover.h"
+#include "tessera/strokes/internal/SegmentTree.h"
 
 namespace Tessera::Geometry {
 
@@ -117,6 +120,16 @@ std::unique_ptr<Ellipse> RecognizeEllipse(std::span<Point2> pts, bool full, doub
     if (range.end - range.start > kMaxEllipseSweep)
         return nullptr;
     return std::make_unique<Ellipse>(centre2, radii, rotation, range.start, range.end);
+}
+
+bool CheckEllipse(std::span<const Point2> pts, double tol, const Ellipse& ellipse) {
+    const int count = ellipse.AskNumberOfSampledPoints(tol);
+    std::vector<Point> samples;
+    samples.reserve(static_cast<std::size_t>(std::max(0, count)));
+    ellipse.CreatePolylinePoints(count, samples);
+    SegmentProximity<Point2> path(pts, tol);
+    return std::all_of(samples.begin(), samples.end(),
+                       [&path](const Point& p) { return path.IsWithin(p.x, p.y); });
 }
 
 } // namespace Tessera::Geometry
