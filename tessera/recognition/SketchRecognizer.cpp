@@ -4,16 +4,18 @@
 #include "tessera/recognition/SketchRecognizer.h"
 
 #include <algorithm>
-#include <iostream>
-#include <iterator>
+#include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
 #include "tessera/kernel/EQ.h"
+#include "tessera/recognition/internal/FullShape.h"
 #include "tessera/recognition/internal/PathLengths.h"
+#include "tessera/recognition/internal/ReportErrors.h"
 #include "tessera/recognition/internal/Segmentation.h"
 #include "tessera/recognition/internal/SingleShapes.h"
 #include "tessera/recognition/internal/SplineRecognition.h"
@@ -27,6 +29,7 @@ namespace {
 constexpr int kContinuityGap = 5;                // samples between two continuity breaks
 constexpr double kIntervalShare = 0.08333333;    // look-ahead of the tangent tests, of the sample count
 constexpr double kWholeSweep = 4.71238898038469; // three quarters of a turn
+constexpr double kRoundDeg = 340.0;              // turning from which a stroke has gone round
 constexpr double kSmallCurve = 20.0;             // the longest piece is at least so many times longer
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
@@ -108,14 +111,17 @@ SketchRecognizer::SketchRecognizer(int strokeId, const std::vector<StrokePoint>&
 // --- Pipeline ---------------------------------------------------------------------------------------------
 
 void SketchRecognizer::Recognize(Stroke& stroke, bool segment, CurveType_e type) {
-    try {
+    ReportErrors([&] {
         TakeStroke(stroke);
         RecognizeInternal(segment, type);
-    } catch (const char* message) {
-        std::cerr << message << std::endl;
-    } catch (...) {
-        std::cerr << "unknown error" << std::endl;
-    }
+    });
+}
+
+void SketchRecognizer::RecognizePeriodic(Stroke& stroke) {
+    ReportErrors([&] {
+        TakeStroke(stroke);
+        RecognizeRounds();
+    });
 }
 
 // The results of the last call belong to whoever took them.
@@ -208,6 +214,25 @@ void SketchRecognizer::AppendResult(std::unique_ptr<Curve> curve, const StrokePi
     // From here on the list refers to both, and nothing can fail.
     result.release();
     curve.release();
+}
+
+void SketchRecognizer::RecognizeRounds() {
+    StrokePiece piece;
+    if (!TakePiece(0, static_cast<int>(points_.size()) - 1, piece))
+        return;
+    double maxDev = 0.0;
+    std::unique_ptr<Curve> shape = FitFullShape(piece, &maxDev);
+    if (!shape)
+        return;
+    const double windingDeg = std::fabs(WindingAbout(*shape, piece)) * 180.0 / std::numbers::pi;
+    const double offWholeTurns = std::fabs(std::remainder(windingDeg, 360.0));
+    const bool isRound = windingDeg >= kRoundDeg ||
+                         (windingDeg > 180.0 && offWholeTurns <= preferences_.AskPeriodicAngleThreshold());
+    // A single round that stops short of its start is open, unless the ends nearly meet.
+    const bool isOpen =
+        windingDeg < 360.0 && points_.front().Distance(points_.back()) > AskClosedStrokeTolerance();
+    if (isRound && !isOpen)
+        AppendResult(std::move(shape), piece, maxDev);
 }
 
 void SketchRecognizer::DeleteRecognizeGeometry(int index) {

@@ -42,7 +42,9 @@ public:
     /// @param segment  false: one curve for the whole stroke.
     /// @param type     lower bound on the kinds tried (any value up to CurveType_Line tries all).
     void Recognize(Stroke& stroke, bool segment, CurveType_e type);
-    /// A closed round shape drawn once or several times over: one full circle or ellipse, or no result.
+    /// A closed round shape drawn once or several times over, in either sense: one full circle or ellipse
+    /// within the arc or ellipse tolerance, or no result. The pen has gone round by 340 degrees or more, or
+    /// by whole turns within periodicAngleThreshold; a single round must end near its start.
     void RecognizePeriodic(Stroke& stroke);
     /// In stroke order; borrowed until the next call that recognises.
     const std::vector<RecognizedGeometry*>& GetResults() { return results_; }
@@ -57,6 +59,7 @@ private:
     // --- Pipeline
     void TakeStroke(const Stroke& stroke);
     void RecognizeInternal(bool segment, CurveType_e type);
+    void RecognizeRounds();
     void RecognizeCurve(int first, int last, bool allowSpline, CurveType_e type);
     bool TakePiece(int first, int last, StrokePiece& piece);
     void AppendResult(std::unique_ptr<Curve> curve, const StrokePiece& piece, double maxDev);
