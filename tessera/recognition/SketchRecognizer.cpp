@@ -163,8 +163,8 @@ void SketchRecognizer::RecognizeInternal(bool segment, CurveType_e type) {
     if (whole && (results_.empty() || IsWholeStrokePreferred(results_))) {
         while (!results_.empty())
             DeleteRecognizeGeometry(static_cast<int>(results_.size()) - 1);
-        results_.push_back(whole.get());
-        whole.release();
+        results_.push_back(nullptr);
+        results_.back() = whole.release();
     }
 }
 
@@ -210,10 +210,9 @@ void SketchRecognizer::AppendResult(std::unique_ptr<Curve> curve, const StrokePi
     piece.MapBack(*curve);
     auto result =
         std::make_unique<RecognizedGeometry>(*curve, strokeId_, piece.first, piece.last, maxDev, &points_);
-    results_.push_back(result.get());
-    // From here on the list refers to both, and nothing can fail.
-    result.release();
-    curve.release();
+    results_.push_back(nullptr);
+    results_.back() = result.release();
+    static_cast<void>(curve.release()); // now reached through the result
 }
 
 void SketchRecognizer::RecognizeRounds() {
