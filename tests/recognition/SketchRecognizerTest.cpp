@@ -271,10 +271,10 @@ TEST(Recognize, NothingToRecognise) {
 // Four samples in a zigzag wider than every tolerance: three form no spline, four do.
 TEST(Recognize, SplinesNeedFourSamples) {
     SketchRecognizer recognizer;
-    recognizer.AskPreferences()->SetToleranceScheme(SketchRecognizerPreferences::ToleranceScheme_Relative);
-    double tight[4] = {1e-6, 1e-6, 1e-6, 1e-2};
-    recognizer.AskPreferences()->SetRelativeRecognitionTolerances(tight);
-    recognizer.AskPreferences()->SetCloseStrokeTolerances(20.0, 0.99);
+    recognizer.AskPreferences()->SetToleranceScheme(SketchRecognizerPreferences::ToleranceScheme_Absolute);
+    double tight[4] = {1e-6, 1e-6, 1e-6, 0.1};
+    recognizer.AskPreferences()->SetAbsoluteRecognitionTolerances(tight);
+    recognizer.AskPreferences()->SetCloseStrokeTolerances(1000.0, 0.5); // no circle stays open
     recognizer.Recognize(*StrokeOf({{0, 0, 1}, {10, 0, 1}, {0, 1, 1}}), true, kAnyKind);
     EXPECT_THAT(Results(recognizer).Kinds(), IsEmpty());
     recognizer.Recognize(*StrokeOf({{0, 0, 1}, {10, 0, 1}, {0, 3, 1}, {10, 9, 1}}), true, kAnyKind);
