@@ -1,0 +1,112 @@
+// Random B-curves and an independent evaluator for the tests of curve records.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "tessera/kernel/CurveRecord.h"
+#include "tessera/kernel/internal/RecordPtr.h"
+
+struct BSplineSample {
+    int order = 0, periodic = 0;
+    std::vector<double> knots;
+    std::vector<double> poles; // x, y, z, weight
+
+    int NumPoles() const { return static_cast<int>(poles.size() / 4); }
+    RecordPtr Record() {
+        int sizes[3] = {NumPoles(), order, periodic};
+        BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(poles.data())));
+        RecordPtr c(ev09p1(d.get()));
+        if (c)
+            d.release();
+        return c;
+    }
+};
+
+/// Open curve on knots from 2 to 5, inner knots repeated here and there.
+inline BSplineSample RandomOpen(std::mt19937& rng, int order, int numPoles, bool rational) {
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    BSplineSample s;
+    s.order = order;
+    s.knots.assign(static_cast<std::size_t>(order), 2.0);
+    int repeats = 1;
+    for (int i = order; i < numPoles; ++i) {
+        const double last = s.knots.back();
+        repeats = i > order && repeats < order - 1 && unit(rng) < 0.4 ? repeats + 1 : 1;
+        s.knots.push_back(repeats > 1 ? last : last + (5.0 - last) * (0.1 + 0.3 * unit(rng)));
+    }
+    s.knots.insert(s.knots.end(), static_cast<std::size_t>(order), 5.0);
+    for (int i = 0; i < numPoles; ++i)
+        for (int c = 0; c < 4; ++c)
+            s.poles.push_back(c < 3 ? 10.0 * unit(rng) : (rational ? 0.5 + unit(rng) : 1.0));
+    return s;
+}
+
+/// Periodic curve with wrapped poles and uneven knots that repeat with the period.
+inline BSplineSample RandomPeriodic(std::mt19937& rng, int order, int segments, bool rational) {
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    const int degree = order - 1, n = segments + degree;
+    std::vector<double> steps;
+    for (int i = 0; i < segments; ++i)
+        steps.push_back(0.2 + unit(rng));
+    BSplineSample s;
+    s.order = order;
+    s.periodic = 1;
+    s.knots.assign(static_cast<std::size_t>(n + order), 0.0);
+    for (int i = degree + 1; i < n + order; ++i)
+        s.knots[i] = s.knots[i - 1] + steps[(i - degree - 1) % segments];
+    for (int i = degree - 1; i >= 0; --i)
+        s.knots[i] = s.knots[i + 1] - steps[((i - degree) % segments + segments) % segments];
+    for (int i = 0; i < 4 * n; ++i) {
+        const bool isWeight = i % 4 == 3;
+        s.poles.push_back(i >= 4 * segments ? s.poles[i - 4 * segments]
+                          : isWeight        ? (rational ? 0.5 + unit(rng) : 1.0)
+                                            : 10.0 * unit(rng));
+    }
+    return s;
+}
+
+/// Cox-de Boor recursion in long double, straight from the definition; t in [0, 1].
+inline std::vector<long double> DeBoor(const BSplineSample& s, long double t) {
+    const int degree = s.order - 1, n = s.NumPoles();
+    const long double low = s.knots[degree], high = s.knots[n], u = low + t * (high - low);
+    int span = degree;
+    for (int i = degree; i < n; ++i)
+        if (s.knots[i] < s.knots[i + 1] && s.knots[i] <= u)
+            span = i;
+    std::vector<std::vector<long double>> q(static_cast<std::size_t>(s.order));
+    for (int i = 0; i <= degree; ++i) {
+        const double* pole = s.poles.data() + 4 * (span - degree + i);
+        const long double w = pole[3];
+        q[i] = {pole[0] * w, pole[1] * w, pole[2] * w, w};
+    }
+    for (int r = 1; r <= degree; ++r)
+        for (int i = degree; i >= r; --i) {
+            const long double a = s.knots[span - degree + i], b = s.knots[span + 1 + i - r];
+            const long double f = (u - a) / (b - a);
+            for (int c = 0; c < 4; ++c)
+                q[i][c] = (1 - f) * q[i - 1][c] + f * q[i][c];
+        }
+    const std::vector<long double>& h = q[degree];
+    return {h[0] / h[3], h[1] / h[3], h[2] / h[3]};
+}
+
+inline std::vector<double> Evaluate(KC_CURVE_struct_s* c, double t, int nderiv = 0) {
+    std::vector<double> out(3 * (static_cast<std::size_t>(nderiv) + 1));
+    evcrve(c, nderiv, t, out.data());
+    return out;
+}
+
+/// Largest distance between c over [a, b] and other over [u, v], both sampled evenly.
+inline double LargestGap(KC_CURVE_struct_s* c, double a, double b, KC_CURVE_struct_s* other, double u,
+                         double v) {
+    double gap = 0.0;
+    for (int i = 0; i <= 100; ++i) {
+        const std::vector<double> p = Evaluate(c, a + (b - a) * i / 100),
+                                  q = Evaluate(other, u + (v - u) * i / 100);
+        gap = std::max(gap, std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]));
+    }
+    return gap;
+}
