@@ -28,8 +28,8 @@ using Vex::Math::Point3;
 constexpr int kMaxPoles = 512;
 // Samples a solution uses: at least this many, and so many for each pole. Counts; twice as many change the
 // curves of benchmarks/SplineFitBench.cpp by less than a tenth of the tolerance.
-constexpr int kFewestSamples = 256;
-constexpr int kSamplesPerPole = 8;
+constexpr int kFewestSamples = 160;
+constexpr int kSamplesPerPole = 6;
 // Solutions by pole count: one at chord-length parameters, the others at foot points. A count.
 constexpr int kFewestSolutions = 3;
 constexpr int kMaxSolutions = 6;
@@ -39,10 +39,14 @@ constexpr double kExactError = 0.01;
 constexpr double kRelaxation = 1.5;
 // A first error beyond this many tolerances is not mended by moving parameters. A pure number.
 constexpr double kHopelessError = 6.0;
+// The same between a count that failed and one that held. A pure number.
+constexpr double kBisectionError = 5.0;
 // A pole count that fits by luck shows a first error within this many tolerances; looked for up to so many
 // spans, as every count costs a solution. A pure number and a count.
 constexpr double kLuckyError = 2.0;
 constexpr int kMostLuckySpans = 40;
+// Foot points of samples are found to this share of the tolerance; their distances are exact to third order.
+constexpr double kFootResolution = 0.1;
 // Part of the tolerance given up to rounding between the unit box and the record. A pure number.
 constexpr double kRoundingShare = 1e-9;
 
@@ -141,7 +145,7 @@ void ChooseSamples(Fit& fit) {
 
 // Finds the foot points of the samples in use; returns the largest distance, or the first one above giveUp.
 double FindFeet(Fit& fit, double giveUp) {
-    const double tolSq = fit.tol * fit.tol, resolution = 0.02 * fit.tol;
+    const double tolSq = fit.tol * fit.tol, resolution = kFootResolution * fit.tol;
     std::fill_n(fit.work.spanError, fit.curve.numSpans, 0.0);
     double largestSq = 0.0;
     int searched = 0;
@@ -232,7 +236,7 @@ double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
 void BisectSpans(Fit& fit, int low, int high, int numBreaks, const double* breaks) {
     while (high - low > 1) {
         const int middle = low + (high - low) / 2;
-        if (TrySpans(fit, middle, numBreaks, breaks) <= fit.tol)
+        if (TrySpans(fit, middle, numBreaks, breaks, kBisectionError) <= fit.tol)
             high = middle;
         else
             low = middle;

@@ -11,9 +11,9 @@ namespace {
 using Vex::Math::Point3;
 
 // Points off the curve that end a measurement: the fit has failed. A count.
-constexpr int kEnoughMissed = 64;
+constexpr int kEnoughMissed = 16;
 // Foot points are found to this share of the tolerance; the distance is then exact to third order.
-constexpr double kFootResolution = 0.02;
+constexpr double kFootResolution = 0.1;
 
 double Distance(const Point3& a, const Point3& b) {
     const double dx = b.x - a.x, dy = b.y - a.y, dz = b.z - a.z;

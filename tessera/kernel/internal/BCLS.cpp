@@ -213,12 +213,53 @@ void FillPowerForm(BCLS_curve_t& curve) {
     }
 }
 
+// Squared distance of a point from the curve, and the derivatives of half of it by tau.
+struct Jet {
+    double distSq = 0.0;
+    double slope = 0.0;   // (C - p) C'
+    double bend = 0.0;    // C' C' + (C - p) C''
+    double speedSq = 0.0; // C' C'
+};
+
+inline Jet JetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
+    const int order = curve.order, s = SpanOf(curve, tau);
+    const double v = 2.0 * (tau - s) - 1.0;
+    const double(*power)[3] = curve.power + s * order;
+    double r[3], d[3], e[3];
+    for (int c = 0; order == 3 && c < 3; ++c) { // the recogniser's order
+        const double twice = 2.0 * power[2][c];
+        r[c] = power[0][c] + v * (power[1][c] + v * power[2][c]);
+        d[c] = power[1][c] + v * twice;
+        e[c] = twice;
+    }
+    for (int c = 0; order != 3 && c < 3; ++c) {
+        double value = power[order - 1][c], slope = 0.0, half = 0.0;
+        for (int i = order - 2; i >= 0; --i) {
+            half = half * v + slope;
+            slope = slope * v + value;
+            value = value * v + power[i][c];
+        }
+        r[c] = value;
+        d[c] = slope;
+        e[c] = 2.0 * half;
+    }
+    r[0] -= p.x;
+    r[1] -= p.y;
+    r[2] -= p.z;
+    Jet jet;
+    jet.distSq = r[0] * r[0] + r[1] * r[1] + r[2] * r[2];
+    jet.slope = 2.0 * (r[0] * d[0] + r[1] * d[1] + r[2] * d[2]);
+    jet.speedSq = 4.0 * (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    jet.bend = jet.speedSq + 4.0 * (r[0] * e[0] + r[1] * e[1] + r[2] * e[2]);
+    return jet;
+}
+
 // Degree 1: the exact foot points on the own and the neighbouring segments.
 double FootOnPolyline(const BCLS_curve_t& curve, const Point3& p, double& tau) {
     const int own = SpanOf(curve, tau);
     double best = HUGE_VAL;
     for (int s = std::max(0, own - 1); s <= std::min(curve.numSpans - 1, own + 1); ++s) {
-        const BCLS_jet_t start = BCLS_jet(curve, p, s);
+        const Jet start = JetAt(curve, p, s);
         const double u = start.speedSq > 0.0 ? std::clamp(-start.slope / start.speedSq, 0.0, 1.0) : 0.0;
         const double a[3] = {curve.poles[s][0], curve.poles[s][1], curve.poles[s][2]};
         const double* b = curve.poles[s + 1];
@@ -286,47 +327,13 @@ bool BCLS_solve(BCLS_curve_t& curve, int n, const Point3* pts, const double* tau
     return true;
 }
 
-BCLS_jet_t BCLS_jet(const BCLS_curve_t& curve, const Point3& p, double tau) {
-    const int order = curve.order, s = SpanOf(curve, tau);
-    const double v = 2.0 * (tau - s) - 1.0;
-    const double(*power)[3] = curve.power + s * order;
-    double r[3], d[3], e[3];
-    for (int c = 0; c < 3; ++c) {
-        if (order == 3) { // the recogniser's order
-            const double twice = 2.0 * power[2][c];
-            r[c] = power[0][c] + v * (power[1][c] + v * power[2][c]);
-            d[c] = power[1][c] + v * twice;
-            e[c] = twice;
-            continue;
-        }
-        double value = power[order - 1][c], slope = 0.0, half = 0.0;
-        for (int i = order - 2; i >= 0; --i) {
-            half = half * v + slope;
-            slope = slope * v + value;
-            value = value * v + power[i][c];
-        }
-        r[c] = value;
-        d[c] = slope;
-        e[c] = 2.0 * half;
-    }
-    r[0] -= p.x;
-    r[1] -= p.y;
-    r[2] -= p.z;
-    BCLS_jet_t jet;
-    jet.distSq = r[0] * r[0] + r[1] * r[1] + r[2] * r[2];
-    jet.slope = 2.0 * (r[0] * d[0] + r[1] * d[1] + r[2] * d[2]);
-    jet.speedSq = 4.0 * (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
-    jet.bend = jet.speedSq + 4.0 * (r[0] * e[0] + r[1] * e[1] + r[2] * e[2]);
-    return jet;
-}
-
 double BCLS_foot_near(const BCLS_curve_t& curve, const Point3& p, double resolution, double& tau) {
     if (curve.order == 2)
         return FootOnPolyline(curve, p, tau);
     constexpr int kMaxSteps = 12;
     constexpr double kLongestStep = 0.75; // spans: a longer one leaves the neighbourhood of the start
     const double end = curve.numSpans;
-    BCLS_jet_t jet = BCLS_jet(curve, p, tau);
+    Jet jet = JetAt(curve, p, tau);
     for (int i = 0; i < kMaxSteps; ++i) {
         // Newton where the squared distance is clearly convex, Gauss-Newton elsewhere.
         const bool isConvex = jet.bend > 0.1 * jet.speedSq;
@@ -341,10 +348,10 @@ double BCLS_foot_near(const BCLS_curve_t& curve, const Point3& p, double resolut
             // The minimum of the parabola through the last jet: exact to third order in the step.
             return std::max(0.0, jet.distSq + step * (2.0 * jet.slope + step * jet.bend));
         }
-        BCLS_jet_t trial = BCLS_jet(curve, p, next);
+        Jet trial = JetAt(curve, p, next);
         for (int halving = 0; halving < 4 && trial.distSq > jet.distSq; ++halving) {
             next = 0.5 * (next + tau);
-            trial = BCLS_jet(curve, p, next);
+            trial = JetAt(curve, p, next);
         }
         if (trial.distSq >= jet.distSq)
             break;
@@ -357,13 +364,13 @@ double BCLS_foot_near(const BCLS_curve_t& curve, const Point3& p, double resolut
 double BCLS_foot_around(const BCLS_curve_t& curve, const Point3& p, double resolution, double& tau) {
     constexpr int kReach = 2, kSamplesPerSpan = 4;
     const double end = curve.numSpans;
-    double bestTau = tau, bestSq = BCLS_jet(curve, p, tau).distSq;
+    double bestTau = tau, bestSq = JetAt(curve, p, tau).distSq;
     for (int i = -kReach * kSamplesPerSpan; i <= kReach * kSamplesPerSpan; ++i) {
         double at = tau + static_cast<double>(i) / kSamplesPerSpan;
         if (curve.closed)
             at += at < 0.0 ? end : (at > end ? -end : 0.0);
         at = std::clamp(at, 0.0, end);
-        const double distSq = BCLS_jet(curve, p, at).distSq;
+        const double distSq = JetAt(curve, p, at).distSq;
         if (distSq < bestSq) {
             bestSq = distSq;
             bestTau = at;

@@ -28,14 +28,6 @@ struct BCLS_scratch_t {
     double* rhs = nullptr;     ///< numPoles x 4, the last column couples the seam
 };
 
-/// Position, residual and the derivatives of half the squared distance from p by tau.
-struct BCLS_jet_t {
-    double distSq = 0.0;
-    double slope = 0.0;   ///< (C - p) C'
-    double bend = 0.0;    ///< C' C' + (C - p) C''
-    double speedSq = 0.0; ///< C' C'
-};
-
 /// Sets the knots of numSpans spans: uniform, or spread evenly over the given breaks (numBreaks + 1 values
 /// from 0 to 1), and the basis that goes with them.
 void BCLS_set_knots(BCLS_curve_t& curve, int numSpans, int numBreaks, const double* breaks);
@@ -48,8 +40,6 @@ double BCLS_ask_tau(const BCLS_curve_t& curve, double t);
 /// positive definite to working accuracy. Fills the power form.
 bool BCLS_solve(BCLS_curve_t& curve, int n, const Vex::Math::Point3* pts, const double* tau,
                 const double first[3], const double last[3], const BCLS_scratch_t& scratch);
-
-BCLS_jet_t BCLS_jet(const BCLS_curve_t& curve, const Vex::Math::Point3& p, double tau);
 
 /// Squared distance of p from the curve near tau, which moves to the foot point; an upper bound of the
 /// distance from the whole curve. Steps below `resolution` (a length) end the search.
