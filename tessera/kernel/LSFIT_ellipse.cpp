@@ -22,11 +22,16 @@ constexpr int kMostSamples = 512;
 constexpr double kSmallestAxisRatio = 1e-4;
 constexpr double kLargestAxis = 1e3; // of the box's longer side
 constexpr int kParameters = 5;       // centre x, y, axes a, b, angle
-// Most of the way is made on few samples; all of them then need a step or two.
+// The fit of all points lies within 1e-5 of its own standard error. Where only samples are fitted, their
+// choice weighs more than a hundredth of that error.
+constexpr double kRelativeTol = 1e-11;
+constexpr double kSampledRelativeTol = 1e-7;
+constexpr int kIterations = 50; // 3 to 8 are usual
+// Most of the way is made on few samples; all of them then need a step or two. Data without an ellipse do not
+// settle: their fit is bad whatever follows, and none of the rest is worth its time.
 constexpr int kCoarseSamples = 64;
-constexpr int kFineIterations = 12;
-constexpr int kIterations = 50;          // 4 to 8 are usual
-constexpr double kRelativeTol = 1e-11;   // the fit lies within 1e-5 of its own standard error
+constexpr int kCoarseIterations = 20;
+constexpr double kHopelessRms = 0.03;    // of the box's longer side
 constexpr double kAbsoluteTolSq = 1e-31; // of the box, for each sample: below the coordinates' rounding
 // The iteration may pass through worse ellipses than the answer may be.
 constexpr double kLargestTrialAxis = 1e6;
@@ -109,29 +114,37 @@ void Normalize(EllipseShape* e) {
         e->angle = 0.0;
 }
 
-// Iterates from params; whether it settles is for the caller to judge by the shape.
-bool Refine(Samples* samples, int iterations, double params[kParameters]) {
+struct Refinement {
+    bool isSettled;
+    double rms;
+};
+
+Refinement Refine(Samples* samples, int iterations, double relativeTol, double params[kParameters]) {
     double sumSq = 0.0;
     int status = 0;
-    LSFIT_nonlinear_function(kParameters, params, EvaluateEllipse, samples, iterations, kRelativeTol,
+    LSFIT_nonlinear_function(kParameters, params, EvaluateEllipse, samples, iterations, relativeTol,
                              kAbsoluteTolSq * samples->count, &sumSq, &status);
-    return std::isfinite(sumSq);
+    return {status == 0, std::sqrt(sumSq / samples->count)};
 }
 
-// The ellipse in the points' box.
+// The ellipse in the points' box. Whether an unsettled fit will do is judged by its shape, and by the caller
+// from its deviations.
 bool FitEllipse(const Point2* pts, int n, Point2 origin, double scale, EllipseShape* ellipse) {
     Samples samples = TakeSamples(pts, n, origin, scale, kMostSamples);
     if (!FindStartEllipse(samples.pts, samples.count, ellipse))
         return false;
     double params[kParameters] = {ellipse->centre.x, ellipse->centre.y, ellipse->a, ellipse->b,
                                   ellipse->angle};
+    bool isHopeless = false;
     if (samples.count > kCoarseSamples) {
         Samples coarse = TakeSamples(pts, n, origin, scale, kCoarseSamples);
-        if (!Refine(&coarse, kIterations, params) || !Refine(&samples, kFineIterations, params))
-            return false;
-    } else if (!Refine(&samples, kIterations, params)) {
-        return false;
+        const Refinement r = Refine(&coarse, kCoarseIterations, kSampledRelativeTol, params);
+        isHopeless = !r.isSettled && r.rms > kHopelessRms;
     }
+    if (!isHopeless &&
+        !std::isfinite(
+            Refine(&samples, kIterations, n > kMostSamples ? kSampledRelativeTol : kRelativeTol, params).rms))
+        return false;
     *ellipse = {{params[0], params[1]}, params[2], params[3], params[4]};
     Normalize(ellipse);
     return ellipse->a <= kLargestAxis && ellipse->b >= kSmallestAxisRatio * ellipse->a;

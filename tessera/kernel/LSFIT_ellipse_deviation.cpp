@@ -6,22 +6,29 @@
 #include "tessera/kernel/internal/PointSums.h"
 
 // The exact foot of every point would cost more than the rest of the fit. The mean and the root mean square
-// take first-order distances; for the largest one every point is bounded from above, first by its distance
-// along the ray to the centre (no root, no division), then by the distance to a foot one gradient step away,
-// and only a point that still beats the maximum so far is solved exactly.
+// take first-order distances. The largest distance starts from some points spread over the stroke, solved
+// exactly; then every point is bounded from above, first by its distance along the ray to the centre (no
+// root, no division), then by the distance parallel to the minor axis, last by the distance to a foot one
+// gradient step away, and only a point that still beats the maximum so far is solved exactly.
 
 using Vex::Math::Point2;
 
 namespace {
 
 constexpr double kNearLevel = 0.1; // |F| of points within some 5 % of the ellipse: first-order distances hold
+constexpr int kSolvedFirst = 64;   // a maximum from here spares deviations that grow along the stroke
 constexpr double kResolution = 1e-15; // of the axis a: below, deviations are rounding and not worth a foot
 
 class EllipseDeviations : public DeviationSums {
 public:
     explicit EllipseDeviations(const EllipseShape& e)
         : a_(e.a), b_(e.b), inverseA_(1.0 / e.a), inverseB_(1.0 / e.b), cos_(std::cos(e.angle)),
-          sin_(std::sin(e.angle)), thresholdSq_(kResolution * e.a * kResolution * e.a) {}
+          sin_(std::sin(e.angle)), resolution_(kResolution * e.a) {
+        SetThreshold(resolution_);
+    }
+
+    // Raises the maximum only.
+    void AddExactly(double dx, double dy) { SolveExactly(cos_ * dx + sin_ * dy, cos_ * dy - sin_ * dx); }
 
     void Add(double dx, double dy) {
         const double u = cos_ * dx + sin_ * dy, v = cos_ * dy - sin_ * dx; // in the ellipse's axes
@@ -44,9 +51,20 @@ public:
     double SumSq() const { return sumSq_; }
 
 private:
+    void SetThreshold(double distance) {
+        threshold_ = distance;
+        thresholdSq_ = distance * distance;
+    }
+
     // The distance to use in the sums; raises the maximum.
     double MeasureCarefully(double u, double v, double firstOrder) {
         const double x = u * inverseA_, y = v * inverseB_, level = x * x + y * y - 1.0;
+        const bool isNear = level * level <= kNearLevel * kNearLevel;
+        if (x * x < 1.0) {
+            const double parallel = b_ * std::fabs(std::fabs(y) - std::sqrt(1.0 - x * x));
+            if (parallel < threshold_)
+                return isNear ? firstOrder : parallel;
+        }
         const double gu = x * inverseA_, gv = y * inverseB_, gradientSq = gu * gu + gv * gv;
         const double step = gradientSq > 0.0 ? 0.5 * level / gradientSq : 0.0;
         const double fu = u - step * gu, fv = v - step * gv;
@@ -54,23 +72,31 @@ private:
         const double du = stretch > 0.0 ? u - fu / stretch : u,
                      dv = stretch > 0.0 ? v - fv / stretch : v - b_;
         const double boundSq = du * du + dv * dv;
-        if (!(boundSq < thresholdSq_)) {
-            const EllipseFoot foot = FindEllipseFoot(a_, b_, u, v);
-            const double eu = u - a_ * foot.cosT, ev = v - b_ * foot.sinT, exactSq = eu * eu + ev * ev;
-            largest = std::max(largest, std::sqrt(exactSq));
-            thresholdSq_ = std::max(thresholdSq_, exactSq);
-            return std::sqrt(exactSq);
-        }
-        return level * level > kNearLevel * kNearLevel ? std::sqrt(boundSq) : firstOrder;
+        if (boundSq < thresholdSq_)
+            return isNear ? firstOrder : std::sqrt(boundSq);
+        return SolveExactly(u, v);
     }
 
-    double a_, b_, inverseA_, inverseB_, cos_, sin_, thresholdSq_, sumSq_ = 0.0;
+    double SolveExactly(double u, double v) {
+        const EllipseFoot foot = FindEllipseFoot(a_, b_, u, v);
+        const double du = u - a_ * foot.cosT, dv = v - b_ * foot.sinT,
+                     distance = std::sqrt(du * du + dv * dv);
+        largest = std::max(largest, distance);
+        SetThreshold(std::max(resolution_, largest));
+        return distance;
+    }
+
+    double a_, b_, inverseA_, inverseB_, cos_, sin_, resolution_;
+    double threshold_ = 0.0, thresholdSq_ = 0.0, sumSq_ = 0.0;
 };
 
 } // namespace
 
 void MeasureEllipseDeviations(const Point2* pts, int n, const EllipseShape& ellipse, double err[3]) {
-    const EllipseDeviations deviations = SumOverPoints(pts, n, ellipse.centre, EllipseDeviations(ellipse));
+    EllipseDeviations start(ellipse);
+    for (int i = 0; i < n; i += std::max(1, n / kSolvedFirst))
+        start.AddExactly(pts[i].x - ellipse.centre.x, pts[i].y - ellipse.centre.y);
+    const EllipseDeviations deviations = SumOverPoints(pts, n, ellipse.centre, start);
     err[0] = deviations.largest;
     // First-order distances may exceed the true ones by a little: never report a mean above the maximum.
     err[1] = std::min(std::sqrt(deviations.SumSq() / n), deviations.largest);
