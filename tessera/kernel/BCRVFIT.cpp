@@ -47,6 +47,8 @@ constexpr double kLuckyError = 2.0;
 constexpr int kMostLuckySpans = 40;
 // Foot points of samples are found to this share of the tolerance; their distances are exact to third order.
 constexpr double kFootResolution = 0.1;
+// Points measured while pole counts are compared; all are measured at the end. A count.
+constexpr int kMeasuredInSearch = 1024;
 // Part of the tolerance given up to rounding between the unit box and the record. A pure number.
 constexpr double kRoundingShare = 1e-9;
 
@@ -70,7 +72,7 @@ struct Fit {
     double tol = 0.0; // in the unit box
     double first[3] = {}, last[3] = {};
     int maxSpans = 0;
-    int numBreaks = 0; // 0: uniform knots
+    int numBreaks = 0; // of adaptive knots; 0: uniform
     int numUsed = 0, numEvenUsed = 0;
     int bestPoles = 0;
     BCRVFIT_deviation_t bestDeviation, deviation;
@@ -306,8 +308,26 @@ bool FitAdaptive(Fit& fit, int fewest) {
             return false;
         spans = more;
     }
+    fit.numBreaks = spans;
     BisectSpans(fit, fewest - 1, spans, spans, fit.work.breaks);
     return true;
+}
+
+// Searches with some of the points measured, then measures all of them and adds spans while any is off.
+bool FitAllPoints(Fit& fit, BCRVFIT_knots_t knots, int fewest) {
+    const bool isAdaptive = knots == BCRVFIT_KNOTS_ADAPTIVE;
+    fit.samples.stride = std::max(1, fit.samples.count / kMeasuredInSearch);
+    if (!(isAdaptive ? FitAdaptive(fit, fewest) : FitUniform(fit, fewest)))
+        return false;
+    if (fit.samples.stride == 1)
+        return true;
+    fit.samples.stride = 1;
+    const double* breaks = isAdaptive ? fit.work.breaks : nullptr;
+    const int found = fit.bestPoles - fit.curve.order + 1;
+    for (int spans = found; spans <= fit.maxSpans; spans += 1 + (spans - found) / 2)
+        if (TrySpans(fit, spans, fit.numBreaks, breaks) <= fit.tol)
+            return true;
+    return false;
 }
 
 // The best curve as a record, its end poles the very points.
@@ -401,8 +421,7 @@ KC_CURVE_struct_s* BCRVFIT_least_squares_fit(int n, const Point3* pts, int nChec
     fit.last[1] = ends[1].y;
     fit.last[2] = ends[1].z;
 
-    const bool found = knots == BCRVFIT_KNOTS_ADAPTIVE ? FitAdaptive(fit, fewest) : FitUniform(fit, fewest);
-    if (!found)
+    if (!FitAllPoints(fit, knots, fewest))
         return nullptr;
     RecordPtr record = MakeRecord(fit, first, last);
     if (!record)

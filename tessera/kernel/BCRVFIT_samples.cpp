@@ -154,7 +154,7 @@ void BCRVFIT_measure(BCRVFIT_samples_t& samples, const BCLS_curve_t& curve, int 
     const double resolution = kFootResolution * tol;
     int numOff = 0, segment = -1;
     double slope = 0.0, largestSq = 0.0;
-    for (int i = 0, next = 0; i < samples.count && numOff < kEnoughMissed; ++i) {
+    for (int i = 0, next = 0; i < samples.count && numOff < kEnoughMissed; i += samples.stride) {
         while (next < numUsed && used[next].index <= i)
             ++next;
         if (segment != next - 1) {

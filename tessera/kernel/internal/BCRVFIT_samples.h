@@ -21,6 +21,7 @@ struct BCRVFIT_samples_t {
     const double* t = nullptr;              ///< their chord-length parameters, ascending from 0 to 1
     Vex::Math::Point3 origin{};             ///< unit box: (p - origin) / size
     double size = 1.0;
+    int stride = 1; ///< every so many points are measured
     int numEven = 0;
     BCRVFIT_sample_t* even = nullptr; ///< kMaxEvenSamples
     int numMissed = 0;
@@ -50,7 +51,8 @@ struct BCRVFIT_deviation_t {
 bool BCRVFIT_prepare_samples(BCRVFIT_samples_t& samples, int n, const Vex::Math::Point3* pts, double* u,
                              double* t);
 
-/// Measures every point, starting between the feet of the samples used (ascending in index, with their tau).
-/// Stops early, with `largest` above tol, when many points are off; notes points that are off as missed.
+/// Measures every stride-th point, starting between the feet of the samples used (ascending in index, with
+/// their tau). Stops early, with `largest` above tol, when many points are off; notes points that are off as
+/// missed.
 void BCRVFIT_measure(BCRVFIT_samples_t& samples, const BCLS_curve_t& curve, int numUsed,
                      const BCRVFIT_sample_t* used, const double* tau, double tol, BCRVFIT_deviation_t& dev);
