@@ -1,7 +1,10 @@
 // BCEV - evaluation and knot work on B-curve definitions.
 //
 // Parameters t run from 0 to 1, mapped linearly onto [knots[degree], knots[n]]; periodic curves accept
-// any t and reduce it modulo 1. Functions return null when memory runs out.
+// any t and reduce it modulo 1. Functions return null when memory runs out. Poles are positions with a
+// weight; only Bezier forms are homogeneous.
+//
+// Source: L. Piegl and W. Tiller, The NURBS Book, 2nd edition, Springer 1997 (A2.1, A5.1, A5.6).
 #pragma once
 
 #include "tessera/core/Export.h"
@@ -18,12 +21,13 @@ TESSERA_API double BCEV_ask_knot_of_parameter(const BCURVE_DATA* d, double t);
 /// read by linear interpolation at n evenly spaced indices. Degree 1 with n = poles gives the vertices.
 TESSERA_API void BCEV_sample_Greville_parameters(int numPoles, int order, const double* knots, int n,
                                                  double* params);
-/// Forgets the span caches after the definition has changed.
+/// Forgets the span caches; call it after the definition has changed. O(n).
 TESSERA_API void BCEV_reset_all_bez_pointers(EVC_bcurve_s* b);
 /// The Bezier form of the span with index s (see BCEV_find_span), filled on first use: order x 4
 /// homogeneous coefficients (w x, w y, w z, w) over [knots[s], knots[s + 1]].
 TESSERA_API const BCURVE_SEGMENT* BCEV_ask_bez_segment(EVC_bcurve_s* b, int s);
 /// The same Bezier form straight from the definition, without a cache: bezier holds 4 order doubles.
 TESSERA_API void BCEV_ask_bezier_of_span(const BCURVE_DATA* d, int s, double* bezier);
-/// New definition with knot u inserted `times` times; the curve does not change.
+/// New definition with knot u inserted `times` times; the curve does not change. Caller frees with ev0952.
+/// Null also when u lies outside [knots[degree], knots[n]] or times outside [0, degree]. O(n + degree^2).
 TESSERA_API BCURVE_DATA* BCEV_insert_knot(const BCURVE_DATA* d, double u, int times);

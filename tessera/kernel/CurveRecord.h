@@ -3,6 +3,11 @@
 // Units      model units; angles in radians; line and B-curve parameters run from 0 to 1.
 // Ownership  a record owns its data; free it with evcrvf. Makers and copies return null when
 //            memory runs out, with everything freed. No function here throws or prints.
+// Caches     evaluating a B-curve fills the caches of its record: one thread per record. After changing a
+//            definition in place call BCEV_reset_all_bez_pointers.
+// Source     L. Piegl and W. Tiller, The NURBS Book, 2nd edition, Springer 1997: evaluation (chapter 4),
+//            knot insertion (A5.1), conics (A7.1). Derivatives from the Bezier form: G. Farin, Curves and
+//            Surfaces for CAGD, 5th edition, 2002, section 5.4.
 #pragma once
 
 #include "tessera/core/Export.h"
@@ -89,11 +94,13 @@ TESSERA_API KC_CURVE_struct_s* ev05p0(const double centre[3], double radius, dou
 /// Conic type 2 with the major axis at `rotation`.
 TESSERA_API KC_CURVE_struct_s* ev06p0(const double centre[3], double radius1, double radius2, double rotation,
                                       double startAngle, double endAngle);
-/// Definition from copies of the knots and poles; sizes = {number of poles, order, periodic flag}.
+/// Definition from copies of the knots and poles; sizes = {number of poles, order, periodic flag}. Null also
+/// for fewer poles than the order or an order below 1. Knots must not descend.
 TESSERA_API BCURVE_DATA* ev091p(int* const sizes, double* knots, double (*poles)[4]);
 /// Evaluation record straight from the same inputs.
 TESSERA_API EVC_bcurve_s* ev09p0(int* const sizes, double* knots, double (*poles)[4]);
-/// Form-9 record around d, which the record owns from then on. On failure d stays the caller's.
+/// Form-9 record around d, which the record owns from then on. On failure d stays the caller's. The tables
+/// hold 4 order - 6 rows a span but are not written until a span is used, so untouched pages cost nothing.
 TESSERA_API KC_CURVE_struct_s* ev09p1(BCURVE_DATA* d);
 
 // --- Freeing ----------------------------------------------------------------------------------------
@@ -113,8 +120,13 @@ TESSERA_API void ev0952(BCURVE_DATA* d);
 TESSERA_API void evcrvp(KC_CURVE_struct_s* c, double limits[2]);
 /// The closed flag of an arc or ellipse of this span: 1 when |span - 2 pi| <= 1e-10, else 0.
 TESSERA_API int evcrvIsFullTurn(double span);
-/// Position and nderiv derivatives at t: out holds 3 (nderiv + 1) doubles, position first.
-/// An unknown form leaves out untouched.
+/// Position and nderiv derivatives by the record's parameter at t: out holds 3 (nderiv + 1) doubles, position
+/// first, then x, y, z of each derivative. An unknown form leaves out untouched.
+///
+/// Arcs and ellipses accept any angle, lines any t. An open B-curve continues its end spans outside [0, 1];
+/// a periodic one reduces t modulo 1. At a knot the span above it counts, at 1 the last span.
+/// Allocates nothing. B-curves: O(log n + order^2), 1e-12 relative; a curve without any parameter interval
+/// answers a pole and zero derivatives.
 TESSERA_API void evcrve(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
 TESSERA_API void ev0200(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
 TESSERA_API void ev0300(KC_CURVE_struct_s* c, int nderiv, double t, double* out);
@@ -146,9 +158,14 @@ TESSERA_API int evcrvNormalizeAxes(KC_CURVE_struct_s* c);
 /// Exact copy; null for null, unknown forms or when memory runs out.
 TESSERA_API KC_CURVE_struct_s* evcrvCopy(KC_CURVE_struct_s* c);
 /// Exact sub-range [limits[0], limits[1]] as a new record of the same form; ranges across the seam of a
-/// closed curve are valid, open B-curves are clamped to [0, 1]. B-curves come back open with knots 0..1:
-/// P_new(u) = P(a + u (b - a)). Null when the range is empty or memory runs out.
+/// closed curve are valid, open B-curves are clamped to [0, 1]. B-curves come back open and clamped with
+/// knots 0..1, P_new(u) = P(a + u (b - a)), weights kept; a range end within 1e-12 of a knot is taken to
+/// be that knot. Null when the range is empty or memory runs out, or when it is longer than one turn of a
+/// periodic curve whose poles do not wrap. Cost follows the piece, not the curve.
 TESSERA_API KC_CURVE_struct_s* em0941(KC_CURVE_struct_s* c, const double limits[2]);
-/// Exact (rational) B-curve of any form, start to end in ascending limits; caller frees (ev0952 or
-/// ev09p1). Null for points, unknown forms or when memory runs out.
+/// Exact (rational) B-curve of any form, start to end in ascending limits; caller frees (ev0952, or the
+/// record made of it with ev09p1). Null for points, unknown forms or when memory runs out.
+///
+/// Lines have degree 1. Arcs and ellipses become rational quadratics of at most a quarter turn each, at most
+/// four for a full turn, whose ends then coincide exactly. B-curves are copied, periodic ones as they are.
 TESSERA_API BCURVE_DATA* em0960(KC_CURVE_struct_s* c);
