@@ -23,11 +23,11 @@ namespace {
 
 using Vex::Math::Point3;
 
-// Most poles of a fit, beside twice the points: with uniform knots the points of a few spans may need them; a
-// curve that needs more is not a curve that anyone would edit. A count.
+// Most poles of a fit: a curve that needs more is not one that anyone would edit. A count, beside a limit of
+// twice the points, which uniform knots may need where the points are unevenly spread.
 constexpr int kMaxPoles = 512;
-// Samples a solution uses: at least this many, and so many for each pole. Counts; twice as many change the
-// curves of benchmarks/SplineFitBench.cpp by less than a tenth of the tolerance.
+// Samples a solution uses: at least this many, and so many for each pole. Counts; points that they pass over
+// and the curve misses join them.
 constexpr int kFewestSamples = 160;
 constexpr int kSamplesPerPole = 6;
 // Solutions by pole count: one at chord-length parameters, the others at foot points. A count.
@@ -202,9 +202,9 @@ bool HoldsForAllPoints(Fit& fit) {
     return fit.deviation.largest <= fit.tol;
 }
 
-// Fits a curve of the given number of spans. Returns its error: at most tol when all points are within tol,
-// and then the curve is kept as the best.
-// Gives up after the first solution when a sample is more than `hopeless` tolerances off.
+// Fits a curve of the given number of spans. Returns its error: at most tol when all measured points are
+// within tol, and then the curve is kept as the best. Gives up after the first solution when a sample is more
+// than `hopeless` tolerances off.
 double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
                 double hopeless = kHopelessError) {
     BCLS_set_knots(fit.curve, numSpans, numBreaks, breaks);
@@ -356,7 +356,7 @@ RecordPtr MakeRecord(const Fit& fit, const Point3& first, const Point3& last) {
         return nullptr;
     RecordPtr record(ev09p1(definition.get()));
     if (record)
-        definition.release();
+        static_cast<void>(definition.release());
     return record;
 }
 

@@ -162,7 +162,7 @@ Spline* RecognizeSpline(std::span<const Point2> pts, int interval, double spline
     if (status != 0)
         return nullptr;
     auto spline = std::make_unique<Spline>(record.get());
-    record.release(); // only now does the spline own the record
+    static_cast<void>(record.release()); // only now does the spline own the record
     if (maxDev)
         *maxDev = deviation[0];
     return spline.release();
