@@ -7,7 +7,7 @@
 #include "tessera/kernel/internal/BcurveSpans.h"
 #include "tessera/kernel/internal/BezierPair.h"
 #include "tessera/kernel/internal/CurveHits.h"
-#include "tessera/kernel/internal/SmArray.h"
+#include "tessera/kernel/internal/SpanTree.h"
 
 // B-curve against B-curve. Each curve gets a binary tree of boxes over its spans, so that only spans near
 // each other are ever paired (P. A. Koparkar and S. P. Mudur, Computer-Aided Design 15 (1983) 41-45); pairs
@@ -15,69 +15,16 @@
 
 namespace {
 
-struct Box {
-    double lo[2], hi[2];
-};
-
-bool Meet(const Box& a, const Box& b, double tol) {
-    return a.lo[0] <= b.hi[0] + tol && b.lo[0] <= a.hi[0] + tol && a.lo[1] <= b.hi[1] + tol &&
-           b.lo[1] <= a.hi[1] + tol;
-}
-
-double Extent(const Box& b) {
+double Extent(const SpanBox& b) {
     return std::max(b.hi[0] - b.lo[0], b.hi[1] - b.lo[1]);
 }
-
-// Complete binary tree in an array: node k holds nodes 2 k and 2 k + 1, leaves are the nodes from count on.
-struct SpanTree {
-    const BCURVE_DATA* d = nullptr;
-    int count = 0;
-    SmArray<Box> box;
-    SmArray<int> span;
-
-    bool Build(const BCURVE_DATA* definition) {
-        d = definition;
-        const auto room = static_cast<std::size_t>(d->numPoles);
-        box = MakeSmArray<Box>(2 * room, "SpanTree:0");
-        span = MakeSmArray<int>(room, "SpanTree:1");
-        if (!box || !span)
-            return false;
-        for (int s = d->degree; s < d->numPoles; ++s)
-            if (IsSpan(d, s))
-                span[static_cast<std::size_t>(count++)] = s;
-        for (int i = 0; i < count; ++i)
-            At(count + i) = PoleBox(SpanOf(count + i));
-        for (int k = count - 1; k >= 1; --k)
-            for (int j = 0; j < 2; ++j) {
-                At(k).lo[j] = std::min(At(2 * k).lo[j], At(2 * k + 1).lo[j]);
-                At(k).hi[j] = std::max(At(2 * k).hi[j], At(2 * k + 1).hi[j]);
-            }
-        return true;
-    }
-    Box& At(int node) { return box[static_cast<std::size_t>(node)]; }
-    const Box& At(int node) const { return box[static_cast<std::size_t>(node)]; }
-    bool IsLeaf(int node) const { return node >= count; }
-    int SpanOf(int leaf) const { return span[static_cast<std::size_t>(leaf - count)]; }
-
-private:
-    Box PoleBox(int s) const {
-        Box b{{1e300, 1e300}, {-1e300, -1e300}};
-        for (int i = s - d->degree; i <= s; ++i)
-            for (int j = 0; j < 2; ++j) {
-                b.lo[j] = std::min(b.lo[j], d->poles[i][j]);
-                b.hi[j] = std::max(b.hi[j], d->poles[i][j]);
-            }
-        return b;
-    }
-};
 
 class TreePair {
 public:
     TreePair(CurveHits& hits, EVC_bcurve_s* a, EVC_bcurve_s* b) : hits_(hits), a_(a), b_(b) {}
 
     bool Run() {
-        if (!HasPositiveWeights(a_->definition) || !HasPositiveWeights(b_->definition) ||
-            !treeA_.Build(a_->definition) || !treeB_.Build(b_->definition))
+        if (!treeA_.Build(a_) || !treeB_.Build(b_))
             return false;
         // Arcs that part by less than the tolerance within this length cannot be told apart.
         const double size = std::min(hits_.A().size, hits_.B().size);
@@ -88,7 +35,7 @@ public:
 
 private:
     void Descend(int i, int j) {
-        if (failed_ || hits_.HasFailed() || !Meet(treeA_.At(i), treeB_.At(j), hits_.Tol()))
+        if (failed_ || hits_.HasFailed() || !BoxesMeet(treeA_.At(i), treeB_.At(j), hits_.Tol()))
             return;
         const bool leafA = treeA_.IsLeaf(i), leafB = treeB_.IsLeaf(j);
         if (leafA && leafB) {

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "tessera/kernel/internal/ConicFrame.h"
+#include "tessera/kernel/internal/EllipseFoot.h"
 #include "tessera/kernel/internal/NearestPoint.h"
 
 // Lines and circles in closed form; ellipses through the local minima of the distance (ConicFrame.h),
@@ -43,29 +44,50 @@ void OfferAngle(KC_CURVE_struct_s* c, double t, NearestPoint& nearest) {
     nearest.Offer(t, point);
 }
 
-// The whole circle or ellipse, or of it what lies inside the limits and the two ends.
+// Nearest angles on the whole circle or ellipse: several only where symmetry makes them equally near.
+int WholeTurnFeet(const ConicFrame& f, double x, double y, double psi[4]) {
+    constexpr double kOnAxis = 1e-12; // of the radius: mirrored feet are then level to rounding
+    const EllipseFoot foot = FindEllipseFoot(f.a, f.b, x, y);
+    int n = 0;
+    psi[n++] = std::atan2(foot.sinT, foot.cosT);
+    if (std::fabs(y) <= kOnAxis * f.b)
+        psi[n++] = std::atan2(-foot.sinT, foot.cosT);
+    if (std::fabs(x) <= kOnAxis * f.a) {
+        psi[n++] = std::atan2(foot.sinT, -foot.cosT);
+        if (n == 3)
+            psi[n++] = std::atan2(-foot.sinT, -foot.cosT);
+    }
+    return n;
+}
+
 void InvertConic(KC_CURVE_struct_s* c, const double p[3], bool bounded, Inversion& out) {
     const ConicFrame f = MakeConicFrame(c);
     NearestPoint nearest(p);
     double x = 0.0, y = 0.0, psi[24];
     ConicLocal(f, p, &x, &y);
-    int n = 0;
-    bool centreOfCircle = false;
-    if (c->form == kFormArc && f.a > 0.0) {
-        const double reach = std::hypot(x, y);
-        centreOfCircle = reach <= 1e-14 * f.a;
-        psi[n++] = centreOfCircle ? f.limits[0] - f.phase : std::atan2(y * f.a, x * f.b);
-    } else {
-        n = ConicFootCandidates(f, x, y, psi);
-    }
-    for (int i = 0; i < n; ++i) {
-        double t = psi[i] + f.phase;
-        if (LiftAngle(f.limits, kLimitSlack, &t))
+    bool inside = true;
+    const auto offer = [&](double angle) {
+        double t = angle + f.phase;
+        if (LiftAngle(f.limits, kLimitSlack, &t)) {
             OfferAngle(c, t, nearest);
-        else if (!bounded)
-            OfferAngle(c, std::remainder(t, 2.0 * std::numbers::pi), nearest);
+            return;
+        }
+        inside = false;
+        if (bounded)
+            return;
+        t = std::remainder(t, 2.0 * std::numbers::pi);
+        OfferAngle(c, t > -std::numbers::pi ? t : std::numbers::pi, nearest);
+    };
+    const bool centreOfCircle = c->form == kFormArc && std::hypot(x, y) <= 1e-14 * f.a;
+    const int whole = centreOfCircle ? 0 : WholeTurnFeet(f, x, y, psi);
+    for (int i = 0; i < whole; ++i)
+        offer(psi[i]);
+    if (bounded && !inside && c->form != kFormArc) { // the other local minima
+        const int n = ConicFootCandidates(f, x, y, psi);
+        for (int i = 0; i < n; ++i)
+            offer(psi[i]);
     }
-    if (bounded) {
+    if (bounded || centreOfCircle) {
         OfferAngle(c, f.limits[0], nearest);
         OfferAngle(c, f.limits[1], nearest);
     }

@@ -4,10 +4,10 @@
 // axis or at the centre of an ellipse. Distances are measured in space, z included. The record is left
 // unchanged, apart from Bezier forms that a B-curve caches on first use.
 //
-// Method   Lines and circles in closed form. Ellipses: all local minima of the distance, as sign changes of
-//          its derivative on each quarter turn. B-curves: spans are discarded by bounds on their poles
-//          and by the Bernstein coefficients of the squared distance; on the others every stationary
-//          point is isolated and polished by Newton's method; span ends always take part.
+// Method   Lines and circles in closed form. Ellipses by EllipseFoot; of parts of them all local minima, as
+//          sign changes of the derivative on each quarter turn. B-curves: spans are discarded by bounds on
+//          their poles and by the Bernstein coefficients of the squared distance; on the others every
+//          stationary point is isolated and polished by Newton's method; span ends always take part.
 // Source   T. W. Sederberg and T. Nishita, Computer-Aided Design 22 (1990) 538-549; Y. L. Ma and
 //          W. T. Hewitt, Computer Aided Geometric Design 20 (2003) 79-99.
 // Cost     Constant for lines and conics; O(poles) plus the few spans near the point for B-curves, one
@@ -22,7 +22,7 @@
 enum { kInversionFailed = 0, kInversionInside = 1, kInversionAtEnd = 2, kInversionAmbiguous = 3 };
 
 /// Nearest point on the carrier: the infinite line, the full circle or ellipse (the parameter lifted by
-/// multiples of 2 pi into the record's limits when it fits, else in [-pi, pi]), the bounded B-curve.
+/// multiples of 2 pi into the record's limits when it fits, else in (-pi, pi]), the bounded B-curve.
 /// Of several equally near points the one with the smallest parameter; of a circle's centre the lower limit.
 /// A line without length answers its base point, parameter 0.
 ///

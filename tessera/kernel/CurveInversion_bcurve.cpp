@@ -162,30 +162,48 @@ private:
     double w_[Bernstein::kMaxSpanDegree + 1];
 };
 
-// Straight spans: one pass over the poles, no Bezier forms.
-void SearchPolyline(const BCURVE_DATA* d, const double p[3], NearestPoint& nearest) {
-    for (int s = 1; s < d->numPoles; ++s) {
-        if (!IsSpan(d, s))
-            continue;
-        const double *a = d->poles[s - 1], *b = d->poles[s];
-        double along = 0.0, lengthSq = 0.0;
-        for (int k = 0; k < 3; ++k) {
-            along += (p[k] - a[k]) * (b[k] - a[k]);
-            lengthSq += (b[k] - a[k]) * (b[k] - a[k]);
-        }
-        const double f = lengthSq > 0.0 ? std::clamp(along / lengthSq, 0.0, 1.0) : 0.0;
-        double foot[3], distanceSq = 0.0;
-        for (int k = 0; k < 3; ++k) {
-            foot[k] = (1.0 - f) * a[k] + f * b[k];
-            distanceSq += (foot[k] - p[k]) * (foot[k] - p[k]);
-        }
-        if (distanceSq > nearest.ReachSq())
-            continue;
-        // Weights shift the parameter of a straight span, not its points.
-        const double u = f * a[3] / (b[3] * (1.0 - f) + f * a[3]);
-        nearest.Offer(SpanParameter(d, s, u), foot);
+// A straight span, from its poles.
+void SearchStraight(const BCURVE_DATA* d, int s, const double p[3], NearestPoint& nearest) {
+    const double *a = d->poles[s - 1], *b = d->poles[s];
+    double along = 0.0, lengthSq = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        along += (p[k] - a[k]) * (b[k] - a[k]);
+        lengthSq += (b[k] - a[k]) * (b[k] - a[k]);
     }
+    const double f = lengthSq > 0.0 ? std::clamp(along / lengthSq, 0.0, 1.0) : 0.0;
+    double foot[3], distanceSq = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        foot[k] = (1.0 - f) * a[k] + f * b[k];
+        distanceSq += (foot[k] - p[k]) * (foot[k] - p[k]);
+    }
+    if (distanceSq > nearest.ReachSq())
+        return;
+    // Weights shift the parameter of a straight span, not its points.
+    const double u = f * a[3] / (b[3] * (1.0 - f) + f * a[3]);
+    nearest.Offer(SpanParameter(d, s, u), foot);
 }
+
+} // namespace
+
+bool OfferNearestOnSpan(EVC_bcurve_s* b, int span, const double p[3], NearestPoint& nearest) {
+    const BCURVE_DATA* d = b->definition;
+    if (d->degree == 1 && d->poles[span - 1][3] > 0.0 && d->poles[span][3] > 0.0) {
+        SearchStraight(d, span, p, nearest);
+        return true;
+    }
+    const BCURVE_SEGMENT* segment = BCEV_ask_bez_segment(b, span);
+    if (!segment)
+        return false;
+    SpanSearch(d, span, segment->bezier, d->degree, d->polynomial != 0, p, nearest).Run();
+    return true;
+}
+
+void OfferNearestOnBezier(const double* bezier, int degree, bool polynomial, const double p[3],
+                          NearestPoint& nearest) {
+    SpanSearch(nullptr, 0, bezier, degree, polynomial, p, nearest).Run();
+}
+
+namespace {
 
 bool SearchCurved(EVC_bcurve_s* b, const double p[3], NearestPoint& nearest) {
     const BCURVE_DATA* d = b->definition;
@@ -212,10 +230,8 @@ bool SearchCurved(EVC_bcurve_s* b, const double p[3], NearestPoint& nearest) {
         return x.boundSq < y.boundSq || (x.boundSq == y.boundSq && x.span < y.span);
     });
     for (const Candidate* c = list.get(); c != end && c->boundSq <= nearest.ReachSq(); ++c) {
-        const BCURVE_SEGMENT* segment = BCEV_ask_bez_segment(b, c->span);
-        if (!segment)
+        if (!OfferNearestOnSpan(b, c->span, p, nearest))
             return false;
-        SpanSearch(d, c->span, segment->bezier, d->degree, d->polynomial != 0, p, nearest).Run();
     }
     return true;
 }
@@ -246,17 +262,14 @@ void NearestPoint::Offer(double t, const double point[3]) {
     reachSq_ = std::min(reachSq_, distanceSq * (1.0 + kTie));
 }
 
-void OfferNearestOnBezier(const double* bezier, int degree, bool polynomial, const double p[3],
-                          NearestPoint& nearest) {
-    SpanSearch(nullptr, 0, bezier, degree, polynomial, p, nearest).Run();
-}
-
 bool FindNearestOnBcurve(KC_CURVE_struct_s* c, const double p[3], NearestPoint& nearest) {
     const BCURVE_DATA* d = AskUsableBcurve(c);
     if (!d)
         return false;
     if (d->degree == 1 && HasPositiveWeights(d)) {
-        SearchPolyline(d, p, nearest);
+        for (int s = 1; s < d->numPoles; ++s) // one pass over the poles, no Bezier forms
+            if (IsSpan(d, s))
+                SearchStraight(d, s, p, nearest);
         return true;
     }
     return SearchCurved(static_cast<EVC_bcurve_s*>(c->data), p, nearest);

@@ -268,4 +268,96 @@ TEST(Intersect, EveryTouchOnceAndMarked) {
     EXPECT_GT(touches, 500);
 }
 
+// Coincident curves come back soon and with the places they cross themselves at most.
+TEST(Intersect, CoincidentStretchesAreNotAFlood) {
+    records::Random random(61);
+    for (int trial = 0; trial < 40; ++trial) {
+        const int kind = trial % records::Random::kKinds;
+        SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
+        const RecordPtr c = random.Record(kind, 1.0, {0, 0});
+        double l[2];
+        evcrvp(c.get(), l);
+        const double head[2] = {l[0], l[0] + 0.6 * (l[1] - l[0])},
+                     tail[2] = {l[0] + 0.3 * (l[1] - l[0]), l[1]};
+        const RecordPtr a(em0941(c.get(), head)), b(em0941(c.get(), tail));
+        for (const Hits& hits : {Intersect(a, b), Intersect(c, RecordPtr(ev09p1(em0960(c.get()))))}) {
+            EXPECT_EQ(hits.status, 0);
+            for (const CRV_TOPOL_hit_t& h : hits.list)
+                EXPECT_EQ(h.tangent, 0); // only places where the curve crosses itself
+        }
+    }
+}
+
+// Every allocation in turn is made to fail: status 1, nothing returned; what leaks the sanitizer tells.
+TEST(Intersect, EveryAllocationFailureIsReported) {
+    const RecordPtr line = records::Line(-1, 0.1, 1, 0.05), ellipse = records::Ellipse(0, 0, 0.9, 0.3, 1.0);
+    records::Random random(7);
+    std::vector<RecordPtr> splines;
+    for (int k = 0; k < 3; ++k)
+        splines.push_back(random.Spline(4, 1.0, {0, 0}));
+    const auto sweep = [](const auto& run) {
+        long n = 0;
+        do {
+            SM_fail_nth(++n);
+            const int status = run();
+            const bool reached = SM_ask_allocation_count() >= n;
+            SM_fail_nth(0);
+            EXPECT_EQ(status, reached ? 1 : 0) << "allocation " << n;
+            if (!reached)
+                break;
+        } while (n < 200);
+        EXPECT_GT(n, 1);
+        EXPECT_LT(n, 200);
+    };
+    const KC_CURVE_struct_s* const pairs[][2] = {{line.get(), ellipse.get()},
+                                                 {line.get(), splines[0].get()},
+                                                 {ellipse.get(), splines[1].get()},
+                                                 {splines[1].get(), splines[2].get()}};
+    for (const auto& pair : pairs) {
+        auto* a = const_cast<KC_CURVE_struct_s*>(pair[0]);
+        auto* b = const_cast<KC_CURVE_struct_s*>(pair[1]);
+        sweep([&] {
+            int n = 0;
+            CRV_TOPOL_hit_t* hits = nullptr;
+            const int status =
+                CRV_TOPOL_intersect(a, CRV_TOPOL_BOUNDED, b, CRV_TOPOL_BOUNDED, 1e-9, &n, &hits);
+            EXPECT_TRUE(status == 0 || hits == nullptr);
+            SM_free(hits);
+            return status;
+        });
+    }
+    sweep([&] {
+        CRV_TOPOL_state_t state = CRV_TOPOL_SEPARATE;
+        return CRV_TOPOL_overlap(splines[1].get(), splines[1].get(), 1e-8, 1e-6, 1e-6, &state, nullptr,
+                                 nullptr);
+    });
+}
+
+TEST(Intersect, BadInputIsRefused) {
+    const double origin[3] = {};
+    const RecordPtr point(ev02p0(origin)), line = records::Line(0, 0, 1, 1);
+    EXPECT_EQ(Intersect(point, line).status, 1);
+    EXPECT_EQ(Intersect(line, RecordPtr()).status, 1);
+    EXPECT_EQ(Intersect(line, records::Line(0, 0, NAN, 1)).status, 1);
+    EXPECT_EQ(Intersect(line, records::Line(0, 1, 1, 0), 0.0).status, 1);
+    EXPECT_EQ(Intersect(line, records::Line(0.5, 0.5, 0.5, 0.5)).list.size(), 1u); // a point on the line
+}
+
+// Long poly-lines against everything, found by counting sign changes of the samples.
+TEST(Intersect, LongPolylines) {
+    std::vector<std::array<double, 3>> wave;
+    int expected = 0;
+    const auto height = [](double x) { return 5.0 * std::sin(10.0 * x) - (0.1 + 1e-4 * x); };
+    for (int i = 0; i <= 200'000; ++i) {
+        const double x = 0.001 * i;
+        wave.push_back({x, 5.0 * std::sin(10.0 * x), 1.0});
+        expected += i > 0 && height(x) * height(x - 0.001) < 0.0;
+    }
+    const RecordPtr poly = records::Bcurve(2, wave), line = records::Line(0, 0.1, 200, 0.12);
+    const RecordPtr bent = records::Bcurve(2, {{0, 0.1, 1}, {100, 0.11, 1}, {200, 0.12, 1}});
+    EXPECT_EQ(static_cast<int>(Intersect(line, poly).list.size()), expected);
+    EXPECT_EQ(static_cast<int>(Intersect(poly, bent).list.size()), expected);
+    EXPECT_EQ(Intersect(poly, RecordPtr(evcrvCopy(poly.get()))).list.size(), 0u);
+}
+
 } // namespace

@@ -28,6 +28,8 @@ private:
 
 /// Nearest point of a B-curve, offered to `nearest`; false when the form is unusable or memory runs out.
 bool FindNearestOnBcurve(KC_CURVE_struct_s* c, const double p[3], NearestPoint& nearest);
+/// The same for one span of it.
+bool OfferNearestOnSpan(EVC_bcurve_s* b, int span, const double p[3], NearestPoint& nearest);
 /// Nearest point of one Bezier piece (order x 4 homogeneous coefficients, parameter 0 to 1).
 void OfferNearestOnBezier(const double* bezier, int degree, bool polynomial, const double p[3],
                           NearestPoint& nearest);
