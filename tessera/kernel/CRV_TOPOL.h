@@ -32,7 +32,7 @@ struct CRV_TOPOL_hit_t {
 ///
 /// Curves that come within tol of each other without crossing, ends and corners included, meet there. Two
 /// crossings between which the curves never part by more than tol are one touch, and so is an overlap
-/// too short to tell from a touch, (tol size^2)^(1/3); longer ones give nothing. A place that one curve
+/// too short to tell from a touch, 4 (tol size^3)^(1/4); longer ones give nothing. A place that one curve
 /// passes twice is one hit, with one of its parameters.
 ///
 /// @param tol  distance below which two hits are one and an end still counts as on the curve, > 0.

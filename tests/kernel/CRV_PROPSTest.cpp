@@ -33,7 +33,7 @@ long double SpeedIntegral(KC_CURVE_struct_s* c, long double from, long double to
 
 TEST(ArcLength, AgreesWithAnotherQuadrature) {
     records::Random random(1234);
-    for (int trial = 0; trial < 220; ++trial) {
+    for (int trial = 0; trial < 66; ++trial) {
         const int kind = trial % records::Random::kKinds;
         const double size = trial % 3 == 0 ? 1e-3 : (trial % 3 == 1 ? 1.0 : 1e6);
         SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
@@ -43,7 +43,7 @@ TEST(ArcLength, AgreesWithAnotherQuadrature) {
         double from = l[0] + (l[1] - l[0]) * random.In(0, 1), to = l[0] + (l[1] - l[0]) * random.In(0, 1);
         if (from > to)
             std::swap(from, to);
-        // Breaks: the knots of a B-curve, eighths of a turn for thin ellipses.
+        // Breaks: the knots of a B-curve; short arcs of thin ellipses.
         std::vector<double> breaks = {from};
         for (double q = std::floor(from) - 1.0; q < to; q += kPi / 64)
             if (kind < 5 && q > from)
@@ -53,9 +53,8 @@ TEST(ArcLength, AgreesWithAnotherQuadrature) {
             const double lo = d->knots[d->degree], hi = d->knots[d->numPoles];
             for (int i = d->degree + 1; i < d->numPoles; ++i) {
                 const double t = (d->knots[i] - lo) / (hi - lo);
-                for (const double u : {t}) // pieces of a span, so that near-cusps are resolved
-                    if (u > breaks.back() && u < to)
-                        breaks.push_back(u);
+                if (t > breaks.back() && t < to)
+                    breaks.push_back(t);
             }
         }
         breaks.push_back(to);

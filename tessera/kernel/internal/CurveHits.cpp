@@ -11,8 +11,8 @@
 // The solvers report crossings, touches and span ends as they find them, sometimes twice; ends of the curves
 // are added here. Hits that belong together are those between which the curves never part by more than the
 // tolerance: a touch that rounding split into two crossings, a crossing at a flat angle beside an end. Curves
-// with contact of order m part like s^(m+1), so such a place is at most about (tol size^2)^(1/3) long;
-// anything longer is a stretch on which the curves coincide, and not a point.
+// with contact of order m part like s^(m+1); m is 3 where the apexes of two ellipses osculate, so such a
+// place is at most about (tol size^3)^(1/4) long. Anything longer is a stretch on which the curves coincide.
 
 namespace {
 
@@ -212,6 +212,48 @@ bool CurveHits::StaysWithin(const Hit& from, const Hit& to) const {
     return true;
 }
 
+double CurveHits::LongestTouch() const {
+    const double size = std::min(a_.record->form == kFormLine && !a_.bounded ? b_.size : a_.size,
+                                 b_.record->form == kFormLine && !b_.bounded ? a_.size : b_.size);
+    return 4.0 * std::sqrt(std::sqrt(tol_ * size) * size);
+}
+
+// True when, going forwards (side 1) or backwards (-1) along the first curve, the second stays within the
+// tolerance for longer than a touch can last.
+bool CurveHits::CoincidesBeside(const Hit& hit, double side) const {
+    const double length = 1.25 * LongestTouch();
+    double p[6], q[6];
+    evcrve(a_.record, 1, hit.t1, p);
+    evcrve(b_.record, 1, hit.t2, q);
+    const double stepA = length / std::hypot(p[3], p[4]), stepB = length / std::hypot(q[3], q[4]);
+    const double end = hit.t1 + side * stepA;
+    const bool ends = Period(a_) == 0.0 && (a_.bounded && (end < a_.limits[0] || end > a_.limits[1]));
+    if (!std::isfinite(stepA + stepB) || ends)
+        return false;
+    double lo = hit.t2 - 2.0 * stepB, hi = hit.t2 + 2.0 * stepB;
+    if (b_.bounded && Period(b_) == 0.0) {
+        lo = std::max(lo, b_.limits[0]);
+        hi = std::min(hi, b_.limits[1]);
+    }
+    for (const double f : {1.0, 0.5, 0.8}) {
+        evcrve(a_.record, 0, hit.t1 + side * f * stepA, p);
+        double forwards = 0.0, backwards = 0.0;
+        LocalFoot(b_.record, p[0], p[1], std::min(hi, hit.t2 + f * stepB), lo, hi, &forwards);
+        LocalFoot(b_.record, p[0], p[1], std::max(lo, hit.t2 - f * stepB), lo, hi, &backwards);
+        if (!(std::min(forwards, backwards) <= tol_))
+            return false;
+    }
+    return true;
+}
+
+// Hits that stand alone on a stretch, such as a knot of one curve or the seam of a closed one.
+void CurveHits::DropStretches() {
+    Hit* end = std::remove_if(hits_.get(), hits_.get() + count_, [this](const Hit& hit) {
+        return CoincidesBeside(hit, 1.0) || CoincidesBeside(hit, -1.0);
+    });
+    count_ = static_cast<int>(end - hits_.get());
+}
+
 // A run of joined hits becomes one touch, or nothing when it is longer than a touch can be.
 void CurveHits::ReplaceCluster(int first, int last, Hit* kept) {
     const Hit* hits = hits_.get();
@@ -223,11 +265,8 @@ void CurveHits::ReplaceCluster(int first, int last, Hit* kept) {
         if (hits[i].kind == HitKind::Touch && (touch < 0 || hits[i].gap < hits[touch].gap))
             touch = i;
     }
-    const double size = std::min(a_.record->form == kFormLine && !a_.bounded ? b_.size : a_.size,
-                                 b_.record->form == kFormLine && !b_.bounded ? a_.size : b_.size);
-    kept->kind = HitKind::End;
     kept->gap = -1.0;
-    if (extent > 4.0 * std::cbrt(tol_ * size * size))
+    if (extent > LongestTouch())
         return;
     *kept = hits[touch >= 0 ? touch : first];
     if (touch < 0) {
@@ -243,7 +282,7 @@ void CurveHits::ReplaceCluster(int first, int last, Hit* kept) {
     kept->kind = HitKind::Touch;
 }
 
-bool CurveHits::MergeJoined() {
+void CurveHits::MergeJoined() {
     Hit* hits = hits_.get();
     std::sort(hits, hits + count_, [](const Hit& p, const Hit& q) { return p.t1 < q.t1; });
     // On a closed first curve start after a place where the curves part, so that no run is cut by the seam.
@@ -258,7 +297,7 @@ bool CurveHits::MergeJoined() {
         }
         if (cut < 0) { // the curves coincide all round
             count_ = 0;
-            return true;
+            return;
         }
         for (int i = 0; i <= cut; ++i)
             hits[i].t1 += period;
@@ -277,7 +316,6 @@ bool CurveHits::MergeJoined() {
         first = last + 1;
     }
     count_ = kept;
-    return true;
 }
 
 bool CurveHits::Merge() {
@@ -285,6 +323,7 @@ bool CurveHits::Merge() {
         return false;
     MergeNear();
     MergeJoined();
+    DropStretches();
     for (int i = 0; i < count_; ++i) {
         Hit& hit = hits_[static_cast<std::size_t>(i)];
         FitParameter(a_, tol_, &hit.t1);

@@ -54,8 +54,11 @@ public:
 private:
     bool OfferEndsOf(const TopolCurve& from, const TopolCurve& onto, bool swapped);
     void MergeNear();
-    bool MergeJoined();
+    void MergeJoined();
+    void DropStretches();
     bool StaysWithin(const Hit& from, const Hit& to) const;
+    bool CoincidesBeside(const Hit& hit, double side) const;
+    double LongestTouch() const;
     void ReplaceCluster(int first, int last, Hit* kept);
 
     TopolCurve a_, b_;
