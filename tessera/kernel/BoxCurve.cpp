@@ -8,6 +8,7 @@
 
 #include "tessera/kernel/BCEV.h"
 #include "tessera/kernel/EQ.h"
+#include "tessera/kernel/internal/BcurveSpans.h"
 #include "tessera/kernel/internal/BoxPoints.h"
 #include "tessera/kernel/internal/CurveExtents.h"
 #include "tessera/kernel/internal/RecordPtr.h"
@@ -111,13 +112,6 @@ void BoxTurn(const Turn& turn, const double limits[2], OrientedBox* box) {
             box->centre[c] += extent.Middle() * side[c];
         box->AddSide(side, extent.Half());
     }
-}
-
-bool HasPositiveWeights(const BCURVE_DATA* d) {
-    for (int i = 0; i < d->numPoles; ++i)
-        if (!(d->poles[i][3] > 0.0))
-            return false;
-    return true;
 }
 
 /// The Bezier poles of all spans, ends shared, as (x, y, z); count 0 when there is no memory.
