@@ -33,12 +33,6 @@ bool IsUnturned(const EVC_arc_s& arc) {
            arc.yAxis[1] == arc.radius;
 }
 
-/// Rewrites the whole record, in the unturned frame.
-void Store(KC_CURVE_struct_s& record, const Point& centre, double radius, double start, double end) {
-    ArcData(record) = {start, end, {centre.x, centre.y, 0.0}, radius, {radius, 0.0, 0.0}, {0.0, radius, 0.0}};
-    SetAngularLimits(record, start, end);
-}
-
 /// Half the angle of a chord whose sagitta is q radii.
 double HalfChordAngle(double q) {
     const double cosine = 1.0 - q;
@@ -118,7 +112,7 @@ Arc* Arc::FromThreePoints(const Point& a, const Point& b, const Point& c) {
         angleC += kTwoPi;
     if (angleB > angleC) {
         const EVC_arc_s& data = ArcData(record);
-        Store(record, centre, data.radius, data.endAngle, data.startAngle + kTwoPi);
+        StoreArc(record, centre, data.radius, data.endAngle, data.startAngle + kTwoPi);
         arc->FlagBoundingBoxForUpdate();
         arc->UpdateBoundingBox();
     }
@@ -330,91 +324,26 @@ void Arc::IntersectCircle(const Arc& other, std::vector<Point>& out) const {
     out.emplace_back(m.x - h * v.y / d, m.y + h * v.x / d);
 }
 
-namespace {
-
-struct Sector {
-    double from; // in [0, 2 pi)
-    double sweep;
-};
-
-Sector SectorOf(const Arc& arc) {
-    const double low = std::min(arc.GetStartAngle(), arc.GetEndAngle());
-    double from = std::fmod(low, kTwoPi);
-    if (from < 0.0)
-        from += kTwoPi;
-    return {from, std::fabs(arc.GetEndAngle() - arc.GetStartAngle())};
-}
-
-/// The stretch of the circle outside the largest gap between the sectors, sorted by their starts.
-Sector Hull(const std::vector<Sector>& sectors) {
-    double reach = 0.0; // farthest end so far, from the first sector's start
-    for (const Sector& sector : sectors)
-        reach =
-            std::max(reach, sector.from + sector.sweep - kTwoPi); // sectors that run across the zero angle
-    double largestGap = 0.0;
-    double afterGap = sectors.front().from;
-    for (const Sector& sector : sectors) {
-        if (sector.from - reach > largestGap) {
-            largestGap = sector.from - reach;
-            afterGap = sector.from;
-        }
-        reach = std::max(reach, sector.from + sector.sweep);
-    }
-    // The gap across the zero angle, from the last end to the first start.
-    const double seamGap = sectors.front().from + kTwoPi - reach;
-    if (seamGap > largestGap) {
-        largestGap = seamGap;
-        afterGap = sectors.front().from;
-    }
-    return {afterGap, kTwoPi - largestGap};
-}
-
-} // namespace
-
-bool Arc::Merge(std::unordered_set<Curve*> curves) {
-    std::vector<Sector> sectors = {SectorOf(*this)};
-    for (const Curve* curve : curves) {
-        if (curve == nullptr || curve == this || curve->GetType() != CurveType_Arc)
-            continue;
-        const auto& arc = static_cast<const Arc&>(*curve);
-        if (arc.GetCenter() == GetCenter() &&
-            std::fabs(arc.GetRadius() - GetRadius()) <= EQ_ask_length_tolerance())
-            sectors.push_back(SectorOf(arc));
-    }
-    if (sectors.size() < 2)
-        return false;
-    LogForChange();
-    std::sort(sectors.begin(), sectors.end(),
-              [](const Sector& s, const Sector& t) { return s.from < t.from; });
-    const Sector hull = Hull(sectors);
-    if (hull.sweep >= kTwoPi - kAngleTol)
-        Store(*curve_, GetCenter(), GetRadius(), 0.0, kTwoPi);
-    else
-        Store(*curve_, GetCenter(), GetRadius(), hull.from, hull.from + hull.sweep);
-    FlagBoundingBoxForUpdate();
-    return true;
-}
-
 // --- Changes
 
 void Arc::SetCenter(const Point& c) {
     KC_CURVE_struct_s& record = Record("Arc::SetCenter - Curve data cannot be NULL");
     LogForChange();
-    Store(record, c, GetRadius(), GetStartAngle(), GetEndAngle());
+    StoreArc(record, c, GetRadius(), GetStartAngle(), GetEndAngle());
     FlagBoundingBoxForUpdate();
 }
 
 void Arc::SetRadius(double r) {
     KC_CURVE_struct_s& record = Record("Arc::SetRadius - CURVE data does not exist");
     LogForChange();
-    Store(record, GetCenter(), r, GetStartAngle(), GetEndAngle());
+    StoreArc(record, GetCenter(), r, GetStartAngle(), GetEndAngle());
     FlagBoundingBoxForUpdate();
 }
 
 void Arc::SetClosed() {
     KC_CURVE_struct_s& record = Record("Arc::SetClosed - CURVE cannot be NULL");
     LogForChange();
-    Store(record, GetCenter(), GetRadius(), 0.0, kTwoPi);
+    StoreArc(record, GetCenter(), GetRadius(), 0.0, kTwoPi);
     FlagBoundingBoxForUpdate();
 }
 
@@ -437,7 +366,7 @@ void Arc::SetLimits(const Point& a, const Point& b) {
         start += kTwoPi;
         end += kTwoPi;
     }
-    Store(record, GetCenter(), GetRadius(), start, end);
+    StoreArc(record, GetCenter(), GetRadius(), start, end);
     FlagBoundingBoxForUpdate();
 }
 

@@ -56,7 +56,7 @@ void Curve::Install(KC_CURVE_struct_s* made, Core::StaticText ifNull) {
         Core::ThrowMessage(ifNull);
     // The record changes hands only when the report of the change has come back.
     SetCurveData(record.get());
-    record.release();
+    static_cast<void>(record.release());
 }
 
 void Curve::Adopt(KC_CURVE_struct_s* given) {
@@ -232,6 +232,7 @@ bool Curve::Replace(Core::TaggedObject* other) {
     return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the set is consumed
 bool Curve::Merge(std::unordered_set<Curve*> /*curves*/) {
     return false;
 }

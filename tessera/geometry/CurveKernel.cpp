@@ -60,7 +60,7 @@ std::unique_ptr<Curve> MakeCurve(RecordPtr record) {
     default:
         return curve;
     }
-    record.release(); // only now does the curve own it
+    static_cast<void>(record.release()); // only now does the curve own it
     return curve;
 }
 
@@ -154,9 +154,9 @@ Spline* Curve::ConvertToSpline() const {
     RecordPtr record(ev09p1(definition.get()));
     if (!record)
         return nullptr;
-    definition.release(); // the record owns it now
+    static_cast<void>(definition.release()); // the record owns it now
     auto spline = std::make_unique<Spline>(record.get());
-    record.release();
+    static_cast<void>(record.release());
     return spline.release();
 }
 

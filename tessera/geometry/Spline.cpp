@@ -38,7 +38,7 @@ KC_CURVE_struct_s* MakeRecord(int numPoles, int order, int periodic, double* kno
     BcurveDataPtr definition(ev091p(sizes, knots, poles));
     KC_CURVE_struct_s* record = definition ? ev09p1(definition.get()) : nullptr;
     if (record != nullptr)
-        definition.release(); // the record owns it now
+        static_cast<void>(definition.release()); // the record owns it now
     return record;
 }
 

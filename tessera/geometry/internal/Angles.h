@@ -1,9 +1,11 @@
-// Angles as the curve classes compare them: radians, modulo full turns where stated.
+// Angles as the curve classes compare and store them: radians, modulo full turns where stated.
 #pragma once
 
 #include <cmath>
 #include <numbers>
 
+#include "tessera/geometry/Point.h"
+#include "tessera/geometry/internal/RecordData.h"
 #include "tessera/kernel/CurveRecord.h"
 
 namespace Tessera::Geometry {
@@ -22,6 +24,12 @@ inline void SetAngularLimits(KC_CURVE_struct_s& c, double start, double end) {
     c.start = start;
     c.span = end - start;
     c.closed = std::fabs(c.span - kTwoPi) <= kAngleTol ? 1 : 0;
+}
+
+/// Rewrites a whole arc record, in the unturned frame.
+inline void StoreArc(KC_CURVE_struct_s& c, const Point& centre, double radius, double start, double end) {
+    ArcData(c) = {start, end, {centre.x, centre.y, 0.0}, radius, {radius, 0.0, 0.0}, {0.0, radius, 0.0}};
+    SetAngularLimits(c, start, end);
 }
 
 } // namespace Tessera::Geometry
