@@ -208,7 +208,7 @@ KC_CURVE_struct_s* ExtractBCurve(const BCURVE_DATA* d, const double limits[2]) {
                                     : ExtractInside(d, std::max(limits[0], 0.0), std::min(limits[1], 1.0)));
     KC_CURVE_struct_s* c = ev09p1(piece.get());
     if (c)
-        piece.release();
+        (void)piece.release(); // the record owns it now
     return c;
 }
 

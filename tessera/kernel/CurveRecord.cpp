@@ -161,7 +161,7 @@ EVC_bcurve_s* ev09p0(int* const sizes, double* knots, double (*poles)[4]) {
         return nullptr;
     EVC_bcurve_s* record = WrapDefinition(d.get(), {"ev09p0: 1", "ev09p0:2", "ev09p0:3", "ev09p0:4"});
     if (record)
-        d.release();
+        (void)d.release(); // the record owns it now
     return record;
 }
 

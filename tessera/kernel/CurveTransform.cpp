@@ -50,7 +50,7 @@ KC_CURVE_struct_s* CloneBCurve(const KC_CURVE_struct_s* c) {
     KC_CURVE_struct_s* copy = ev09p1(definition.get());
     if (!copy)
         return nullptr;
-    definition.release();
+    (void)definition.release(); // the record owns it now
     copy->start = c->start;
     copy->span = c->span;
     copy->closed = c->closed;
