@@ -1,6 +1,7 @@
 #include "tessera/kernel/SM.h"
 
 #include <cstdlib>
+#include <limits>
 
 #include "tessera/kernel/internal/SmFault.h"
 
@@ -29,7 +30,8 @@ void* SM_alloc(std::size_t bytes, const char* /*tag*/) {
 }
 
 void* SM_calloc(std::size_t count, std::size_t bytes, const char* /*tag*/) {
-    return TakeRequest() ? std::calloc(AtLeastOne(count), AtLeastOne(bytes)) : nullptr;
+    const bool isOverflow = bytes != 0 && count > std::numeric_limits<std::size_t>::max() / bytes;
+    return TakeRequest() && !isOverflow ? std::calloc(AtLeastOne(count), AtLeastOne(bytes)) : nullptr;
 }
 
 void* SM_realloc(void* block, std::size_t bytes, const char* /*tag*/) {

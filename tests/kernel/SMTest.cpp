@@ -1,0 +1,47 @@
+#include "tessera/kernel/SM.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "tessera/kernel/internal/SmFault.h"
+
+namespace {
+
+TEST(SM, AllocatesClearsGrowsAndFrees) {
+    auto* block = static_cast<unsigned char*>(SM_alloc(16, "SMTest:0"));
+    ASSERT_NE(block, nullptr);
+    std::memset(block, 7, 16);
+    block = static_cast<unsigned char*>(SM_realloc(block, 1 << 16, "SMTest:1"));
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(block[15], 7);
+    SM_free(block);
+    auto* cleared = static_cast<unsigned char*>(SM_calloc(25, 4));
+    ASSERT_NE(cleared, nullptr);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(cleared[i], 0);
+    SM_free(cleared);
+    SM_free(nullptr);
+    SM_free(SM_alloc(0));
+    SM_free(SM_realloc(SM_alloc(8), 0)); // shrinking to nothing still leaves a block to free
+    volatile std::size_t half = std::numeric_limits<std::size_t>::max() / 2;
+    EXPECT_EQ(SM_calloc(half, 4), nullptr);
+}
+
+TEST(SM, TheNthRequestFailsOnce) {
+    SM_fail_nth(2);
+    void* first = SM_alloc(8);
+    EXPECT_NE(first, nullptr);
+    EXPECT_EQ(SM_realloc(first, 64), nullptr); // first stays valid
+    void* third = SM_calloc(1, 8);
+    EXPECT_NE(third, nullptr);
+    EXPECT_EQ(SM_ask_allocation_count(), 3);
+    SM_free(first);
+    SM_free(third);
+    SM_fail_nth(0);
+    EXPECT_EQ(SM_ask_allocation_count(), 0);
+}
+
+} // namespace
