@@ -8,6 +8,7 @@
 #include <numbers>
 #include <random>
 
+#include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"
@@ -465,4 +466,57 @@ TEST(Curve, PolylinePointsAreEvenInTheParameter) {
     EXPECT_EQ(points.size(), 6U);
     arc.CreatePolylinePoints(1, points);
     EXPECT_NEAR(points.back().Distance(arc.GetStart()), 0.0, 0.0);
+}
+
+TEST(Curve, RunningOutOfMemoryChangesNothing) {
+    double m[3][3] = {{0, -1, 2}, {1, 0, 3}, {0, 0, 1}};
+    struct Row {
+        const char* name;
+        std::function<bool(Curve&, double*)> call; // false for a failure without a message
+    };
+    const Row rows[] = {
+        {"Copy", [](Curve& c, double*) { return CurvePtr(c.Copy()) != nullptr; }},
+        {"Extract", [](Curve& c, double* range) { return CurvePtr(c.Extract(range)) != nullptr; }},
+        {"ConvertToSpline", [](Curve& c, double*) { return CurvePtr(c.ConvertToSpline()) != nullptr; }},
+        {"Trim", [](Curve& c, double* range) { return c.Trim(range); }},
+        {"Transform", [&](Curve& c, double*) { return c.Transform(m), true; }},
+    };
+    for (const Row& row : rows) {
+        for (const Sample& sample : SampleCurves()) {
+            SCOPED_TRACE(std::string(row.name) + ", " + sample.name);
+            const CurvePtr twin(sample.curve->CopyCurveOnly());
+            double range[2];
+            sample.curve->AskRange(range);
+            range[0] = 0.7 * range[0] + 0.3 * range[1];
+            int failures = 0;
+            for (bool done = false; !done; ++failures) {
+                ASSERT_LT(failures, 200);
+                SM_fail_nth(failures + 1);
+                const std::string text = ThrownMessage([&] { done = row.call(*sample.curve, range); });
+                SM_fail_nth(0);
+                if (!done) {
+                    EXPECT_TRUE(sample.curve->IsSameCurve(twin.get())) << text;
+                }
+            }
+            EXPECT_GT(failures, 1);
+        }
+    }
+}
+
+TEST(Curve, LinesAndArcsMeasureWithoutAllocating) {
+    const Line line(Point(-5, 1), Point(5, 2));
+    const Arc arc(Point(3, 0), Point(0, 3), Point(0, 0));
+    std::vector<Point> out;
+    out.reserve(16);
+    SM_fail_nth(0);
+    for (const Curve* curve : {static_cast<const Curve*>(&line), static_cast<const Curve*>(&arc)}) {
+        const Point p(2, 5);
+        EXPECT_GE(curve->DistanceBounded(p), curve->Distance(p));
+        EXPECT_NEAR(curve->GetClosestPoint(p).Distance(p), curve->DistanceBounded(p), 1e-9);
+        EXPECT_NEAR(curve->Project(p).Distance(p), curve->Distance(p), 1e-12);
+        curve->IntersectBounded(line, out);
+        curve->IntersectBounded(arc, out);
+    }
+    EXPECT_EQ(out.size(), 2U);
+    EXPECT_EQ(SM_ask_allocation_count(), 0);
 }
