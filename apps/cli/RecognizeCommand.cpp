@@ -82,9 +82,13 @@ private:
         return !line.isQuiet && line.inputs.size() > 1 && isatty(STDERR_FILENO) == 1;
     }
 
+    /// One line, whatever the file or its name holds.
     void Report(const std::string& file, const std::string& message) {
+        std::string line = (file == "-" ? "standard input" : file) + ": " + message;
+        std::replace_if(
+            line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
         progress_.Clear();
-        err_ << "tessera: " << (file == "-" ? "standard input" : file) << ": " << message << '\n';
+        err_ << "tessera: " << line << '\n';
     }
 
     void RunFile(const std::string& input) {
