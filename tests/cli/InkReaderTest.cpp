@@ -47,6 +47,7 @@ TEST(InkReader, KindsByContent) {
         {" \n<svg/>", "a.inkml", InkFormat::Svg},
         {"{\"points\": []}", "a.csv", InkFormat::Json},
         {"{\n\"points\": []\n}", "a", InkFormat::Json},
+        {"{\"strokes\": [\n{\"points\": []}\n]}", "a", InkFormat::Json},
         {"{\"points\": []}", "a.ndjson", InkFormat::JsonLines},
         {"{\"points\": []}\n{\"points\": []}", "a.json", InkFormat::JsonLines},
         {"{\"points\": []\n{\"points\": []}", "a", InkFormat::JsonLines}, // its first line is broken

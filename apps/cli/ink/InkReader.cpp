@@ -29,7 +29,11 @@ bool IsJsonLines(std::string_view text, std::string_view fileName) {
     if (end == std::string_view::npos || text.front() != '{' || SkipBlank(text.substr(end)).empty()) {
         return false;
     }
-    return nlohmann::json::accept(text.substr(0, end)) || SkipBlank(text.substr(end)).front() == '{';
+    if (nlohmann::json::accept(text.substr(0, end))) {
+        return true;
+    }
+    // Either one object over several lines, or lines of which the first is broken.
+    return SkipBlank(text.substr(end)).front() == '{' && !nlohmann::json::accept(text);
 }
 
 /// Gives strokes that are too short their problem, and refuses a drawing of which nothing is left.
