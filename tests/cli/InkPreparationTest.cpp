@@ -35,11 +35,11 @@ double Gap(const PreparedSample& a, const PreparedSample& b) {
     return std::hypot(a.x - b.x, a.y - b.y);
 }
 
-TEST(InkPreparation, SamplesLieEvenlyAtA150thOfTheBox) {
+TEST(InkPreparation, SamplesLieEvenlyAtA120thOfTheBox) {
     for (const int n : {100, 400, 5000}) {
         SCOPED_TRACE(n);
         const std::vector<PreparedSample> samples = PrepareStroke(Circle(100.0, n, 0.0), FixedFrame(0.25));
-        const double step = 50.0 * std::numbers::sqrt2 / 150.0;
+        const double step = 50.0 * std::numbers::sqrt2 / 120.0;
         EXPECT_NEAR(static_cast<double>(samples.size()), 50.0 * std::numbers::pi / step, 4.0);
         for (std::size_t i = 1; i < samples.size(); ++i) {
             EXPECT_NEAR(Gap(samples[i - 1], samples[i]), step, 0.03 * step);
@@ -158,10 +158,11 @@ TEST(InkPreparation, OneFrameForAllStrokes) {
                        StrokeThrough({{1100, 1000}, {1130, 1040}}),
                        StrokeThrough({{1000, 1000}, {1001, 1000}})};
     const WorkingFrame frame = AutomaticFrame(drawing);
-    // The stroke of 50 units counts, the dot of 1 unit does not.
-    Drawing small;
-    small.strokes = {drawing.strokes[1]};
-    EXPECT_NEAR(frame.scale, AutomaticFrame(small).scale, 1e-12);
+    // The dot does not count; of the two others the larger is the middle one, but the smaller must be seen.
+    Drawing without = drawing;
+    without.strokes.pop_back();
+    EXPECT_NEAR(frame.scale, AutomaticFrame(without).scale, 1e-12);
+    EXPECT_NEAR(frame.scale * 50.0, 20.0, 1e-12);
     const Position p = frame.ToInk(frame.ToWorking({1234.5, 999.0}));
     EXPECT_NEAR(p.x, 1234.5, 1e-9);
     EXPECT_NEAR(p.y, 999.0, 1e-9);
