@@ -12,12 +12,11 @@ namespace {
 /// of 25 to 200 measured on three collections of shapes drawn by many people, 25 to 35 read most of them
 /// right, and the larger of these still tells a shallow arc from a line.
 constexpr double kWorkingDiagonal = 35.0;
-/// The strokes of a drawing share one scale, which brings the middle one to the working size. It is raised
-/// for the sake of the smallest one, which must not drown in the smallest tolerance ...
-constexpr double kSmallestDiagonal = 20.0;
-/// ... where strokes smaller than this part of the whole (dots, ticks) do not count ...
+/// The strokes of a drawing share one scale, which brings the smallest to the working size, so that none
+/// drowns in the smallest tolerance; strokes smaller than this part of the whole (dots, ticks) do not count
+/// ...
 constexpr double kSmallestPart = 0.04;
-/// ... and kept below the size at which the absolute tolerances get too tight for a hand.
+/// ... and the whole stays below the size at which the absolute tolerances get too tight for a hand.
 constexpr double kLargestDiagonal = 1000.0;
 /// Steps along the diagonal of a stroke's box, measured likewise: fewer round the ends of ovals into corners,
 /// more miss the rounded corners of squares.
@@ -205,20 +204,14 @@ WorkingFrame AutomaticFrame(const Drawing& drawing) {
             }
         }
     }
-    std::vector<double> diagonals;
+    double smallest = whole.Diagonal();
     for (const InkStroke& stroke : drawing.strokes) {
         const double diagonal = stroke.problem.empty() ? BoxOf(stroke.samples).Diagonal() : 0.0;
         if (diagonal >= kSmallestPart * whole.Diagonal()) {
-            diagonals.push_back(diagonal);
+            smallest = std::min(smallest, diagonal);
         }
     }
-    if (diagonals.empty()) { // a picture made of dots
-        diagonals.push_back(whole.Diagonal());
-    }
-    std::sort(diagonals.begin(), diagonals.end());
-    const double middle = diagonals[diagonals.size() / 2];
-    const double scale = std::min(std::max(kWorkingDiagonal / middle, kSmallestDiagonal / diagonals.front()),
-                                  kLargestDiagonal / whole.Diagonal());
+    const double scale = std::min(kWorkingDiagonal / smallest, kLargestDiagonal / whole.Diagonal());
     return {{0.5 * (whole.minX + whole.maxX), 0.5 * (whole.minY + whole.maxY)}, scale};
 }
 

@@ -20,6 +20,7 @@ constexpr double kNarrowest = 460.0;   ///< the legend must fit
 constexpr double kTileSide = 220.0;
 constexpr double kCaption = 24.0; ///< above every picture
 constexpr double kLegend = 44.0;
+constexpr double kLegendRow = 22.0;
 constexpr std::size_t kMostColumns = 8;
 
 class SvgWriter : public DrawingWriter {
@@ -49,7 +50,7 @@ private:
         const double drawn = box.width * pixelsPerInk;
         const double width = std::max(drawn, kNarrowest);
         const double height = std::max(box.height * pixelsPerInk, 60.0);
-        Open(width, kCaption + height + kLegend);
+        Open(width, kCaption + height + LegendHeight());
         Caption(drawing, 14.0, 0.0);
         out_ << DrawPicture(drawing, box, 0.0, kCaption, width, height, 3.2);
         Close(kCaption + height);
@@ -61,7 +62,7 @@ private:
         const std::size_t columns = std::clamp<std::size_t>(root, 3, kMostColumns);
         const std::size_t rows = (drawings_.size() + columns - 1) / columns;
         const double height = static_cast<double>(rows) * (kTileSide + kCaption);
-        Open(static_cast<double>(columns) * kTileSide, height + kLegend);
+        Open(static_cast<double>(columns) * kTileSide, height + LegendHeight());
         for (std::size_t i = 0; i < drawings_.size(); ++i) {
             const double x = static_cast<double>(i % columns) * kTileSide;
             const double y = static_cast<double>(i / columns) * (kTileSide + kCaption);
@@ -72,7 +73,14 @@ private:
         Close(height);
     }
 
+    /// A second row where the first may not hold all kinds.
+    double LegendHeight() const {
+        const auto kinds = std::count_if(counts_.begin(), counts_.end(), [](int count) { return count > 0; });
+        return kinds > 3 ? kLegend + kLegendRow : kLegend;
+    }
+
     void Open(double width, double height) {
+        width_ = width;
         const std::string w = ShortNumber(std::ceil(width));
         const std::string h = ShortNumber(std::ceil(height));
         out_ << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << w << "\" height=\"" << h
@@ -97,16 +105,22 @@ private:
 
     /// A swatch for each kind that occurs, then ink and break points.
     void Close(double y) {
-        const std::string middle = ShortNumber(y + 20.0);
-        const std::string base = ShortNumber(y + 24.5);
         double x = 14.0;
+        double row = y + 20.0;
         const auto entry = [&](const std::string& color, const char* lineWidth, const std::string& text) {
+            const double length = 48.0 + 7.0 * static_cast<double>(text.size());
+            if (x + length > width_) {
+                x = 14.0;
+                row += kLegendRow;
+            }
+            const std::string middle = ShortNumber(row);
+            const std::string base = ShortNumber(row + 4.5);
             out_ << "<line x1=\"" << ShortNumber(x) << "\" y1=\"" << middle << "\" x2=\""
                  << ShortNumber(x + 22.0) << "\" y2=\"" << middle << "\" stroke=\"" << color
                  << "\" stroke-width=\"" << lineWidth << "\" stroke-linecap=\"round\"/>\n<text x=\""
                  << ShortNumber(x + 30.0) << "\" y=\"" << base << "\" fill=\"#333333\">" << text
                  << "</text>\n";
-            x += 48.0 + 7.0 * static_cast<double>(text.size());
+            x += length;
         };
         entry("#9a9a9a", "1.5", "ink");
         for (int kind = 0; kind < kCurveKinds; ++kind) {
@@ -122,6 +136,7 @@ private:
     std::ostream& out_;
     std::vector<RecognizedDrawing> drawings_;
     KindCounts counts_{};
+    double width_ = 0.0;
 };
 
 } // namespace
