@@ -25,8 +25,6 @@ public:
     bool IsZeroLength() const override;
     Point GetMajorRadiusPoint(double f) const override;
     Point GetMinorRadiusPoint(double f) const override;
-    /// From the whole ellipse's point nearest to a, counter-clockwise to the one nearest to b; a full turn
-    /// when they coincide.
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return IsPeriodic(); }
     CurveType_e GetType() const override { return CurveType_Ellipse; }
@@ -41,7 +39,6 @@ public:
     /// Fills all five (rotation in [0, 2 pi)); returns whether the ellipse is closed.
     bool AskEllipseData(double centre[2], double radii[2], double* rotation, double* start,
                         double* end) const;
-    /// Fraction of the way from start to end, without wrapping; 0 or 1, whichever end is nearer, outside.
     double GetRelativeParam(double theta) const;
     /// End of the major axis, where a host shows its rotation handle.
     Point GetRotateHandleLocation() const;

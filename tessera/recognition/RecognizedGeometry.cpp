@@ -10,25 +10,19 @@ namespace {
 
 constexpr double kSameDeviation = 1e-8; // of two equal results
 
-// First of the samples offered that lie farthest from a point.
-class FarthestSample {
-public:
-    FarthestSample(const Point& from, int first) : from_(from), index_(first) {}
-
-    void Offer(const StrokePoint& p, int index) {
-        const double distanceSq = p.Distance2(from_);
-        if (distanceSq > largestSq_) {
-            largestSq_ = distanceSq;
-            index_ = index;
+// First of the samples that lie farthest from p.
+int FarthestIndex(const std::vector<StrokePoint>& points, int first, int last, const Point& p) {
+    int farthest = first;
+    double largestSq = 0.0;
+    for (int i = first; i <= last; ++i) {
+        const double distanceSq = points[static_cast<std::size_t>(i)].Distance2(p);
+        if (distanceSq > largestSq) {
+            largestSq = distanceSq;
+            farthest = i;
         }
     }
-    int Index() const { return index_; }
-
-private:
-    Point from_;
-    double largestSq_ = 0.0;
-    int index_;
-};
+    return farthest;
+}
 
 } // namespace
 
@@ -47,15 +41,9 @@ bool RecognizedGeometry::operator==(const RecognizedGeometry& other) const {
 }
 
 void RecognizedGeometry::ComputeClosestIndex(const std::vector<StrokePoint>* points) {
-    FarthestSample fromStart(curve_->GetStart(), startIndex_);
-    FarthestSample fromEnd(curve_->GetEnd(), startIndex_);
-    for (int i = startIndex_; i <= endIndex_; ++i) {
-        const StrokePoint& p = (*points)[static_cast<std::size_t>(i)];
-        fromStart.Offer(p, i);
-        fromEnd.Offer(p, i);
-    }
-    startKeyIndex_ = fromStart.Index();
-    endKeyIndex_ = curve_->IsClosed() ? startKeyIndex_ : fromEnd.Index();
+    startKeyIndex_ = FarthestIndex(*points, startIndex_, endIndex_, curve_->GetStart());
+    endKeyIndex_ = curve_->IsClosed() ? startKeyIndex_
+                                      : FarthestIndex(*points, startIndex_, endIndex_, curve_->GetEnd());
 }
 
 } // namespace Tessera::Geometry

@@ -54,6 +54,7 @@ public:
     double GetStrokeLength() const;
 
 private:
+    friend class Stroke;                  ///< the search for cusps
     friend struct SketchRecognizerAccess; ///< tests and the closing of round strokes
 
     // --- Pipeline

@@ -90,6 +90,29 @@ public:
     /// sample is found by both of its segments.
     void IntersectBounded(const Curve& curve, std::vector<Point>& out) const;
 
+    // --- Analysis; none of these but Simplify changes the stroke
+    /// Summed length of the segments longer than the threshold; *total receives the whole length.
+    double GetSegLengthOverThreshold(double threshold, double* total) const;
+    /// New stroke with f samples inserted evenly between each pair of neighbours; caller deletes.
+    Stroke* UpSampleStroke(int f) const;
+    /// Signed total turning, degrees.
+    double ComputeCummulativeAngle() const;
+    /// Samples at which the pen turns by more than angleDeg, judged over at most `interval` samples on
+    /// either side, without those passed in far less time than the mean. Replaces the list; ascending.
+    void GetCuspIds(double angleDeg, int interval, std::vector<int>& cusps) const;
+    /// Time over +-window samples round each cusp: distance by the mean of the speeds at both ends (the
+    /// stroke's mean speed where that is zero, speed 1 where that is zero too). Replaces the list.
+    void GetCuspTraverseTime(const std::vector<int>& cusps, int window, std::vector<double>& times) const;
+    /// Speeds from n positions and n - 1 durations t (from sample i to i + 1), without single spikes, times
+    /// scale. A sample whose durations are zero takes the mean of its neighbours; one sample has speed 0.
+    static void ComputeSpeed(int n, double* x, double* y, double* t, double scale, double* speed);
+    /// Drops samples that lie within tol of the poly-line of those kept; false below three samples.
+    /// Reports the change. Source: D. Douglas, T. Peucker, Cartographica 10 (1973) 112-122.
+    bool Simplify(double tol);
+    /// Corners of the convex hull, counter-clockwise, none collinear. *x and *y come from SM_alloc and are
+    /// freed by the caller with SM_free; null with *n = 0 for an empty stroke or when memory runs out.
+    void ComputeConvexHull(int* n, double** x, double** y) const;
+
 private:
     void TakeSamples(const Stroke& other);
     void PointsChanged();

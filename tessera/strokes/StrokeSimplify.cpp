@@ -1,0 +1,201 @@
+// Point reduction by splitting at the farthest sample (Douglas and Peucker, Cartographica 10 (1973) 112-122),
+// with a stack of its own and a tree of boxes over runs of samples: the search for the farthest sample passes
+// over every run whose box cannot hold it, which keeps long zigzags and spirals near linear.
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "tessera/geometry/Line.h"
+#include "tessera/strokes/Stroke.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+// Runs short enough that looking at every sample costs less than their box.
+constexpr int kRun = 16;
+// Cover the rounding of squared distances and of projections against the corners of a box, relative.
+constexpr double kBoundSlack = 1.0 + 1e-9;
+constexpr double kMargin = 1e-9;
+
+struct Box {
+    double minX, minY, maxX, maxY;
+
+    static Box Around(const Box& a, const Box& b) {
+        return {std::min(a.minX, b.minX), std::min(a.minY, b.minY), std::max(a.maxX, b.maxX),
+                std::max(a.maxY, b.maxY)};
+    }
+};
+
+struct Farthest {
+    int index = -1;
+    double distanceSq = 0.0;
+
+    // The first of equally far samples wins: they are met in order.
+    void Offer(int i, double dSq) {
+        if (dSq > distanceSq) {
+            index = i;
+            distanceSq = dSq;
+        }
+    }
+};
+
+/// The farthest sample beside a chord and the farthest beyond one of its ends.
+struct FarthestPair {
+    Farthest beside, beyond;
+};
+
+class SampleTree {
+public:
+    explicit SampleTree(const std::vector<StrokePoint>& points) : points_(points) {
+        const int n = static_cast<int>(points.size());
+        leaves_ = 1;
+        while (leaves_ * kRun < n) {
+            leaves_ *= 2;
+        }
+        const Box none{HUGE_VAL, HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
+        boxes_.assign(2 * static_cast<std::size_t>(leaves_), none);
+        for (int i = 0; i < n; ++i) {
+            Box& leaf = boxes_[leaves_ + i / kRun];
+            leaf = Box::Around(leaf, {points[i].x, points[i].y, points[i].x, points[i].y});
+        }
+        for (int node = leaves_ - 1; node > 0; --node) {
+            boxes_[node] = Box::Around(boxes_[2 * node], boxes_[2 * node + 1]);
+        }
+    }
+
+    /// Over the samples strictly between first and last, from the chord that joins these.
+    FarthestPair FindFarthest(int first, int last) const {
+        const Query query{points_[first], points_[last], first + 1, last - 1};
+        FarthestPair found;
+        Visit(query, 1, 0, leaves_ * kRun - 1, found);
+        return found;
+    }
+
+private:
+    struct Query {
+        Point a, b;
+        int from, to;
+    };
+
+    struct Bound {
+        double besideSq, beyondSq;
+    };
+
+    // Squares of the largest distances that samples in the box can have to the chord's line, and, where the
+    // box reaches beyond an end of the chord, to that end.
+    static Bound FarthestInBox(const Query& q, const Box& box) {
+        const double dx = q.b.x - q.a.x;
+        const double dy = q.b.y - q.a.y;
+        const double lengthSq = dx * dx + dy * dy;
+        const double margin = lengthSq * kMargin;
+        const Point corners[4] = {
+            {box.minX, box.minY}, {box.maxX, box.minY}, {box.maxX, box.maxY}, {box.minX, box.maxY}};
+        double crossSq = 0.0, toStartSq = 0.0, toEndSq = 0.0;
+        bool isBeforeStart = false, isBeyondEnd = false;
+        for (const Point& corner : corners) {
+            const double cross = dx * (corner.y - q.a.y) - dy * (corner.x - q.a.x);
+            const double along = dx * (corner.x - q.a.x) + dy * (corner.y - q.a.y);
+            crossSq = std::max(crossSq, cross * cross);
+            toStartSq = std::max(toStartSq, q.a.Distance2(corner));
+            toEndSq = std::max(toEndSq, q.b.Distance2(corner));
+            isBeforeStart = isBeforeStart || along <= margin;
+            isBeyondEnd = isBeyondEnd || along >= lengthSq - margin;
+        }
+        const double besideSq = lengthSq > 0.0 ? crossSq / lengthSq : HUGE_VAL;
+        const double beyondSq = std::max(isBeforeStart ? toStartSq : 0.0, isBeyondEnd ? toEndSq : 0.0);
+        return {besideSq * kBoundSlack, beyondSq * kBoundSlack};
+    }
+
+    void Visit(const Query& q, int node, int low, int high, FarthestPair& found) const {
+        if (high < q.from || low > q.to) {
+            return;
+        }
+        // Runs are visited in order, so that an equal bound can only hold a later sample.
+        const Bound bound = FarthestInBox(q, boxes_[node]);
+        if (bound.besideSq <= found.beside.distanceSq && bound.beyondSq <= found.beyond.distanceSq) {
+            return;
+        }
+        if (node >= leaves_) {
+            Scan(q, std::max(low, q.from), std::min(high, q.to), found);
+            return;
+        }
+        const int middle = (low + high) / 2;
+        Visit(q, 2 * node, low, middle, found);
+        Visit(q, 2 * node + 1, middle + 1, high, found);
+    }
+
+    void Scan(const Query& q, int from, int to, FarthestPair& found) const {
+        for (int i = from; i <= to; ++i) {
+            int where = 0;
+            const double lineSq = Line::PointToLineDistance2(points_[i], q.a, q.b, &where);
+            if (where == 1) {
+                found.beside.Offer(i, lineSq);
+            } else {
+                found.beyond.Offer(i, points_[i].Distance2(where == 2 ? q.b : q.a));
+            }
+        }
+    }
+
+    const std::vector<StrokePoint>& points_;
+    int leaves_ = 1;
+    std::vector<Box> boxes_; // heap order: children of node i are 2i and 2i + 1
+};
+
+// The sample to split at, -1 when it lies within the tolerance.
+int Exceeding(const Farthest& f, double tolSq) {
+    return f.distanceSq > tolSq ? f.index : -1;
+}
+
+std::vector<bool> MarkKept(const std::vector<StrokePoint>& points, double tolSq) {
+    const SampleTree tree(points);
+    const int last = static_cast<int>(points.size()) - 1;
+    std::vector<bool> isKept(points.size(), false);
+    isKept.front() = isKept.back() = true;
+    std::vector<std::pair<int, int>> ranges{{0, last}};
+    while (!ranges.empty()) {
+        const auto [from, to] = ranges.back();
+        ranges.pop_back();
+        if (to - from < 2) {
+            continue;
+        }
+        const FarthestPair far = tree.FindFarthest(from, to);
+        int previous = from;
+        const int beside = Exceeding(far.beside, tolSq);
+        const int beyond = Exceeding(far.beyond, tolSq);
+        for (const int split : {std::min(beside, beyond), std::max(beside, beyond)}) {
+            if (split > 0) {
+                isKept[split] = true;
+                ranges.emplace_back(previous, split);
+                previous = split;
+            }
+        }
+        if (previous != from) {
+            ranges.emplace_back(previous, to);
+        }
+    }
+    return isKept;
+}
+
+} // namespace
+
+bool Stroke::Simplify(double tol) {
+    if (AskNumberOfPoints() < 3) {
+        return false;
+    }
+    LogForChange();
+    const std::vector<bool> isKept = MarkKept(points_, tol * tol);
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < points_.size(); ++i) {
+        if (isKept[i]) {
+            points_[kept++] = points_[i];
+        }
+    }
+    points_.resize(kept);
+    PointsChanged();
+    UpdateBoundingBox();
+    return true;
+}
+
+} // namespace Tessera::Geometry

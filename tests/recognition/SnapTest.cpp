@@ -1,0 +1,107 @@
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/recognition/SnapPoint.h"
+#include "tessera/recognition/SnapSearch.h"
+
+namespace {
+
+using namespace Tessera::Geometry;
+
+std::string Message(Curve* curve, int type) {
+    try {
+        const SnapPoint point(curve, static_cast<SnapPointType_e>(type));
+        return "";
+    } catch (char* text) {
+        return text;
+    }
+}
+
+TEST(SnapPoints, KnowTheKeyPointsOfACurve) {
+    Line line(Point(0, 0), Point(10, 4));
+    Arc arc(Point(5, 5), 2.0);
+    double centre[2] = {1, 2}, radii[2] = {4, 3};
+    Ellipse ellipse(centre, radii, 0.0, 0.0, 1.0);
+    const Point expected[] = {{0, 0}, {10, 4}, {5, 2}};
+    for (int type = 1; type <= 3; ++type) {
+        const SnapPoint point(&line, static_cast<SnapPointType_e>(type));
+        EXPECT_TRUE(point == expected[type - 1]);
+        EXPECT_EQ(point.AskParent(), &line);
+        EXPECT_EQ(point.AskSnapType(), type);
+    }
+    EXPECT_TRUE(SnapPoint(&arc, SnapPointType_Center) == Point(5, 5));
+    EXPECT_TRUE(SnapPoint(&ellipse, SnapPointType_Center) == Point(1, 2));
+    EXPECT_EQ(Message(nullptr, 1), "Input curve is NULL");
+    EXPECT_EQ(Message(&line, 4), "Input curve has no center");
+    EXPECT_EQ(Message(&line, 5), "Input snap type is not supported");
+    EXPECT_EQ(Message(&line, 0), "Input snap type is not supported");
+    Point at(3, 3);
+    for (int type = -1; type <= 9; ++type) {
+        const SnapPoint placed(&line, static_cast<SnapPointType_e>(type), at);
+        EXPECT_EQ(placed.AskSnapType(), type >= 1 && type <= 5 ? type : 0);
+        EXPECT_TRUE(placed == at);
+    }
+}
+
+TEST(SnapSearch, NearestFirstAndEndsBeforeMidPointsBeforeCentres) {
+    Line far(Point(0, 8), Point(100, 8));
+    Arc circle(Point(0, 0), 50.0);
+    Line through(Point(-20, 0), Point(20, 0)); // its mid point is the circle's centre
+    Line from(Point(0, 0), Point(0, -60));
+    Curve* curves[] = {&far, nullptr, &circle, &through, &from};
+    SketchRecognizerPreferences preferences;
+    std::vector<SnapCandidate> found = FindSnapPoints(Point(0, 1), curves, preferences, SnapUse::Create);
+    ASSERT_EQ(found.size(), 4u);
+    EXPECT_EQ(found[0].point.AskParent(), &from);
+    EXPECT_EQ(found[1].point.AskSnapType(), SnapPointType_Mid);
+    EXPECT_EQ(found[2].point.AskSnapType(), SnapPointType_Center);
+    EXPECT_NEAR(found[3].distance, 7, 1e-12);
+
+    EXPECT_EQ(FindSnapPoints(Point(0, 1), curves, preferences, SnapUse::Edit).size(), 3u)
+        << "6.25 when editing";
+    preferences.SetSnapCandidateCount(2);
+    EXPECT_EQ(FindSnapPoints(Point(0, 1), curves, preferences, SnapUse::Create).size(), 2u);
+    preferences.SetSnapCandidateCount(5);
+    preferences.SetZoomFactor(2);
+    EXPECT_EQ(FindSnapPoints(Point(0, 1), curves, preferences, SnapUse::Create).size(), 3u) << "10 becomes 5";
+    preferences.SetSnapping(false);
+    EXPECT_TRUE(FindSnapPoints(Point(0, 1), curves, preferences, SnapUse::Create).empty());
+}
+
+TEST(SnapSearch, TheSnapDistanceItselfIsWithin) {
+    Line line(Point(10, 0), Point(90, 0));
+    Curve* curves[] = {&line};
+    const SketchRecognizerPreferences preferences;
+    EXPECT_EQ(FindSnapPoints(Point(0, 0), curves, preferences, SnapUse::Create).size(), 1u);
+    EXPECT_TRUE(FindSnapPoints(Point(-1e-9, 0), curves, preferences, SnapUse::Create).empty());
+}
+
+TEST(SnapSearch, DirectionsTurnTheFreeEndOnly) {
+    const SketchRecognizerPreferences preferences;
+    const Vector neighbours[] = {Vector(-3, -3)};
+    struct Row {
+        double drawnDeg, snappedDeg; // snapped < 0: none
+    };
+    for (const Row& row : {Row{4, 0}, Row{-4.9, 0}, Row{94, 90}, Row{184, 180}, Row{42, 45}, Row{221, 225},
+                           Row{20, -1}, Row{50.1, -1}}) {
+        SCOPED_TRACE(row.drawnDeg);
+        const double a = row.drawnDeg * 3.141592653589793 / 180;
+        const Point fixed(3, 4);
+        const Point free(3 + 20 * std::cos(a), 4 + 20 * std::sin(a));
+        const auto snapped = FindSnapDirection(fixed, free, neighbours, preferences, SnapUse::Create);
+        ASSERT_EQ(snapped.has_value(), row.snappedDeg >= 0);
+        if (snapped) {
+            const double s = row.snappedDeg * 3.141592653589793 / 180;
+            EXPECT_NEAR(snapped->freeEnd.x, 3 + 20 * std::cos(s), 1e-9);
+            EXPECT_NEAR(snapped->freeEnd.y, 4 + 20 * std::sin(s), 1e-9);
+            EXPECT_NEAR(snapped->angleDeg, std::fabs(row.drawnDeg - row.snappedDeg), 1e-9);
+        }
+    }
+    EXPECT_FALSE(FindSnapDirection(Point(1, 1), Point(1, 1), {}, preferences, SnapUse::Edit));
+}
+
+} // namespace

@@ -1,0 +1,335 @@
+#include "tessera/strokes/Stroke.h"
+
+#include <cmath>
+#include <memory>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tessera/kernel/SM.h"
+
+namespace {
+
+using namespace Tessera::Geometry;
+
+Stroke StrokeThrough(const std::vector<Point>& points, double speed = 1.0) {
+    Stroke stroke;
+    for (const Point& p : points) {
+        stroke.AddPoint(StrokePoint(p.x, p.y, speed));
+    }
+    return stroke;
+}
+
+std::vector<Point> RandomWalk(std::mt19937& rng, int n) {
+    std::uniform_real_distribution<double> step(-10, 10);
+    std::vector<Point> points{Point(0, 0)};
+    while (static_cast<int>(points.size()) < n) {
+        points.emplace_back(points.back().x + step(rng), points.back().y + step(rng));
+    }
+    return points;
+}
+
+double DistanceToSegment(const Point& p, const Point& a, const Point& b) {
+    const double lengthSq = a.Distance2(b);
+    const double t = lengthSq > 0 ? ((p.x - a.x) * (b.x - a.x) + (p.y - a.y) * (b.y - a.y)) / lengthSq : 0;
+    const double s = std::fmin(1, std::fmax(0, t));
+    return p.Distance(Point(a.x + s * (b.x - a.x), a.y + s * (b.y - a.y)));
+}
+
+TEST(StrokeLengths, OnlySegmentsAboveTheThresholdCount) {
+    const Stroke stroke = StrokeThrough({{0, 0}, {3, 0}, {3, 4}, {3, 4}, {3, 14}});
+    struct Row {
+        double threshold, longLength;
+    };
+    // A segment as long as the threshold still counts: it exceeds it less the length tolerance.
+    for (const Row& row :
+         {Row{0, 17}, Row{3, 17}, Row{3.1, 14}, Row{4 + 1e-9, 14}, Row{4.1, 10}, Row{11, 0}}) {
+        SCOPED_TRACE(row.threshold);
+        double total = -1;
+        EXPECT_DOUBLE_EQ(stroke.GetSegLengthOverThreshold(row.threshold, &total), row.longLength);
+        EXPECT_DOUBLE_EQ(total, 17);
+    }
+    double total = -1;
+    EXPECT_EQ(StrokeThrough({{1, 1}}).GetSegLengthOverThreshold(0, &total), 0);
+    EXPECT_EQ(total, 0);
+}
+
+TEST(UpSampling, KeepsTheSamplesAndDividesTheSegmentsEvenly) {
+    Stroke stroke;
+    stroke.AddPoint(StrokePoint(0, 0, 1));
+    stroke.AddPoint(StrokePoint(10, 5, 6));
+    stroke.AddPoint(StrokePoint(10, 10, 1));
+    const std::unique_ptr<Stroke> dense(stroke.UpSampleStroke(4));
+    ASSERT_EQ(dense->AskNumberOfPoints(), 11);
+    for (int i = 0; i < 11; ++i) {
+        const int from = std::min(i / 5, 1);
+        const double s = (i - 5 * from) / 5.0;
+        const StrokePoint& p = stroke.GetPoints()[from];
+        const StrokePoint& q = stroke.GetPoints()[from + 1];
+        EXPECT_NEAR(dense->GetPoints()[i].x, p.x + s * (q.x - p.x), 1e-12);
+        EXPECT_NEAR(dense->GetPoints()[i].GetSpeed(), p.GetSpeed() + s * (q.GetSpeed() - p.GetSpeed()), 1e-6);
+    }
+    EXPECT_EQ(std::unique_ptr<Stroke>(stroke.UpSampleStroke(0))->AskNumberOfPoints(), 3);
+    EXPECT_EQ(std::unique_ptr<Stroke>(Stroke().UpSampleStroke(4))->AskNumberOfPoints(), 0);
+}
+
+TEST(CumulativeAngle, SumsSignedTurns) {
+    struct Row {
+        const char* name;
+        std::vector<Point> points;
+        double degrees;
+    };
+    const Row rows[] = {
+        {"two points", {{0, 0}, {5, 0}}, 0},
+        {"straight", {{0, 0}, {5, 0}, {9, 0}, {12, 0}}, 0},
+        {"left turn", {{0, 0}, {5, 0}, {5, 5}}, 90},
+        {"right turn", {{0, 0}, {5, 0}, {5, -5}}, -90},
+        {"left and right cancel", {{0, 0}, {5, 0}, {5, 5}, {10, 5}}, 0},
+        {"a reversal has no sense", {{0, 0}, {5, 0}, {1, 0}}, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_NEAR(StrokeThrough(row.points).ComputeCummulativeAngle(), row.degrees, 1e-9);
+    }
+    std::vector<Point> spiral;
+    for (int i = 0; i <= 300; ++i) {
+        const double angle = 6 * 3.141592653589793 * i / 300;
+        spiral.emplace_back((50 + angle) * std::cos(angle), (50 + angle) * std::sin(angle));
+    }
+    EXPECT_NEAR(StrokeThrough(spiral).ComputeCummulativeAngle(), 1080, 6);
+}
+
+TEST(Speeds, AreDistancesOverTheNeighbouringDurations) {
+    double x[] = {0, 10, 21, 33, 44, 54};
+    double y[] = {0, 0, 0, 0, 0, 0};
+    double t[] = {1, 1, 1.1, 1, 0.9};
+    double speed[6];
+    Stroke::ComputeSpeed(6, x, y, t, 10.0, speed);
+    const double expected[] = {100, 105, 230 / 2.1, 230 / 2.1, 210 / 1.9, 100 / 0.9};
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_NEAR(speed[i], expected[i], 1e-12) << i;
+    }
+}
+
+TEST(Speeds, ASingleSpikeGoesAndARunStays) {
+    const auto speedsOf = [](const std::vector<double>& steps) {
+        std::vector<double> x{0}, y(steps.size() + 1, 0.0), t(steps.size(), 1.0), speed(steps.size() + 1);
+        for (const double step : steps) {
+            x.push_back(x.back() + step);
+        }
+        Stroke::ComputeSpeed(static_cast<int>(x.size()), x.data(), y.data(), t.data(), 1.0, speed.data());
+        return speed;
+    };
+    // Steps 1 1 1 1 a a 1 1 1 1 raise the speed of the middle sample and, half as much, of its neighbours.
+    const std::vector<double> smooth = speedsOf({1, 1, 1, 1, 1.3, 1.3, 1, 1, 1, 1});
+    EXPECT_NEAR(smooth[5], 1.15, 1e-12) << "alone above 1.2 times the mean around it: mean of its neighbours";
+    const std::vector<double> run = speedsOf({1, 1, 1, 1, 3, 3, 3, 1, 1, 1, 1});
+    EXPECT_NEAR(run[5], 3, 1e-12) << "its neighbours stand out too";
+}
+
+TEST(Speeds, EndCases) {
+    double x[] = {5, 5, 9};
+    double y[] = {5, 5, 5};
+    double none[] = {0, 0};
+    double speed[] = {-1, -1, -1};
+    Stroke::ComputeSpeed(1, x, y, nullptr, 2.0, speed);
+    EXPECT_EQ(speed[0], 0);
+    Stroke::ComputeSpeed(3, x, y, none, 2.0, speed);
+    for (const double s : speed) {
+        EXPECT_EQ(s, 0) << "no time passed anywhere: at rest, never infinite";
+    }
+    double half[] = {0, 2};
+    Stroke::ComputeSpeed(3, x, y, half, 1.0, speed);
+    EXPECT_EQ(speed[0], 2) << "like its neighbour";
+    Stroke::ComputeSpeed(0, x, y, none, 1.0, nullptr);
+}
+
+// --- Hull
+
+TEST(StrokeHull, ContainsEveryPointAndIsStrictlyConvex) {
+    std::mt19937 rng(20240613);
+    for (int trial = 0; trial < 60; ++trial) {
+        SCOPED_TRACE(trial);
+        std::vector<Point> points = RandomWalk(rng, 3 + trial);
+        if (trial % 3 == 0) { // a grid gives collinear and repeated points
+            for (Point& p : points) {
+                p = Point(std::round(p.x / 8), std::round(p.y / 8));
+            }
+        }
+        int n = 0;
+        double* x = nullptr;
+        double* y = nullptr;
+        StrokeThrough(points).ComputeConvexHull(&n, &x, &y);
+        for (int i = 0; i < n && n > 2; ++i) {
+            const Point a(x[i], y[i]), b(x[(i + 1) % n], y[(i + 1) % n]), c(x[(i + 2) % n], y[(i + 2) % n]);
+            EXPECT_GT((b - a).Cross(*std::make_unique<Point>(c - b)), 0);
+            for (const Point& p : points) {
+                EXPECT_GE((b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x), -1e-9);
+            }
+        }
+        SM_free(x);
+        SM_free(y);
+    }
+}
+
+TEST(StrokeHull, DegenerateStrokes) {
+    struct Row {
+        std::vector<Point> points;
+        int corners;
+    };
+    const Row rows[] = {
+        {{}, 0}, {{{1, 2}}, 1}, {{{1, 2}, {1, 2}, {1, 2}}, 1}, {{{0, 0}, {2, 2}, {1, 1}, {0, 0}}, 2}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.points.size());
+        int n = -1;
+        double* x = nullptr;
+        double* y = nullptr;
+        StrokeThrough(row.points).ComputeConvexHull(&n, &x, &y);
+        EXPECT_EQ(n, row.corners);
+        EXPECT_EQ(x == nullptr, row.corners == 0);
+        SM_free(x);
+        SM_free(y);
+    }
+}
+
+// --- Simplify
+
+// The rule itself, by recursion over plain scans.
+void MarkByRule(const std::vector<Point>& p, int from, int to, double tol, std::vector<bool>& kept) {
+    if (to - from < 2) {
+        return;
+    }
+    int beside = -1, beyond = -1;
+    double besideDistance = tol, beyondDistance = tol;
+    for (int i = from + 1; i < to; ++i) {
+        const double along =
+            (p[i].x - p[from].x) * (p[to].x - p[from].x) + (p[i].y - p[from].y) * (p[to].y - p[from].y);
+        const bool isBeside = along >= 0 && along <= p[from].Distance2(p[to]) && p[from].Distance2(p[to]) > 0;
+        const double d = DistanceToSegment(p[i], p[from], p[to]);
+        if (d > (isBeside ? besideDistance : beyondDistance)) {
+            (isBeside ? beside : beyond) = i;
+            (isBeside ? besideDistance : beyondDistance) = d;
+        }
+    }
+    int previous = from;
+    for (const int split : {std::min(beside, beyond), std::max(beside, beyond), to}) {
+        if (split >= 0 && split > previous && (split != to || previous != from)) {
+            kept[split] = true;
+            MarkByRule(p, previous, split, tol, kept);
+            previous = split;
+        }
+    }
+}
+
+TEST(Simplify, KeepsWhatTheRuleKeeps) {
+    std::mt19937 rng(20240614);
+    for (int trial = 0; trial < 80; ++trial) {
+        SCOPED_TRACE(trial);
+        const std::vector<Point> points = RandomWalk(rng, 3 + 5 * trial);
+        const double tol = 0.5 + trial % 7 * 4;
+        std::vector<bool> kept(points.size(), false);
+        kept.front() = kept.back() = true;
+        MarkByRule(points, 0, static_cast<int>(points.size()) - 1, tol, kept);
+        Stroke stroke = StrokeThrough(points);
+        ASSERT_TRUE(stroke.Simplify(tol));
+        std::vector<Point> expected;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            if (kept[i]) {
+                expected.push_back(points[i]);
+            }
+        }
+        ASSERT_EQ(stroke.AskNumberOfPoints(), static_cast<int>(expected.size()));
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            EXPECT_EQ(stroke.GetPoints()[i].x, expected[i].x);
+        }
+        EXPECT_FALSE(stroke.AskBBoxOutdated());
+    }
+}
+
+TEST(Simplify, EndCases) {
+    Stroke two = StrokeThrough({{0, 0}, {1, 0}});
+    EXPECT_FALSE(two.Simplify(1));
+    Stroke exact = StrokeThrough({{0, 0}, {5, 2}, {10, 0}});
+    EXPECT_TRUE(exact.Simplify(2.0)) << "a distance equal to the tolerance is dropped";
+    EXPECT_EQ(exact.AskNumberOfPoints(), 2);
+    Stroke both = StrokeThrough({{0, 0}, {5, 3}, {14, 0}, {10, 0}});
+    both.Simplify(2.0);
+    EXPECT_EQ(both.AskNumberOfPoints(), 4) << "one beside the chord and one beyond it are kept at once";
+    Stroke closed = StrokeThrough({{0, 0}, {9, 0}, {9, 9}, {0, 9}, {0, 0}});
+    closed.Simplify(1.0);
+    EXPECT_EQ(closed.AskNumberOfPoints(), 5);
+}
+
+// --- Cusps
+
+std::vector<Point> Zigzag(int legs, int samplesPerLeg) {
+    std::vector<Point> points{Point(0, 0)};
+    for (int leg = 0; leg < legs; ++leg) {
+        for (int i = 1; i <= samplesPerLeg; ++i) {
+            const double t = static_cast<double>(i) / samplesPerLeg;
+            points.emplace_back(10 * (leg + t), leg % 2 == 0 ? 100 * t : 100 * (1 - t));
+        }
+    }
+    return points;
+}
+
+TEST(Cusps, AreTheInnerCornersOfAZigzag) {
+    const Stroke stroke = StrokeThrough(Zigzag(5, 30));
+    std::vector<int> cusps{99};
+    stroke.GetCuspIds(110, 8, cusps);
+    ASSERT_EQ(cusps.size(), 4u);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_NEAR(cusps[i], 30 * (i + 1), 1);
+    }
+    stroke.GetCuspIds(175, 8, cusps);
+    EXPECT_TRUE(cusps.empty()) << "no turn is that sharp";
+    StrokeThrough({{0, 0}}).GetCuspIds(110, 8, cusps);
+    EXPECT_TRUE(cusps.empty());
+}
+
+TEST(Cusps, TraverseTimesFallBackFromTheEndSpeedsToTheMeanToTheDistance) {
+    struct Row {
+        const char* name;
+        std::vector<double> speeds;
+        double time;
+    };
+    // Five samples one unit apart: distance 4 over the window.
+    const Row rows[] = {
+        {"mean of the end speeds", {1, 9, 9, 9, 3}, 2.0},
+        {"stroke's mean speed", {0, 10, 10, 10, 0}, 4.0 / 6},
+        {"at rest", {0, 0, 0, 0, 0}, 4.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Stroke stroke;
+        for (int i = 0; i < 5; ++i) {
+            stroke.AddPoint(StrokePoint(i, 0, row.speeds[i]));
+        }
+        std::vector<double> times;
+        stroke.GetCuspTraverseTime({2}, 2, times);
+        ASSERT_EQ(times.size(), 1u);
+        EXPECT_NEAR(times[0], row.time, 1e-6);
+    }
+}
+
+TEST(Cusps, AFlickIsDroppedAndForTheLastCuspTheOneBefore) {
+    // One of four cusps is passed very fast: its time falls below 0.15 of the mean.
+    for (const int flick : {1, 3}) {
+        SCOPED_TRACE(flick);
+        const std::vector<Point> points = Zigzag(5, 30);
+        Stroke stroke;
+        for (int i = 0; i < static_cast<int>(points.size()); ++i) {
+            const bool isFast = std::abs(i - 30 * (flick + 1)) <= 4;
+            stroke.AddPoint(StrokePoint(points[i].x, points[i].y, isFast ? 100 : 1));
+        }
+        std::vector<int> cusps;
+        stroke.GetCuspIds(110, 8, cusps);
+        ASSERT_EQ(cusps.size(), 3u);
+        const int dropped = flick == 3 ? 2 : flick;
+        for (const int cusp : cusps) {
+            EXPECT_GT(std::abs(cusp - 30 * (dropped + 1)), 2);
+        }
+    }
+}
+
+} // namespace
