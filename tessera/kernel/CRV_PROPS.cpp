@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "tessera/kernel/BCEV.h"
 #include "tessera/kernel/internal/BcurveSpans.h"
@@ -39,10 +40,11 @@ double Refine(const Speed& speed, double a, double b, double whole, double toler
            Refine(speed, middle, b, right, tolerance, halvings - 1);
 }
 
+// `rounding` is what the rounding of the speed may change in the result; halving cannot get below it.
 template <class Speed>
-double Integrate(const Speed& speed, double a, double b) {
+double Integrate(const Speed& speed, double a, double b, double rounding) {
     const double whole = Rule(speed, a, b);
-    return Refine(speed, a, b, whole, kRelative * whole, kMaxHalvings);
+    return Refine(speed, a, b, whole, std::max(kRelative * whole, rounding), kMaxHalvings);
 }
 
 double LengthOfLine(KC_CURVE_struct_s* c, double from, double to) {
@@ -64,7 +66,7 @@ double LengthOfConic(KC_CURVE_struct_s* c, double from, double to) {
         if (!(cut > a))
             cut += kQuarter;
         const double b = std::min(end, cut);
-        sum += Integrate(speed, a, b);
+        sum += Integrate(speed, a, b, 0.0);
         a = b;
     }
     return sum;
@@ -83,7 +85,10 @@ double LengthOfSpan(const double* bezier, int degree, double u, double v) {
         EvaluateBezier(bezier, degree, x, p, d1, d2);
         return std::sqrt(d1[0] * d1[0] + d1[1] * d1[1] + d1[2] * d1[2]);
     };
-    return Integrate(speed, u, v);
+    double largest = 0.0; // far from the origin the differences of poles keep only some digits
+    for (int i = 0; i < 4 * (degree + 1); ++i)
+        largest = std::max(largest, std::fabs(bezier[i]));
+    return Integrate(speed, u, v, 4.0 * std::numeric_limits<double>::epsilon() * degree * largest * (v - u));
 }
 
 // Between two parameters in [0, 1].
