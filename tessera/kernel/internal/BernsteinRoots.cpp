@@ -146,7 +146,6 @@ double BracketedRoot(const double* c, int degree, double a, double fa, double b,
     if (fb == 0.0)
         return b;
     // b is always the newest point and a the end across the root; fa is weighted down while a stays.
-    double best = std::fabs(fa) < std::fabs(fb) ? a : b, bestSize = std::min(std::fabs(fa), std::fabs(fb));
     double checkedWidth = std::fabs(b - a);
     for (int step = 1; step <= 150; ++step) {
         double t = b - fb * (b - a) / (fb - fa);
@@ -160,12 +159,8 @@ double BracketedRoot(const double* c, int degree, double a, double fa, double b,
         if (t == a || t == b)
             break;
         const double f = Value(c, degree, t);
-        if (std::fabs(f) < bestSize) {
-            best = t;
-            bestSize = std::fabs(f);
-        }
         if (f == 0.0)
-            break;
+            return t;
         if ((f < 0.0) != (fb < 0.0)) {
             a = b;
             fa = fb;
@@ -178,7 +173,7 @@ double BracketedRoot(const double* c, int degree, double a, double fa, double b,
         if (std::fabs(b - a) <= 1e-16)
             break;
     }
-    return best;
+    return b; // not the end with the smaller value: that may be rounding about a root outside
 }
 
 int SignChanges(const double* c, int degree, double noise, double* out) {

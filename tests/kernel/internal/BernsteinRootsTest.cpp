@@ -60,6 +60,11 @@ TEST(BernsteinRoots, MultipleAndHiddenRoots) {
     const std::vector<double> pair = SignChanges(FromRoots({0.6, 0.6 + 1e-6}));
     ASSERT_EQ(pair.size(), 2u);
     EXPECT_NEAR(pair[1] - pair[0], 1e-6, 1e-9);
+    // An end that is zero to rounding is not the root that was asked for.
+    const std::vector<double> flat = SignChanges({-1e-17, -3.0, -2.0, 5.0});
+    ASSERT_EQ(flat.size(), 1u);
+    EXPECT_NEAR(Bernstein::Value(std::vector<double>{0.0, -3.0, -2.0, 5.0}.data(), 3, flat[0]), 0.0, 1e-14);
+    EXPECT_GT(flat[0], 0.5);
     // A root on the first cut of the bisection, others around it.
     const std::vector<double> cut = SignChanges(FromRoots({0.25, 0.5, 0.75}));
     ASSERT_EQ(cut.size(), 3u);
