@@ -246,7 +246,7 @@ TEST(HostServicesTable, WhatATrimReplacesIsDropped) {
     CountingHost host;
     {
         const Recognised result(Sample(200, [](double t) {
-            return InputPoint{300 * t, 60 * std::sin(9 * t) + 25 * std::cos(17 * t)};
+            return InputPoint{300 * t, 100 + 60 * std::sin(9 * t) * std::exp(-t) + 25 * std::cos(17 * t)};
         }));
         ASSERT_GE(result.handles.size(), 1u);
     }

@@ -39,12 +39,13 @@ TEST(RectangleGate, TellsNearRectanglesFromOtherShapes) {
 }
 
 TEST(RectangleGate, CornersAreJudgedStrictlyBetween60And120Degrees) {
-    // Sides 0 and 1 enclose the given angle; only the first corner is of interest.
-    for (const double angleDeg : {58.0, 62.0, 118.0, 122.0}) {
+    // A parallelogram, one corner moved a little so that no sides are exactly parallel.
+    for (const double angleDeg : {57.0, 63.0, 117.0, 123.0}) {
         SCOPED_TRACE(angleDeg);
         const double a = angleDeg * 3.141592653589793 / 180;
-        const tagGPosition2d turn{200 - 100 * std::cos(a), 100 * std::sin(a)};
-        const FourSides shape({{0, 0}, {200, 0}, turn, {3, 97}});
+        const double dx = 150 * std::cos(a);
+        const double dy = 150 * std::sin(a);
+        const FourSides shape({{0, 0}, {200, 0}, {200 + dx, dy}, {dx + 1.5, dy + 1.5}});
         EXPECT_EQ(IsRectangleCandidate(shape.sides), angleDeg > 60 && angleDeg < 120);
     }
 }
