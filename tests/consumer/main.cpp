@@ -35,8 +35,9 @@ int main(int argc, char** argv) {
 
     void* library = dlopen(argc > 1 ? argv[1] : "libtessera.so", RTLD_NOW);
     Expect(library != nullptr, "the shared library can be opened");
-    for (const char* name : {"ConvertPolyLinePointsTorecognizedAnalyticTypes", "GetColorFromIntColor",
-                             "TesseraHost_InstallServices", "TesseraHost_ReleaseHandle"}) {
+    for (const char* name :
+         {"ConvertPolyLinePointsTorecognizedAnalyticTypes", "GetColorFromIntColor", "StrokeIsScribbleShape",
+          "StrokeRecognizeScribble", "TesseraHost_InstallServices", "TesseraHost_ReleaseHandle"}) {
         Expect(library != nullptr && dlsym(library, name) != nullptr, name);
     }
     return failures;
