@@ -21,11 +21,11 @@ constexpr Color kYellow{255, 255, 255, 0};
 
 // In the order of ColorType_e. A constant, so that it stands filled when the library is loaded, whatever
 // the order of initialisers. The last row is one past the named colours: hosts may ask for it.
-constexpr Color kColorTable[] = {
+constexpr Color ColorTable[] = {
     kLightGray, kGray,       kBlack,  kRed,       kGreen,    kBlue,   kBrown,
     kPurple,    kDarkOrange, Color(), kLightBlue, kDarkCyan, kYellow, Color(0, 0, 0, 0),
 };
-static_assert(std::size(kColorTable) == ColorType_Yellow + 2);
+static_assert(std::size(ColorTable) == ColorType_Yellow + 2);
 
 } // namespace
 
@@ -67,8 +67,11 @@ Color Color::Yellow() {
 }
 
 extern "C" void GetColorFromIntColor(int index, Color* out) {
-    const bool isRow = index >= 0 && index < static_cast<int>(std::size(kColorTable));
-    *out = isRow ? kColorTable[index] : kBlack;
+    if (out == nullptr) {
+        return;
+    }
+    const bool isRow = index >= 0 && index < static_cast<int>(std::size(ColorTable));
+    *out = isRow ? ColorTable[index] : kBlack;
 }
 
 } // namespace Tessera::Core

@@ -49,7 +49,8 @@ enum ColorType_e : std::int32_t {
     ColorType_Yellow = 12
 };
 
-/// Colour of a table row. Accepts 0 to 13; row 13 is the all-zero colour, any other index gives Black.
+/// Colour of a table row. Accepts 0 to 13; row 13 is the all-zero colour, any other index gives Black. A null
+/// `out` gets nothing.
 extern "C" TESSERA_API void GetColorFromIntColor(int index, Color* out);
 
 } // namespace Tessera::Core

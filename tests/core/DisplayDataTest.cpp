@@ -8,43 +8,36 @@
 namespace Tessera::Core {
 namespace {
 
-TEST(Color, TableRowsAndTheBoundsBesideThem) {
-    const std::pair<int, Color> rows[] = {
-        {0, {255, 211, 211, 211}}, {1, {255, 128, 128, 128}},  {2, {255, 0, 0, 0}},
-        {3, {255, 255, 0, 0}},     {4, {255, 0, 128, 0}},      {5, {255, 0, 0, 255}},
-        {6, {255, 165, 42, 42}},   {7, {255, 128, 0, 128}},    {8, {255, 255, 140, 0}},
-        {9, {255, 255, 255, 255}}, {10, {255, 173, 216, 230}}, {11, {255, 0, 139, 139}},
-        {12, {255, 255, 255, 0}},  {13, {0, 0, 0, 0}},         {14, {255, 0, 0, 0}},
-        {-1, {255, 0, 0, 0}},
+TEST(Color, TableNamesAndTheBoundsBesideThem) {
+    struct Row {
+        int index;
+        Color named, expected;
     };
-    for (const auto& [index, expected] : rows) {
-        Color color(1, 2, 3, 4);
-        GetColorFromIntColor(index, &color);
-        EXPECT_EQ(color, expected) << index;
-    }
-}
-
-TEST(Color, NamesAgreeWithTheTable) {
-    const std::pair<ColorType_e, Color> rows[] = {
-        {ColorType_LightGray, Color::LightGray()},
-        {ColorType_Gray, Color::Gray()},
-        {ColorType_Black, Color::Black()},
-        {ColorType_Red, Color::Red()},
-        {ColorType_Green, Color::Green()},
-        {ColorType_Blue, Color::Blue()},
-        {ColorType_Brown, Color::Brown()},
-        {ColorType_Purple, Color::Purple()},
-        {ColorType_White, Color()},
-        {ColorType_DarkOrange, Color::DarkOrange()},
-        {ColorType_LightBlue, Color::LightBlue()},
-        {ColorType_DarkCyan, Color::DarkCyan()},
-        {ColorType_Yellow, Color::Yellow()},
+    const Row rows[] = {
+        {0, Color::LightGray(), {255, 211, 211, 211}},
+        {1, Color::Gray(), {255, 128, 128, 128}},
+        {2, Color::Black(), {255, 0, 0, 0}},
+        {3, Color::Red(), {255, 255, 0, 0}},
+        {4, Color::Green(), {255, 0, 128, 0}},
+        {5, Color::Blue(), {255, 0, 0, 255}},
+        {6, Color::Brown(), {255, 165, 42, 42}},
+        {7, Color::Purple(), {255, 128, 0, 128}},
+        {8, Color::DarkOrange(), {255, 255, 140, 0}},
+        {9, Color(), {255, 255, 255, 255}},
+        {10, Color::LightBlue(), {255, 173, 216, 230}},
+        {11, Color::DarkCyan(), {255, 0, 139, 139}},
+        {12, Color::Yellow(), {255, 255, 255, 0}},
+        {13, {0, 0, 0, 0}, {0, 0, 0, 0}},
+        {14, Color::Black(), {255, 0, 0, 0}},
+        {-1, Color::Black(), {255, 0, 0, 0}},
     };
-    for (const auto& [type, named] : rows) {
+    for (const Row& row : rows) {
         DisplayData data;
-        data.SetColor(type);
-        EXPECT_EQ(data.GetRGBColor(), named) << type;
+        data.SetColor(static_cast<ColorType_e>(row.index));
+        EXPECT_EQ(data.GetRGBColor(), row.expected) << row.index;
+        EXPECT_EQ(row.named, row.expected) << row.index;
     }
+    GetColorFromIntColor(3, nullptr); // no place for an answer
 }
 
 TEST(DisplayData, StartsVisibleBlackAndTwoWide) {
