@@ -11,10 +11,11 @@ constexpr std::int32_t kChangeModified = 2; // the only change kind that the lib
 
 std::int32_t idCounter = kFirstIdCounter;
 
-// A function-local object: objects of other files may log while the program starts.
+// Made on first use, because objects of other files may log while the program starts, and never destroyed:
+// they may log while it ends, and the code of the host's functions may be gone by then.
 CRKCoreCallbacks& Callbacks() {
-    static CRKCoreCallbacks callbacks;
-    return callbacks;
+    static auto* const callbacks = new CRKCoreCallbacks;
+    return *callbacks;
 }
 
 // 0 without a context service or without an owner. The owner is asked for only when there is a service to

@@ -1,7 +1,8 @@
 // TaggedObject - root of the object model: identifiers, copying, replacing and change reports.
 //
 // Threads   identifiers and callbacks are plain process-wide data of the host's modelling thread.
-// Failure   bool results, null pointers or unchanged values; nothing here throws a message.
+// Failure   bool results, null pointers or unchanged values; nothing here throws a message. A host that
+//           installs getContext without getOwner gets std::bad_function_call from the next report or query.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +41,9 @@ TESSERA_API std::int32_t AskLengthUnitCode();
 
 /// Adds 1 to the process-wide counter (1000 at start) and returns the new value.
 TESSERA_API int GetNextId();
+/// The identifier handed out last.
 TESSERA_API int GetIdCounter();
+/// The next identifier is value + 1; objects keep theirs, so a lower value can make identifiers meet.
 TESSERA_API void SetIdCounter(int value);
 /// True while the counter stands at 1000: no identifier handed out yet, or the counter set back.
 TESSERA_API bool IsPartEmpty();
@@ -53,6 +56,7 @@ public:
 
     // Slot order is part of the binary interface.
     virtual ~TaggedObject() = default;
+    /// A value of ClassID_e.
     virtual int AskClass() const = 0;
     /// New shallow copy; caller deletes.
     virtual TaggedObject* Copy() const = 0;
@@ -68,6 +72,7 @@ public:
     virtual void LogForChange();
 
     int GetId() const { return id_; }
+    /// Takes a fresh identifier from the counter.
     void ResetId();
 
 protected:

@@ -1,10 +1,12 @@
 #include "tessera/core/TaggedObject.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cstring>
 #include <limits>
 #include <memory>
 
+#include "tessera/core/DisplayableObject.h"
 #include "tessera/core/Group.h"
 #include "tests/support/ChangeLog.h"
 
@@ -13,7 +15,27 @@ namespace {
 
 using Testing::ChangeLog;
 
-TEST(TaggedObject, FirstIdentifierFollowsOneThousand) {
+// In the Itanium ABI a pointer to a virtual member holds 1 plus the byte offset of its slot.
+template <class Member>
+std::ptrdiff_t SlotOf(Member member) {
+    std::ptrdiff_t word = 0;
+    std::memcpy(&word, &member, sizeof word);
+    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+TEST(TaggedObject, VirtualOperationsKeepTheirSlots) {
+    using D = DisplayableObject;
+    bool (D::*const askXYBox)(Geometry::XYBox&) const = &D::AskXYBox;
+    const std::ptrdiff_t slots[] = {
+        SlotOf(&D::AskClass),    SlotOf(&D::Copy),           SlotOf(&D::IsDisplayable), SlotOf(&D::Transform),
+        SlotOf(&D::DeepCopy),    SlotOf(&D::Replace),        SlotOf(&D::LogForChange),  SlotOf(askXYBox),
+        SlotOf(&D::IsInPolygon), SlotOf(&D::IsCrossPolygon),
+    };
+    // The destructor takes two slots.
+    EXPECT_THAT(slots, ::testing::ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
+}
+
+TEST(TaggedObject, CounterStartsAtOneThousandAndWraps) {
     SetIdCounter(1000);
     EXPECT_TRUE(IsPartEmpty());
     const Group group;
@@ -21,14 +43,10 @@ TEST(TaggedObject, FirstIdentifierFollowsOneThousand) {
     EXPECT_FALSE(IsPartEmpty());
     EXPECT_EQ(GetNextId(), 1002);
     EXPECT_EQ(GetIdCounter(), 1002);
+    SetIdCounter(std::numeric_limits<int>::max());
+    EXPECT_EQ(GetNextId(), std::numeric_limits<int>::min()) << "wraps";
     SetIdCounter(1000);
     EXPECT_TRUE(IsPartEmpty()) << "the test is on the counter, not on objects";
-}
-
-TEST(TaggedObject, CounterWrapsAtItsEnd) {
-    SetIdCounter(std::numeric_limits<int>::max());
-    EXPECT_EQ(GetNextId(), std::numeric_limits<int>::min());
-    SetIdCounter(1000);
 }
 
 TEST(TaggedObject, CopiesKeepTheIdentifierUntilReset) {
