@@ -13,6 +13,7 @@ enum FontType_e : std::int32_t { FontType_Default = 0 };
 enum Texture_e : std::int32_t { Texture_Default = 0 };
 enum Endcap_e : std::int32_t { Endcap_Default = 0 };
 
+/// A new object is visible, not highlit, black and 2.0 wide (in the host's line-width unit).
 class TESSERA_API DisplayData {
 public:
     FontType_e GetFont() const { return font_; }
@@ -34,7 +35,8 @@ public:
     void SetColor(ColorType_e color);
     /// Alpha as a fraction of 255.
     double GetOpacity() const;
-    /// Stores alpha = opacity x 255, truncated toward zero.
+    /// Stores alpha = opacity x 255, truncated toward zero; what 16 bits cannot hold goes to the nearest end,
+    /// NaN to 0.
     void SetOpacity(double opacity);
 
     bool operator==(const DisplayData&) const = default;

@@ -25,7 +25,9 @@ public:
     // New slots, in this order.
     /// Extent in the drawing plane; false when there is none.
     virtual bool AskXYBox(Geometry::XYBox& box) const = 0;
+    /// Wholly inside the implicitly closed polygon of `count` vertices.
     virtual bool IsInPolygon(int count, double* xs, double* ys) = 0;
+    /// Meets the polygon; each class says in which sense.
     virtual bool IsCrossPolygon(int count, double* xs, double* ys) = 0;
 
     const DisplayData& GetDisplayData() const { return displayData_; }
@@ -43,8 +45,8 @@ public:
     void SetHidden(bool hidden);
     void SetGroup(Group* group);
 
-    /// Merged extent of `count` objects. A null first object leaves `box` as it was; a later null
-    /// object contributes the degenerate box at the origin.
+    /// Merged extent of `count` objects. A null first object leaves what `box` holds to be merged with; a
+    /// later null object contributes the degenerate box at the origin. Without objects `box` stays as it is.
     static void AskXYBox(int count, DisplayableObject** objects, Geometry::XYBox& box);
 
 protected:

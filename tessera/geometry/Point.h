@@ -1,4 +1,5 @@
-// Point - a position in the drawing plane. Comparisons go through the length tolerance of the kernel.
+// Point - a position in the drawing plane, model units. Comparisons go through the length tolerance of the
+// kernel; divisions by zero are not guarded.
 #pragma once
 
 #include <vector>
@@ -21,6 +22,7 @@ public:
     /// x' = (m00 x + m01 y + m02) / m22, y' likewise: affine matrices with a uniform scale in m22.
     virtual void Transform(double m[3][3]);
 
+    /// The same object, or at most the length tolerance apart.
     bool operator==(const Point& q) const;
     bool operator!=(const Point& q) const { return !(*this == q); }
     /// Lexicographic with the length tolerance on both coordinates.
@@ -41,6 +43,7 @@ public:
     /// False and unchanged when the length is below the length tolerance (a length equal to it is
     /// normalised).
     bool Normalize();
+    /// From this point to q.
     Vector PointVector(const Point& q) const;
     /// This point + t v.
     Point AffineCombine(double t, const Vector& v) const;

@@ -1,4 +1,5 @@
-// Vector - a direction or displacement in the drawing plane.
+// Vector - a direction or displacement in the drawing plane. Lengths in model units, angles in radians;
+// comparisons go through the length tolerance of the kernel.
 #pragma once
 
 #include "tessera/core/Export.h"
@@ -15,6 +16,7 @@ public:
     /// From p to q.
     Vector(const Point& p, const Point& q);
 
+    /// The same object, or end points within the length tolerance.
     bool operator==(const Vector& w) const;
     bool operator!=(const Vector& w) const { return !(*this == w); }
     Vector operator+(const Vector& w) const { return {x + w.x, y + w.y}; }
@@ -33,6 +35,7 @@ public:
     double Distance(const Vector& w) const;
     double LengthSq() const { return x * x + y * y; }
     double Length() const;
+    /// Length at most the length tolerance.
     bool IsZero() const;
     /// False and unchanged when the length is at most the length tolerance.
     bool Normalize();
@@ -42,6 +45,7 @@ public:
     void Rotate(double a);
     /// Unit perpendicular (VEC2_ask_perpendicular); (0, 0) for a (near) zero vector.
     Vector GetPerpendicular() const;
+    /// Sine (cosine) of the enclosed angle at most tol in magnitude; true when either vector is (near) zero.
     bool IsParallel(const Vector& w, double tol) const;
     bool IsPerpendicular(const Vector& w, double tol) const;
 

@@ -1,4 +1,4 @@
-// XYBox - axis-aligned extent in the drawing plane.
+// XYBox - axis-aligned extent in the drawing plane, model units.
 #pragma once
 
 #include <vector>
@@ -24,6 +24,7 @@ public:
     void Merge(const XYBox& box);
     /// Strictly inside the box grown by the length tolerance.
     bool ContainPoint(const Point& p) const;
+    /// The boxes overlap or touch within the length tolerance, a plus sign without corners inside included.
     bool HasIntersect(const XYBox& box) const;
     Point GetMinPoint() const { return min; }
     Point GetMaxPoint() const { return max; }

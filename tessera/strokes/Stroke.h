@@ -6,7 +6,8 @@
 // Errors     thrown as char* texts; a failed call leaves the stroke as it was. What needs a poly-line throws
 //            "Stroke::CreateSpline:  Incorrect point index" below two samples.
 // Box        cached; mutators mark it outdated, only UpdateBoundingBox refreshes it.
-// Reports    every mutator but Resize, Reverse and UpdateBoundingBox tells the host before the change.
+// Reports    every mutator but Resize, Reverse, UpdateBoundingBox and the assignment tells the host first.
+//            Strokes under construction (SubStroke, Extract) report nothing.
 #pragma once
 
 #include <memory>
@@ -27,7 +28,9 @@ public:
     Stroke();
     /// n >= 2 samples; a null speed array gives speed 0. Throws below two samples.
     Stroke(int n, double* x, double* y, double* speed);
+    /// New identifier, no group.
     Stroke(const Stroke& other);
+    /// Takes the identifier and display data as well; the group stays.
     Stroke& operator=(const Stroke& other);
 
     // Slot order is part of the binary interface.
@@ -39,7 +42,8 @@ public:
     void Transform(double m[3][3]) override;
     /// When the stroke's group is in `copies`, the copy takes the stroke's place in the group's copy.
     Stroke* DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const override;
-    /// Takes another stroke's samples, box, display data and group; keeps the identifier.
+    /// Takes another stroke's samples, box, display data and group; keeps the identifier. False and unchanged
+    /// for anything but a stroke.
     bool Replace(Core::TaggedObject* other) override;
     /// From the samples, not from the cached box; always true.
     bool AskXYBox(XYBox& box) const override;
@@ -59,6 +63,7 @@ public:
     double AskAverageSpeed() const;
 
     bool AskBBoxOutdated() const { return bboxOutdated_; }
+    /// As it stands, outdated or not.
     BoundingBox AskBoundingBox() const { return boundingBox_; }
     /// O(n) when outdated, else nothing.
     void UpdateBoundingBox();
@@ -79,7 +84,7 @@ public:
     /// params[0] to the first one not before params[1].
     Stroke* Extract(double* const params) const;
     /// Degree 1 spline through the samples first..last, parameter uniform in the index; indices outside
-    /// are brought in.
+    /// are brought in. Throws as stated above when no two samples are left.
     Spline* CreateSpline(int first, int last) const;
     Spline* CreateSpline() const;
     /// Distance to the poly-line: a scan the first time, a box tree over the segments afterwards.
@@ -87,7 +92,7 @@ public:
     /// Appends the intersections of CreateSpline() with the curve's carrier.
     void Intersect(const Curve& curve, std::vector<Point>& out) const;
     /// Appends the intersections of each segment with the bounded curve, segment by segment; one at a
-    /// sample is found by both of its segments.
+    /// sample is found by both of its segments. An outdated box rejects nothing.
     void IntersectBounded(const Curve& curve, std::vector<Point>& out) const;
 
     // --- Analysis; none of these but Simplify changes the stroke
