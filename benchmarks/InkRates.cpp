@@ -166,6 +166,8 @@ void MeasureFile(const std::filesystem::path& file, const Options& options) {
     std::ifstream in(file);
     for (std::string text; std::getline(in, text);) {
         const nlohmann::json line = nlohmann::json::parse(text);
+        if (line.value("strokes", 1) > 1)
+            continue; // a class tells what the whole drawing shows
         const Drawing ink = ReadDrawing(line);
         const double diagonal = ink.empty() ? 0.0 : DiagonalOf(ink);
         for (const double wanted : options.diagonals)

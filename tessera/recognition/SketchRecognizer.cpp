@@ -108,7 +108,7 @@ SketchRecognizer::SketchRecognizer(int strokeId, const std::vector<StrokePoint>&
     SumPathLengths(points_, lengthTo_);
 }
 
-// --- Pipeline ---------------------------------------------------------------------------------------------
+// --- Pipeline
 
 void SketchRecognizer::Recognize(Stroke& stroke, bool segment, CurveType_e type) {
     ReportErrors([&] {
@@ -253,7 +253,7 @@ void SketchRecognizer::RemoveSmallCurves() {
             DeleteRecognizeGeometry(i);
 }
 
-// --- One curve for all points -----------------------------------------------------------------------------
+// --- One curve for all points
 
 Line* SketchRecognizer::RecognizeSingleLine(int n, Vex::Math::Point2* pts, double* maxDev) {
     return RecognizeLine({pts, static_cast<std::size_t>(n)}, kNoLimit, maxDev).release();
@@ -280,7 +280,7 @@ Spline* SketchRecognizer::RecognizeSingleSpline(int n, Vex::Math::Point2* pts, d
                            maxDev);
 }
 
-// --- Break points -----------------------------------------------------------------------------------------
+// --- Break points
 
 void SketchRecognizer::GetBreaks(std::vector<int>& breaks) const {
     GetContinuityBreaks(breaks, kContinuityGap, preferences_.AskTangentAngleThreshold(),
@@ -311,7 +311,7 @@ void SketchRecognizer::MergeBreakPoints(std::vector<int>& breaks) const {
     MergeShortPieces(lengthTo_, breaks);
 }
 
-// --- Measures of a piece ----------------------------------------------------------------------------------
+// --- Measures of a piece
 
 void SketchRecognizer::AskRecognitionTolerances(int first, int last, double tol[4]) const {
     double absolute[4];

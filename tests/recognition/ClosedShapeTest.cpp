@@ -96,6 +96,26 @@ TEST(CloseRoundStroke, NearlyRoundStrokesBecomeCircles) {
     }
 }
 
+// The ends of a slender oval bend enough to break the stroke; the pieces give way all the same.
+TEST(CloseRoundStroke, OvalsThatCameInPieces) {
+    Stroke stroke;
+    for (const StrokePoint& p : DrawEllipse({0, 0}, 100, 40, 0.2, 1.0, 1.0 + kTurn, 100))
+        stroke.AddPoint(p);
+    SketchRecognizer recognizer;
+    recognizer.Recognize(stroke, true, CurveType_Line);
+    const std::vector<RecognizedGeometry*> pieces = recognizer.GetResults();
+    ASSERT_GT(pieces.size(), 1U);
+    ASSERT_TRUE(CloseRoundStroke(recognizer)); // deletes the pieces
+    ASSERT_EQ(recognizer.GetResults().size(), 1U);
+    RecognizedGeometry* result = recognizer.GetResults().front();
+    const std::unique_ptr<Curve> curve(&result->GetResult());
+    EXPECT_EQ(curve->GetType(), CurveType_Ellipse);
+    EXPECT_TRUE(curve->IsClosed());
+    EXPECT_EQ(result->GetStartIndex(), 0);
+    EXPECT_EQ(result->GetEndIndex(), 99);
+    delete result;
+}
+
 TEST(CloseRoundStroke, EndsMustMeet) {
     // 500 units long: the ends may be 20 apart.
     const double radius = 80.0;

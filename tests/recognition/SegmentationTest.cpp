@@ -23,7 +23,6 @@ using Testing::Samples;
 using Breaks = std::vector<int>;
 
 // --- Oracles: the rules taken word by word, without sharing work between samples
-// ----------------------------
 
 double TurnCosine(const Samples& p, std::size_t i, std::size_t k) {
     Point a = p[i] - p[i - k];
@@ -178,7 +177,6 @@ Breaks Varying(const std::vector<double>& speeds, double ratio = 0.3) {
 }
 
 // --- Against the oracles
-// ------------------------------------------------------------------------------------
 
 TEST(Segmentation, RandomStrokesFollowTheRulesWordByWord) {
     std::mt19937 rng(20240607);
@@ -240,7 +238,6 @@ TEST(Segmentation, JoinOfRandomLists) {
 }
 
 // --- Turning
-// ------------------------------------------------------------------------------------------------
 
 TEST(ContinuityBreaks, SquareHasItsThreeInnerCorners) {
     const Samples square = DrawPath({{0, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}}, 100);
@@ -289,7 +286,6 @@ TEST(ContinuityBreaks, RepeatedSamplesCountAsATurn) {
 }
 
 // --- Speed
-// --------------------------------------------------------------------------------------------------
 
 TEST(SpeedBreaks, SlowestSampleOfEachSlowRun) {
     std::vector<double> speeds(40, 10.0);

@@ -43,7 +43,6 @@ double AngleDifference(double a, double b) {
 }
 
 // --- Covered angles
-// -----------------------------------------------------------------------------------------
 
 // The rule as it is told: sort the angles, append the first one turn later, take the first widest gap.
 AngularRange SortedCover(std::vector<double> angles) {
@@ -124,7 +123,6 @@ TEST(AngularCover, DirectionsAroundAngleZero) {
 }
 
 // --- Line
-// ---------------------------------------------------------------------------------------------------
 
 TEST(SingleLine, RunsFromOutermostToOutermostProjectionAsThePenDid) {
     std::vector<Point2> pts = {{1, 1}, {0, 0}, {3, 3}, {5, 5}, {4, 4}}; // overshoots at both ends
@@ -161,7 +159,6 @@ TEST(SingleLine, NeedsTwoPlaces) {
 }
 
 // --- Arc
-// ----------------------------------------------------------------------------------------------------
 
 TEST(SingleArc, CounterClockwiseOverThePointsWhicheverWayThePenRan) {
     for (const double sweep : {20.0, 90.0, 180.0, 270.0, 330.0, 341.0})
@@ -218,7 +215,6 @@ TEST(SingleArc, LimitAndStraightPoints) {
 }
 
 // --- Ellipse
-// ------------------------------------------------------------------------------------------------
 
 TEST(SingleEllipse, ArcEndsWhereThePointsEnd) {
     for (const double sweep : {150.0, 270.0, 341.0})
@@ -250,7 +246,6 @@ TEST(SingleEllipse, MoreThan95PercentOnlyWhenFull) {
 }
 
 // --- Ellipse check
-// ------------------------------------------------------------------------------------------
 
 double DistanceToPath(const Point& p, const std::vector<Point2>& pts) {
     double nearest = 1e300;
