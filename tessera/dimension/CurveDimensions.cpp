@@ -19,8 +19,29 @@ bool Contains(const std::vector<Curve*>& curves, const Curve* curve) {
     return std::find(curves.begin(), curves.end(), curve) != curves.end();
 }
 
+template <class T>
+void Erase(std::vector<T*>& list, const T* entry) {
+    const auto place = std::find(list.begin(), list.end(), entry);
+    if (place != list.end())
+        list.erase(place);
+}
+
 bool IsAnyFinalized(const DimensionList& list) {
     return std::any_of(list.begin(), list.end(), [](const DimensionBase* d) { return d->GetIsFinalized(); });
+}
+
+/// Dimensions of one curve, by the kind of curve that they measure.
+bool CanCarry(const Curve& curve, int type) {
+    switch (type) {
+    case Dimension::Length:
+    case Dimension::Horizontal:
+    case Dimension::Vertical:
+        return curve.GetType() == CurveType_Line;
+    case Dimension::Radial:
+        return curve.GetType() == CurveType_Arc;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -56,29 +77,44 @@ Curve* Curve::DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& c
     return copy.release();
 }
 
-// --- The list
+// --- The list. Every entry has its back reference in the dimension, so that either side can go first.
 
 void Curve::AddDimension(DimensionBase* d) {
     if (d == nullptr || HasDimension(d))
         return;
     if (d->GetIsFinalized())
         LogForChange();
+    d->listedBy_.push_back(this);
     dimensions_.push_back(d);
 }
 
 bool Curve::RemoveDimension(DimensionBase* d) {
-    const auto place = std::find(dimensions_.begin(), dimensions_.end(), d);
-    if (place == dimensions_.end())
+    if (!HasDimension(d))
         return false;
     if (d->GetIsFinalized())
         LogForChange();
-    dimensions_.erase(place);
+    Erase(d->listedBy_, this);
+    DropDimension(d);
     return true;
 }
 
 void Curve::ClearDimensions() {
     if (IsAnyFinalized(dimensions_))
         LogForChange();
+    for (DimensionBase* d : dimensions_)
+        Erase(d->listedBy_, this);
+    dimensions_.clear();
+}
+
+void Curve::DropDimension(const DimensionBase* d) {
+    Erase(dimensions_, d);
+}
+
+void Curve::ReleaseDimensions() {
+    for (DimensionBase* d : dimensions_) {
+        Erase(d->listedBy_, this);
+        d->ForgetCurve(this);
+    }
     dimensions_.clear();
 }
 
@@ -104,11 +140,14 @@ void Curve::ReplaceDimension(int index, DimensionBase* d) {
         return;
     if (d->GetIsFinalized() || dimensions_[index]->GetIsFinalized())
         LogForChange();
+    Erase(dimensions_[index]->listedBy_, this);
     // One entry per dimension, also when d was listed elsewhere.
     const auto listed = std::find(dimensions_.begin(), dimensions_.end(), d);
     dimensions_[index] = d;
     if (listed != dimensions_.end())
         dimensions_.erase(listed);
+    else
+        d->listedBy_.push_back(this);
 }
 
 // --- Queries by kind
@@ -155,22 +194,23 @@ void Curve::LogDimensionFinalize(DimensionBase* d, bool /*finalized*/) {
         LogForChange();
 }
 
-// There is no kind of dimension to be made yet: one that the curve already carries is brought up to date, and
-// where it carries none the answer is null.
+// --- Dimensions made for a curve
 
-DimensionBase* Curve::CreateUpdateDimension(int type, bool /*create*/, double /*textHeightOffset*/,
-                                            double /*fontHeight*/) {
+DimensionBase* Curve::CreateUpdateDimension(int type, bool create, double textHeightOffset,
+                                            double fontHeight) {
     DimensionList listed;
     GetDimensionsOfType(nullptr, type, listed);
-    if (listed.empty())
+    if (!listed.empty()) {
+        listed.front()->UpdateDimension();
+        return listed.front();
+    }
+    if (!create || !CanCarry(*this, type))
         return nullptr;
-    listed.front()->UpdateDimension();
-    return listed.front();
+    return DimensionBase::CreateDimensionByType(static_cast<Dimension::DimensionType_e>(type), this,
+                                                textHeightOffset, fontHeight);
 }
 
 void Curve::CreateSameDimensions(Curve* other) {
-    if (other == nullptr || other == this)
-        return;
     for (const int type : {Dimension::Length, Dimension::Horizontal, Dimension::Vertical, Dimension::Radial})
         CreateSameDimensionOfType(other, type);
 }
@@ -180,8 +220,13 @@ void Curve::CreateSameDimensionOfType(Curve* other, int type) {
         return;
     DimensionList theirs;
     other->GetDimensionsOfType(nullptr, type, theirs);
-    if (!theirs.empty())
-        CreateUpdateDimension(type, true, 0.0, 0.0);
+    if (theirs.empty())
+        return;
+    const DimensionBase& model = *theirs.front();
+    DimensionBase* same =
+        CreateUpdateDimension(type, true, model.GetTextHeightOffset(), model.GetFontHeight());
+    if (same != nullptr)
+        same->SetIsFinalized(model.GetIsFinalized());
 }
 
 } // namespace Tessera::Geometry

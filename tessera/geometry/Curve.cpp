@@ -37,6 +37,7 @@ Curve::Curve(const Curve& other) : DisplayableObject(other) {
 }
 
 Curve::~Curve() {
+    ReleaseDimensions();
     evcrvf(curve_);
 }
 

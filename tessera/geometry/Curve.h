@@ -4,7 +4,7 @@
 // Units      model units; parameters as the record has them (angles in radians, else 0 to 1).
 // Errors     thrown as char* texts (see ThrowMessage); a failed call leaves the curve as it was.
 // Ownership  functions that return a new curve hand it to the caller, who deletes it. Dimensions are
-//            referred to, never owned: destroy them before their curves.
+//            referred to, never owned; curves and their dimensions may be destroyed in any order.
 #pragma once
 
 #include <unordered_set>
@@ -163,6 +163,12 @@ protected:
     KC_CURVE_struct_s* curve_ = nullptr;
 
 private:
+    friend class Dimension::DimensionBase; // drops its entry when it is destroyed
+    /// Erases the entry without a report.
+    void DropDimension(const Dimension::DimensionBase* d);
+    /// Tells the listed dimensions that this curve is no more.
+    void ReleaseDimensions();
+
     mutable BoundingBox box_;
     mutable bool boxStale_ = true;
     std::vector<Dimension::DimensionBase*> dimensions_;

@@ -28,13 +28,7 @@ public:
     }
     DimensionBase* Copy() const override { return new PlainDimension(*this); }
     bool Replace(TaggedObject* /*other*/) override { return false; }
-    bool IsInPolygon(int /*n*/, double* /*xs*/, double* /*ys*/) override { return false; }
-    bool IsCrossPolygon(int /*n*/, double* /*xs*/, double* /*ys*/) override { return false; }
-    void SetIsFinalized(bool finalized) override {
-        for (Curve* parent : parents_)
-            parent->LogDimensionFinalize(this, finalized);
-        isFinalized_ = finalized;
-    }
+    void SetIsFinalized(bool finalized) override { ChangeIsFinalized(finalized); }
     void UpdateDimension() override {
         ++updates;
         if (onUpdate)
@@ -44,7 +38,19 @@ public:
     void GetParentCurves(std::vector<Curve*>& curves) const override {
         curves.insert(curves.end(), parents_.begin(), parents_.end());
     }
+    void AddGeometry(Curve* curve) override { parents_.push_back(curve); }
+    bool MoveDimDeco(const Tessera::Dimension::DragData* /*drag*/) override { return false; }
+    double ComputeNewValue(const Point& /*p*/, int /*side*/) const override { return GetAnnotation(); }
+    double GetDistanceToPoint(const Point& /*p*/, int& /*part*/) override { return 0.0; }
+    int ComputeUpdateSide(const Point& /*p*/) const override { return -1; }
+    Point GetAnnotationMidPoint() override { return GetOrigin(); }
+    Point GetReferencePoint() const override { return GetOrigin(); }
+    void GetUpdateCurves(int /*side*/, std::vector<Curve*>& /*curves*/) const override {}
+    bool CanUpdate() const override { return true; }
     bool IsValid() const override { return isValid; }
+    void GetTempDimDecoObjects(std::vector<Curve*>& /*curves*/, std::vector<Point>& /*arrowPoints*/,
+                               bool /*flag*/) const override {}
+    void GetOrientedTextBox(std::vector<Point>& /*corners*/) const override {}
 
     int updates = 0;
     bool isValid = true;
