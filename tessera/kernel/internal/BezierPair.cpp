@@ -1,6 +1,7 @@
 #include "tessera/kernel/internal/BezierPair.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "tessera/kernel/internal/BcurveSpans.h"
@@ -51,6 +52,7 @@ struct Piece {
 };
 
 Piece MakePiece(const BezierSpan& span) {
+    assert(span.degree >= 1 && span.degree <= Bernstein::kMaxSpanDegree);
     Piece piece;
     piece.degree = span.degree;
     piece.polynomial = span.polynomial;
