@@ -113,7 +113,7 @@ void Curve::DropDimension(const DimensionBase* d) {
 void Curve::ReleaseDimensions() {
     for (DimensionBase* d : dimensions_) {
         Erase(d->listedBy_, this);
-        d->ForgetCurve(this);
+        d->ExchangeCurve(this, nullptr);
     }
     dimensions_.clear();
 }

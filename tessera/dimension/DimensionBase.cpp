@@ -181,6 +181,34 @@ void DimensionBase::FollowParents(const CurveList& former) {
     AttachToParents();
 }
 
-void DimensionBase::ForgetCurve(const Curve* /*curve*/) {}
+bool DimensionBase::ReplaceParent(Curve* replacement) {
+    if (replacement == nullptr)
+        return false;
+    const CurveList former = DistinctParents(*this);
+    auto place = std::find_if(former.begin(), former.end(),
+                              [&](const Curve* curve) { return curve->GetId() == replacement->GetId(); });
+    if (place == former.end())
+        place = std::find_if(former.begin(), former.end(),
+                             [&](const Curve* curve) { return curve->GetType() == replacement->GetType(); });
+    if (place == former.end() || (*place)->GetType() != replacement->GetType())
+        return false;
+    LogForChange();
+    ExchangeCurve(*place, replacement);
+    FollowParents(former);
+    return true;
+}
+
+DimensionBase* DimensionBase::DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const {
+    const bool isCopied = copies.count(GetId()) != 0;
+    // The base enters the copy in the map before any parent is copied: their dimensions lead back here.
+    auto* copy = static_cast<DimensionBase*>(TaggedObject::DeepCopy(ids, copies));
+    if (isCopied || copy == nullptr)
+        return copy;
+    for (const Curve* parent : DistinctParents(*this))
+        copy->ExchangeCurve(parent, parent->DeepCopy(ids, copies));
+    if (IsAttached())
+        copy->AttachToParents();
+    return copy;
+}
 
 } // namespace Tessera::Dimension

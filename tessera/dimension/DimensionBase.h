@@ -52,6 +52,9 @@ public:
     /// Moves the origin and scales the font height and both text offsets by 1 / m[2][2]. Value, orientation
     /// and decoration follow the curves at the next update.
     void Transform(double m[3][3]) override;
+    /// The copy refers to the deep copies of this dimension's parents, which are made when they are missing,
+    /// and is attached to them if this one is attached.
+    DimensionBase* DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const override;
     /// Reports only finalized dimensions: one under construction or shown as a preview stays unknown to the
     /// host.
     void LogForChange() override;
@@ -174,8 +177,10 @@ public:
     static bool RemoveDimensionOnCurve(Geometry::Curve* curve, DimensionBase* dim);
 
 protected:
-    /// Drops every reference to a parent that is being destroyed; curve is only good for comparing.
-    virtual void ForgetCurve(const Geometry::Curve* curve);
+    /// Puts another curve of the same kind, or null, in place of a parent wherever it is referred to; without
+    /// a report, attachment or update. A null replacement may mean that the parent is being destroyed: it is
+    /// only good for comparing then.
+    virtual void ExchangeCurve(const Geometry::Curve* parent, Geometry::Curve* replacement) = 0;
 
     /// The measured value: reported and stored like a typed one, but it will not move geometry.
     void StoreAnnotation(double value);
@@ -189,6 +194,9 @@ protected:
     bool IsAttached() const { return !listedBy_.empty(); }
     /// Attaches to each parent that does not list this dimension yet.
     void AttachToParents();
+    /// ReplaceCurve of every kind: the replacement takes the place of the parent with its identifier, else of
+    /// the first parent of its curve type; attachment moves along, no update. False when there is none.
+    bool ReplaceParent(Geometry::Curve* replacement);
     /// After a change of parents: leaves the former ones and, if it was attached to any, joins the new ones.
     void FollowParents(const std::vector<Geometry::Curve*>& former);
     /// Assigns what all kinds share except the finalized flag, each field reported; no pending edit remains.

@@ -56,6 +56,12 @@ public:
     bool isValid = true;
     std::function<void()> onUpdate;
 
+protected:
+    void ExchangeCurve(const Curve* parent, Curve* replacement) override {
+        std::replace(parents_.begin(), parents_.end(), const_cast<Curve*>(parent), replacement);
+        parents_.erase(std::remove(parents_.begin(), parents_.end(), nullptr), parents_.end());
+    }
+
 private:
     DimensionType_e type_;
     std::vector<Curve*> parents_;
