@@ -45,9 +45,8 @@ TEST(ArcLength, AgreesWithAnotherQuadrature) {
             std::swap(from, to);
         // Breaks: the knots of a B-curve; short arcs of thin ellipses.
         std::vector<double> breaks = {from};
-        for (double q = std::floor(from) - 1.0; q < to; q += kPi / 64)
-            if (kind < 5 && q > from)
-                breaks.push_back(q);
+        for (int i = 1; kind < 5 && from + i * kPi / 64 < to; ++i)
+            breaks.push_back(from + i * kPi / 64);
         if (kind >= 5) {
             const BCURVE_DATA* d = static_cast<EVC_bcurve_s*>(c->data)->definition;
             const double lo = d->knots[d->degree], hi = d->knots[d->numPoles];

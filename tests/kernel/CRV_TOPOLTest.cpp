@@ -295,6 +295,7 @@ TEST(Intersect, EveryAllocationFailureIsReported) {
     const RecordPtr line = records::Line(-1, 0.1, 1, 0.05), ellipse = records::Ellipse(0, 0, 0.9, 0.3, 1.0);
     records::Random random(7);
     std::vector<RecordPtr> splines;
+    splines.reserve(3);
     for (int k = 0; k < 3; ++k)
         splines.push_back(random.Spline(4, 1.0, {0, 0}));
     const auto sweep = [](const auto& run) {
@@ -348,6 +349,7 @@ TEST(Intersect, BadInputIsRefused) {
 // Long poly-lines against everything, found by counting sign changes of the samples.
 TEST(Intersect, LongPolylines) {
     std::vector<std::array<double, 3>> wave;
+    wave.reserve(200'001);
     int expected = 0;
     const auto height = [](double x) { return 5.0 * std::sin(10.0 * x) - (0.1 + 1e-4 * x); };
     for (int i = 0; i <= 200'000; ++i) {

@@ -112,6 +112,7 @@ TEST(Overlap, PiecesOfOneCurve) {
 
 TEST(Overlap, LongPolylines) {
     std::vector<std::array<double, 3>> vertices;
+    vertices.reserve(20000);
     for (int i = 0; i < 20000; ++i)
         vertices.push_back({0.01 * i, std::sin(0.05 * i), 1.0});
     const RecordPtr whole = records::Bcurve(2, vertices);

@@ -175,6 +175,7 @@ TEST(CurveInversion, LinesAreUnboundedUnlessAsked) {
 // one.
 TEST(CurveInversion, NeverStaysInALocalTrap) {
     std::vector<std::array<double, 3>> comb;
+    comb.reserve(60);
     for (int i = 0; i < 60; ++i)
         comb.push_back({0.5 * i, i % 2 == 0 ? 0.0 : 20.0, 1.0});
     const RecordPtr c = records::Bcurve(4, comb);
@@ -188,6 +189,7 @@ TEST(CurveInversion, NeverStaysInALocalTrap) {
 
 TEST(CurveInversion, LongPolylineIsScannedWithoutMemory) {
     std::vector<std::array<double, 3>> vertices;
+    vertices.reserve(1'000'000);
     for (int i = 0; i < 1'000'000; ++i)
         vertices.push_back({0.001 * i, std::sin(0.01 * i), 1.0});
     const RecordPtr c = records::Bcurve(2, vertices);

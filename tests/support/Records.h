@@ -81,18 +81,20 @@ public:
         const int n = order + Below(12);
         const bool rational = Below(2) == 0;
         std::vector<std::array<double, 3>> poles;
+        poles.reserve(static_cast<std::size_t>(n));
         for (int i = 0; i < n; ++i)
             poles.push_back(
                 {at.x + size * In(-1, 1), at.y + size * In(-1, 1), rational ? In(0.3, 3.0) : 1.0});
         if (Below(4) == 0) // coincident poles, never all of them
             poles[1] = poles[0];
         std::vector<double> knots;
+        knots.reserve(poles.size() + 8);
         for (int i = 0; i < n + order; ++i)
             knots.push_back(std::clamp((i - order + 1) / static_cast<double>(n - order + 1), 0.0, 1.0) * 4.0 -
                             1.0);
         if (order > 2 && n > 2 * order && Below(2) == 0) // a kink: an inner knot of multiplicity degree
             for (int k = 1; k < order - 1; ++k)
-                knots[static_cast<std::size_t>(order + k)] = knots[static_cast<std::size_t>(order)];
+                *(knots.begin() + order + k) = *(knots.begin() + order);
         return Bcurve(order, poles, knots);
     }
 
