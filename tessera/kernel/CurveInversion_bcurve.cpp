@@ -27,7 +27,7 @@ struct Candidate {
 // Least and largest squared distance from p to the box and the poles first .. last.
 void HullBounds(const BCURVE_DATA* d, int first, int last, const double p[3], double* leastSq,
                 double* mostSq) {
-    double lo[3], hi[3];
+    double lo[3] = {}, hi[3] = {};
     *mostSq = 0.0;
     for (int i = first; i <= last; ++i) {
         double distanceSq = 0.0;
