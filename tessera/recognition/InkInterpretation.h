@@ -1,0 +1,134 @@
+// InkInterpretation - reads one pen stroke as the exact curves its drawer meant, with the joints between
+// them.
+//
+// The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
+// trying to draw. Whole hypotheses (one curve, a closed round shape, a chain of lines and arcs, the rules'
+// own pieces) are compared by what it costs to describe the ink with them, and the cheapest is made exact:
+// corners where neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
+//
+// Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
+//             where earlier curves come in: what is near them is judged by the preferences' distances.
+// Preferences curveTidy (crumbs, merging, exact joints), reduceInkCurveDeviation (several hypotheses instead
+// of
+//             the rules' reading alone), changeCurveType (a simpler kind of curve where it fits as well),
+//             regularPolygonRecognition (rectangles, parallelograms, regular polygons made exact), snapping
+//             (axis directions, end points to earlier curves), oversketch, thinWallRecognition, doScribble.
+//             With all of them off the reading is the rules' own.
+// Ownership   a reading owns its curves; earlier curves are borrowed for the call.
+// Errors      thrown as char* texts: "InterpretInk - a sample is not finite". Nothing is changed then.
+// Cost        linear in the samples.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "tessera/core/Export.h"
+#include "tessera/geometry/Curve.h"
+#include "tessera/geometry/Point.h"
+#include "tessera/recognition/SketchRecognizerPreferences.h"
+#include "tessera/recognition/SnapPoint.h"
+
+namespace Tessera::Geometry {
+
+struct InkSample {
+    double x = 0.0;
+    double y = 0.0;
+    double t = 0.0; ///< time stamp, in any unit
+};
+
+struct InkStroke {
+    std::vector<InkSample> samples; ///< in drawing order; repeated positions are passed over
+    bool hasTimes = false;          ///< whether the samples' times mean anything
+};
+
+/// What the stroke as a whole was read as; the first that fits.
+enum class InkShape : std::int32_t {
+    Nothing,  ///< no two different positions: no curves
+    Scribble, ///< the gesture that erases: no curves
+    Retrace,  ///< an earlier curve drawn over: see InkReading::retraced
+    ThinWall, ///< drawn forth and back along itself
+    Line,
+    Arc,         ///< a circular arc
+    EllipticArc, ///< an arc of an ellipse
+    Circle,      ///< one full circle
+    Ellipse,     ///< one full ellipse
+    Spline,      ///< one free-form curve, open or closed
+    Triangle,    ///< three lines, closed; from here to Polygon all corners are joined
+    Square,      ///< four equal sides, four right angles
+    Rectangle,   ///< four right angles
+    Rhombus,     ///< four equal sides
+    Parallelogram,
+    Quadrilateral,
+    RegularPolygon, ///< three, or five to twelve, equal sides and angles
+    Polygon,        ///< any other closed chain of lines
+    Polyline,       ///< an open chain of lines
+    Chain,          ///< several curves, not all of them lines, open or closed
+    Pieces          ///< several curves that do not form one chain
+};
+
+enum class CurveEnd : std::int32_t { Start, End };
+
+/// One curve of a reading, in the order in which the pen drew them.
+struct InterpretedCurve {
+    std::unique_ptr<Curve> curve;
+    int firstSample = 0; ///< the ink it stands for: samples firstSample to lastSample, both included. Where a
+    int lastSample = 0;  ///< side runs across the start of a closed stroke, firstSample is above lastSample.
+    double maxDeviation = 0.0; ///< largest distance of that ink from the curve, model units
+    bool isReversed = false;   ///< the pen ran from the curve's end to its start (arcs run counter-clockwise)
+
+    /// The end that the pen came to first (last).
+    CurveEnd First() const { return isReversed ? CurveEnd::End : CurveEnd::Start; }
+    CurveEnd Last() const { return isReversed ? CurveEnd::Start : CurveEnd::End; }
+};
+
+enum class JointKind : std::int32_t {
+    Corner, ///< the direction changes
+    Tangent ///< the direction does not change
+};
+
+/// Two ends of curves of the reading that are the same point.
+struct InkJoint {
+    int before = 0; ///< index of the curve that the pen leaves
+    int after = 0;  ///< index of the curve that it enters; may equal `before` for a closed spline
+    CurveEnd beforeEnd = CurveEnd::End;
+    CurveEnd afterEnd = CurveEnd::Start;
+    JointKind kind = JointKind::Corner;
+    bool isClosing = false; ///< where the end of the stroke meets its start
+    Point position;
+    double turnDeg = 0.0; ///< change of direction, counter-clockwise positive, in (-180, 180]
+};
+
+/// An end of a curve of the reading that was put onto a key point of an earlier curve.
+struct InkConnection {
+    int curve = 0;
+    CurveEnd end = CurveEnd::Start;
+    int earlier = 0; ///< index in the earlier curves
+    SnapPointType_e keyPoint = SnapPointType_None;
+    Point position;
+};
+
+struct InkReading {
+    InkShape shape = InkShape::Nothing;
+    std::vector<InterpretedCurve> curves;
+    std::vector<InkJoint> joints; ///< in drawing order, the closing one last
+    std::vector<InkConnection> connections;
+    int retraced = -1; ///< index of the earlier curve that curves[0] is the new form of, or -1
+    int cusps = 0;     ///< inner cusps of a scribble
+    bool isClosed = false;
+    double handSpread = 0.0; ///< how far this hand strays from what it draws (one sigma), model units
+};
+
+/// Reads one stroke.
+///
+/// @param ink      at least two different positions for a reading with curves.
+/// @param earlier  curves of the drawing so far, oldest first; null ones are passed over.
+///
+/// A retraced curve is not touched: curves[0] holds its new form, of the same kind where the ink allows.
+/// Give a curve of the same kind its new geometry with Curve::CopyCurveData, which keeps its identifier,
+/// display data and dimensions.
+TESSERA_API InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
+                                    std::span<Curve* const> earlier = {});
+
+} // namespace Tessera::Geometry
