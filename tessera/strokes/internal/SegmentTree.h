@@ -131,6 +131,10 @@ private:
 
     template <class P>
     void Build(std::span<const P> points, const Node& node);
+    /// Calls stopsAt(i), in ascending order, for the segments of every leaf that no box on the way to it
+    /// keeps out, until it answers true.
+    template <class Enters, class StopsAt>
+    void Walk(Enters enters, StopsAt stopsAt) const;
 
     int segments_;
     int leaves_;
@@ -179,16 +183,15 @@ double SegmentTree::DistanceSq(std::span<const P> points, double x, double y) co
     return best;
 }
 
-template <class P>
-int SegmentTree::FindWithin(std::span<const P> points, double x, double y, double tol) const {
-    const double tolSq = tol * tol;
+template <class Enters, class StopsAt>
+void SegmentTree::Walk(Enters enters, StopsAt stopsAt) const {
     Stack stack;
     if (leaves_ > 0) {
         stack.Push(Root());
     }
     while (stack.size > 0) {
         const Node node = stack.Pop();
-        if (!(nodes_[node.index].DistanceSq(x, y) <= tolSq)) {
+        if (!enters(nodes_[node.index])) {
             continue;
         }
         if (!node.IsLeaf()) {
@@ -197,36 +200,34 @@ int SegmentTree::FindWithin(std::span<const P> points, double x, double y, doubl
             continue;
         }
         for (int i = FirstSegment(node); i < EndSegment(node); ++i) {
-            if (SegmentDistanceSq(points[i], points[i + 1], x, y) <= tolSq) {
-                return i;
+            if (stopsAt(i)) {
+                return;
             }
         }
     }
-    return -1;
+}
+
+template <class P>
+int SegmentTree::FindWithin(std::span<const P> points, double x, double y, double tol) const {
+    const double tolSq = tol * tol;
+    int found = -1;
+    Walk([&](const PlaneRegion& box) { return box.DistanceSq(x, y) <= tolSq; },
+         [&](int i) {
+             found = SegmentDistanceSq(points[i], points[i + 1], x, y) <= tolSq ? i : -1;
+             return found >= 0;
+         });
+    return found;
 }
 
 template <class P, class Visit>
 void SegmentTree::VisitMeeting(std::span<const P> points, const PlaneRegion& region, Visit visit) const {
-    Stack stack;
-    if (leaves_ > 0) {
-        stack.Push(Root());
-    }
-    while (stack.size > 0) {
-        const Node node = stack.Pop();
-        if (!nodes_[node.index].Meets(region)) {
-            continue;
-        }
-        if (!node.IsLeaf()) {
-            stack.Push(node.Right());
-            stack.Push(node.Left());
-            continue;
-        }
-        for (int i = FirstSegment(node); i < EndSegment(node); ++i) {
-            if (SegmentRegion(points, i).Meets(region)) {
-                visit(i);
-            }
-        }
-    }
+    Walk([&](const PlaneRegion& box) { return box.Meets(region); },
+         [&](int i) {
+             if (SegmentRegion(points, i).Meets(region)) {
+                 visit(i);
+             }
+             return false;
+         });
 }
 
 /// "Is any segment within tol of this point?", asked for many points in a row that move along the poly-line.
