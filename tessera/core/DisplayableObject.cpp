@@ -5,9 +5,11 @@ namespace Tessera::Core {
 
 DisplayableObject::DisplayableObject() = default;
 
+// NOLINTNEXTLINE(bugprone-copy-constructor-init): the copy takes a new identifier
 DisplayableObject::DisplayableObject(const DisplayableObject& other)
     : TaggedObject(), displayData_(other.displayData_) {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): plain values only, the group stays
 DisplayableObject& DisplayableObject::operator=(const DisplayableObject& other) {
     TaggedObject::operator=(other);
     displayData_ = other.displayData_;

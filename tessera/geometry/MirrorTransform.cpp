@@ -5,6 +5,7 @@
 
 namespace Tessera::Core {
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the exported signature takes the points by value
 void ComposeMirrorTransform(Geometry::Point a, Geometry::Point b, double M[3][3]) {
     ComposeIdentityTransform(M);
     Geometry::Vector u(a, b);
