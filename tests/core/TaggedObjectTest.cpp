@@ -99,30 +99,22 @@ TEST(TaggedObject, ChangesReachTheHost) {
 
 TEST(TaggedObject, HostsMayLackServices) {
     Group group;
-    int ownersAsked = 0;
-    int changes = 0;
-    int owner = 0;
+    int owner = 0, ownersAsked = 0, changes = 0;
     CRKCoreCallbacks callbacks;
-    callbacks.getOwner = [&]() -> void* { return ++ownersAsked, nullptr; };
-    callbacks.logChange = [&](std::int64_t, TaggedObject*, std::int32_t) { ++changes; };
-    callbacks.askDigits = [&](std::int64_t) { return ++changes; };
     const auto report = [&] {
         TesseraCore_InitCallbacks(&callbacks);
         group.LogForChange();
         return AskLengthUnitCode();
     };
-    EXPECT_EQ(report(), 0);
-    EXPECT_EQ(ownersAsked, 0) << "the owner is of no use without a context service";
-    callbacks.getContext = [](void*) -> std::int64_t { return 5; };
-    EXPECT_EQ(report(), 0) << "no owner, no context";
-    EXPECT_EQ(ownersAsked, 2);
+    callbacks.getOwner = [&]() -> void* { return ++ownersAsked, nullptr; };
+    callbacks.logChange = [&](std::int64_t, TaggedObject*, std::int32_t) { ++changes; };
+    callbacks.askDigits = [&](std::int64_t) { return ++changes; };
+    EXPECT_TRUE(report() == 0 && ownersAsked == 0) << "the owner is of no use without a context service";
+    callbacks.getContext = [&](void* asked) -> std::int64_t { return asked == &owner ? 0 : 5; };
+    EXPECT_TRUE(report() == 0 && ownersAsked == 2) << "no owner, no context";
     callbacks.getOwner = [&]() -> void* { return &owner; };
-    callbacks.getContext = [](void*) -> std::int64_t { return 0; };
-    EXPECT_EQ(report(), 0);
-    EXPECT_EQ(changes, 0);
-    callbacks.getContext = [&](void* o) -> std::int64_t { return o == &owner ? 5 : 0; };
-    callbacks.logChange = nullptr;
-    callbacks.askDigits = nullptr;
+    EXPECT_TRUE(report() == 0 && changes == 0) << "context 0";
+    callbacks = {callbacks.getOwner, [](void*) -> std::int64_t { return 5; }, nullptr, nullptr};
     EXPECT_EQ(report(), 0);
     callbacks.getOwner = nullptr;
     EXPECT_THROW(report(), std::bad_function_call);

@@ -1,6 +1,6 @@
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <array>
 #include <cmath>
@@ -16,6 +16,7 @@ namespace {
 
 using Prefs = SketchRecognizerPreferences;
 using Four = std::array<double, 4>;
+using ::testing::ElementsAre;
 using Testing::ThrownMessage;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -32,105 +33,82 @@ Four RelativeOf(const Prefs& prefs) {
     return values;
 }
 
-TEST(SketchRecognizerPreferences, Defaults) {
-    const Prefs p;
-    EXPECT_TRUE(p.GetZoomFactor() == 1 && p.AskSpeedFactor() == 1 && p.AskContextScale() == 1);
-    EXPECT_TRUE(!p.AskUseSpeedFactor() && p.AskStandardSpeed() == 1.25 && p.AskLinearFactorOfSpeedTol() == 1);
-    EXPECT_EQ(p.AskSegmentationScheme(), Prefs::SegmentationScheme_Speed2);
-    EXPECT_EQ(p.AskSpeed1Ratio(), 0.06666666666666667);
-    EXPECT_TRUE(p.AskSpeed2Ratio() == 0.3 && p.AskTangentAngleThreshold() == 50);
-    EXPECT_TRUE(p.AskTangentPointInterval() == 8 && p.AskPeriodicAngleThreshold() == 20);
-    EXPECT_EQ(p.AskToleranceScheme(), Prefs::ToleranceScheme_Mixed);
-    EXPECT_EQ(AbsoluteOf(p), (Four{20, 40, 40, 5}));
-    EXPECT_EQ(RelativeOf(p), (Four{0.05, 0.04, 0.05, 0.025}));
-    double a = 0, b = 0;
-    p.AskCloseStrokeTolerances(&a, &b);
-    EXPECT_TRUE(a == 20 && b == 0.125 && p.AskMinimumRecognitionTolerance() == 2.5);
-    EXPECT_TRUE(p.AskSnapping() && p.AskSnapAngleCreate() == 5 && p.AskSnapDistanceCreate() == 10);
-    EXPECT_TRUE(p.AskSnapAngleEdit() == 3 && p.AskSnapDistanceEdit() == 6.25);
-    EXPECT_EQ(p.AskSnapCandidateCount(), 5);
-    EXPECT_TRUE(p.GetCurveTidy() && p.GetReduceInkCurveDeviation() && p.GetChangeCurveType());
-    EXPECT_TRUE(p.AskDragScaleThreshold() == 40 && p.AskDragSnapMaxSpeed() == 8);
-    EXPECT_TRUE(p.AskDragShakeMinSpeed() == 3.2 && p.AskDragShakeTime() == 0.5);
-    p.AskOverSketchTolerances(&a, &b);
-    EXPECT_TRUE(p.AskOversketch() && a == 10 && b == 80);
-    EXPECT_TRUE(!p.GetThinWallRecognition() && p.GetRegularPolygonRecognition() && p.GetDoScribble());
-    EXPECT_TRUE(p.GetMinNumCusps() == 3 && p.GetReflectionAngle() == 70);
-    EXPECT_TRUE(p.GetScribbleTrimTolerance() == 40 && p.GetScribbleOverCurve());
-    EXPECT_TRUE(p.GetScribbleMinRotationAngle() == 720 && p.GetCurrentDisplayFontHeight() == 4);
+std::array<double, 2> CloseStrokeOf(const Prefs& prefs) {
+    std::array<double, 2> values{};
+    prefs.AskCloseStrokeTolerances(&values[0], &values[1]);
+    return values;
 }
 
-// Each checked scalar setter, the values just inside its bounds and those just outside.
+std::array<double, 2> OverSketchOf(const Prefs& prefs) {
+    std::array<double, 2> values{};
+    prefs.AskOverSketchTolerances(&values[0], &values[1]);
+    return values;
+}
+
+TEST(SketchRecognizerPreferences, Defaults) {
+    const Prefs p;
+    EXPECT_THAT((std::vector{p.GetZoomFactor(), p.AskContextScale(), p.AskSpeedFactor(), p.AskStandardSpeed(),
+                             p.AskLinearFactorOfSpeedTol(), p.AskSpeed1Ratio(), p.AskSpeed2Ratio(),
+                             p.AskTangentAngleThreshold(), p.AskPeriodicAngleThreshold(),
+                             p.AskMinimumRecognitionTolerance()}),
+                ElementsAre(1, 1, 1, 1.25, 1, 0.06666666666666667, 0.3, 50, 20, 2.5));
+    EXPECT_THAT((std::vector{p.AskSnapAngleCreate(), p.AskSnapDistanceCreate(), p.AskSnapAngleEdit(),
+                             p.AskSnapDistanceEdit(), p.AskDragScaleThreshold(), p.AskDragSnapMaxSpeed(),
+                             p.AskDragShakeMinSpeed(), p.AskDragShakeTime(), p.GetReflectionAngle(),
+                             p.GetScribbleTrimTolerance(), p.GetScribbleMinRotationAngle(),
+                             p.GetCurrentDisplayFontHeight()}),
+                ElementsAre(5, 10, 3, 6.25, 40, 8, 3.2, 0.5, 70, 40, 720, 4));
+    EXPECT_THAT((std::vector{p.AskSegmentationScheme(), p.AskTangentPointInterval(), p.AskToleranceScheme(),
+                             p.AskSnapCandidateCount(), p.GetMinNumCusps()}),
+                ElementsAre(2, 8, 2, 5, 3));
+    EXPECT_TRUE(p.AskSnapping() && p.GetCurveTidy() && p.GetReduceInkCurveDeviation());
+    EXPECT_TRUE(p.GetChangeCurveType() && p.AskOversketch() && p.GetRegularPolygonRecognition());
+    EXPECT_TRUE(p.GetDoScribble() && p.GetScribbleOverCurve());
+    EXPECT_FALSE(p.AskUseSpeedFactor() || p.GetThinWallRecognition());
+    EXPECT_THAT(AbsoluteOf(p), ElementsAre(20, 40, 40, 5));
+    EXPECT_THAT(RelativeOf(p), ElementsAre(0.05, 0.04, 0.05, 0.025));
+    EXPECT_THAT(CloseStrokeOf(p), ElementsAre(20, 0.125));
+    EXPECT_THAT(OverSketchOf(p), ElementsAre(10, 80));
+}
+
+// Each checked scalar setter, at the ends of its range and just outside them.
 TEST(SketchRecognizerPreferences, CheckedScalars) {
+    using P = Prefs;
     struct Row {
         const char* message;
-        void (Prefs::*set)(double);
-        double (Prefs::*get)() const;
-        std::vector<double> good, bad;
+        void (P::*set)(double);
+        double (P::*get)() const;
+        double lowest, highest, below, above;
     };
-    const double tol = EQ_ask_length_tolerance();
-    const double tiny = std::numeric_limits<double>::denorm_min();
-    const double huge = 1e300;
-    const double below45 = std::nextafter(45.0, 0.0);
-    const double above180 = std::nextafter(180.0, 200.0);
+    const double tol = EQ_ask_length_tolerance(), tiny = std::numeric_limits<double>::denorm_min();
+    const double below45 = std::nextafter(45.0, 0.0), above180 = std::nextafter(180.0, 200.0);
+    const double above1 = std::nextafter(1.0, 2.0), huge = 1e300;
+    const char *turn = "Invalid tangent angle threshold specified",
+               *angle = "Invalid snap angle threshold specified",
+               *gap = "Invalid snap distance threshold specified",
+               *least = "Invalid minimum tolerance specified";
     const Row rows[] = {
-        {"Invalid speed 1 ratio specified",
-         &Prefs::SetSpeed1Ratio,
-         &Prefs::AskSpeed1Ratio,
-         {tiny, 0.5, 1.0},
-         {0.0, -1.0, std::nextafter(1.0, 2.0), kNaN}},
-        {"Invalid speed 2 ratio specified",
-         &Prefs::SetSpeed2Ratio,
-         &Prefs::AskSpeed2Ratio,
-         {tiny, 5.0, huge},
-         {0.0, -1.0, kNaN}},
-        {"Invalid tangent angle threshold specified",
-         &Prefs::SetTangentAngleThreshold,
-         &Prefs::AskTangentAngleThreshold,
-         {tiny, 180.0},
-         {0.0, -5.0, above180, kNaN}},
-        {"Invalid tangent angle threshold specified",
-         &Prefs::SetPeriodicAngleThreshold,
-         &Prefs::AskPeriodicAngleThreshold,
-         {tiny, 180.0},
-         {0.0, -5.0, above180, kNaN}},
-        {"Invalid snap angle threshold specified",
-         &Prefs::SetSnapAngleCreate,
-         &Prefs::AskSnapAngleCreate,
-         {tiny, below45},
-         {0.0, 45.0, -1.0, kNaN}},
-        {"Invalid snap angle threshold specified",
-         &Prefs::SetSnapAngleEdit,
-         &Prefs::AskSnapAngleEdit,
-         {tiny, below45},
-         {0.0, 45.0, -1.0, kNaN}},
-        {"Invalid snap distance threshold specified",
-         &Prefs::SetSnapDistanceCreate,
-         &Prefs::AskSnapDistanceCreate,
-         {0.0, huge},
-         {-tiny, kNaN}},
-        {"Invalid snap distance threshold specified",
-         &Prefs::SetSnapDistanceEdit,
-         &Prefs::AskSnapDistanceEdit,
-         {0.0, huge},
-         {-tiny, kNaN}},
-        {"Invalid minimum tolerance specified",
-         &Prefs::SetMinimumRecognitionTolerance,
-         &Prefs::AskMinimumRecognitionTolerance,
-         {0.0, 5.0, -tol, 5.0 + tol / 2},
-         {-1.1 * tol, kNaN}},
+        {"Invalid speed 1 ratio specified", &P::SetSpeed1Ratio, &P::AskSpeed1Ratio, tiny, 1, 0, above1},
+        {"Invalid speed 2 ratio specified", &P::SetSpeed2Ratio, &P::AskSpeed2Ratio, tiny, huge, 0, kNaN},
+        {turn, &P::SetTangentAngleThreshold, &P::AskTangentAngleThreshold, tiny, 180, 0, above180},
+        {turn, &P::SetPeriodicAngleThreshold, &P::AskPeriodicAngleThreshold, tiny, 180, 0, above180},
+        {angle, &P::SetSnapAngleCreate, &P::AskSnapAngleCreate, tiny, below45, 0, 45},
+        {angle, &P::SetSnapAngleEdit, &P::AskSnapAngleEdit, tiny, below45, 0, 45},
+        {gap, &P::SetSnapDistanceCreate, &P::AskSnapDistanceCreate, 0, huge, -tiny, kNaN},
+        {gap, &P::SetSnapDistanceEdit, &P::AskSnapDistanceEdit, 0, huge, -tiny, kNaN},
+        {least, &P::SetMinimumRecognitionTolerance, &P::AskMinimumRecognitionTolerance, -tol, 5 + tol / 2,
+         -1.1 * tol, kNaN},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.message);
         Prefs prefs;
-        for (const double value : row.good) {
-            (prefs.*row.set)(value);
-            EXPECT_EQ((prefs.*row.get)(), value);
+        for (const double good : {row.lowest, row.highest}) {
+            (prefs.*row.set)(good);
+            EXPECT_EQ((prefs.*row.get)(), good);
         }
-        for (const double value : row.bad) {
-            const double before = (prefs.*row.get)();
-            EXPECT_EQ(ThrownMessage([&] { (prefs.*row.set)(value); }), row.message) << value;
-            EXPECT_EQ((prefs.*row.get)(), before);
+        for (const double bad : {row.below, row.above, -1.0, kNaN}) {
+            EXPECT_EQ(ThrownMessage([&] { (prefs.*row.set)(bad); }), row.message) << bad;
+            EXPECT_EQ((prefs.*row.get)(), row.highest);
         }
     }
 }
@@ -190,11 +168,8 @@ TEST(SketchRecognizerPreferences, PairsOfTolerances) {
         EXPECT_EQ(ThrownMessage([&, f = first, s = second] { prefs.SetOverSketchTolerances(f, s); }),
                   "Invalid oversketch tolerances specified");
     }
-    double a = 0, b = 0;
-    prefs.AskCloseStrokeTolerances(&a, &b);
-    EXPECT_TRUE(a == 7.0 && b == 0.5);
-    prefs.AskOverSketchTolerances(&a, &b);
-    EXPECT_TRUE(a == 1.0 && b == 2.0);
+    EXPECT_THAT(CloseStrokeOf(prefs), ElementsAre(7, 0.5));
+    EXPECT_THAT(OverSketchOf(prefs), ElementsAre(1, 2));
 }
 
 TEST(SketchRecognizerPreferences, TheMinimumNeverExceedsAnAbsoluteTolerance) {
@@ -222,76 +197,14 @@ TEST(SketchRecognizerPreferences, ContextAndScaling) {
     EXPECT_EQ(tol, 3.0);
 
     prefs.ScaleLengthTolerances(2.0);
-    EXPECT_EQ(AbsoluteOf(prefs), (Four{40, 80, 80, 10}));
+    EXPECT_THAT(AbsoluteOf(prefs), ElementsAre(40, 80, 80, 10));
     EXPECT_EQ(RelativeOf(prefs), RelativeOf(Prefs()));
+    EXPECT_THAT(CloseStrokeOf(prefs), ElementsAre(40, 0.125));
+    EXPECT_THAT(OverSketchOf(prefs), ElementsAre(20, 160));
     EXPECT_EQ(prefs.AskMinimumRecognitionTolerance(), 5.0);
-    double a = 0, b = 0;
-    prefs.AskCloseStrokeTolerances(&a, &b);
-    EXPECT_TRUE(a == 40 && b == 0.125);
     EXPECT_TRUE(prefs.AskSnapDistanceCreate() == 20 && prefs.AskSnapDistanceEdit() == 12.5);
-    prefs.AskOverSketchTolerances(&a, &b);
-    EXPECT_TRUE(a == 20 && b == 160 && prefs.GetScribbleTrimTolerance() == 80);
-    EXPECT_TRUE(prefs.AskDragScaleThreshold() == 40 && prefs.GetCurrentDisplayFontHeight() == 4);
-    EXPECT_EQ(prefs.AskContextScale(), 100.0);
-}
-
-// Every unchecked setter stores into its own field: set all to distinct values, then read all back.
-TEST(SketchRecognizerPreferences, UncheckedSettersStoreAndCopy) {
-    struct Number {
-        void (Prefs::*set)(double);
-        double (Prefs::*get)() const;
-    };
-    struct Switch {
-        void (Prefs::*set)(bool);
-        bool (Prefs::*get)() const;
-    };
-    const Number numbers[] = {
-        {&Prefs::SetZoomFactor, &Prefs::GetZoomFactor},
-        {&Prefs::SetSpeedFactor, &Prefs::AskSpeedFactor},
-        {&Prefs::SetStandardSpeed, &Prefs::AskStandardSpeed},
-        {&Prefs::SetLinearFactorOfSpeedTol, &Prefs::AskLinearFactorOfSpeedTol},
-        {&Prefs::SetDragScaleThreshold, &Prefs::AskDragScaleThreshold},
-        {&Prefs::SetDragSnapMaxSpeed, &Prefs::AskDragSnapMaxSpeed},
-        {&Prefs::SetDragShakeMinSpeed, &Prefs::AskDragShakeMinSpeed},
-        {&Prefs::SetDragShakeTime, &Prefs::AskDragShakeTime},
-        {&Prefs::SetReflectionAngle, &Prefs::GetReflectionAngle},
-        {&Prefs::SetScribbleTrimTolerance, &Prefs::GetScribbleTrimTolerance},
-        {&Prefs::SetScribbleMinRotationAngle, &Prefs::GetScribbleMinRotationAngle},
-        {&Prefs::SetCurrentDisplayFontHeight, &Prefs::GetCurrentDisplayFontHeight},
-    };
-    const Switch switches[] = {
-        {&Prefs::SetUseSpeedFactor, &Prefs::AskUseSpeedFactor},
-        {&Prefs::SetSnapping, &Prefs::AskSnapping},
-        {&Prefs::SetCurveTidy, &Prefs::GetCurveTidy},
-        {&Prefs::SetReduceInkCurveDeviation, &Prefs::GetReduceInkCurveDeviation},
-        {&Prefs::SetChangeCurveType, &Prefs::GetChangeCurveType},
-        {&Prefs::SetOversketch, &Prefs::AskOversketch},
-        {&Prefs::SetThinWallRecognition, &Prefs::GetThinWallRecognition},
-        {&Prefs::SetRegularPolygonRecognition, &Prefs::GetRegularPolygonRecognition},
-        {&Prefs::SetDoScribble, &Prefs::GetDoScribble},
-        {&Prefs::SetScribbleOverCurve, &Prefs::GetScribbleOverCurve},
-    };
-    Prefs prefs;
-    double value = -1000.5; // negative: nothing is checked
-    for (const Number& number : numbers) {
-        (prefs.*number.set)(value++);
-    }
-    prefs.SetSnapCandidateCount(-3);
-    prefs.SetMinNumCusps(-4);
-    const Prefs copy = prefs;
-    value = -1000.5;
-    for (const Number& number : numbers) {
-        EXPECT_EQ((copy.*number.get)(), value++);
-    }
-    EXPECT_TRUE(copy.AskSnapCandidateCount() == -3 && copy.GetMinNumCusps() == -4);
-    for (const Switch& flipped : switches) { // flipping one leaves the others alone
-        Prefs changed;
-        (changed.*flipped.set)(!(changed.*flipped.get)());
-        for (const Switch& other : switches) {
-            const bool isSame = (changed.*other.get)() == (Prefs().*other.get)();
-            EXPECT_EQ(isSame, &other != &flipped);
-        }
-    }
+    EXPECT_TRUE(prefs.GetScribbleTrimTolerance() == 80 && prefs.AskDragScaleThreshold() == 40);
+    EXPECT_TRUE(prefs.GetCurrentDisplayFontHeight() == 4 && prefs.AskContextScale() == 100.0);
 }
 
 } // namespace

@@ -87,30 +87,6 @@ TEST(SegmentTree, ProximityFindsWhatLiesFarFromTheHint) {
     EXPECT_FALSE(proximity.IsWithin(4999.51, 0.0));
 }
 
-TEST(SegmentTree, VisitsTheMeetingSegmentsInOrder) {
-    std::mt19937 rng(22);
-    std::uniform_real_distribution<double> coordinate(-8, 8);
-    for (const int n : {0, 1, 2, 9, 10, 100, 333}) {
-        const std::vector<Point2> points = Walk(rng, n);
-        const SegmentTree tree{Points(points)};
-        for (int probe = 0; probe < 40; ++probe) {
-            PlaneRegion region;
-            region.Extend(coordinate(rng), coordinate(rng));
-            region.Extend(coordinate(rng), coordinate(rng));
-            std::vector<int> expected, visited;
-            for (int i = 0; i + 1 < n; ++i) {
-                const auto [loX, hiX] = std::minmax(points[i].x, points[i + 1].x);
-                const auto [loY, hiY] = std::minmax(points[i].y, points[i + 1].y);
-                if (loX <= region.maxX && hiX >= region.minX && loY <= region.maxY && hiY >= region.minY) {
-                    expected.push_back(i);
-                }
-            }
-            tree.VisitMeeting(Points(points), region, [&](int i) { visited.push_back(i); });
-            EXPECT_EQ(visited, expected);
-        }
-    }
-}
-
 TEST(SegmentTree, NothingIsNearWhatIsNotThere) {
     const std::vector<Point2> none, one = {{1, 1}};
     std::vector<Point2> holed(40, {NAN, NAN});
