@@ -1,0 +1,136 @@
+#include "apps/cli/CommandLine.h"
+
+#include <charconv>
+#include <cmath>
+#include <filesystem>
+#include <ostream>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/cli/recognize/Preferences.h"
+
+namespace Tessera::Tool {
+
+namespace {
+
+struct RawOptions {
+    CommandLine line;
+    std::string format;
+    std::string inkScale = "auto";
+    std::vector<std::string> preferences;
+};
+
+std::string RecognizeFooter() {
+    std::string text =
+        "Ink is read from InkML, JSON, NDJSON (one drawing a line), CSV and SVG files; the kind is known by\n"
+        "the content. JSON strokes are {\"points\": [[x, y], ...]} or [[x, y, milliseconds], ...], several "
+        "of\n"
+        "them under \"strokes\"; CSV lines are x,y[,milliseconds[,stroke]], a blank line begins a stroke.\n\n"
+        "Exit status: 0 all well; 1 a stroke could not be used, the others were; 2 a file could not be\n"
+        "used, or a mistake on the command line.\n\n"
+        "Examples:\n"
+        "  tessera recognize sketch.inkml -o sketch.svg\n"
+        "  tessera recognize --to json strokes.ndjson > curves.ndjson\n"
+        "  tessera recognize -o pictures/ *.json\n"
+        "  tessera recognize --preference AskTangentAngleThreshold=40 sketch.inkml\n\n"
+        "Preferences and their defaults (lengths at the working size that --ink-scale brings the ink to):\n";
+    for (const std::string& preference : ListPreferences()) {
+        text += "  " + preference + "\n";
+    }
+    return text;
+}
+
+void DefineRecognize(CLI::App& command, RawOptions& raw) {
+    command.add_option("INPUT", raw.line.inputs, "Ink files; - is standard input")->required();
+    command.add_option("-o,--output", raw.line.output,
+                       "File to write, - for standard output (default), or a directory (with a / at its end) "
+                       "that gets one file for each input");
+    command
+        .add_option(
+            "--to", raw.format,
+            "svg, json or summary; by default what the name after -o tells, summary on standard output")
+        ->check(CLI::IsMember({"svg", "json", "summary"}));
+    command
+        .add_option("--preference", raw.preferences,
+                    "Setting of the recogniser by the name of its getter, as in AskTangentAngleThreshold=40; "
+                    "several values are separated by commas; may be repeated")
+        ->type_name("NAME=VALUE")
+        ->take_all()
+        ->expected(1)
+        ->trigger_on_parse(false);
+    command
+        .add_option(
+            "--ink-scale", raw.inkScale,
+            "auto (default) brings the ink to the size at which the default tolerances work; a number "
+            "multiplies its coordinates; results come back in ink units either way")
+        ->type_name("auto|NUMBER");
+    command.add_flag("--rules-only", raw.line.options.useRulesOnly,
+                     "Hand the samples to the recogniser as they are: neither cleaned nor resampled, and at "
+                     "scale 1 unless --ink-scale gives a number");
+    command.add_flag("--quiet", raw.line.isQuiet, "No progress bar and no reports of single strokes");
+    command.footer(RecognizeFooter());
+}
+
+OutputFormat ChooseFormat(const RawOptions& raw) {
+    const std::filesystem::path output = raw.line.output;
+    const std::string extension = output.extension().string();
+    const bool isDirectory = !output.has_filename() || std::filesystem::is_directory(output);
+    if (raw.format == "svg" ||
+        (raw.format.empty() && (extension == ".svg" || (isDirectory && output != "-")))) {
+        return OutputFormat::Svg;
+    }
+    const bool isJsonName = extension == ".json" || extension == ".ndjson" || extension == ".jsonl";
+    if (raw.format == "json" || (raw.format.empty() && isJsonName)) {
+        return OutputFormat::Json;
+    }
+    return OutputFormat::Summary;
+}
+
+/// The message of what is wrong with the values, or nothing.
+std::string CompleteOptions(RawOptions& raw) {
+    if (raw.inkScale != "auto") {
+        const char* end = raw.inkScale.data() + raw.inkScale.size();
+        double scale = 0.0;
+        const auto [rest, error] = std::from_chars(raw.inkScale.data(), end, scale);
+        if (error != std::errc() || rest != end || !std::isfinite(scale) || !(scale > 0.0)) {
+            return "--ink-scale takes auto or a number above 0, not \"" + raw.inkScale + "\"";
+        }
+        raw.line.options.inkScale = scale;
+    }
+    try {
+        for (const std::string& preference : raw.preferences) {
+            SetPreference(raw.line.options.preferences, preference);
+        }
+    } catch (const PreferenceError& error) {
+        return error.what();
+    }
+    raw.line.format = ChooseFormat(raw);
+    return {};
+}
+
+} // namespace
+
+std::optional<CommandLine> ParseCommandLine(int argc, const char* const* argv, std::ostream& out,
+                                            std::ostream& err, int& status) {
+    RawOptions raw;
+    CLI::App app("Turns pen strokes into lines, arcs, circles, ellipses and B-splines.", "tessera");
+    app.set_version_flag("--version", "tessera " TESSERA_VERSION);
+    app.require_subcommand(1);
+    app.footer("Run \"tessera recognize --help\" for its options.");
+    CLI::App* recognize = app.add_subcommand("recognize", "Recognise the geometry in ink files");
+    DefineRecognize(*recognize, raw);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error, out, err) == 0 ? kFine : kBadFile;
+        return std::nullopt;
+    }
+    if (const std::string mistake = CompleteOptions(raw); !mistake.empty()) {
+        err << "tessera: " << mistake << '\n';
+        status = kBadFile;
+        return std::nullopt;
+    }
+    return raw.line;
+}
+
+} // namespace Tessera::Tool

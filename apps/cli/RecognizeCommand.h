@@ -1,0 +1,13 @@
+// `tessera recognize`: reads the inputs, recognises them and writes the results.
+#pragma once
+
+#include <iosfwd>
+
+#include "apps/cli/CommandLine.h"
+
+namespace Tessera::Tool {
+
+/// @return the exit status: the worst of what happened to any file.
+int RunRecognize(const CommandLine& line, std::istream& in, std::ostream& out, std::ostream& err);
+
+} // namespace Tessera::Tool

@@ -1,0 +1,45 @@
+// Preparation of real ink for the recogniser, whose rules expect shapes some tens of units large, sampled
+// evenly about a hundred times along their size.
+//
+// A drawing is brought to a working size, all its strokes alike. Each stroke loses repeated points and equal
+// time stamps, is smoothed when it is sampled far more densely than the rules look, and is resampled evenly
+// by arc length; vertices of sparse poly-lines stay. Speeds are those of the original samples. Every prepared
+// sample knows where in the input it comes from. Linear in the number of samples.
+#pragma once
+
+#include <vector>
+
+#include "apps/cli/ink/Ink.h"
+
+namespace Tessera::Tool {
+
+/// From ink to working units and back: working = (ink - origin) * scale.
+struct WorkingFrame {
+    Position origin;
+    double scale = 1.0;
+
+    Position ToWorking(Position p) const { return {(p.x - origin.x) * scale, (p.y - origin.y) * scale}; }
+    Position ToInk(Position p) const { return {p.x / scale + origin.x, p.y / scale + origin.y}; }
+};
+
+struct PreparedSample {
+    double x = 0.0; ///< working units, as y
+    double y = 0.0;
+    double speed = 0.0; ///< working units per second; 0 without times
+    double timeMs = 0.0;
+    double source = 0.0; ///< index in the input's samples, fractional in between
+};
+
+/// Frame that brings the drawing's strokes to the working size; strokes with a problem are left out.
+WorkingFrame AutomaticFrame(const Drawing& drawing);
+
+/// Frame about the origin: the input's coordinates times `scale`.
+WorkingFrame FixedFrame(double scale);
+
+/// The stroke's samples as they are, with their speeds: what --rules-only hands to the recogniser.
+std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame);
+
+/// The stroke prepared as described above; the first and the last sample keep their places.
+std::vector<PreparedSample> PrepareStroke(const InkStroke& stroke, const WorkingFrame& frame);
+
+} // namespace Tessera::Tool

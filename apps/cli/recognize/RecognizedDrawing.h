@@ -1,0 +1,82 @@
+// What the recogniser found in a drawing, in ink units, free of the library's objects.
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "apps/cli/ink/Ink.h"
+
+namespace Tessera::Tool {
+
+// Angles are in radians, counter-clockwise from +x towards +y of the ink's own axes.
+
+struct LineShape {
+    Position start, end;
+};
+
+/// Runs counter-clockwise from startAngle to endAngle (endAngle > startAngle).
+struct ArcShape {
+    Position center;
+    double radius;
+    double startAngle, endAngle;
+    Position start, end;
+};
+
+struct CircleShape {
+    Position center;
+    double radius;
+};
+
+/// radii[0] lies along (cos rotation, sin rotation).
+struct EllipseShape {
+    Position center;
+    double radii[2];
+    double rotation;
+};
+
+/// The angles are the eccentric ones: center + radii[0] cos t major + radii[1] sin t minor.
+struct EllipticArcShape {
+    EllipseShape ellipse;
+    double startAngle, endAngle;
+    Position start, end;
+};
+
+/// poles.size() + degree + 1 knots. weights is empty unless the curve is rational.
+struct SplineShape {
+    int degree;
+    bool isClosed;
+    std::vector<double> knots;
+    std::vector<Position> poles;
+    std::vector<double> weights;
+};
+
+/// The order is that of kCurveKindNames.
+using CurveShape =
+    std::variant<LineShape, ArcShape, CircleShape, EllipseShape, EllipticArcShape, SplineShape>;
+inline constexpr const char* kCurveKindNames[] = {"line",    "arc",          "circle",
+                                                  "ellipse", "elliptic_arc", "spline"};
+inline constexpr int kCurveKinds = 6;
+
+struct RecognizedCurve {
+    CurveShape shape;
+    int from = 0; ///< first and last sample of the input stroke that the curve stands for
+    int to = 0;
+    double deviation = 0.0; ///< largest distance of the samples from the curve, ink units
+
+    const char* KindName() const { return kCurveKindNames[shape.index()]; }
+};
+
+struct RecognizedStroke {
+    int index = 0;
+    int points = 0;
+    std::vector<RecognizedCurve> curves;
+    std::string problem; ///< why the stroke was not recognised; empty when it was
+};
+
+struct RecognizedDrawing {
+    Drawing ink;
+    std::vector<RecognizedStroke> strokes;
+};
+
+} // namespace Tessera::Tool

@@ -1,0 +1,34 @@
+// Writers of recognised drawings: one is made for an output, given its drawings in order, then finished.
+#pragma once
+
+#include <iosfwd>
+#include <memory>
+
+#include "apps/cli/recognize/RecognizedDrawing.h"
+
+namespace Tessera::Tool {
+
+enum class OutputFormat { Summary, Json, Svg };
+
+class DrawingWriter {
+public:
+    DrawingWriter() = default;
+    DrawingWriter(const DrawingWriter&) = delete;
+    DrawingWriter& operator=(const DrawingWriter&) = delete;
+    virtual ~DrawingWriter() = default;
+
+    virtual void Add(const RecognizedDrawing& drawing) = 0;
+    virtual void Finish() = 0;
+};
+
+/// `out` must outlive the writer.
+std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out);
+
+/// One line for each drawing: the object that README and manual page describe.
+std::unique_ptr<DrawingWriter> MakeJsonWriter(std::ostream& out);
+/// A table of curves for each drawing, and the totals.
+std::unique_ptr<DrawingWriter> MakeSummaryWriter(std::ostream& out);
+/// One picture: the drawing with a legend, or a sheet of all drawings.
+std::unique_ptr<DrawingWriter> MakeSvgWriter(std::ostream& out);
+
+} // namespace Tessera::Tool

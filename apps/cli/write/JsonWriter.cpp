@@ -1,0 +1,120 @@
+#include <ostream>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/cli/write/DrawingWriter.h"
+
+namespace Tessera::Tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json Pair(const Position& p) {
+    return Json::array({p.x, p.y});
+}
+
+/// Adds the fields of a shape behind those that all curves share.
+struct ShapeFields {
+    Json& json;
+
+    void operator()(const LineShape& line) const {
+        json["start"] = Pair(line.start);
+        json["end"] = Pair(line.end);
+    }
+    void operator()(const ArcShape& arc) const {
+        json["center"] = Pair(arc.center);
+        json["radius"] = arc.radius;
+        json["start_angle"] = arc.startAngle;
+        json["end_angle"] = arc.endAngle;
+        json["start"] = Pair(arc.start);
+        json["end"] = Pair(arc.end);
+    }
+    void operator()(const CircleShape& circle) const {
+        json["center"] = Pair(circle.center);
+        json["radius"] = circle.radius;
+    }
+    void operator()(const EllipseShape& ellipse) const {
+        json["center"] = Pair(ellipse.center);
+        json["radii"] = Json::array({ellipse.radii[0], ellipse.radii[1]});
+        json["rotation"] = ellipse.rotation;
+    }
+    void operator()(const EllipticArcShape& arc) const {
+        (*this)(arc.ellipse);
+        json["start_angle"] = arc.startAngle;
+        json["end_angle"] = arc.endAngle;
+        json["start"] = Pair(arc.start);
+        json["end"] = Pair(arc.end);
+    }
+    void operator()(const SplineShape& spline) const {
+        json["degree"] = spline.degree;
+        json["closed"] = spline.isClosed;
+        json["knots"] = spline.knots;
+        json["poles"] = Json::array();
+        for (const Position& pole : spline.poles) {
+            json["poles"].push_back(Pair(pole));
+        }
+        if (!spline.weights.empty()) {
+            json["weights"] = spline.weights;
+        }
+    }
+};
+
+Json CurveObject(const RecognizedCurve& curve) {
+    Json json = {
+        {"kind", curve.KindName()}, {"from", curve.from}, {"to", curve.to}, {"deviation", curve.deviation}};
+    std::visit(ShapeFields{json}, curve.shape);
+    return json;
+}
+
+Json StrokeObject(const RecognizedStroke& stroke) {
+    Json json = {{"index", stroke.index}, {"points", stroke.points}, {"curves", Json::array()}};
+    for (const RecognizedCurve& curve : stroke.curves) {
+        json["curves"].push_back(CurveObject(curve));
+    }
+    if (!stroke.problem.empty()) {
+        json["error"] = stroke.problem;
+    }
+    return json;
+}
+
+class JsonWriter : public DrawingWriter {
+public:
+    explicit JsonWriter(std::ostream& out) : out_(out) {}
+
+    void Add(const RecognizedDrawing& drawing) override {
+        Json json = {{"id", drawing.ink.id}, {"strokes", Json::array()}};
+        for (const RecognizedStroke& stroke : drawing.strokes) {
+            json["strokes"].push_back(StrokeObject(stroke));
+        }
+        if (!drawing.ink.problem.empty()) {
+            json["error"] = drawing.ink.problem;
+        }
+        // Identifiers and messages may hold bytes of the input that are not UTF-8.
+        out_ << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    }
+    void Finish() override { out_.flush(); }
+
+private:
+    std::ostream& out_;
+};
+
+} // namespace
+
+std::unique_ptr<DrawingWriter> MakeJsonWriter(std::ostream& out) {
+    return std::make_unique<JsonWriter>(out);
+}
+
+std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out) {
+    switch (format) {
+    case OutputFormat::Json:
+        return MakeJsonWriter(out);
+    case OutputFormat::Svg:
+        return MakeSvgWriter(out);
+    case OutputFormat::Summary:
+        break;
+    }
+    return MakeSummaryWriter(out);
+}
+
+} // namespace Tessera::Tool

@@ -1,0 +1,169 @@
+#include "apps/cli/write/SvgPicture.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <set>
+
+#include "apps/cli/write/CurveText.h"
+#include "apps/cli/write/SvgCurve.h"
+
+namespace Tessera::Tool {
+
+namespace {
+
+/// Margin around the drawing, part of its longer side.
+constexpr double kMargin = 0.06;
+/// Ink finer than this part of the picture's longer side cannot be seen and is left out.
+constexpr double kFinestInk = 1.0 / 4000.0;
+
+struct Extent {
+    double minX = std::numeric_limits<double>::infinity();
+    double minY = std::numeric_limits<double>::infinity();
+    double maxX = -std::numeric_limits<double>::infinity();
+    double maxY = -std::numeric_limits<double>::infinity();
+
+    void Add(double x, double y) {
+        minX = std::min(minX, x);
+        minY = std::min(minY, y);
+        maxX = std::max(maxX, x);
+        maxY = std::max(maxY, y);
+    }
+    void AddAround(Position p, double rx, double ry) {
+        Add(p.x - rx, p.y - ry);
+        Add(p.x + rx, p.y + ry);
+    }
+};
+
+/// What may stick out of the ink's box: full shapes, and the poles of splines, which hold them. Pieces of
+/// circles and ellipses stay within a margin of their ink.
+void AddShape(const CurveShape& shape, Extent& extent) {
+    if (const auto* line = std::get_if<LineShape>(&shape)) {
+        extent.Add(line->start.x, line->start.y);
+        extent.Add(line->end.x, line->end.y);
+    } else if (const auto* circle = std::get_if<CircleShape>(&shape)) {
+        extent.AddAround(circle->center, circle->radius, circle->radius);
+    } else if (const auto* ellipse = std::get_if<EllipseShape>(&shape)) {
+        const double c = std::cos(ellipse->rotation);
+        const double s = std::sin(ellipse->rotation);
+        extent.AddAround(ellipse->center, std::hypot(ellipse->radii[0] * c, ellipse->radii[1] * s),
+                         std::hypot(ellipse->radii[0] * s, ellipse->radii[1] * c));
+    }
+}
+
+std::string Rounded(double value, int decimals) {
+    char text[64];
+    const auto [end, error] =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
+    return error == std::errc() ? std::string(text, end) : ExactNumber(value);
+}
+
+/// Decimals that show a hundredth of a pixel-sized step.
+int DecimalsFor(double size) {
+    return std::clamp(static_cast<int>(std::ceil(5.0 - std::log10(size))), 0, 12);
+}
+
+std::string InkPath(const InkStroke& stroke, double finest, int decimals) {
+    std::string path = "<path d=\"M";
+    const Sample* last = nullptr;
+    for (const Sample& sample : stroke.samples) {
+        const bool isEnd = &sample == &stroke.samples.back();
+        if (last != nullptr && !isEnd && std::hypot(sample.x - last->x, sample.y - last->y) < finest) {
+            continue;
+        }
+        path +=
+            (last == nullptr ? "" : " ") + Rounded(sample.x, decimals) + " " + Rounded(sample.y, decimals);
+        last = &sample;
+    }
+    return path + "\"/>\n";
+}
+
+/// "line" of `<line x1=...`.
+std::string TagOf(const std::string& element) {
+    return element.substr(1, element.find(' ') - 1);
+}
+
+std::string CurveElement(const RecognizedCurve& curve) {
+    std::string kind = curve.KindName();
+    std::replace(kind.begin(), kind.end(), '_', ' ');
+    const std::string element = SvgElement(curve.shape);
+    return element + " stroke=\"" + kKindColors[curve.shape.index()] + "\"><title>" + kind + ", " +
+           DescribeShape(curve.shape) + "; samples " + std::to_string(curve.from) + " to " +
+           std::to_string(curve.to) + "; deviation " + ShortNumber(curve.deviation) + "</title></" +
+           TagOf(element) + ">\n";
+}
+
+/// Dots where one piece of a stroke gives way to the next.
+std::string BreakMarks(const RecognizedDrawing& drawing, double radius) {
+    std::string marks;
+    for (const RecognizedStroke& stroke : drawing.strokes) {
+        const std::vector<Sample>& samples = drawing.ink.strokes[stroke.index].samples;
+        std::set<int> breaks;
+        for (std::size_t i = 1; i < stroke.curves.size(); ++i) {
+            breaks.insert(stroke.curves[i].from);
+        }
+        for (const int index : breaks) {
+            marks += "<circle cx=\"" + ExactNumber(samples[index].x) + "\" cy=\"" +
+                     ExactNumber(samples[index].y) + "\" r=\"" + ShortNumber(radius) + "\"/>\n";
+        }
+    }
+    return marks;
+}
+
+} // namespace
+
+PictureBox FitPicture(const RecognizedDrawing& drawing) {
+    Extent extent;
+    for (const InkStroke& stroke : drawing.ink.strokes) {
+        for (const Sample& sample : stroke.samples) {
+            extent.Add(sample.x, sample.y);
+        }
+    }
+    for (const RecognizedStroke& stroke : drawing.strokes) {
+        for (const RecognizedCurve& curve : stroke.curves) {
+            AddShape(curve.shape, extent);
+        }
+    }
+    if (extent.minX > extent.maxX) {
+        return {0.0, 0.0, 1.0, 1.0};
+    }
+    const double width = extent.maxX - extent.minX;
+    const double height = extent.maxY - extent.minY;
+    double margin = kMargin * std::max(width, height);
+    if (!(margin > 0.0)) {
+        margin = 1.0;
+    }
+    return {extent.minX - margin, extent.minY - margin, width + 2.0 * margin, height + 2.0 * margin};
+}
+
+std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box, double x, double y,
+                        double width, double height, double lineWidth) {
+    const double inkPerPixel = std::max(box.width / width, box.height / height);
+    const double size = std::max(box.width, box.height);
+    const auto pixels = [inkPerPixel](double count) { return ShortNumber(count * inkPerPixel); };
+    std::string svg = "<svg x=\"" + ShortNumber(x) + "\" y=\"" + ShortNumber(y) + "\" width=\"" +
+                      ShortNumber(width) + "\" height=\"" + ShortNumber(height) + "\" viewBox=\"" +
+                      ExactNumber(box.x) + " " + ExactNumber(box.y) + " " + ExactNumber(box.width) + " " +
+                      ExactNumber(box.height) +
+                      "\" fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
+    svg += "<g class=\"ink\" stroke=\"#9a9a9a\" stroke-width=\"" + pixels(0.45 * lineWidth) + "\">\n";
+    for (const InkStroke& stroke : drawing.ink.strokes) {
+        if (stroke.samples.size() > 1) {
+            svg += InkPath(stroke, kFinestInk * size, DecimalsFor(size));
+        }
+    }
+    svg +=
+        "</g>\n<g class=\"geometry\" stroke-width=\"" + pixels(lineWidth) + "\" stroke-opacity=\"0.85\">\n";
+    for (const RecognizedStroke& stroke : drawing.strokes) {
+        for (const RecognizedCurve& curve : stroke.curves) {
+            svg += CurveElement(curve);
+        }
+    }
+    svg += "</g>\n<g class=\"breaks\" fill=\"#ffffff\" stroke=\"#222222\" stroke-width=\"" +
+           pixels(0.5 * lineWidth) + "\">\n" + BreakMarks(drawing, 1.3 * lineWidth * inkPerPixel) +
+           "</g>\n</svg>\n";
+    return svg;
+}
+
+} // namespace Tessera::Tool

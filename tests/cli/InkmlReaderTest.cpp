@@ -1,0 +1,109 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apps/cli/ink/InkReader.h"
+#include "apps/cli/ink/InkmlTrace.h"
+
+namespace Tessera::Tool {
+namespace {
+
+using ::testing::HasSubstr;
+
+Drawing Read(const std::string& body) {
+    return ReadInkml("<ink xmlns=\"http://www.w3.org/2003/InkML\">" + body + "</ink>", "a");
+}
+
+std::string Refusal(const std::string& body) {
+    try {
+        Read(body);
+    } catch (const InkError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+void ExpectSamples(const InkStroke& stroke, const std::vector<Sample>& expected) {
+    ASSERT_EQ(stroke.samples.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(stroke.samples[i].x, expected[i].x, 1e-9) << i;
+        EXPECT_NEAR(stroke.samples[i].y, expected[i].y, 1e-9) << i;
+        EXPECT_NEAR(stroke.samples[i].timeMs, expected[i].timeMs, 1e-9) << i;
+    }
+}
+
+constexpr const char* kTimed = "<traceFormat><channel name='X' units='mm'/><channel name='Y' units='cm'/>"
+                               "<channel name='T' units='s'/></traceFormat>";
+
+// The example of the recommendation, with the values that it says it stands for.
+TEST(InkmlReader, DifferencesOfTheRecommendation) {
+    const Drawing drawing = Read("<trace>1125 18432,'23'43,\"7\"-8,3-5,7-3,6 2,6 8,3 6,2 4,5 3</trace>");
+    ExpectSamples(drawing.strokes.at(0), {{1125, 18432, 0},
+                                          {1148, 18475, 0},
+                                          {1178, 18510, 0},
+                                          {1211, 18540, 0},
+                                          {1251, 18567, 0},
+                                          {1297, 18596, 0},
+                                          {1349, 18633, 0},
+                                          {1404, 18676, 0},
+                                          {1461, 18723, 0},
+                                          {1523, 18773, 0}});
+}
+
+TEST(InkmlReader, ExplicitPrefixRepeatsAndHexadecimal) {
+    ExpectSamples(Read("<trace>10 20, '1'2, 3 * , !50 !#1F, 51 32,</trace>").strokes.at(0),
+                  {{10, 20, 0}, {11, 22, 0}, {14, 22, 0}, {50, 31, 0}, {51, 32, 0}});
+}
+
+TEST(InkmlReader, UnitsAndTimes) {
+    const Drawing drawing = Read(std::string(kTimed) + "<trace timeOffset='100'>1 2 0, 3 4 0.5</trace>");
+    EXPECT_TRUE(drawing.strokes.at(0).isTimed);
+    ExpectSamples(drawing.strokes[0], {{1, 20, 100}, {3, 40, 600}});
+}
+
+TEST(InkmlReader, FormatsByContextGroupAndSource) {
+    const std::string definitions =
+        "<definitions>"
+        "<traceFormat xml:id='f'><channel name='Y'/><channel name='F'/><channel name='X'/></traceFormat>"
+        "<inkSource xml:id='pen'><traceFormat><channel name='X'/><channel name='Y'/><channel name='P'/>"
+        "<intermittentChannels><channel name='S' "
+        "default='7'/></intermittentChannels></traceFormat></inkSource>"
+        "<context xml:id='c' traceFormatRef='#f'/><context xml:id='p' inkSourceRef='#pen'/>"
+        "<context xml:id='q' contextRef='#p'/></definitions>";
+    const Drawing drawing = Read(
+        definitions + "<trace>1 2, 3 4</trace><trace contextRef='#c'>1 0 2, 3 0 4</trace>"
+                      "<traceGroup contextRef='#q'><traceGroup><trace>5 6 0, 7 8 0 1</trace></traceGroup>"
+                      "<trace contextRef='#c'>5 0 6, 7 0 8</trace></traceGroup>"
+                      "<context traceFormatRef='#f'/><trace>9 0 10, 11 0 12</trace>");
+    ASSERT_EQ(drawing.strokes.size(), 5U);
+    ExpectSamples(drawing.strokes[0], {{1, 2, 0}, {3, 4, 0}});
+    ExpectSamples(drawing.strokes[1], {{2, 1, 0}, {4, 3, 0}});
+    ExpectSamples(drawing.strokes[2], {{5, 6, 0}, {7, 8, 0}});
+    ExpectSamples(drawing.strokes[3], {{6, 5, 0}, {8, 7, 0}});
+    ExpectSamples(drawing.strokes[4], {{10, 9, 0}, {12, 11, 0}});
+}
+
+TEST(InkmlReader, PenUpBrushesAndContinuation) {
+    const Drawing drawing =
+        Read("<definitions><brush xml:id='b'/></definitions><trace type='penUp'>0 0, 9 9</trace>"
+             "<trace xml:id='t1' brushRef='#b' continuation='begin'>0 0, '1'1</trace><trace>5 5, 6 6</trace>"
+             "<trace xml:id='t2' continuation='end' priorRef='#t1'>2 2, 3 3</trace>");
+    ASSERT_EQ(drawing.strokes.size(), 2U);
+    ExpectSamples(drawing.strokes[0], {{0, 0, 0}, {1, 1, 0}, {3, 3, 0}, {6, 6, 0}});
+    ExpectSamples(drawing.strokes[1], {{5, 5, 0}, {6, 6, 0}});
+}
+
+TEST(InkmlReader, Refusals) {
+    EXPECT_THAT(Refusal("\n<trace>1 2, 3</trace>"),
+                HasSubstr("line 2: trace 0, point 1: no value for channel Y"));
+    EXPECT_THAT(Refusal("<trace>1 2 3</trace>"), HasSubstr("point 0: more values than channels"));
+    EXPECT_THAT(Refusal("<trace>1 2, nan 3</trace>"), HasSubstr("point 1: \"nan\" is not a finite number"));
+    EXPECT_THAT(Refusal("<trace>1 2, x 3</trace>"), HasSubstr("is not a number"));
+    EXPECT_THAT(Refusal("<trace>1 2,, 3 4</trace>"), HasSubstr("point 1: no value"));
+    EXPECT_THAT(Refusal("<trace contextRef='#no'>1 2</trace>"), HasSubstr("refers to nothing"));
+    EXPECT_THAT(Refusal("<traceFormat><channel name='X'/></traceFormat>"), HasSubstr("channels X and Y"));
+    EXPECT_THAT(Refusal("<trace>1e308 0, \"1e308 0, 1e308 0</trace>"), HasSubstr("not a finite number"));
+    EXPECT_EQ(Refusal("<context xml:id='a' contextRef='#a'/><trace>0 0, 1 1</trace>"), "accepted");
+}
+
+} // namespace
+} // namespace Tessera::Tool

@@ -1,0 +1,196 @@
+#include <cmath>
+#include <numbers>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "apps/cli/ink/InkReader.h"
+#include "apps/cli/write/CurveText.h"
+#include "apps/cli/write/DrawingWriter.h"
+#include "apps/cli/write/SvgCurve.h"
+
+namespace Tessera::Tool {
+namespace {
+
+using ::testing::HasSubstr;
+
+/// The element drawn by the reader of SVG paths, which knows nothing of the writer.
+std::vector<Sample> DrawnBy(const CurveShape& shape) {
+    return ReadSvg("<svg>" + SvgElement(shape) + "/></svg>", "a").strokes.at(0).samples;
+}
+
+Position OnEllipse(const EllipseShape& e, double t) {
+    const double u = e.radii[0] * std::cos(t);
+    const double v = e.radii[1] * std::sin(t);
+    return {e.center.x + u * std::cos(e.rotation) - v * std::sin(e.rotation),
+            e.center.y + u * std::sin(e.rotation) + v * std::cos(e.rotation)};
+}
+
+TEST(SvgCurve, EllipticArcsOfEverySweepAndTurn) {
+    for (const double start : {0.0, 1.0, 2.5, 4.0, 6.0}) {
+        for (const double sweep : {0.1, 1.5, 3.1, 3.2, 5.0, 6.2}) {
+            for (const double rotation : {0.0, 0.7, 3.0}) {
+                const EllipseShape ellipse{{3.0, -2.0}, {5.0, 2.0}, rotation};
+                const EllipticArcShape arc{ellipse, start, start + sweep, OnEllipse(ellipse, start),
+                                           OnEllipse(ellipse, start + sweep)};
+                const std::vector<Sample> drawn = DrawnBy(arc);
+                for (std::size_t i = 0; i < drawn.size(); ++i) {
+                    const double t =
+                        start + sweep * static_cast<double>(i) / static_cast<double>(drawn.size() - 1);
+                    const Position p = OnEllipse(ellipse, t);
+                    ASSERT_NEAR(drawn[i].x, p.x, 1e-6) << start << ' ' << sweep << ' ' << rotation;
+                    ASSERT_NEAR(drawn[i].y, p.y, 1e-6);
+                }
+            }
+        }
+    }
+}
+
+TEST(SvgCurve, ArcsRunCounterClockwiseFromStartToEnd) {
+    for (const double sweep : {0.5, 3.0, 3.3, 6.0}) {
+        const ArcShape arc{{1.0, 1.0},
+                           2.0,
+                           1.0,
+                           1.0 + sweep,
+                           {1.0 + 2.0 * std::cos(1.0), 1.0 + 2.0 * std::sin(1.0)},
+                           {1.0 + 2.0 * std::cos(1.0 + sweep), 1.0 + 2.0 * std::sin(1.0 + sweep)}};
+        const std::vector<Sample> drawn = DrawnBy(arc);
+        const Sample& middle = drawn[drawn.size() / 2];
+        const double f = static_cast<double>(drawn.size() / 2) / static_cast<double>(drawn.size() - 1);
+        EXPECT_NEAR(middle.x, 1.0 + 2.0 * std::cos(1.0 + f * sweep), 1e-6);
+        EXPECT_NEAR(middle.y, 1.0 + 2.0 * std::sin(1.0 + f * sweep), 1e-6);
+    }
+}
+
+/// Cox and de Boor's recursion, as written in the textbooks.
+double Basis(const std::vector<double>& knots, int i, int degree, double t) {
+    if (degree == 0) {
+        return t >= knots[i] && t < knots[i + 1] ? 1.0 : 0.0;
+    }
+    const double left = knots[i + degree] - knots[i];
+    const double right = knots[i + degree + 1] - knots[i + 1];
+    return (left > 0.0 ? (t - knots[i]) / left * Basis(knots, i, degree - 1, t) : 0.0) +
+           (right > 0.0 ? (knots[i + degree + 1] - t) / right * Basis(knots, i + 1, degree - 1, t) : 0.0);
+}
+
+Position OnSpline(const SplineShape& spline, double t) {
+    Position p;
+    for (std::size_t i = 0; i < spline.poles.size(); ++i) {
+        const double b = Basis(spline.knots, static_cast<int>(i), spline.degree, t);
+        p.x += b * spline.poles[i].x;
+        p.y += b * spline.poles[i].y;
+    }
+    return p;
+}
+
+TEST(SvgCurve, BezierSegmentsAreTheSpline) {
+    const SplineShape splines[] = {
+        {1, false, {0, 0, 0.3, 1, 1}, {{0, 0}, {2, 5}, {7, 1}}, {}},
+        {2, false, {0, 0, 0, 0.2, 0.5, 1, 1, 1}, {{0, 0}, {1, 4}, {3, -2}, {6, 5}, {8, 0}}, {}},
+        {2, false, {0, 0, 0, 0.5, 0.5, 1, 1, 1}, {{0, 0}, {1, 4}, {3, 2}, {6, 5}, {8, 0}}, {}},
+        {3,
+         true,
+         {0, 0, 0, 0, 0.1, 0.6, 0.6, 1, 1, 1, 1},
+         {{0, 0}, {1, 4}, {3, -2}, {6, 5}, {8, 0}, {3, -6}, {0, 0}},
+         {}},
+    };
+    for (const SplineShape& spline : splines) {
+        std::vector<double> breaks;
+        for (const double knot : spline.knots) {
+            if (breaks.empty() || knot != breaks.back()) {
+                breaks.push_back(knot);
+            }
+        }
+        const std::vector<Position> poles = BezierPoles(spline);
+        ASSERT_EQ(poles.size(), static_cast<std::size_t>(spline.degree) * (breaks.size() - 1) + 1);
+        for (std::size_t segment = 0; segment + 1 < breaks.size(); ++segment) {
+            for (const double u : {0.0, 0.25, 0.5, 0.9}) {
+                std::vector<Position> row(
+                    poles.begin() + static_cast<std::ptrdiff_t>(segment) * spline.degree,
+                    poles.begin() + static_cast<std::ptrdiff_t>(segment + 1) * spline.degree + 1);
+                for (; row.size() > 1; row.pop_back()) {
+                    for (std::size_t k = 0; k + 1 < row.size(); ++k) {
+                        row[k] = {row[k].x + u * (row[k + 1].x - row[k].x),
+                                  row[k].y + u * (row[k + 1].y - row[k].y)};
+                    }
+                }
+                const Position p =
+                    OnSpline(spline, breaks[segment] + u * (breaks[segment + 1] - breaks[segment]));
+                EXPECT_NEAR(row[0].x, p.x, 1e-12);
+                EXPECT_NEAR(row[0].y, p.y, 1e-12);
+            }
+        }
+    }
+    EXPECT_THAT(SvgElement(splines[1]), HasSubstr("\"M0 0 Q1 4 "));
+}
+
+RecognizedDrawing OneOfEach() {
+    RecognizedDrawing drawing;
+    drawing.ink.id = "a<b>&\"c\"";
+    drawing.ink.strokes.push_back({{{0, 0, 0}, {1, 1, 0}, {2, 0, 0}}, false, ""});
+    drawing.ink.strokes.push_back({{{5, 5, 0}}, false, "fewer than two points"});
+    const EllipseShape ellipse{{1, 2}, {4, 3}, 0.5};
+    RecognizedStroke stroke;
+    stroke.points = 3;
+    stroke.curves = {{LineShape{{0, 0}, {1, 1}}, 0, 1, 0.25},
+                     {ArcShape{{0, 0}, 1, 0, 2, {1, 0}, {0, 1}}, 1, 2, 0.5},
+                     {CircleShape{{1, 2}, 3}, 0, 2, 0},
+                     {ellipse, 0, 2, 0},
+                     {EllipticArcShape{ellipse, 1, 2, {1, 0}, {0, 1}}, 0, 2, 0},
+                     {SplineShape{1, false, {0, 0, 1, 1}, {{0, 0}, {1, 1}}, {}}, 0, 2, 0}};
+    drawing.strokes = {stroke, {1, 1, {}, "fewer than two points"}};
+    return drawing;
+}
+
+std::string Written(OutputFormat format, int copies = 1) {
+    std::ostringstream out;
+    const std::unique_ptr<DrawingWriter> writer = MakeWriter(format, out);
+    for (int i = 0; i < copies; ++i) {
+        writer->Add(OneOfEach());
+    }
+    writer->Finish();
+    return out.str();
+}
+
+TEST(JsonWriter, KeysAndTheirOrder) {
+    EXPECT_EQ(
+        Written(OutputFormat::Json),
+        R"({"id":"a<b>&\"c\"","strokes":[{"index":0,"points":3,"curves":[)"
+        R"({"kind":"line","from":0,"to":1,"deviation":0.25,"start":[0.0,0.0],"end":[1.0,1.0]},)"
+        R"({"kind":"arc","from":1,"to":2,"deviation":0.5,"center":[0.0,0.0],"radius":1.0,)"
+        R"("start_angle":0.0,"end_angle":2.0,"start":[1.0,0.0],"end":[0.0,1.0]},)"
+        R"({"kind":"circle","from":0,"to":2,"deviation":0.0,"center":[1.0,2.0],"radius":3.0},)"
+        R"({"kind":"ellipse","from":0,"to":2,"deviation":0.0,"center":[1.0,2.0],"radii":[4.0,3.0],"rotation":0.5},)"
+        R"({"kind":"elliptic_arc","from":0,"to":2,"deviation":0.0,"center":[1.0,2.0],"radii":[4.0,3.0],)"
+        R"("rotation":0.5,"start_angle":1.0,"end_angle":2.0,"start":[1.0,0.0],"end":[0.0,1.0]},)"
+        R"({"kind":"spline","from":0,"to":2,"deviation":0.0,"degree":1,"closed":false,"knots":[0.0,0.0,1.0,1.0],)"
+        R"("poles":[[0.0,0.0],[1.0,1.0]]}]},)"
+        R"({"index":1,"points":1,"curves":[],"error":"fewer than two points"}]})"
+        "\n");
+}
+
+TEST(SvgWriter, DocumentsAreWellFormedAndHoldEveryKind) {
+    for (const int copies : {0, 1, 5}) {
+        const std::string svg = Written(OutputFormat::Svg, copies);
+        SCOPED_TRACE(copies);
+        const Drawing read = ReadSvg(svg, "a"); // parses, and sees lines and paths
+        for (const char* element : {"<line ", "<circle ", "<ellipse ", "<path "}) {
+            EXPECT_EQ(svg.find(element) != std::string::npos, copies > 0 || element == std::string("<line "));
+        }
+        EXPECT_EQ(svg.find("a<b>"), std::string::npos);
+        EXPECT_EQ(read.problem, "");
+    }
+}
+
+TEST(SummaryWriter, CountsAndTotals) {
+    EXPECT_THAT(Written(OutputFormat::Summary),
+                HasSubstr("2 strokes, 1 line, 1 arc, 1 circle, 1 ellipse, 1 elliptic arc, 1 spline\n"));
+    EXPECT_THAT(Written(OutputFormat::Summary), HasSubstr("stroke 1 (1 point): fewer than two points\n"));
+    EXPECT_THAT(Written(OutputFormat::Summary, 2),
+                HasSubstr("all together: 2 drawings, 4 strokes, 2 lines, "));
+    EXPECT_EQ(DescribeCounts({}), "nothing");
+}
+
+} // namespace
+} // namespace Tessera::Tool

@@ -1,0 +1,77 @@
+#!/usr/bin/env bash
+# Runs the tool as a user would and checks exit statuses, messages and outputs.
+# usage: run_tool.sh TOOL EXAMPLES
+tool=$1
+examples=$2
+place=$(mktemp -d)
+trap 'rm -rf "$place"' EXIT
+cd "$place" || exit 1
+failures=0
+
+# expect STATUS TEXT ARGUMENT...: the exit status, and a text that occurs in the output or the messages.
+expect() {
+    local status=$1 text=$2
+    shift 2
+    "$tool" "$@" >out.txt 2>err.txt <in.txt
+    local got=$?
+    if [ $got -ne "$status" ] || ! cat out.txt err.txt - <<<"" | grep -qF -- "$text"; then
+        echo "FAILED: tessera $* gave status $got, wanted $status and \"$text\":"
+        head -n 5 out.txt err.txt
+        failures=$((failures + 1))
+    fi
+}
+check() { "$@" || { echo "FAILED: $*"; failures=$((failures + 1)); }; }
+
+echo '{"id":"in","points":[[0,0],[100,0],[100,80],[0,80],[0,0]]}' >in.txt
+cp in.txt good.json
+printf '0,0\n1,nan\n' >nan.csv
+printf '' >empty.json
+printf '{"points":[[0,0],' >broken.json
+printf '{"strokes":[[[0,0],[9,9]],[[5,5]]]}' >partly.json
+printf '{"id":"a","points":[[0,0],[9,9]]}\nnonsense\n{"id":7,"points":[[0,0],[9,0]]}\n' >lines.ndjson
+
+expect 0 "Usage" --help
+expect 0 "AskTangentAngleThreshold=50" recognize --help
+expect 0 "tessera " --version
+expect 2 "subcommand"
+expect 2 "INPUT" recognize
+expect 2 "--colour" recognize --colour good.json
+expect 2 "--to" recognize --to dxf good.json
+
+expect 0 "4 lines" recognize -
+expect 0 '"id":"in"' recognize --to json -
+expect 2 "tessera: nan.csv: line 2: \"nan\" is not a finite number" recognize nan.csv
+expect 2 "tessera: empty.json: the file is empty" recognize empty.json
+expect 2 "tessera: broken.json: parse error at line 1, column" recognize broken.json
+expect 2 "tessera: missing.json: No such file or directory" recognize missing.json
+expect 2 "is a directory" recognize .
+expect 2 "4 lines" recognize nan.csv good.json
+expect 1 "tessera: partly.json: stroke 1: fewer than two points" recognize partly.json
+expect 1 "1 line" recognize --quiet partly.json
+check test ! -s err.txt
+
+expect 1 "tessera: lines.ndjson: line 2: " recognize --to json lines.ndjson
+check test "$(wc -l <out.txt)" -eq 3
+check grep -q '^{"id":"a","strokes":\[{"index":0,"points":2,"curves":\[{"kind":"line","from":0,"to":1,' out.txt
+check grep -q '"id":7' out.txt
+
+expect 2 "Invalid tangent angle threshold specified" recognize --preference AskTangentAngleThreshold=0 good.json
+expect 2 "unknown preference" recognize --preference Nothing=1 good.json
+expect 0 "4 lines" recognize --preference AskTangentAngleThreshold=40 --preference AskSpeed2Ratio=0.4 good.json
+expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale 0 good.json
+expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale nan good.json
+expect 0 "line" recognize --ink-scale 0.5 good.json
+expect 0 "1 circle" recognize --rules-only good.json # five points are too few to show corners
+
+expect 0 "" recognize -o picture.svg good.json
+check grep -q '<line x1=' picture.svg
+expect 2 "cannot be written" recognize -o no/such/place.svg good.json
+expect 0 "" recognize -o pictures/ good.json "$examples"/*.inkml "$examples"/*.csv
+check test "$(ls pictures | wc -l)" -eq 3
+expect 0 "curves" recognize -o - --to json "$examples/bracket.inkml"
+
+# A million points are simply read and recognised.
+awk 'BEGIN { for (i = 0; i < 1000000; ++i) print 500 * cos(i / 1e6 * 6.2831853) "," 500 * sin(i / 1e6 * 6.2831853) }' >million.csv
+expect 0 "1 circle" recognize million.csv
+
+exit $((failures > 0))
