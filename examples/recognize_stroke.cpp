@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "tessera/Tessera.h"
+#include "tessera/recognition/ClosedShape.h"
 
 using namespace Tessera::Geometry;
 
