@@ -17,9 +17,8 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kMinSagitta = 1e-7;     // tolerance over radius below which chords are not counted
-constexpr double kChordsPerRadian = 7.0; // sampling of arcs that are too large for their tolerance
-constexpr double kEndTol = 1e-10;        // of a relative parameter beyond 0 and 1
+constexpr double kMinSagitta = 1e-7; // tolerance over radius below which chords are not counted
+constexpr double kEndTol = 1e-10;    // of a relative parameter beyond 0 and 1
 
 KC_CURVE_struct_s* CheckedRecord(KC_CURVE_struct_s* c) {
     if (c == nullptr || c->form != kFormArc)
@@ -163,16 +162,6 @@ Point Arc::GetPointFromArcDistance(double s) const {
     return GetPointFromAngle(s / GetRadius());
 }
 
-Point Arc::GetMajorRadiusPoint(double f) const {
-    const EVC_arc_s& data = ArcData(Record("Arc::GetRadius - CURVE cannot be NULL"));
-    return {data.centre[0] + f * data.xAxis[0], data.centre[1] + f * data.xAxis[1]};
-}
-
-Point Arc::GetMinorRadiusPoint(double f) const {
-    const EVC_arc_s& data = ArcData(Record("Arc::GetRadius - CURVE cannot be NULL"));
-    return {data.centre[0] + f * data.yAxis[0], data.centre[1] + f * data.yAxis[1]};
-}
-
 double Arc::GetMidParam() const {
     const double start = GetStartAngle();
     const double end = GetEndAngle();
@@ -188,9 +177,7 @@ double Arc::GetRelativeParam(double theta) const {
         theta += kTwoPi;
         end += kTwoPi;
     }
-    if (start + kAngleTol < theta && theta < end + kAngleTol)
-        return (theta - start) / (end - start);
-    return std::fabs(theta - end) - kAngleTol > std::fabs(start - theta) ? 0.0 : 1.0;
+    return RelativeAngle(theta, start, end);
 }
 
 double Arc::GetParamFromRelativeParam(double u) const {
@@ -229,9 +216,7 @@ bool Arc::IsZeroLength() const {
 
 int Arc::AskNumberOfSampledPoints(double tol) const {
     const double span = std::fabs(GetEndAngle() - GetStartAngle());
-    const int chords = ComputeNumberOfDisplaySegments(GetRadius(), span, tol);
-    const int points = 1 + (chords != 0 ? chords : static_cast<int>(std::floor(kChordsPerRadian * span)));
-    return std::max(points, IsClosed() ? 5 : 4);
+    return SamplesOfSweep(ComputeNumberOfDisplaySegments(GetRadius(), span, tol), span, IsClosed());
 }
 
 // --- Points against the arc
@@ -349,6 +334,7 @@ void Arc::SetClosed() {
 
 void Arc::SetLimits(const Point& a, const Point& b) {
     KC_CURVE_struct_s& record = Record("Arc::SetLimits - Curve data cannot be NULL");
+    LogForChange();
     double start = GetAngleFromPoint(a);
     double end = GetAngleFromPoint(b);
     const bool coincide = SameAngle(start, end);
@@ -356,7 +342,6 @@ void Arc::SetLimits(const Point& a, const Point& b) {
         SetClosed();
         return;
     }
-    LogForChange();
     // Coincident limits of a small arc leave nothing of it; rounding must not make them a full turn.
     if (coincide)
         end = start;

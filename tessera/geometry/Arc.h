@@ -27,8 +27,6 @@ public:
     bool WithinBounds(const Point& p) const override;
     int AskNumberOfSampledPoints(double tol) const override;
     bool IsZeroLength() const override;
-    Point GetMajorRadiusPoint(double f) const override;
-    Point GetMinorRadiusPoint(double f) const override;
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return IsPeriodic(); }
     CurveType_e GetType() const override { return CurveType_Arc; }

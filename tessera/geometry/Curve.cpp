@@ -1,5 +1,7 @@
 #include "tessera/geometry/Curve.h"
 
+#include <cmath>
+
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
@@ -108,14 +110,38 @@ Point Curve::GetMidPoint() const {
     return PointAt((limits[0] + limits[1]) * 0.5);
 }
 
-Point Curve::GetMajorRadiusPoint(double /*f*/) const {
-    Core::ThrowMessage(
-        "Curve::GetMajorRadiusPoint - cannot find major radius point for curve other than arc or ellipse");
+Point Curve::GetMajorRadiusPoint(double f) const {
+    switch (GetType()) {
+    case CurveType_Arc: {
+        const EVC_arc_s& arc = ArcData(Record("Curve::GetMajorRadiusPoint - CURVE cannot be NULL"));
+        return {arc.centre[0] + f * arc.radius, arc.centre[1]};
+    }
+    case CurveType_Ellipse: {
+        const EVC_conic_s& conic = ConicData(Record("Curve::GetMajorRadiusPoint - CURVE cannot be NULL"));
+        return Point(conic.centre).AffineCombine(f, Vector(conic.majorAxis));
+    }
+    default:
+        Core::ThrowMessage(
+            "Curve::GetMajorRadiusPoint - cannot find major radius point for curve other than arc or "
+            "ellipse");
+    }
 }
 
-Point Curve::GetMinorRadiusPoint(double /*f*/) const {
-    Core::ThrowMessage(
-        "Curve::GetMinorRadiusPoint - cannot find minor radius point for curve other than arc or ellipse");
+Point Curve::GetMinorRadiusPoint(double f) const {
+    switch (GetType()) {
+    case CurveType_Arc: {
+        const EVC_arc_s& arc = ArcData(Record("Curve::GetMinorRadiusPoint - CURVE cannot be NULL"));
+        return {arc.centre[0], arc.centre[1] + f * arc.radius};
+    }
+    case CurveType_Ellipse: {
+        const EVC_conic_s& conic = ConicData(Record("Curve::GetMinorRadiusPoint - CURVE cannot be NULL"));
+        return Point(conic.centre).AffineCombine(f, Vector(conic.minorAxis));
+    }
+    default:
+        Core::ThrowMessage(
+            "Curve::GetMinorRadiusPoint - cannot find minor radius point for curve other than arc or "
+            "ellipse");
+    }
 }
 
 Point Curve::GetPointAtParameter(double t, bool unchecked) const {
@@ -185,11 +211,13 @@ bool Curve::IsZeroLength() const {
 
 void Curve::Transform(double m[3][3]) {
     KC_CURVE_struct_s& record = Record("Curve::Transform - CURVE cannot be NULL");
+    const double scale = 1.0 / m[2][2];
+    if (std::isinf(scale))
+        Core::ThrowMessage("Curve::Transform - scale must be finite");
     double turn[3][3] = {{m[0][0], m[0][1], 0.0}, {m[1][0], m[1][1], 0.0}, {0.0, 0.0, 1.0}};
     double shift[3] = {m[0][2], m[1][2], 0.0};
     LogForChange();
     RecordPtr moved(evcrvx(&record, turn, shift));
-    const double scale = 1.0 / m[2][2];
     if (!moved || (scale > kMinScale && evcrvxScale(moved.get(), scale) != 0))
         Core::ThrowMessage("Curve::Transform - out of memory");
     evcrvf(curve_);

@@ -1,6 +1,5 @@
 #include "tessera/geometry/Ellipse.h"
 
-#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -14,8 +13,6 @@
 
 namespace Tessera::Geometry {
 namespace {
-
-constexpr double kChordsPerRadian = 7.0; // sampling of ellipses that are too large for their tolerance
 
 void StoreAngles(KC_CURVE_struct_s& record, double start, double end) {
     ConicData(record).startAngle = start;
@@ -117,25 +114,8 @@ bool Ellipse::AskEllipseData(double centre[2], double radii[2], double* rotation
 }
 
 double Ellipse::GetRelativeParam(double theta) const {
-    double centre[2];
-    double radii[2];
-    double rotation;
-    double start;
-    double end;
-    AskEllipseData(centre, radii, &rotation, &start, &end);
-    if (start + kAngleTol < theta && theta < end + kAngleTol)
-        return (theta - start) / (end - start);
-    return std::fabs(theta - end) - kAngleTol > std::fabs(start - theta) ? 0.0 : 1.0;
-}
-
-Point Ellipse::GetMajorRadiusPoint(double f) const {
-    const EVC_conic_s& conic = ConicData(Record("Ellipse::AskRadii: Invalid Ellipse object"));
-    return Point(conic.centre).AffineCombine(f, Vector(conic.majorAxis));
-}
-
-Point Ellipse::GetMinorRadiusPoint(double f) const {
-    const EVC_conic_s& conic = ConicData(Record("Ellipse::AskRadii: Invalid Ellipse object"));
-    return Point(conic.centre).AffineCombine(f, Vector(conic.minorAxis));
+    const EVC_conic_s& conic = ConicData(Record("Ellipse::AskEllipseData: Invalid Ellipse object"));
+    return RelativeAngle(theta, conic.startAngle, conic.endAngle);
 }
 
 Point Ellipse::GetRotateHandleLocation() const {
@@ -162,9 +142,7 @@ int Ellipse::AskNumberOfSampledPoints(double tol) const {
     const EVC_conic_s& conic = ConicData(Record("Ellipse::AskRadii: Invalid Ellipse object"));
     const double span = std::fabs(conic.endAngle - conic.startAngle);
     const double radius = std::fmax(std::fabs(conic.radius1), std::fabs(conic.radius2));
-    const int chords = Arc::ComputeNumberOfDisplaySegments(radius, span, tol);
-    const int points = 1 + (chords != 0 ? chords : static_cast<int>(std::floor(kChordsPerRadian * span)));
-    return std::max(points, IsClosed() ? 5 : 4);
+    return SamplesOfSweep(Arc::ComputeNumberOfDisplaySegments(radius, span, tol), span, IsClosed());
 }
 
 // --- Points against the ellipse

@@ -112,6 +112,7 @@ void Spline::AskSplineData(int& numPoles, int& order, int& periodic, std::vector
     order = d.order;
     periodic = d.periodic;
     knots.insert(knots.end(), d.knots, d.knots + d.numPoles + d.order);
+    poles.reserve(poles.size() + static_cast<std::size_t>(d.numPoles)); // growing must not lose a new point
     for (int i = 0; i < d.numPoles; ++i)
         poles.push_back(new Point(d.poles[i]));
 }

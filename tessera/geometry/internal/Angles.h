@@ -1,6 +1,7 @@
 // Angles as the curve classes compare and store them: radians, modulo full turns where stated.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -17,6 +18,20 @@ inline constexpr double kAngleTol = 1e-10;
 /// Equal modulo full turns, from either side.
 inline bool SameAngle(double a, double b) {
     return std::fabs(std::remainder(a - b, kTwoPi)) <= kAngleTol;
+}
+
+/// Position of theta between two ascending limits as a fraction; outside them 0 or 1 by the nearer limit.
+inline double RelativeAngle(double theta, double start, double end) {
+    if (start + kAngleTol < theta && theta < end + kAngleTol)
+        return (theta - start) / (end - start);
+    return std::fabs(theta - end) - kAngleTol > std::fabs(start - theta) ? 0.0 : 1.0;
+}
+
+/// Points that display a sweep of `chords` chords; 0 chords stands for a curve too large for its tolerance,
+/// which takes seven chords to the radian.
+inline int SamplesOfSweep(int chords, double sweep, bool isClosed) {
+    const int points = 1 + (chords != 0 ? chords : static_cast<int>(std::floor(7.0 * sweep)));
+    return std::max(points, isClosed ? 5 : 4);
 }
 
 /// The header of an arc or ellipse with these limits.
