@@ -63,13 +63,13 @@ public:
     virtual bool IsZeroLength() const;
     /// Appends n >= 2 positions at evenly spaced parameters.
     virtual void CreatePolylinePoints(int n, std::vector<Point>& pts) const;
-    /// Appends the intersections within both curves' limits.
+    /// Appends the intersections within both curves' limits; a touch, shared tangent ends included, once.
     virtual void IntersectBounded(const Curve& other, std::vector<Point>& out) const;
     virtual void SetLimits(const Point& a, const Point& b) = 0;
     virtual Point GetStart() const;
     virtual Point GetEnd() const;
     virtual Point GetMidPoint() const;
-    /// Centre + f x major (minor) axis vector; arcs and ellipses only.
+    /// Centre + f x major (minor) axis vector; of an arc the axes along +x and +y. Throws for other kinds.
     virtual Point GetMajorRadiusPoint(double f) const;
     virtual Point GetMinorRadiusPoint(double f) const;
     virtual Point GetPointAtParameter(double t, bool unchecked) const;

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <memory>
 
 #include "tessera/geometry/Arc.h"
@@ -86,6 +88,31 @@ bool CoversItsCarrier(const Curve& curve) {
 
 bool HasClosedForms(const Curve& curve) {
     return curve.GetType() == CurveType_Line || curve.GetType() == CurveType_Arc;
+}
+
+/// Where a line and a circle, or two circles, touch to within tol: rounding decides whether their formulas
+/// find two points there, one or none.
+bool FindTouch(const Curve& a, const Curve& b, double tol, Point& touch) {
+    if (a.GetType() != CurveType_Arc)
+        return b.GetType() == CurveType_Arc && FindTouch(b, a, tol, touch);
+    const auto& arc = static_cast<const Arc&>(a);
+    const Point centre = arc.GetCenter();
+    const double radius = arc.GetRadius();
+    if (b.GetType() == CurveType_Line) {
+        touch = b.Project(centre);
+        return std::fabs(touch.Distance(centre) - radius) <= tol;
+    }
+    if (b.GetType() != CurveType_Arc)
+        return false;
+    const auto& other = static_cast<const Arc&>(b);
+    const Point apart = other.GetCenter() - centre;
+    const double distance = apart.Length();
+    const double difference = radius - other.GetRadius();
+    const bool isOutside = std::fabs(distance - (radius + other.GetRadius())) <= tol;
+    if (distance <= tol || !(isOutside || std::fabs(distance - std::fabs(difference)) <= tol))
+        return false;
+    touch = centre + (isOutside || difference > 0.0 ? radius : -radius) / distance * apart;
+    return true;
 }
 
 bool BoxesMeet(const Curve& a, const Curve& b) {
@@ -241,18 +268,21 @@ void Curve::IntersectBounded(const Curve& other, std::vector<Point>& out) const 
     // Two curves with closed formulas meet faster than their boxes are compared.
     if (!(HasClosedForms(*this) && HasClosedForms(other)) && !BoxesMeet(*this, other))
         return;
-    const std::size_t before = out.size();
-    std::size_t kept = before;
-    Intersect(other, out);
     const bool checkThis = !CoversItsCarrier(*this);
     const bool checkOther = !CoversItsCarrier(other);
-    for (std::size_t i = before; i < out.size(); ++i) {
-        const bool repeated = kept > before && out[i] == out[kept - 1]; // circles that touch from inside
-        if (!repeated && (!checkThis || DistanceBounded(out[i]) <= kOnCurveTol) &&
-            (!checkOther || other.DistanceBounded(out[i]) <= kOnCurveTol))
-            out[kept++] = out[i];
+    const auto isOutside = [&](const Point& p) {
+        return (checkThis && !(DistanceBounded(p) <= kOnCurveTol)) ||
+               (checkOther && !(other.DistanceBounded(p) <= kOnCurveTol));
+    };
+    const auto before = static_cast<std::ptrdiff_t>(out.size());
+    Intersect(other, out);
+    out.erase(std::remove_if(out.begin() + before, out.end(), isOutside), out.end());
+    Point touch;
+    if (static_cast<std::ptrdiff_t>(out.size()) != before + 1 &&
+        FindTouch(*this, other, EQ_ask_length_tolerance(), touch) && !isOutside(touch)) {
+        out.erase(out.begin() + before, out.end());
+        out.push_back(touch);
     }
-    out.resize(kept);
 }
 
 bool Curve::IntersectCurve(const Curve& other, int* n, std::vector<double>& params1,
