@@ -2,26 +2,19 @@
 
 #include <gmock/gmock.h>
 
-#include <cstring>
 #include <limits>
 #include <memory>
 
 #include "tessera/core/DisplayableObject.h"
 #include "tessera/core/Group.h"
 #include "tests/support/ChangeLog.h"
+#include "tests/support/SlotOf.h"
 
 namespace Tessera::Core {
 namespace {
 
 using Testing::ChangeLog;
-
-// In the Itanium ABI a pointer to a virtual member holds 1 plus the byte offset of its slot.
-template <class Member>
-std::ptrdiff_t SlotOf(Member member) {
-    std::ptrdiff_t word = 0;
-    std::memcpy(&word, &member, sizeof word);
-    return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
+using Testing::SlotOf;
 
 TEST(TaggedObject, VirtualOperationsKeepTheirSlots) {
     using D = DisplayableObject;
@@ -31,7 +24,6 @@ TEST(TaggedObject, VirtualOperationsKeepTheirSlots) {
         SlotOf(&D::DeepCopy),    SlotOf(&D::Replace),        SlotOf(&D::LogForChange),  SlotOf(askXYBox),
         SlotOf(&D::IsInPolygon), SlotOf(&D::IsCrossPolygon),
     };
-    // The destructor takes two slots.
     EXPECT_THAT(slots, ::testing::ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
 }
 

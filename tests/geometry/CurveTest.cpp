@@ -6,11 +6,11 @@
 #include <functional>
 #include <memory>
 #include <numbers>
-#include <random>
 
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/SlotOf.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;
@@ -20,33 +20,46 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-/// Where two poly-lines cross, by brute force.
-std::vector<Point> Crossings(const std::vector<Point>& a, const std::vector<Point>& b) {
-    std::vector<Point> found;
-    for (std::size_t i = 1; i < a.size(); ++i) {
-        for (std::size_t j = 1; j < b.size(); ++j) {
-            const Point d = a[i] - a[i - 1];
-            const Point e = b[j] - b[j - 1];
-            const double det = d.Cross(e);
-            if (det == 0.0)
-                continue;
-            const double s = (b[j - 1] - a[i - 1]).Cross(e) / det;
-            const double t = (b[j - 1] - a[i - 1]).Cross(d) / det;
-            if (s >= 0.0 && s < 1.0 && t >= 0.0 && t < 1.0)
-                found.push_back(a[i - 1] + s * d);
-        }
-    }
-    return found;
-}
-
-double NearestOf(const std::vector<Point>& points, const Point& p) {
-    double best = 1e300;
-    for (const Point& q : points)
-        best = std::min(best, p.Distance(q));
-    return best;
-}
-
 } // namespace
+
+TEST(Curve, VirtualOperationsKeepTheirSlots) {
+    using C = Curve;
+    const std::ptrdiff_t slots[] = {
+        SlotOf(&C::Intersect),
+        SlotOf(&C::Length),
+        SlotOf(&C::Distance),
+        SlotOf(&C::DistanceBounded),
+        SlotOf(&C::Project),
+        SlotOf(&C::WithinBounds),
+        SlotOf(&C::GetClosestPoint),
+        SlotOf(&C::AskNumberOfSampledPoints),
+        SlotOf(&C::IsZeroLength),
+        SlotOf(&C::CreatePolylinePoints),
+        SlotOf(&C::IntersectBounded),
+        SlotOf(&C::SetLimits),
+        SlotOf(&C::GetStart),
+        SlotOf(&C::GetEnd),
+        SlotOf(&C::GetMidPoint),
+        SlotOf(&C::GetMajorRadiusPoint),
+        SlotOf(&C::GetMinorRadiusPoint),
+        SlotOf(&C::GetPointAtParameter),
+        SlotOf(&C::EvaluateAtParameter),
+        SlotOf(&C::GetParametersAtPoint),
+        SlotOf(&C::IsPeriodic),
+        SlotOf(&C::IsClosed),
+        SlotOf(&C::GetType),
+        SlotOf(&C::Merge),
+        SlotOf(&C::GetInvalidDimensions),
+        SlotOf(&C::CreateExtensionCurve),
+        SlotOf(&C::IsSameCurve),
+    };
+    std::ptrdiff_t expected = 12; // after those of DisplayableObject
+    for (const std::ptrdiff_t slot : slots)
+        EXPECT_EQ(slot, expected++);
+    EXPECT_EQ(SlotOf(&Line::AngleBetween), expected);
+    EXPECT_EQ(SlotOf(&Arc::SetCenter), expected);
+    EXPECT_EQ(SlotOf(&Spline::AskSampledParameters), expected);
+}
 
 TEST(Curve, ParameterRange) {
     const Line line(Point(0, 0), Point(2, 0));
@@ -71,25 +84,6 @@ TEST(Curve, ParameterRange) {
     EXPECT_NEAR(slope.y, std::cos(-7.0), 1e-12);
 }
 
-TEST(Curve, SlopeIsTheFirstDerivative) {
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        double limits[2];
-        sample.curve->AskRange(limits);
-        const double h = 1e-6 * (limits[1] - limits[0]);
-        for (const double u : {0.13, 0.45, 0.77}) {
-            const double t = limits[0] + u * (limits[1] - limits[0]);
-            Point point;
-            Vector slope;
-            ASSERT_TRUE(sample.curve->EvaluateAtParameter(t, point, slope));
-            const Point ahead = sample.curve->GetPointAtParameter(t + h, true);
-            const Point behind = sample.curve->GetPointAtParameter(t - h, true);
-            EXPECT_NEAR(slope.x, (ahead.x - behind.x) / (2 * h), 1e-4);
-            EXPECT_NEAR(slope.y, (ahead.y - behind.y) / (2 * h), 1e-4);
-        }
-    }
-}
-
 TEST(Curve, InversionFindsTheParameterBack) {
     for (const Sample& sample : SampleCurves()) {
         SCOPED_TRACE(sample.name);
@@ -108,91 +102,6 @@ TEST(Curve, InversionFindsTheParameterBack) {
             EXPECT_GT(tangent.Length(), 0.0);
         }
         EXPECT_EQ(sample.curve->AskCurveData()->closed, closed);
-    }
-}
-
-TEST(Curve, BoxesAreTightAndFollowTheRange) {
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        XYBox sampled(DensePoints(*sample.curve, 6000));
-        XYBox box;
-        ASSERT_TRUE(sample.curve->AskXYBox(box));
-        EXPECT_NEAR(box.min.Distance(sampled.min), 0.0, 1e-5);
-        EXPECT_NEAR(box.max.Distance(sampled.max), 0.0, 1e-5);
-        double range[2];
-        sample.curve->AskRange(range);
-        range[1] = range[0] + 0.4 * (range[1] - range[0]);
-        const BoundingBox part = sample.curve->AskBoundingBoxOfRange(range);
-        for (int i = 0; i <= 20; ++i) {
-            const Point p =
-                sample.curve->GetPointAtParameter(range[0] + (range[1] - range[0]) * i / 20, false);
-            const double position[3] = {p.x, p.y, 0};
-            EXPECT_TRUE(part.IsPointInBBox(position, 1e-9));
-        }
-    }
-}
-
-TEST(Curve, ExtractAndTrimGiveTheSamePiece) {
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        Curve& curve = *sample.curve;
-        curve.SetWidth(7.5);
-        double limits[2];
-        curve.AskRange(limits);
-        double range[2] = {limits[0] + 0.3 * (limits[1] - limits[0]),
-                           limits[0] + 0.8 * (limits[1] - limits[0])};
-        const Point start = curve.GetPointAtParameter(range[0], false);
-        const Point end = curve.GetPointAtParameter(range[1], false);
-        const CurvePtr piece(curve.Extract(range));
-        EXPECT_EQ(piece->GetType(), curve.GetType());
-        EXPECT_NE(piece->GetId(), curve.GetId());
-        EXPECT_EQ(piece->AskWidth(), 7.5);
-        EXPECT_NEAR(piece->GetStart().Distance(start), 0.0, 1e-12);
-        EXPECT_NEAR(piece->GetEnd().Distance(end), 0.0, 1e-12);
-        EXPECT_NEAR(piece->Length(), curve.CurveLength(range), 1e-9);
-        for (const Point& p : DensePoints(*piece, 30))
-            EXPECT_NEAR(curve.DistanceBounded(p), 0.0, 1e-9);
-        const int id = curve.GetId();
-        ChangeLog log;
-        EXPECT_TRUE(curve.Trim(range));
-        EXPECT_EQ(log.Take(curve), 1);
-        EXPECT_EQ(curve.GetId(), id);
-        EXPECT_TRUE(curve.IsSameCurve(piece.get()));
-    }
-}
-
-TEST(Curve, EmptyRangesAreRefused) {
-    const char* text = "Curve::Extract - input range is invalid";
-    Line line(Point(0, 0), Point(1, 0));
-    double empty[2] = {0.5, 0.5};
-    double reversed[2] = {0.6, 0.5};
-    double tiny[2] = {0.2, 0.2 + 0.9e-7};
-    double small[2] = {0.2, 0.2 + 2e-7};
-    double unknown[2] = {std::nan(""), 1};
-    for (double* range : {empty, reversed, tiny, unknown}) {
-        EXPECT_EQ(ThrownMessage([&] { line.Extract(range); }), text);
-        EXPECT_EQ(ThrownMessage([&] { line.AskBoundingBoxOfRange(range); }), text);
-        EXPECT_FALSE(line.Trim(range));
-    }
-    const CurvePtr piece(line.Extract(small));
-    EXPECT_NEAR(piece->Length(), 2e-7, 1e-12);
-    Arc circle(Point(0, 0), 1);
-    double acrossSeam[2] = {5, 7};
-    const CurvePtr arc(circle.Extract(acrossSeam));
-    EXPECT_NEAR(arc->Length(), 2.0, 1e-12);
-    EXPECT_NEAR(arc->GetMidPoint().Distance(Point(std::cos(6.0), std::sin(6.0))), 0.0, 1e-12);
-}
-
-TEST(Curve, ConversionToASplineKeepsThePoints) {
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        const std::unique_ptr<Spline> spline(sample.curve->ConvertToSpline());
-        ASSERT_NE(spline, nullptr);
-        EXPECT_NEAR(spline->GetStart().Distance(sample.curve->GetStart()), 0.0, 1e-12);
-        EXPECT_NEAR(spline->GetEnd().Distance(sample.curve->GetEnd()), 0.0, 1e-12);
-        EXPECT_NEAR(spline->Length(), sample.curve->Length(), 1e-8);
-        for (const Point& p : DensePoints(*spline, 50))
-            EXPECT_NEAR(sample.curve->DistanceBounded(p), 0.0, 1e-9);
     }
 }
 
@@ -253,6 +162,7 @@ TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
     const CurvePtr cubic = MakeSpline(4, {{0, 0}, {1, 2}, {2, -1}, {3, 3}});
     Point p0(5, 5), p1(6, 9), p2(7, 7), p3(9, 9);
     double half[2] = {0.5, 0.75};
+    double move[3][3] = {{1, 0, 5}, {0, 1, 5}, {0, 0, 1}};
     struct Row {
         const char* name;
         Curve& curve;
@@ -267,6 +177,7 @@ TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
          1},
         {"Merge of lines", line, [&] { line.Merge({&longer}); }, 2},
         {"Trim", line, [&] { line.Trim(half); }, 1},
+        {"Transform", line, [&] { line.Transform(move); }, 1},
         {"CopyCurveData", line, [&] { line.CopyCurveData(&longer); }, 1},
         {"SetCenter", arc,
          [&] {
@@ -311,121 +222,23 @@ TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
     }
 }
 
-TEST(Curve, PointOnObjectUsesTheBoundedCurve) {
-    const Arc arc(Point(2, 0), Point(0, 2), Point(0, 0));
-    EXPECT_TRUE(arc.IsPointOnObject(Point(2.05, 0), 0.1));
-    EXPECT_FALSE(arc.IsPointOnObject(Point(2, -0.2), 0.1));
-    EXPECT_FALSE(arc.IsPointOnObject(Point(1, 1), 0.1));
-    EXPECT_FALSE(arc.IsPointOnObject(Point(2, 0), 0.0)) << "the third axis of the box is tested strictly";
-}
-
-TEST(Curve, ConnectedByEquallyPlacedEnds) {
-    Line line(Point(0, 0), Point(1, 0));
-    Arc arc(Point(1, 1e-9), Point(0, 1), Point(0, 0));
-    Line apart(Point(1, 1e-8), Point(2, 0));
-    Arc circle(Point(0, 0), 1);
-    Arc touching(Point(2, 0), 1);
-    EXPECT_TRUE(line.IsConnected(&arc));
-    EXPECT_TRUE(arc.IsConnected(&line));
-    EXPECT_FALSE(line.IsConnected(&apart));
-    EXPECT_FALSE(circle.IsConnected(&touching));
-    EXPECT_FALSE(circle.IsConnected(&line));
-    EXPECT_FALSE(line.IsConnected(nullptr));
-}
-
-TEST(Curve, Curvature) {
-    double k = -1;
-    EXPECT_TRUE(Line(Point(0, 0), Point(3, 1)).ComputeCurvature(0.5, &k));
-    EXPECT_EQ(k, 0.0);
-    EXPECT_TRUE(Arc(Point(1, 1), 4).ComputeCurvature(1, &k));
-    EXPECT_NEAR(k, 0.25, 1e-14);
-    EXPECT_FALSE(Line(Point(1, 1), Point(1, 1)).ComputeCurvature(0.5, &k) && k != 0.0);
-}
-
-TEST(Curve, IntersectBoundedAgainstBruteForce) {
-    std::mt19937 rng(77);
-    for (int trial = 0; trial < 160; ++trial) {
-        SCOPED_TRACE(trial);
-        const CurvePtr a = RandomCurve(rng, trial % 4);
-        const CurvePtr b = RandomCurve(rng, trial / 4 % 4);
-        std::vector<Point> hits;
-        std::vector<Point> swapped;
-        a->IntersectBounded(*b, hits);
-        b->IntersectBounded(*a, swapped);
-        EXPECT_EQ(hits.size(), swapped.size());
-        const std::vector<Point> expected = Crossings(DensePoints(*a, 400), DensePoints(*b, 400));
-        for (const Point& p : expected)
-            EXPECT_LT(NearestOf(hits, p), 0.02) << "missed " << p.x << ", " << p.y;
-        for (const Point& p : hits) {
-            EXPECT_LT(a->DistanceBounded(p), 1.1e-7);
-            EXPECT_LT(b->DistanceBounded(p), 1.1e-7);
-            EXPECT_LT(NearestOf(swapped, p), 1e-6);
-        }
-        int n = -1;
-        std::vector<double> t1 = {5};
-        std::vector<double> t2;
-        std::vector<Point> points;
-        ASSERT_TRUE(a->IntersectCurve(*b, &n, t1, t2, points, 1e-9));
-        EXPECT_EQ(n, static_cast<int>(hits.size()));
-        ASSERT_EQ(t1.size(), points.size());
-        ASSERT_EQ(t2.size(), points.size());
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            EXPECT_LT(a->GetPointAtParameter(t1[i], true).Distance(points[i]), 1e-7);
-            EXPECT_LT(b->GetPointAtParameter(t2[i], true).Distance(points[i]), 1e-7);
-        }
-    }
-}
-
-TEST(Curve, IntersectBoundedKeepsTheEnds) {
-    struct Row {
-        const char* name;
-        CurvePtr a, b;
-        std::size_t count;
-    };
-    Row rows[5];
-    rows[0] = {"shared end", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
-               std::make_unique<Line>(Point(1, 1), Point(2, 0)), 1};
-    rows[1] = {"just short", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
-               std::make_unique<Line>(Point(1.001, 1), Point(2, 0)), 0};
-    rows[2] = {"fillet", std::make_unique<Line>(Point(-5, 1), Point(0, 1)),
-               std::make_unique<Arc>(Point(1, 0), Point(0, 1), Point(0, 0)), 1};
-    rows[3] = {"arc that starts at half a turn", std::make_unique<Line>(Point(-1, -1), Point(-1, 1)),
-               std::make_unique<Arc>(Point(-1, 0), Point(0, -1), Point(0, 0)), 1};
-    rows[4] = {"outside the limits of both", std::make_unique<Line>(Point(3, -1), Point(3, 1)),
-               MakeEllipse({0, 0}, 5, 1, 0, 2, 4), 0};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::vector<Point> out;
-        row.a->IntersectBounded(*row.b, out);
-        EXPECT_EQ(out.size(), row.count);
-    }
-}
-
-TEST(Curve, OverlapGivesTheCommonPart) {
-    const Line line(Point(0, 0), Point(4, 0));
-    Line part(Point(3, 0), Point(9, 0));
-    Line above(Point(0, 1), Point(4, 1));
-    CRV_TOPOL_state_t state = CRV_TOPOL_IDENTICAL;
-    double range[2] = {};
-    Curve* common = nullptr;
-    EXPECT_TRUE(line.IsOverlapping(&part, 1e-6, 1e-6, 1e-6, &state, range, &common));
-    const CurvePtr owner(common);
-    EXPECT_EQ(state, CRV_TOPOL_PARTIAL);
-    EXPECT_NEAR(range[0], 0.75, 1e-9);
-    EXPECT_NEAR(range[1], 1.0, 1e-9);
-    ASSERT_NE(common, nullptr);
-    EXPECT_NEAR(common->Length(), 1.0, 1e-9);
-    EXPECT_FALSE(line.IsOverlapping(&above, 1e-6, 1e-6, 1e-6, &state, range, &common));
-    EXPECT_EQ(state, CRV_TOPOL_SEPARATE);
-    EXPECT_EQ(common, nullptr);
-}
-
 TEST(Curve, MessagesWithoutARecord) {
     Line line(Point(0, 0), Point(1, 1));
-    line.SetCurveData(nullptr);
+    Arc arc(Point(0, 0), 1.0);
+    const CurvePtr ellipsePtr = MakeEllipse({0, 0}, 2, 1, 0, 0, 1);
+    const CurvePtr splinePtr = MakeSpline(2, {{0, 0}, {1, 1}});
+    auto& ellipse = static_cast<Ellipse&>(*ellipsePtr);
+    auto& spline = static_cast<Spline&>(*splinePtr);
+    for (Curve* curve :
+         {static_cast<Curve*>(&line), static_cast<Curve*>(&arc), ellipsePtr.get(), splinePtr.get()})
+        curve->SetCurveData(nullptr);
     Point p;
     Vector v;
     double t = 0;
+    double pair[2];
+    int i = 0;
+    std::vector<double> knots;
+    std::vector<Point*> poles;
     struct Row {
         std::function<void()> call;
         const char* text;
@@ -441,13 +254,47 @@ TEST(Curve, MessagesWithoutARecord) {
         {[&] { line.IsPeriodic(); }, "Curve::IsPeriodic - CURVE cannot be NULL"},
         {[&] { line.GetMajorRadiusPoint(1); },
          "Curve::GetMajorRadiusPoint - cannot find major radius point for curve other than arc or ellipse"},
-        {[&] { line.GetMinorRadiusPoint(1); },
+        {[&] { spline.GetMinorRadiusPoint(1); },
          "Curve::GetMinorRadiusPoint - cannot find minor radius point for curve other than arc or ellipse"},
+        {[&] { line.GetDirection(); }, "Line::GetDirection - CURVE is NULL"},
+        {[&] { line.IsZeroLength(); }, "Line::IsZeroLength - CURVE is NULL"},
+        {[&] { line.SetLimits(p, p); }, "Line::SetLimits - CURVE data cannot be NULL"},
+        {[&] { arc.GetCenter(); }, "Arc::GetCenter - CURVE cannot be NULL"},
+        {[&] { arc.GetRadius(); }, "Arc::GetRadius - CURVE cannot be NULL"},
+        {[&] { arc.GetStartAngle(); }, "getAngle in Arc - CURVE cannot be NULL"},
+        {[&] { arc.GetEndAngle(); }, "getAngle in Arc - CURVE cannot be NULL"},
+        {[&] { arc.GetPointFromAngle(1); }, "Arc::GetRadius - CURVE cannot be NULL"},
+        {[&] { arc.IsZeroLength(); }, "Arc::IsZeroLength - CURVE cannot be NULL"},
+        {[&] { arc.SetCenter(p); }, "Arc::SetCenter - Curve data cannot be NULL"},
+        {[&] { arc.SetClosed(); }, "Arc::SetClosed - CURVE cannot be NULL"},
+        {[&] { arc.SetRadius(1); }, "Arc::SetRadius - CURVE data does not exist"},
+        {[&] { arc.SetLimits(p, p); }, "Arc::SetLimits - Curve data cannot be NULL"},
+        {[&] { ellipse.AskCenter(); }, "Ellipse::AskCenter: Invalid Ellipse object"},
+        {[&] { ellipse.AskDirection(); }, "Ellipse::AskDirection: Invalid Ellipse object"},
+        {[&] { ellipse.AskRadii(t, t); }, "Ellipse::AskRadii: Invalid Ellipse object"},
+        {[&] { ellipse.AskEllipseData(pair, pair, &t, &t, &t); },
+         "Ellipse::AskEllipseData: Invalid Ellipse object"},
+        {[&] { ellipse.SetClosed(); }, "Ellipse::SetClosed - CURVE cannot be NULL"},
+        {[&] { ellipse.SetLimits(p, p); }, "Ellipse::SetLimits - Curve data cannot be NULL"},
+        {[&] { spline.GetDegree(); }, "Spline::GetDegree - CURVE cannot be NULL"},
+        {[&] { spline.GetNumPoles(); }, "Spline::GetNumPoles - CURVE cannot be NULL"},
+        {[&] { spline.GetNumKnots(); }, "Spline::GetNumPoles - CURVE cannot be NULL"},
+        {[&] { spline.GetNumSegments(); }, "Spline::GetNumSegments - CURVE cannot be NULL"},
+        {[&] { spline.AskSplineData(i, i, i, knots, poles); },
+         "Spline::AskSplineData - CURVE cannot be NULL"},
+        {[&] { spline.IsClosed(); }, "Spline::IsClosed - CURVE cannot be NULL"},
+        {[&] { spline.IsG1Closed(); }, "Spline::IsG1Closed - CURVE cannot be NULL"},
+        {[&] { spline.SetPoles(poles); }, "Spline::SetPoles - CURVE data cannot be NULL"},
+        {[] { Line none(static_cast<KC_CURVE_struct_s*>(nullptr)); },
+         "Input CURVE data structure is not of Line type"},
+        {[] { Arc none(static_cast<KC_CURVE_struct_s*>(nullptr)); },
+         "Input CURVE data structure is not of Arc type"},
+        {[] { Spline none(static_cast<KC_CURVE_struct_s*>(nullptr)); },
+         "Input CURVE data structure is not of B-curve type"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(ThrownMessage(row.call), row.text);
     EXPECT_EQ(line.ConvertToSpline(), nullptr);
-    EXPECT_EQ(line.CreateExtensionCurve(), nullptr);
     std::vector<Point> points;
     line.CreatePolylinePoints(5, points);
     EXPECT_TRUE(points.empty());

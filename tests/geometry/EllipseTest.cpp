@@ -3,15 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <numbers>
-#include <random>
 
 #include "tessera/kernel/EQ.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;
@@ -170,24 +167,6 @@ TEST(Ellipse, RadiiAndClosing) {
     EXPECT_DOUBLE_EQ(limits[1], 2 * kPi);
 }
 
-TEST(Ellipse, DistancesAgreeWithSamples) {
-    std::mt19937 rng(8);
-    std::uniform_real_distribution<double> at(-6.0, 6.0);
-    for (int trial = 0; trial < 40; ++trial) {
-        const CurvePtr curve = RandomCurve(rng, 2);
-        const auto& ellipse = static_cast<const Ellipse&>(*curve);
-        const Data d = DataOf(ellipse);
-        double centre[2] = {d.centre[0], d.centre[1]};
-        double radii[2] = {d.radii[0], d.radii[1]};
-        const Ellipse whole(centre, radii, d.rotation, 0, 2 * kPi);
-        const Point p(at(rng), at(rng));
-        EXPECT_NEAR(ellipse.DistanceBounded(p), PolylineDistance(DensePoints(ellipse, 4000), p), 1e-5);
-        EXPECT_NEAR(ellipse.Distance(p), PolylineDistance(DensePoints(whole, 4000), p), 1e-5);
-        EXPECT_NEAR(whole.Distance(ellipse.Project(p)), 0.0, 1e-9);
-        EXPECT_NEAR(ellipse.GetClosestPoint(p).Distance(p), ellipse.DistanceBounded(p), 1e-12);
-    }
-}
-
 TEST(Ellipse, SampledPointsKeepTheTolerance) {
     for (const double tol : {0.3, 0.01, 1e-4}) {
         const Ellipse ellipse = Make(9, 2, 0.4, 0.3, 5.0);
@@ -220,25 +199,4 @@ TEST(Ellipse, SameCurveWithinItsTolerances) {
         const Ellipse other = Make(row.r1, 1, row.rotation, row.start, row.end);
         EXPECT_EQ(ellipse.IsSameCurve(&other), row.same) << row.r1 << " " << row.rotation << " " << row.start;
     }
-}
-
-TEST(Ellipse, MessagesWithoutARecord) {
-    Ellipse ellipse = Make(2, 1, 0, 0, 1);
-    ellipse.SetCurveData(nullptr);
-    double r1 = 0;
-    double r2 = 0;
-    struct Row {
-        std::function<void()> call;
-        const char* text;
-    };
-    const Row rows[] = {
-        {[&] { ellipse.AskCenter(); }, "Ellipse::AskCenter: Invalid Ellipse object"},
-        {[&] { ellipse.AskDirection(); }, "Ellipse::AskDirection: Invalid Ellipse object"},
-        {[&] { ellipse.AskRadii(r1, r2); }, "Ellipse::AskRadii: Invalid Ellipse object"},
-        {[&] { DataOf(ellipse); }, "Ellipse::AskEllipseData: Invalid Ellipse object"},
-        {[&] { ellipse.SetClosed(); }, "Ellipse::SetClosed - CURVE cannot be NULL"},
-        {[&] { ellipse.SetLimits({}, {}); }, "Ellipse::SetLimits - Curve data cannot be NULL"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(ThrownMessage(row.call), row.text);
 }

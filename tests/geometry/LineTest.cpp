@@ -5,7 +5,6 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
-#include <random>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/kernel/EQ.h"
@@ -76,19 +75,6 @@ TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
         SCOPED_TRACE(testing::Message() << row.p.x << ", " << row.p.y);
         EXPECT_EQ(line.OnLine(row.p), row.on);
         EXPECT_EQ(line.WithinBounds(row.p), row.within);
-    }
-}
-
-TEST(Line, DistanceBoundedAgreesWithSamples) {
-    std::mt19937 rng(11);
-    std::uniform_real_distribution<double> at(-5.0, 5.0);
-    for (int trial = 0; trial < 200; ++trial) {
-        const Line line(Point(at(rng), at(rng)), Point(at(rng), at(rng)));
-        const Point p(at(rng), at(rng));
-        EXPECT_NEAR(line.DistanceBounded(p), PolylineDistance(DensePoints(line, 1), p), 1e-9);
-        EXPECT_LE(line.Distance(p), line.DistanceBounded(p) + 1e-12);
-        EXPECT_NEAR(line.Distance(line.Project(p)), 0.0, 1e-12);
-        EXPECT_NEAR(p.Distance(line.Project(p)), line.Distance(p), 1e-12);
     }
 }
 
@@ -252,20 +238,11 @@ TEST(Line, SameCurveKnowsDirection) {
     EXPECT_FALSE(line.IsSameCurve(nullptr));
 }
 
-TEST(Line, MessagesWithoutARecord) {
-    Line line(Point(0, 0), Point(1, 1));
-    line.SetCurveData(nullptr);
-    EXPECT_EQ(ThrownMessage([&] { line.GetDirection(); }), "Line::GetDirection - CURVE is NULL");
-    EXPECT_EQ(ThrownMessage([&] { line.IsZeroLength(); }), "Line::IsZeroLength - CURVE is NULL");
-    EXPECT_EQ(ThrownMessage([&] { line.SetLimits({}, {}); }), "Line::SetLimits - CURVE data cannot be NULL");
-}
-
 TEST(Line, RecordsOfOtherFormsAreRefusedAndStayTheCallers) {
     const double centre[3] = {};
     KC_CURVE_struct_s* arc = ev05p0(centre, 2.0, 0.0, 1.0);
     const char* text = "Input CURVE data structure is not of Line type";
     EXPECT_EQ(ThrownMessage([&] { Line line(arc); }), text);
-    EXPECT_EQ(ThrownMessage([&] { Line line(static_cast<KC_CURVE_struct_s*>(nullptr)); }), text);
     EXPECT_EQ(arc->form, 5);
     evcrvf(arc);
 }

@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <memory>
 #include <numbers>
-#include <random>
 
 #include "tessera/kernel/EQ.h"
 #include "tests/support/ChangeLog.h"
@@ -210,44 +208,4 @@ TEST(Spline, SameCurveComparesTheDefinition) {
     EXPECT_FALSE(spline->IsSameCurve(Make(3, poles, {1, 1, 1.001, 1}).get()));
     const Line line(Point(0, 0), Point(1, 1));
     EXPECT_FALSE(spline->IsSameCurve(&line));
-}
-
-TEST(Spline, DistancesAgreeWithSamples) {
-    std::mt19937 rng(31);
-    std::uniform_real_distribution<double> at(-6.0, 6.0);
-    for (int trial = 0; trial < 40; ++trial) {
-        const CurvePtr spline = RandomCurve(rng, 3 + 4 * (trial % 3));
-        const Point p(at(rng), at(rng));
-        const std::vector<Point> dense = DensePoints(*spline, 4000);
-        EXPECT_NEAR(spline->Distance(p), PolylineDistance(dense, p), 1e-4);
-        EXPECT_NEAR(spline->DistanceBounded(p), spline->Distance(p), 1e-12);
-        EXPECT_NEAR(PolylineDistance(dense, spline->Project(p)), 0.0, 1e-4);
-    }
-}
-
-TEST(Spline, MessagesWithoutARecord) {
-    const SplinePtr spline = Seven();
-    spline->SetCurveData(nullptr);
-    int i = 0;
-    std::vector<double> knots;
-    std::vector<Point*> poles;
-    struct Row {
-        std::function<void()> call;
-        const char* text;
-    };
-    const Row rows[] = {
-        {[&] { spline->GetDegree(); }, "Spline::GetDegree - CURVE cannot be NULL"},
-        {[&] { spline->GetNumPoles(); }, "Spline::GetNumPoles - CURVE cannot be NULL"},
-        {[&] { spline->GetNumKnots(); }, "Spline::GetNumPoles - CURVE cannot be NULL"},
-        {[&] { spline->GetNumSegments(); }, "Spline::GetNumSegments - CURVE cannot be NULL"},
-        {[&] { spline->AskSplineData(i, i, i, knots, poles); },
-         "Spline::AskSplineData - CURVE cannot be NULL"},
-        {[&] { spline->IsClosed(); }, "Spline::IsClosed - CURVE cannot be NULL"},
-        {[&] { spline->IsG1Closed(); }, "Spline::IsG1Closed - CURVE cannot be NULL"},
-        {[&] { spline->SetPoles(poles); }, "Spline::SetPoles - CURVE data cannot be NULL"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(ThrownMessage(row.call), row.text);
-    EXPECT_EQ(ThrownMessage([] { Spline none(static_cast<KC_CURVE_struct_s*>(nullptr)); }),
-              "Input CURVE data structure is not of B-curve type");
 }
