@@ -7,25 +7,18 @@
 #include "tessera/recognition/internal/ReportErrors.h"
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tessera/recognition/internal/StrokePiece.h"
+#include "tessera/recognition/internal/WholeStroke.h"
 
 namespace Tessera::Geometry {
 
 namespace {
 
-// One spline over samples 0 to last, or nothing: pieces and plain curves are answers already.
-bool IsUndecided(const std::vector<RecognizedGeometry*>& results, int last) {
-    if (results.empty())
-        return true;
-    const RecognizedGeometry& only = *results.front();
-    return results.size() == 1 && only.GetResult().GetType() == CurveType_Spline &&
-           only.GetStartIndex() == 0 && only.GetEndIndex() == last;
-}
-
 bool TryClose(SketchRecognizer& recognizer) {
     const SketchRecognizerAccess access{recognizer};
     const std::vector<StrokePoint>& points = access.Points();
     const int last = static_cast<int>(points.size()) - 1;
-    if (last < 1 || !IsUndecided(recognizer.GetResults(), last) ||
+    const std::vector<RecognizedGeometry*>& results = recognizer.GetResults();
+    if (last < 1 || !(results.empty() || IsWholeStrokePreferred(results)) ||
         !(points.front().Distance(points.back()) <= recognizer.AskClosedStrokeTolerance()))
         return false;
     StrokePiece piece;
@@ -36,7 +29,7 @@ bool TryClose(SketchRecognizer& recognizer) {
     if (!shape)
         return false;
     access.AppendResult(std::move(shape), piece, maxDev);
-    if (recognizer.GetResults().size() > 1)
+    while (results.size() > 1)
         access.DeleteResult(0);
     return true;
 }

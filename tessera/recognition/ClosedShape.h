@@ -7,18 +7,20 @@ namespace Tessera::Geometry {
 
 class SketchRecognizer;
 
-/// Replaces the spline of a closed round stroke by a full circle or ellipse.
+/// Gives a closed round stroke its full circle or ellipse.
 ///
-/// Recognition itself makes no full circles or ellipses: a closed round stroke comes back as one spline, or
-/// as nothing. Call this after SketchRecognizer::Recognize and before anybody takes the results: the spline
-/// and its result are deleted, the new ones belong to the caller of GetResults as all others do.
+/// Recognition itself makes no full circles or ellipses: a closed round stroke comes back as one spline, as
+/// arcs between the places where it bends most, or as nothing. Call this after SketchRecognizer::Recognize
+/// and before anybody takes the results: those that are replaced are deleted with their curves, the new one
+/// belongs to the caller of GetResults as all others do.
 ///
-/// A stroke qualifies when its only result is a spline over all its samples, or it has none, and its ends
-/// lie within SketchRecognizer::AskClosedStrokeTolerance. The shape must keep the arc or ellipse tolerance of
-/// the whole stroke. A circle is preferred, unless the ellipse halves its deviation and is clearly oblong.
+/// A stroke qualifies when its ends lie within SketchRecognizer::AskClosedStrokeTolerance and the results
+/// would give way to a whole-stroke curve: there are none, or fewer lines than other curves, or a line and
+/// an arc of more than three quarters of a turn. The shape must keep the arc or ellipse tolerance of the
+/// whole stroke. A circle is preferred, unless the ellipse halves its deviation and is clearly oblong.
 ///
-/// @return whether the results now hold such a shape; they are unchanged if not. Never throws: what goes
-///         wrong is written to standard error as in Recognize.
+/// @return whether the results now hold just such a shape; they are unchanged if not. Never throws: what
+///         goes wrong is written to standard error as in Recognize.
 TESSERA_API bool CloseRoundStroke(SketchRecognizer& recognizer);
 
 } // namespace Tessera::Geometry

@@ -10,19 +10,25 @@ namespace {
 
 constexpr double kSameDeviation = 1e-8; // of two equal results
 
-// First of the samples that lie farthest from p.
-int FarthestIndex(const std::vector<StrokePoint>& points, int first, int last, const Point& p) {
-    int farthest = first;
-    double largestSq = 0.0;
-    for (int i = first; i <= last; ++i) {
-        const double distanceSq = points[static_cast<std::size_t>(i)].Distance2(p);
-        if (distanceSq > largestSq) {
-            largestSq = distanceSq;
-            farthest = i;
+// First of the samples offered that lie farthest from a point.
+class FarthestSample {
+public:
+    FarthestSample(const Point& from, int first) : from_(from), index_(first) {}
+
+    void Offer(const StrokePoint& p, int index) {
+        const double distanceSq = p.Distance2(from_);
+        if (distanceSq > largestSq_) {
+            largestSq_ = distanceSq;
+            index_ = index;
         }
     }
-    return farthest;
-}
+    int Index() const { return index_; }
+
+private:
+    Point from_;
+    double largestSq_ = 0.0;
+    int index_;
+};
 
 } // namespace
 
@@ -41,9 +47,15 @@ bool RecognizedGeometry::operator==(const RecognizedGeometry& other) const {
 }
 
 void RecognizedGeometry::ComputeClosestIndex(const std::vector<StrokePoint>* points) {
-    startKeyIndex_ = FarthestIndex(*points, startIndex_, endIndex_, curve_->GetStart());
-    endKeyIndex_ = curve_->IsClosed() ? startKeyIndex_
-                                      : FarthestIndex(*points, startIndex_, endIndex_, curve_->GetEnd());
+    FarthestSample fromStart(curve_->GetStart(), startIndex_);
+    FarthestSample fromEnd(curve_->GetEnd(), startIndex_);
+    for (int i = startIndex_; i <= endIndex_; ++i) {
+        const StrokePoint& p = (*points)[static_cast<std::size_t>(i)];
+        fromStart.Offer(p, i);
+        fromEnd.Offer(p, i);
+    }
+    startKeyIndex_ = fromStart.Index();
+    endKeyIndex_ = curve_->IsClosed() ? startKeyIndex_ : fromEnd.Index();
 }
 
 } // namespace Tessera::Geometry

@@ -20,17 +20,17 @@
 #include "tessera/recognition/internal/SingleShapes.h"
 #include "tessera/recognition/internal/SplineRecognition.h"
 #include "tessera/recognition/internal/StrokePiece.h"
+#include "tessera/recognition/internal/WholeStroke.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kContinuityGap = 5;                // samples between two continuity breaks
-constexpr double kIntervalShare = 0.08333333;    // look-ahead of the tangent tests, of the sample count
-constexpr double kWholeSweep = 4.71238898038469; // three quarters of a turn
-constexpr double kRoundDeg = 340.0;              // turning from which a stroke has gone round
-constexpr double kSmallCurve = 20.0;             // the longest piece is at least so many times longer
+constexpr int kContinuityGap = 5;             // samples between two continuity breaks
+constexpr double kIntervalShare = 0.08333333; // look-ahead of the tangent tests, of the sample count
+constexpr double kRoundDeg = 340.0;           // turning from which a stroke has gone round
+constexpr double kSmallCurve = 20.0;          // the longest piece is at least so many times longer
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
 void DeleteResult(RecognizedGeometry* result) {
@@ -42,48 +42,6 @@ struct ResultRelease {
     void operator()(RecognizedGeometry* result) const { DeleteResult(result); }
 };
 using ResultPtr = std::unique_ptr<RecognizedGeometry, ResultRelease>;
-
-double SweepOf(const Arc& arc) {
-    return arc.GetEndAngle() - arc.GetStartAngle();
-}
-
-double SweepOf(const Ellipse& ellipse) {
-    double centre[2];
-    double radii[2];
-    double rotation = 0.0;
-    double start = 0.0;
-    double end = 0.0;
-    ellipse.AskEllipseData(centre, radii, &rotation, &start, &end);
-    return end - start;
-}
-
-// Whether a stroke that one curve describes is that curve rather than its pieces.
-bool IsWholeStrokePreferred(const std::vector<RecognizedGeometry*>& pieces) {
-    int lines = 0;
-    int arcs = 0;
-    int ellipses = 0;
-    double arcSweep = 0.0;     // of the last arc
-    double ellipseSweep = 0.0; // of the last ellipse
-    for (const RecognizedGeometry* piece : pieces) {
-        const Curve& curve = piece->GetResult();
-        if (curve.GetType() == CurveType_Line) {
-            ++lines;
-        } else if (curve.GetType() == CurveType_Arc) {
-            ++arcs;
-            arcSweep = SweepOf(static_cast<const Arc&>(curve));
-        } else if (curve.GetType() == CurveType_Ellipse) {
-            ++ellipses;
-            ellipseSweep = SweepOf(static_cast<const Ellipse&>(curve));
-        }
-    }
-    const int total = static_cast<int>(pieces.size());
-    if (lines < total - lines)
-        return true;
-    if (lines != 1 || total != 2 || (arcs != 1 && ellipses != 1))
-        return false;
-    // A hook on a nearly closed round shape is a slip of the pen.
-    return (arcs > 0 ? arcSweep : ellipseSweep) > kWholeSweep;
-}
 
 // Does not follow the speed factor.
 double AdjustedMinimum(const SketchRecognizerPreferences& preferences) {

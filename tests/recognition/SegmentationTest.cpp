@@ -16,7 +16,6 @@ namespace {
 
 using Testing::DrawAtRandom;
 using Testing::DrawPath;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Testing::Samples;

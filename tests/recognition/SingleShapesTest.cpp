@@ -162,7 +162,7 @@ TEST(SingleLine, NeedsTwoPlaces) {
 
 TEST(SingleArc, CounterClockwiseOverThePointsWhicheverWayThePenRan) {
     for (const double sweep : {20.0, 90.0, 180.0, 270.0, 330.0, 341.0})
-        for (double start = 3.0; start < 360.0; start += 17.0)
+        for (int start = 3; start < 360; start += 17)
             for (const bool backwards : {false, true}) {
                 SCOPED_TRACE(testing::Message() << sweep << " from " << start << " back " << backwards);
                 auto pts = OnCircle(0.3, -0.2, 0.8, start * kDegree, (start + sweep) * kDegree, 101);
@@ -218,7 +218,7 @@ TEST(SingleArc, LimitAndStraightPoints) {
 
 TEST(SingleEllipse, ArcEndsWhereThePointsEnd) {
     for (const double sweep : {150.0, 270.0, 341.0})
-        for (double start = 5.0; start < 360.0; start += 29.0) {
+        for (int start = 5; start < 360; start += 29) {
             SCOPED_TRACE(testing::Message() << sweep << " from " << start);
             auto pts = OnEllipse(0.5, 0.4, 0.5, 0.2, 0.7, start * kDegree, (start + sweep) * kDegree, 120);
             double dev = -1.0;
@@ -268,6 +268,7 @@ TEST(EllipseCheck, AgreesWithTheDistanceToEverySegment) {
         std::vector<Point> along;
         ellipse.CreatePolylinePoints(2 + static_cast<int>(rng() % 60), along);
         std::vector<Point2> pts;
+        pts.reserve(along.size());
         for (const Point& p : along)
             pts.push_back({p.x + 0.02 * unit(rng), p.y + 0.02 * unit(rng)});
         if (trial % 3 == 0) // samples out of the ellipse's order

@@ -20,7 +20,6 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::DrawAtRandom;
 using Testing::DrawEllipse;
 using Testing::DrawPath;
 using testing::ElementsAre;

@@ -30,7 +30,7 @@ inline Samples DrawPath(std::initializer_list<Geometry::Point> corners, int perS
 }
 
 /// n samples of the ellipse centre + (a cos t, b sin t) turned by rotation, t from start to end.
-inline Samples DrawEllipse(Geometry::Point centre, double a, double b, double rotation, double start,
+inline Samples DrawEllipse(const Geometry::Point& centre, double a, double b, double rotation, double start,
                            double end, int n) {
     Samples samples;
     const double c = std::cos(rotation);
