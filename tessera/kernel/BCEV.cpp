@@ -7,6 +7,7 @@
 
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/RecordPtr.h"
+#include "tessera/kernel/internal/SmArray.h"
 
 // Everything here acts on homogeneous poles (w x, w y, w z, w), where a rational curve is an ordinary
 // polynomial one. The Bezier form of a span is its polar form at the span's two ends, reached in place by
@@ -84,8 +85,8 @@ BCURVE_DATA* BCEV_alloc_bcurve_data(int numPoles, int order) {
         return nullptr;
     *d = {nullptr, nullptr, numPoles, order, order - 1, 0, 1};
     const auto n = static_cast<std::size_t>(numPoles), k = static_cast<std::size_t>(order);
-    d->poles = static_cast<double(*)[4]>(SM_alloc(n * 4 * sizeof(double), "BCEV_alloc_bcurve_data:1"));
-    d->knots = static_cast<double*>(SM_alloc((n + k) * sizeof(double), "BCEV_alloc_bcurve_data:2"));
+    d->poles = MakeSmArray<double[4]>(n, "BCEV_alloc_bcurve_data:1").release();
+    d->knots = MakeSmArray<double>(n + k, "BCEV_alloc_bcurve_data:2").release();
     return d->poles && d->knots ? d.release() : nullptr;
 }
 

@@ -121,7 +121,7 @@ SmArray<double> CollectBezierPoles(const BCURVE_DATA* d, int* count) {
     *count = 0;
     if (spans * order > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return nullptr;
-    SmArray<double> points = MakeSmArray<double>(3 * spans * order, "BoxCurve:0");
+    SmArray<double> points = MakeSmArray<double>(SmProduct(3 * spans, order), "BoxCurve:0");
     SmArray<double> bezier = MakeSmArray<double>(4 * order, "BoxCurve:1");
     if (!points || !bezier)
         return nullptr;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <numbers>
 
 #include "tessera/kernel/BCDF.h"
@@ -65,6 +66,8 @@ struct WrapTags {
 /// Evaluation record with empty caches around d, which stays the caller's when memory runs out. Only
 /// the span flags are cleared: the tables of a long poly-line are large and seldom used whole.
 EVC_bcurve_s* WrapDefinition(BCURVE_DATA* d, const WrapTags& tags) {
+    if (d->order > std::numeric_limits<int>::max() / 4) // the rows per span would not fit
+        return nullptr;
     SmArray<EVC_bcurve_s> record = MakeSmArray<EVC_bcurve_s>(1, tags.record);
     if (!record)
         return nullptr;
@@ -73,7 +76,7 @@ EVC_bcurve_s* WrapDefinition(BCURVE_DATA* d, const WrapTags& tags) {
     SmArray<double> spans(static_cast<double*>(SM_calloc(n, sizeof(double), tags.spans)));
     SmArray<BCURVE_SEGMENT> segments = MakeSmArray<BCURVE_SEGMENT>(n, tags.segments);
     SmArray<double> coefficients =
-        MakeSmArray<double>(n * static_cast<std::size_t>(k) * 4, tags.coefficients);
+        MakeSmArray<double>(SmProduct(SmProduct(n, static_cast<std::size_t>(k)), 4), tags.coefficients);
     if (!spans || !segments || !coefficients)
         return nullptr;
     record[0] = {d, spans.release(), segments.release(), coefficients.release(), k};

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tessera/kernel/internal/SmArray.h"
 #include "tessera/kernel/internal/SmFault.h"
 
 namespace {
@@ -28,6 +29,15 @@ TEST(SM, AllocatesClearsGrowsAndFrees) {
     SM_free(SM_realloc(SM_alloc(8), 0)); // shrinking to nothing still leaves a block to free
     volatile std::size_t half = std::numeric_limits<std::size_t>::max() / 2;
     EXPECT_EQ(SM_calloc(half, 4), nullptr);
+}
+
+TEST(SM, ArraysThatNoMemoryCanHoldAreRefused) {
+    constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
+    static_assert(SmProduct(kMost / 2, 3) == kMost && SmProduct(1 << 10, 5) == 5120 && SmProduct(7, 0) == 0);
+    // The bytes of these overflow to 0 and to 8: a block would come back, far too small.
+    EXPECT_EQ(MakeSmArray<double>(kMost / 8 + 1, "SMTest:2"), nullptr);
+    EXPECT_EQ(MakeSmArray<double>(kMost / 8 + 2, "SMTest:3"), nullptr);
+    EXPECT_NE(MakeSmArray<double>(3, "SMTest:4"), nullptr);
 }
 
 TEST(SM, TheNthRequestFailsOnce) {
