@@ -44,8 +44,11 @@ inline RecordPtr Bcurve(int order, const std::vector<std::array<double, 3>>& pol
     for (const auto& p : poles)
         flat.insert(flat.end(), {p[0], p[1], 0.0, p[2]});
     int sizes[3] = {n, order, 0};
-    BCURVE_DATA* d = ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(flat.data()));
-    return RecordPtr(ev09p1(d));
+    BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(flat.data())));
+    RecordPtr record(ev09p1(d.get()));
+    if (record)
+        (void)d.release(); // the record owns it now
+    return record;
 }
 
 class Random {
