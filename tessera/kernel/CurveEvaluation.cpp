@@ -24,7 +24,7 @@ void EvaluateTurning(const double centre[3], const double x[3], const double y[3
     const double cosine = std::cos(t), sine = std::sin(t);
     const double onX[4] = {cosine, -sine, -cosine, sine};
     const double onY[4] = {sine, cosine, -sine, -cosine};
-    for (int k = 0; k <= nderiv; ++k)
+    for (int k = 0; k == 0 || k <= nderiv; ++k)
         for (int c = 0; c < 3; ++c)
             out[3 * k + c] = (k == 0 ? centre[c] : 0.0) + onX[k % 4] * x[c] + onY[k % 4] * y[c];
 }
@@ -154,6 +154,7 @@ void ev0900(KC_CURVE_struct_s* c, int nderiv, double t, double* out) {
     auto* bcurve = static_cast<EVC_bcurve_s*>(c->data);
     const BCURVE_DATA* d = bcurve->definition;
     const SpanPlace place = FindPlace(d, t);
+    nderiv = std::max(nderiv, 0);
     if (d->degree == 1 && d->polynomial)
         return EvaluateChord(d, place, nderiv, out);
 

@@ -120,7 +120,8 @@ TESSERA_API void ev0952(BCURVE_DATA* d);
 TESSERA_API void evcrvp(KC_CURVE_struct_s* c, double limits[2]);
 /// The closed flag of an arc or ellipse of this span: 1 when |span - 2 pi| <= 1e-10, else 0.
 TESSERA_API int evcrvIsFullTurn(double span);
-/// Position and nderiv derivatives by the record's parameter at t: out holds 3 (nderiv + 1) doubles, position
+/// Position and nderiv derivatives (none when negative) by the record's parameter at t: out holds
+/// 3 (nderiv + 1) doubles, position
 /// first, then x, y, z of each derivative. An unknown form leaves out untouched.
 ///
 /// Arcs and ellipses accept any angle, lines any t. An open B-curve continues its end spans outside [0, 1];

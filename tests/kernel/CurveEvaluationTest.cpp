@@ -136,3 +136,16 @@ TEST(CurveEvaluation, DegenerateCurvesStayFinite) {
         EXPECT_EQ(p[3], 0.0);
     }
 }
+
+TEST(CurveEvaluation, NegativeDerivativeCountsGiveThePositionAlone) {
+    records::Random rng(15);
+    for (int kind = 0; kind < records::Random::kKinds; ++kind) {
+        SCOPED_TRACE(kind);
+        const RecordPtr c = rng.Record(kind, 10.0, {});
+        double expected[3], out[6] = {-9, -9, -9, -9, -9, -9};
+        evcrve(c.get(), 0, 0.4, expected);
+        evcrve(c.get(), -1, 0.4, out);
+        for (int i = 0; i < 6; ++i)
+            EXPECT_EQ(out[i], i < 3 ? expected[i] : -9.0);
+    }
+}
