@@ -55,8 +55,9 @@ bool Solve(CurveHits& hits) {
 int CRV_TOPOL_intersect(KC_CURVE_struct_s* a, CRV_TOPOL_extent_t extentA, KC_CURVE_struct_s* b,
                         CRV_TOPOL_extent_t extentB, double tol, int* n, CRV_TOPOL_hit_t** hits) {
     TopolCurve first, second;
-    if (!n || !hits || !(tol > 0.0) || !MakeTopolCurve(a, extentA, first) ||
-        !MakeTopolCurve(b, extentB, second))
+    RecordPtr flatA, flatB;
+    if (!n || !hits || !(tol > 0.0) || !FlattenRecord(a, flatA) || !FlattenRecord(b, flatB) ||
+        !MakeTopolCurve(a, extentA, first) || !MakeTopolCurve(b, extentB, second))
         return 1;
     const bool swapped = ComesAfter(first, second);
     if (swapped)

@@ -246,11 +246,12 @@ bool IsLong(const Partner& a, const Stretch& s, double paramTol, double distTol)
 
 int CRV_TOPOL_overlap(KC_CURVE_struct_s* a, KC_CURVE_struct_s* b, double distTol, double angTolRad,
                       double paramTol, CRV_TOPOL_state_t* state, double rangeA[2], double rangeB[2]) {
+    RecordPtr flatA, flatB; // outlive the partners
     Partner first, second;
     Cuts cuts;
     Stretch stretch;
-    if (!(distTol > 0.0) || !(angTolRad >= 0.0) || !state || !first.Init(a, distTol) ||
-        !second.Init(b, distTol))
+    if (!(distTol > 0.0) || !(angTolRad >= 0.0) || !state || !FlattenRecord(a, flatA) ||
+        !FlattenRecord(b, flatB) || !first.Init(a, distTol) || !second.Init(b, distTol))
         return 1;
     const double sine = angTolRad < 0.5 * std::numbers::pi ? std::sin(angTolRad) : 1.0;
     const Tolerances tol{distTol, std::max(sine, 1e-9)};

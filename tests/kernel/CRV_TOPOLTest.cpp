@@ -364,4 +364,30 @@ TEST(Intersect, LongPolylines) {
     EXPECT_EQ(Intersect(poly, RecordPtr(evcrvCopy(poly.get()))).list.size(), 0u);
 }
 
+// Curves at other heights, and a B-curve that climbs, meet where their views from above do: ends too, whose
+// nearest point in space is another one.
+TEST(CrvTopol, HeightsAreIgnored) {
+    records::Random rng(77);
+    for (int trial = 0; trial < 300; ++trial) {
+        SCOPED_TRACE(trial);
+        const RecordPtr a = rng.Record(trial % 11, 10.0, {}), b = rng.Record(trial / 11 % 11, 10.0, {});
+        double limits[2], lift[3] = {0.0, 0.0, 7.0};
+        evcrvp(b.get(), limits);
+        const Xy from = At(b.get(), limits[0]);
+        const RecordPtr stub = records::Line(from.x, from.y, from.x + 30.0, from.y + 1.0); // begins on b
+        double climb[3][3] = {{1, 0, 0}, {0, 1, 0}, {b->form == kFormBCurve ? 0.8 : 0.0, 0, 1}};
+        const RecordPtr raised(evcrvx(b.get(), climb, lift));
+        for (const RecordPtr* other : {&a, &stub}) {
+            const Hits flat = Intersect(*other, b), high = Intersect(*other, raised);
+            ASSERT_EQ(high.status, 0);
+            ASSERT_EQ(high.list.size(), flat.list.size());
+            for (std::size_t i = 0; i < flat.list.size(); ++i) {
+                EXPECT_EQ(high.list[i].t1, flat.list[i].t1);
+                EXPECT_EQ(high.list[i].t2, flat.list[i].t2);
+                EXPECT_EQ(high.list[i].point[2], 0.0);
+            }
+        }
+    }
+}
+
 } // namespace

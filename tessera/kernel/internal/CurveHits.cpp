@@ -81,7 +81,42 @@ double LargestRadius(const ConicFrame& f) {
     return std::max(f.a, f.b);
 }
 
+/// Hands every z of a record to visit, by reference.
+template <class Visit>
+void VisitHeights(KC_CURVE_struct_s* c, Visit visit) {
+    const auto each = [&visit](auto&... xyz) { (visit(xyz[2]), ...); };
+    if (c->form == kFormLine) {
+        auto* line = static_cast<EVC_line_s*>(c->data);
+        each(line->base, line->direction);
+    } else if (c->form == kFormArc) {
+        auto* arc = static_cast<EVC_arc_s*>(c->data);
+        each(arc->centre, arc->xAxis, arc->yAxis);
+    } else if (c->form == kFormConic) {
+        auto* conic = static_cast<EVC_conic_s*>(c->data);
+        each(conic->centre, conic->majorAxis, conic->minorAxis);
+    } else if (c->form == kFormBCurve) {
+        const BCURVE_DATA* d = static_cast<EVC_bcurve_s*>(c->data)->definition;
+        for (int i = 0; i < d->numPoles; ++i)
+            visit(d->poles[i][2]);
+    }
+}
+
 } // namespace
+
+bool FlattenRecord(KC_CURVE_struct_s*& c, RecordPtr& flat) {
+    if (!c || !c->data)
+        return true;
+    bool isFlat = true;
+    VisitHeights(c, [&isFlat](double z) { isFlat = isFlat && z == 0.0; });
+    if (isFlat)
+        return true;
+    flat.reset(evcrvCopy(c));
+    if (!flat)
+        return false;
+    c = flat.get();
+    VisitHeights(c, [](double& z) { z = 0.0; });
+    return true;
+}
 
 bool MakeTopolCurve(KC_CURVE_struct_s* c, CRV_TOPOL_extent_t extent, TopolCurve& out) {
     if (!c || !c->data)

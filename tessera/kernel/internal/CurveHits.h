@@ -3,6 +3,7 @@
 
 #include "tessera/kernel/CRV_TOPOL.h"
 #include "tessera/kernel/CurveRecord.h"
+#include "tessera/kernel/internal/RecordPtr.h"
 #include "tessera/kernel/internal/SmArray.h"
 
 /// How a hit was found. A touch outranks a crossing, both outrank a curve end that merely lies near.
@@ -23,6 +24,10 @@ struct TopolCurve {
     double size;  ///< extent of the bounded curve
     double reach; ///< largest coordinate, for rounding
 };
+
+/// Brings a record that leaves the plane z = 0 down to it: c then is a copy, which `flat` owns. Every other
+/// record stays as it is. False when memory runs out.
+bool FlattenRecord(KC_CURVE_struct_s*& c, RecordPtr& flat);
 
 /// False for unknown forms and unusable B-curves.
 bool MakeTopolCurve(KC_CURVE_struct_s* c, CRV_TOPOL_extent_t extent, TopolCurve& out);
