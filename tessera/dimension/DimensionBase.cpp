@@ -176,7 +176,7 @@ void DimensionBase::FollowParents(const CurveList& former) {
         return;
     const CurveList parents = DistinctParents(*this);
     for (Curve* curve : former)
-        if (IsAttachedTo(curve) && !Contains(parents, curve))
+        if (curve != nullptr && IsAttachedTo(curve) && !Contains(parents, curve))
             curve->RemoveDimension(this);
     AttachToParents();
 }

@@ -201,6 +201,20 @@ protected:
     void FollowParents(const std::vector<Geometry::Curve*>& former);
     /// Assigns what all kinds share except the finalized flag, each field reported; no pending edit remains.
     void AssignFields(const DimensionBase& other);
+    /// Replace of every kind: reports, lets `assign` take over the content of another dimension of the same
+    /// type and follows its parents. False and nothing done for anything else.
+    template <class Kind, class Assign>
+    bool ReplaceBy(Core::TaggedObject* other, Assign assign) {
+        const auto* source = dynamic_cast<const Kind*>(other);
+        if (source == nullptr || source->AskClass() != AskClass() || source->GetType() != GetType())
+            return false;
+        std::vector<Geometry::Curve*> former;
+        GetParentCurves(former);
+        LogForChange();
+        assign(source);
+        FollowParents(former);
+        return true;
+    }
     /// Reports, then stores.
     template <class T>
     void Store(T& field, const T& value) {

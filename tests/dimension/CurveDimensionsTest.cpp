@@ -190,7 +190,7 @@ TEST(CurveDimensions, UpdatesMayChangeTheList) {
     EXPECT_EQ(b.updates, 0);
     EXPECT_EQ(line.CreateUpdateDimension(Tessera::Dimension::Length, true, 1, 1), &a);
     EXPECT_EQ(a.updates, 2);
-    EXPECT_EQ(line.CreateUpdateDimension(Tessera::Dimension::Vertical, true, 1, 1), nullptr);
+    EXPECT_EQ(line.CreateUpdateDimension(Tessera::Dimension::Vertical, false, 1, 1), nullptr);
 }
 
 TEST(CurveDimensions, CopiesShareAndDeepCopiesCopyTheFinalizedOnes) {

@@ -1,0 +1,68 @@
+#include "tessera/dimension/HorizontalDimension.h"
+
+#include "tessera/dimension/internal/SharedDimension.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+
+namespace Tessera::Dimension {
+
+using Geometry::Arc;
+using Geometry::Line;
+using Geometry::Point;
+
+HorizontalDimension::HorizontalDimension() : ProjectedDimension(Axis::X) {}
+
+HorizontalDimension::HorizontalDimension(Line* line, double fontHeight)
+    : HorizontalDimension(line, kHeightOffsetPerFontHeight * fontHeight, fontHeight) {}
+
+HorizontalDimension::HorizontalDimension(Line* line, double textHeightOffset, double fontHeight)
+    : ProjectedDimension(Axis::X, line, nullptr, nullptr, textHeightOffset, fontHeight) {
+    Bind();
+}
+
+HorizontalDimension::HorizontalDimension(Line* line, Arc* arc, double textHeightOffset, double fontHeight)
+    : ProjectedDimension(Axis::X, line, arc, nullptr, textHeightOffset, fontHeight) {
+    Bind();
+}
+
+HorizontalDimension::HorizontalDimension(Arc* first, Arc* second, double textHeightOffset, double fontHeight)
+    : ProjectedDimension(Axis::X, nullptr, first, second, textHeightOffset, fontHeight) {
+    Bind();
+}
+
+HorizontalDimension* HorizontalDimension::MakeDimension(Line* line, double fontHeight) {
+    if (line == nullptr)
+        return nullptr;
+    auto* known = FindShared<HorizontalDimension>(*line, nullptr, Horizontal);
+    return known != nullptr ? known : new HorizontalDimension(line, fontHeight);
+}
+
+HorizontalDimension* HorizontalDimension::MakeDimension(Line* line, Arc* arc, double textHeightOffset,
+                                                        double fontHeight) {
+    if (line == nullptr || arc == nullptr)
+        return nullptr;
+    auto* known = FindShared<HorizontalDimension>(*line, arc, Horizontal);
+    return known != nullptr ? known : new HorizontalDimension(line, arc, textHeightOffset, fontHeight);
+}
+
+HorizontalDimension* HorizontalDimension::MakeDimension(Arc* first, Arc* second, double textHeightOffset,
+                                                        double fontHeight) {
+    if (first == nullptr || second == nullptr)
+        return nullptr;
+    auto* known = FindShared<HorizontalDimension>(*first, second, Horizontal);
+    return known != nullptr ? known : new HorizontalDimension(first, second, textHeightOffset, fontHeight);
+}
+
+HorizontalDimension* HorizontalDimension::Copy() const {
+    return new HorizontalDimension(*this);
+}
+
+Line* HorizontalDimension::GetHorizontalLineFromLine() const {
+    return ComputeTempDimensionLine();
+}
+
+void HorizontalDimension::GetYorderPoints(const Line* line, Point& a, Point& b, int& order) const {
+    OrderEnds(line, a, b, order);
+}
+
+} // namespace Tessera::Dimension

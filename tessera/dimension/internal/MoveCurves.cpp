@@ -1,0 +1,27 @@
+#include "tessera/dimension/internal/MoveCurves.h"
+
+namespace Tessera::Dimension {
+
+using Geometry::Point;
+using Geometry::Vector;
+
+void MoveLineEnds(Geometry::Line& line, const Vector& startShift, const Vector& endShift) {
+    const Point start = line.GetStart().AffineCombine(1.0, startShift);
+    const Point end = line.GetEnd().AffineCombine(1.0, endShift);
+    const double from[3] = {start.x, start.y, 0.0};
+    const double to[3] = {end.x, end.y, 0.0};
+    // A fresh record instead of SetLimits, which would project the ends back onto the old line.
+    KC_CURVE_struct_s* record = ev03p0(from, to);
+    if (record == nullptr)
+        return;
+    line.SetCurveData(record);
+    line.UpdateBoundingBox();
+    line.UpdateCachedBasePoint();
+}
+
+void Translate(Geometry::Curve& curve, const Vector& shift) {
+    double m[3][3] = {{1.0, 0.0, shift.x}, {0.0, 1.0, shift.y}, {0.0, 0.0, 1.0}};
+    curve.Transform(m);
+}
+
+} // namespace Tessera::Dimension
