@@ -10,6 +10,10 @@ target_compile_options(
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     target_compile_options(tessera_options INTERFACE -Wno-delete-non-abstract-non-virtual-dtor)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # Sees overlaps in string concatenation that are not there (GCC bug 105651).
+    target_compile_options(tessera_options INTERFACE -Wno-restrict)
+endif()
 if(TESSERA_WARNINGS_AS_ERRORS)
     target_compile_options(tessera_options INTERFACE -Werror)
 endif()

@@ -1,4 +1,9 @@
 // Arc - a circular arc or full circle; its parameter is the angle in radians, counter-clockwise from +x.
+//
+// Frame      the record's axes stand unturned; transforms and records from elsewhere are brought into that
+//            frame, so that centre, radius and angles rebuild the curve that is evaluated.
+// Wrapped    an arc given with start > end evaluates over [end, start], while the relative parameters read it
+//            from start to end + 2 pi. Only the constructor with angles makes one.
 #pragma once
 
 #include "tessera/geometry/Curve.h"
@@ -27,6 +32,8 @@ public:
     bool WithinBounds(const Point& p) const override;
     int AskNumberOfSampledPoints(double tol) const override;
     bool IsZeroLength() const override;
+    /// Counter-clockwise from the angle of a to that of b, radius and centre kept; coincident angles close an
+    /// arc of at least half a turn.
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return IsPeriodic(); }
     CurveType_e GetType() const override { return CurveType_Arc; }
@@ -43,7 +50,9 @@ public:
     Point GetPointFromAngle(double theta) const;
     Point GetPointFromArcDistance(double s) const;
     double GetMidParam() const;
+    /// Fraction of the way from start to end; 0 or 1, whichever end is nearer, outside.
     double GetRelativeParam(double theta) const;
+    /// Inverse of GetRelativeParam; 0 for u outside [0, 1].
     double GetParamFromRelativeParam(double u) const;
     bool IsMajorArc() const;
 
@@ -51,6 +60,7 @@ public:
     void SetRadius(double r);
 
     static double ComputeAngleFromPoint(const Point& p, const Point& centre);
+    /// Throws "Cannot create an arc from colinear points" or "Arc::FindCenter: center could not be found".
     static Point FindCenter(const Point& a, const Point& b, const Point& c);
     /// Arc with ends a and c through b, running counter-clockwise; caller deletes.
     static Arc* FromThreePoints(const Point& a, const Point& b, const Point& c);

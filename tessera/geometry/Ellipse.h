@@ -23,6 +23,8 @@ public:
     bool WithinBounds(const Point& p) const override;
     int AskNumberOfSampledPoints(double tol) const override;
     bool IsZeroLength() const override;
+    /// From the whole ellipse's point nearest to a, counter-clockwise to the one nearest to b; a full turn
+    /// when they coincide.
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return IsPeriodic(); }
     CurveType_e GetType() const override { return CurveType_Ellipse; }
@@ -37,6 +39,7 @@ public:
     /// Fills all five (rotation in [0, 2 pi)); returns whether the ellipse is closed.
     bool AskEllipseData(double centre[2], double radii[2], double* rotation, double* start,
                         double* end) const;
+    /// Fraction of the way from start to end, without wrapping; 0 or 1, whichever end is nearer, outside.
     double GetRelativeParam(double theta) const;
     /// End of the major axis, where a host shows its rotation handle.
     Point GetRotateHandleLocation() const;

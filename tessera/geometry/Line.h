@@ -27,6 +27,7 @@ public:
     bool WithinBounds(const Point& p) const override;
     int AskNumberOfSampledPoints(double tol) const override;
     bool IsZeroLength() const override;
+    /// Ends at the feet of a and b on the infinite line, ordered so that the direction stays.
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return false; }
     CurveType_e GetType() const override { return CurveType_Line; }
@@ -49,6 +50,8 @@ public:
     bool OnLine(const Point& p) const;
     bool IsReflectCenterLine() const { return reflectCenterLine_; }
     void SetIsReflectCenterLine(bool value);
+    /// Midpoint as it was at construction, the last transform, replacement or UpdateCachedBasePoint; changes
+    /// of the limits leave it.
     Point GetCachedBasePoint() const { return cachedBasePoint_; }
     void UpdateCachedBasePoint();
 

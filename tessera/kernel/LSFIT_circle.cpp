@@ -30,7 +30,7 @@ constexpr double kCoordinateRounding = 2.0 * std::numeric_limits<double>::epsilo
 constexpr double kShift = 1e-15; // of the trace of M: a few roundings of its elements
 // Over very many points the sums round off more: the shift grows until the factor exists.
 constexpr double kShiftGrowth = 10.0;
-constexpr double kLargestShift = 1e-10;
+constexpr int kShiftAttempts = 6;
 // Below this ratio of the scatter's determinant to its squared trace rounding hides whether the points are
 // collinear, and the line fit decides.
 constexpr double kSlenderScatter = 1e-12;
@@ -109,7 +109,8 @@ bool IsLine(const Input& in) {
 bool SolveShifted(const double scatter[16], double values[4], double vectors[16]) {
     constexpr double kConstraint[16] = {0, 0, 0, -2, 0, 1, 0, 0, 0, 0, 1, 0, -2, 0, 0, 0};
     const double trace = scatter[0] + scatter[5] + scatter[10] + scatter[15];
-    for (double shift = kShift; shift <= kLargestShift; shift *= kShiftGrowth) {
+    double shift = kShift;
+    for (int attempt = 0; attempt < kShiftAttempts; ++attempt, shift *= kShiftGrowth) {
         double shifted[16], work[32];
         std::copy(scatter, scatter + 16, shifted);
         for (int i = 0; i < 4; ++i)

@@ -135,12 +135,9 @@ bool FitEllipse(const Point2* pts, int n, Point2 origin, double scale, EllipseSh
         return false;
     double params[kParameters] = {ellipse->centre.x, ellipse->centre.y, ellipse->a, ellipse->b,
                                   ellipse->angle};
-    bool isHopeless = false;
-    if (samples.count > kCoarseSamples) {
-        Samples coarse = TakeSamples(pts, n, origin, scale, kCoarseSamples);
-        const Refinement r = Refine(&coarse, kCoarseIterations, kSampledRelativeTol, params);
-        isHopeless = !r.isSettled && r.rms > kHopelessRms;
-    }
+    Samples coarse = TakeSamples(pts, n, origin, scale, kCoarseSamples);
+    const Refinement first = Refine(&coarse, kCoarseIterations, kSampledRelativeTol, params);
+    const bool isHopeless = !first.isSettled && first.rms > kHopelessRms;
     if (!isHopeless &&
         !std::isfinite(
             Refine(&samples, kIterations, n > kMostSamples ? kSampledRelativeTol : kRelativeTol, params).rms))

@@ -162,6 +162,7 @@ TEST(CircleFit, ExactCircles) {
         {"three points", {1, 1}, 2, 2.0, 3, 1e-11},
         {"half", {0, 0}, 1, std::numbers::pi, 50, 1e-12},
         {"short arc", {0, 0}, 1, 0.1, 50, 1e-8},
+        {"very many points", {3, 4}, 10, kTau, 300000, 1e-9},
         {"far from the origin", {1e6, -1e6}, 1, kTau, 64, 1e-8},
     };
     for (const Row& row : rows)
