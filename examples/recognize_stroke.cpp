@@ -5,7 +5,6 @@
 #include <numbers>
 
 #include "tessera/Tessera.h"
-#include "tessera/recognition/ClosedShape.h"
 
 using namespace Tessera::Geometry;
 
