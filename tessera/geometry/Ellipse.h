@@ -1,4 +1,9 @@
-// Ellipse - an elliptical arc or full ellipse; its parameter is the eccentric angle in radians.
+// Ellipse - an elliptical arc or full ellipse; its parameter is the eccentric angle in radians: the point at
+// theta is centre + cos theta major axis + sin theta minor axis.
+//
+// Frame   the minor axis stands a quarter turn ahead of the major one; mirrored records are turned into it.
+// Errors  char* texts ("Ellipse::AskCenter: Invalid Ellipse object" and the like) where there is no record.
+// Change  every change is reported before it is stored.
 #pragma once
 
 #include "tessera/geometry/Curve.h"
@@ -20,11 +25,12 @@ public:
     double Distance(const Point& p) const override;
     double DistanceBounded(const Point& p) const override;
     Point Project(const Point& p) const override;
-    bool WithinBounds(const Point& p) const override;
+    bool WithinBounds(const Point& p) const override; ///< always true
     int AskNumberOfSampledPoints(double tol) const override;
+    /// Both radii, or the sweep in radians, within the length tolerance.
     bool IsZeroLength() const override;
-    /// From the whole ellipse's point nearest to a, counter-clockwise to the one nearest to b; a full turn
-    /// when they coincide.
+    /// From the angle nearest to a to that nearest to b, on the whole ellipse; end angle above start angle,
+    /// so that equal ones make a full turn.
     void SetLimits(const Point& a, const Point& b) override;
     bool IsClosed() const override { return IsPeriodic(); }
     CurveType_e GetType() const override { return CurveType_Ellipse; }
@@ -39,7 +45,7 @@ public:
     /// Fills all five (rotation in [0, 2 pi)); returns whether the ellipse is closed.
     bool AskEllipseData(double centre[2], double radii[2], double* rotation, double* start,
                         double* end) const;
-    /// Fraction of the way from start to end, without wrapping; 0 or 1, whichever end is nearer, outside.
+    /// Fraction of the sweep at theta; 0 or 1, by the nearer end, outside. Full turns are not taken off.
     double GetRelativeParam(double theta) const;
     /// End of the major axis, where a host shows its rotation handle.
     Point GetRotateHandleLocation() const;

@@ -18,13 +18,13 @@ using Geometry::Curve;
 using Geometry::Point;
 using CurvePtr = std::unique_ptr<Curve>;
 
-inline CurvePtr MakeEllipse(Point centre, double r1, double r2, double rotation, double start, double end) {
+inline CurvePtr MakeEllipse(const Point& centre, double r1, double r2, double rotation, double start, double end) {
     double at[2] = {centre.x, centre.y};
     double radii[2] = {r1, r2};
     return std::make_unique<Geometry::Ellipse>(at, radii, rotation, start, end);
 }
 
-inline CurvePtr MakeArc(Point centre, double radius, double start, double end) {
+inline CurvePtr MakeArc(const Point& centre, double radius, double start, double end) {
     double at[3] = {centre.x, centre.y, 0.0};
     return std::make_unique<Geometry::Arc>(at, radius, start, end);
 }
@@ -80,6 +80,7 @@ inline CurvePtr RandomCurve(std::mt19937& rng, int kind) {
         return MakeEllipse(centre, size(rng), size(rng), angle(rng), start, end);
     default: {
         std::vector<Point> poles;
+        poles.reserve(6);
         for (int i = 0; i < 6; ++i)
             poles.emplace_back(at(rng), at(rng));
         return MakeSpline(2 + kind % 3, poles);
