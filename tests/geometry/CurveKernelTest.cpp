@@ -253,15 +253,15 @@ TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
         CurvePtr a, b;
         Point touch;
     };
-    Row rows[4];
-    rows[0] = {
-        "fillet", std::make_unique<Line>(Point(-5, 1), Point(0, 1)), MakeArc({0, 0}, 1, 0, kPi / 2), {0, 1}};
-    rows[1] = {"line along a circle",
-               std::make_unique<Line>(Point(-5, 3), Point(7, 3)),
-               std::make_unique<Arc>(Point(1, 1), 2.0),
-               {1, 3}};
-    rows[2] = {"two arcs in an S", MakeArc({0, 0}, 1, 0, kPi), MakeArc({3, 0}, 2, kPi, 2 * kPi), {1, 0}};
-    rows[3] = {"circle inside", MakeArc({0, 0}, 3, -1, 1), std::make_unique<Arc>(Point(2, 0), 1.0), {3, 0}};
+    std::vector<Row> rows;
+    const auto add = [&](const char* name, CurvePtr a, CurvePtr b, const Point& touch) {
+        rows.push_back({name, std::move(a), std::move(b), touch});
+    };
+    add("fillet", std::make_unique<Line>(Point(-5, 1), Point(0, 1)), MakeArc({0, 0}, 1, 0, kPi / 2), {0, 1});
+    add("line along a circle", std::make_unique<Line>(Point(-5, 3), Point(7, 3)),
+        std::make_unique<Arc>(Point(1, 1), 2.0), {1, 3});
+    add("two arcs in an S", MakeArc({0, 0}, 1, 0, kPi), MakeArc({3, 0}, 2, kPi, 2 * kPi), {1, 0});
+    add("circle inside", MakeArc({0, 0}, 3, -1, 1), std::make_unique<Arc>(Point(2, 0), 1.0), {3, 0});
     for (Row& row : rows) {
         double m[3][3] = {
             {std::cos(0.37), -std::sin(0.37), 0.3}, {std::sin(0.37), std::cos(0.37), -0.7}, {0, 0, 1}};
