@@ -18,7 +18,8 @@ using Geometry::Curve;
 using Geometry::Point;
 using CurvePtr = std::unique_ptr<Curve>;
 
-inline CurvePtr MakeEllipse(const Point& centre, double r1, double r2, double rotation, double start, double end) {
+inline CurvePtr MakeEllipse(const Point& centre, double r1, double r2, double rotation, double start,
+                            double end) {
     double at[2] = {centre.x, centre.y};
     double radii[2] = {r1, r2};
     return std::make_unique<Geometry::Ellipse>(at, radii, rotation, start, end);
