@@ -1,0 +1,283 @@
+// Placement, decoration and value edits of length dimensions.
+#include "tessera/dimension/LengthDimension.h"
+
+#include <limits>
+#include <memory>
+
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/XYBox.h"
+#include "tests/support/DimensionProbes.h"
+
+using namespace Tessera::Testing;
+using Tessera::Dimension::LengthDimension;
+using Tessera::Geometry::Line;
+using Tessera::Geometry::Vector;
+
+namespace {
+
+const double kDiagonal = std::sqrt(0.5);
+
+/// A direction of the line and the frame in which it must be dimensioned.
+struct Orientation {
+    double angleDeg;
+    Vector d, n;
+    double textAngleDeg;
+    bool isReversed; // the line runs against d
+};
+
+const Orientation kOrientations[] = {
+    {0, {1, 0}, {0, 1}, 0, false},   {45, {kDiagonal, kDiagonal}, {kDiagonal, -kDiagonal}, 45, false},
+    {90, {0, 1}, {1, 0}, 90, false}, {135, {kDiagonal, -kDiagonal}, {kDiagonal, kDiagonal}, 315, true},
+    {180, {1, 0}, {0, 1}, 0, true},  {225, {kDiagonal, kDiagonal}, {kDiagonal, -kDiagonal}, 45, true},
+    {270, {0, 1}, {1, 0}, 90, true}, {315, {kDiagonal, -kDiagonal}, {kDiagonal, kDiagonal}, 315, false},
+};
+
+/// Decoration points as (along d, along n) from the end that comes first along d; font height 4.
+struct Layout {
+    const char* name;
+    double length, heightOffset;
+    double lineOffset; // of the middle of the text
+    std::vector<Point> first, last;
+};
+
+const Layout kLayouts[] = {
+    {"above",
+     100,
+     10,
+     12,
+     {{45, 12}, {0, 12}, {0, 1}, {0, 14}, {0, 12}, {3, 11.25}, {3, 12.75}, {0, 12}, {0, 10}},
+     {{55, 12}, {100, 12}, {100, 1}, {100, 14}, {100, 12}, {97, 11.25}, {97, 12.75}, {100, 12}, {100, 10}}},
+    {"below",
+     100,
+     -10,
+     -12,
+     {{45, -12}, {0, -12}, {0, -1}, {0, -14}, {0, -12}, {3, -12.75}, {3, -11.25}, {0, -12}, {0, -10}},
+     {{55, -12},
+      {100, -12},
+      {100, -1},
+      {100, -14},
+      {100, -12},
+      {97, -12.75},
+      {97, -11.25},
+      {100, -12},
+      {100, -10}}},
+    {"arrowheads outside, above",
+     8,
+     10,
+     12,
+     {{-6, 12}, {0, 12}, {0, 1}, {0, 14}, {0, 12}, {-3, 11.25}, {-3, 12.75}, {0, 12}, {0, 10}},
+     {{14, 12}, {8, 12}, {8, 1}, {8, 14}, {8, 12}, {11, 11.25}, {11, 12.75}, {8, 12}, {8, 10}}},
+    {"arrowheads outside, below",
+     8,
+     -10,
+     -12,
+     {{-6, -12}, {0, -12}, {0, -1}, {0, -14}, {0, -12}, {-3, -12.75}, {-3, -11.25}, {0, -12}, {0, -10}},
+     {{14, -12}, {8, -12}, {8, -1}, {8, -14}, {8, -12}, {11, -12.75}, {11, -11.25}, {8, -12}, {8, -10}}},
+};
+
+const Point kStart(7, -3);
+
+void ExpectDecoration(const LengthDimension& dim, const Layout& layout, const Orientation& o) {
+    const Point first = o.isReversed ? kStart.AffineCombine(-layout.length, o.d) : kStart;
+    const auto place = [&](const Point& p) { return first.AffineCombine(p.x, o.d).AffineCombine(p.y, o.n); };
+    for (const int side : {1, 2}) {
+        const auto& expected = (side == 1) != o.isReversed ? layout.first : layout.last;
+        const std::vector<Point> points = DecorationOf(dim, side);
+        ASSERT_EQ(points.size(), expected.size());
+        for (std::size_t i = 0; i < points.size(); ++i)
+            ExpectNear(points[i], place(expected[i]), 1e-9,
+                       "side " + std::to_string(side) + " point " + std::to_string(i));
+        EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionStartIndex(), 2);
+        EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionEndIndex(), 3);
+    }
+    ExpectNear(TextMiddle(dim), place({layout.length / 2, layout.lineOffset}), 1e-9, "text in the break");
+}
+
+} // namespace
+
+TEST(LengthDimension, DecorationInEightOrientations) {
+    for (const Layout& layout : kLayouts) {
+        for (const Orientation& o : kOrientations) {
+            SCOPED_TRACE(std::string(layout.name) + " at " + std::to_string(o.angleDeg));
+            Line line(kStart, kStart + Polar(layout.length, o.angleDeg));
+            const LengthDimension dim(&line, layout.heightOffset, 4.0);
+            EXPECT_NEAR(dim.GetAnnotation(), layout.length, 1e-12);
+            EXPECT_NEAR(dim.GetTextAngle(), o.textAngleDeg, 1e-9);
+            EXPECT_EQ(dim.GetTextHeightOffset(), layout.heightOffset) << "the update leaves it alone";
+            ExpectDecoration(dim, layout, o);
+        }
+    }
+}
+
+TEST(LengthDimension, DirectionReadsLeftToRightOrUpwards) {
+    Line level(Point(10, 0), Point(0, 0));
+    Line upright(Point(0, 10), Point(0, 0));
+    const LengthDimension a(&level, 4.0);
+    const LengthDimension b(&upright, 4.0);
+    EXPECT_EQ(a.GetOrientation(), Vector(1, 0));
+    EXPECT_EQ(b.GetOrientation(), Vector(0, 1));
+    EXPECT_DOUBLE_EQ(a.GetTextHeightOffset(), 3.0);
+}
+
+TEST(LengthDimension, TextStaysBetweenTheExtensionLines) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0);
+    // Half a text of "100" and half a letter of air, then an arrowhead: 8 from either end.
+    const double rows[][2] = {{-3, 0.08}, {0.0799, 0.08}, {0.0801, 0.0801}, {0.9201, 0.92}, {7, 0.92}};
+    for (const auto& row : rows) {
+        dim.SetRelativeParam(row[0]);
+        dim.UpdateDimension();
+        EXPECT_DOUBLE_EQ(dim.GetRelativeParam(), row[1]);
+        EXPECT_FALSE(dim.FlipArrowhead());
+    }
+    Line shorter(Point(0, 0), Point(17.99, 0)); // "17.99": 2 x (5 + 2 + 3) do not fit
+    LengthDimension tight(&shorter, 10.0, 4.0);
+    tight.SetRelativeParam(0.97);
+    tight.UpdateDimension();
+    EXPECT_TRUE(tight.FlipArrowhead());
+    EXPECT_DOUBLE_EQ(tight.GetRelativeParam(), 0.97);
+}
+
+TEST(LengthDimension, ArrowheadsTurnExactlyWhenTheTextDoesNotFit) {
+    for (const double gap : {-1e-6, 1e-6}) {
+        Line line(Point(0, 0),
+                  Point(16.0 + gap, 0)); // measured exactly 16: "16" is 4 wide, so 2 x (2 + 2 + 3)
+        const LengthDimension fits(&line, 10.0, 4.0);
+        EXPECT_FALSE(fits.FlipArrowhead());
+    }
+    Line below(Point(0, 0), Point(13, 0));
+    Line exact(Point(0, 0), Point(14, 0));
+    EXPECT_TRUE(LengthDimension(&below, 10.0, 4.0).FlipArrowhead());
+    EXPECT_FALSE(LengthDimension(&exact, 10.0, 4.0).FlipArrowhead());
+}
+
+TEST(LengthDimension, ExtentDrawingAndDistance) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0);
+    Tessera::Geometry::XYBox box;
+    ASSERT_TRUE(dim.AskXYBox(box));
+    ExpectNear(box.min, {0, 1});
+    ExpectNear(box.max, {100, 14});
+    std::vector<Tessera::Geometry::Curve*> curves;
+    std::vector<Point> arrows;
+    dim.GetTempDimDecoObjects(curves, arrows, true);
+    ASSERT_EQ(curves.size(), 4U);
+    ASSERT_EQ(arrows.size(), 6U);
+    ExpectNear(curves[0]->GetStart(), {45, 12});
+    ExpectNear(curves[3]->GetEnd(), {100, 14});
+    ExpectNear(arrows[5], {97, 12.75});
+    for (auto* curve : curves)
+        delete curve;
+    const struct {
+        Point p;
+        double distance;
+        int part;
+    } rows[] = {{{50, 12}, 0, 0}, {{50, 10}, 0, 0}, {{50, 9}, 1, 0},     {{20, 13}, 1, 1},
+                {{80, 11}, 1, 2}, {{103, 5}, 3, 2}, {{-2, 14}, 2, 1},    {{50, 100}, 86, 0},
+                {{0, -1}, 2, 1},  {{98, 12}, 0, 2}, {{53.5, 12}, 0.5, 0}};
+    for (const auto& row : rows) {
+        int part = -7;
+        EXPECT_NEAR(dim.GetDistanceToPoint(row.p, part), row.distance, 1e-12) << row.p.x << " " << row.p.y;
+        EXPECT_EQ(part, row.part) << row.p.x << " " << row.p.y;
+    }
+    Point a;
+    Point b;
+    dim.GetAnnotationBoundingPoints(a, b);
+    ExpectNear(a, {47, 12});
+    ExpectNear(b, {53, 12});
+    ExpectNear(dim.GetReferencePoint(), {50, 12});
+    EXPECT_DOUBLE_EQ(dim.ComputeDecoEndDistance(0.25), 25.0);
+    EXPECT_NEAR(dim.ComputeDecoEndDistance(1.1), -10.0, 1e-12);
+}
+
+TEST(LengthDimension, SidesFollowTheLineNotTheReading) {
+    for (const bool isReversed : {false, true}) {
+        Line line(Point(isReversed ? 100 : 0, 0), Point(isReversed ? 0 : 100, 0));
+        const LengthDimension dim(&line, 10.0, 4.0);
+        const int left = isReversed ? 2 : 1;
+        const int right = 3 - left;
+        const struct {
+            Point p;
+            int side;
+        } rows[] = {{{50, 12}, 0},    {{52.99, 12}, 0},  {{53.01, 12}, right}, {{46.9, 12}, left},
+                    {{50, 15.01}, 2}, {{-50, 12}, left}, {{150, -40}, right},  {{20, 500}, left}};
+        for (const auto& row : rows)
+            EXPECT_EQ(dim.ComputeUpdateSide(row.p), row.side) << row.p.x << " " << row.p.y;
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(110, 30), right), 110);
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(30, -9), right), 30);
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(-1, 12), right), 100) << "behind the fixed end";
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(-10, 0), left), 110);
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(-10, 0), 0), 100);
+        EXPECT_DOUBLE_EQ(dim.ComputeNewValue(Point(-10, 0), 3), 100);
+    }
+}
+
+TEST(LengthDimension, TypedValuesMoveTheChosenSide) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const struct {
+        int side;
+        double value;
+        Point start, end; // of a line from (0, 0) to (6, 8)
+    } rows[] = {
+        {2, 15, {0, 0}, {9, 12}}, {1, 15, {-3, -4}, {6, 8}},   {0, 20, {-3, -4}, {9, 12}},
+        {2, 5, {0, 0}, {3, 4}},   {1, 5, {3, 4}, {6, 8}},      {0, 5, {1.5, 2}, {4.5, 6}},
+        {-1, 15, {0, 0}, {6, 8}}, {3, 15, {0, 0}, {6, 8}},     {2, 0, {0, 0}, {6, 8}},
+        {2, -5, {0, 0}, {6, 8}},  {2, 2.5e-9, {0, 0}, {6, 8}}, {2, nan, {0, 0}, {6, 8}},
+        {0, inf, {0, 0}, {6, 8}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::to_string(row.side) + ": " + std::to_string(row.value));
+        Line line(Point(0, 0), Point(6, 8));
+        LengthDimension dim(&line, 10.0, 4.0);
+        std::vector<Tessera::Geometry::Curve*> changing;
+        dim.GetUpdateCurves(row.side, changing);
+        EXPECT_EQ(changing, std::vector<Tessera::Geometry::Curve*>{&line});
+        dim.SetUpdateSide(row.side);
+        dim.SetAnnotation(row.value);
+        dim.UpdateDimension();
+        ExpectNear(line.GetStart(), row.start, 1e-12);
+        ExpectNear(line.GetEnd(), row.end, 1e-12);
+        EXPECT_NEAR(dim.GetAnnotation(), row.start.Distance(row.end), 1e-12);
+        ExpectNear(line.GetCachedBasePoint(), (row.start + row.end) / 2.0, 1e-12);
+    }
+}
+
+TEST(LengthDimension, ATypedValueWorksOnceAndIsNotCopied) {
+    Line line(Point(0, 0), Point(10, 0));
+    LengthDimension dim(&line, 4.0);
+    dim.SetUpdateSide(2);
+    dim.SetAnnotation(20);
+    const std::unique_ptr<LengthDimension> copy(dim.Copy());
+    copy->UpdateDimension();
+    EXPECT_DOUBLE_EQ(line.Length(), 10);
+    dim.UpdateDimension();
+    EXPECT_DOUBLE_EQ(line.Length(), 20);
+    line.SetLimits(Point(0, 0), Point(30, 0)); // the chosen side stays, but moves nothing by itself
+    dim.UpdateDimension();
+    EXPECT_DOUBLE_EQ(line.Length(), 30);
+    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 30);
+    dim.SetAnnotation(40);
+    dim.SetUpdateSide(-1);
+    dim.UpdateDimension();
+    dim.SetUpdateSide(2);
+    dim.UpdateDimension();
+    EXPECT_DOUBLE_EQ(line.Length(), 30) << "an update without a side forgets the value";
+}
+
+TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
+    Line line(Point(5, 5), Point(5, 5));
+    LengthDimension dim(&line, 10.0, 4.0);
+    EXPECT_EQ(dim.GetAnnotation(), 0.0);
+    EXPECT_EQ(dim.GetRelativeParam(), 0.5);
+    for (const int side : {1, 2})
+        for (const Point& p : DecorationOf(dim, side))
+            EXPECT_TRUE(std::isfinite(p.x) && std::isfinite(p.y));
+    EXPECT_NE(dim.ComputeUpdateSide(Point(9, 9)), -1);
+    EXPECT_EQ(dim.ComputeNewValue(Point(9, 9), 2), 0.0);
+    Drag(dim, {{0, 0}, {3, 3}});
+    dim.SetUpdateSide(2);
+    dim.SetAnnotation(7.0);
+    dim.UpdateDimension();
+    ExpectNear(line.GetEnd(), {12, 5});
+}

@@ -1,0 +1,231 @@
+// Distances between two curves.
+#include "tessera/dimension/LinearDimension.h"
+
+#include <memory>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tests/support/DimensionProbes.h"
+#include "tests/support/SampleCurves.h"
+
+using namespace Tessera::Testing;
+using Tessera::Dimension::LengthDimension;
+using Tessera::Dimension::LinearDimension;
+using Tessera::Geometry::Arc;
+using Tessera::Geometry::Curve;
+using Tessera::Geometry::Ellipse;
+using Tessera::Geometry::Line;
+using Tessera::Geometry::Vector;
+using LinearPtr = std::unique_ptr<LinearDimension>;
+
+namespace {
+
+struct Pair {
+    const char* name;
+    LinearPtr (*make)(const Line&, const Line&, const Arc&, const Arc&, const Ellipse&, const Ellipse&);
+    double value;
+    Point from, to; // ends of the measured line
+};
+
+LinearPtr Own(LinearDimension* dim) {
+    return LinearPtr(dim);
+}
+
+const Point kPick(20, 3);
+
+// Lines at heights 0 and 10, arcs about (50, 30) and (50, 42), ellipses about (70, 5) and (74, 8).
+const Pair kPairs[] = {
+    {"lines",
+     [](const Line& a, const Line& b, const Arc&, const Arc&, const Ellipse&, const Ellipse&) {
+         return Own(LinearDimension::MakeDimension(&a, &b, &kPick, 8, 4));
+     },
+     10,
+     {20, 0},
+     {20, 10}},
+    {"line and arc",
+     [](const Line& a, const Line&, const Arc& c, const Arc&, const Ellipse&, const Ellipse&) {
+         return Own(LinearDimension::MakeDimension(&a, &c, 8, 4));
+     },
+     30,
+     {50, 0},
+     {50, 30}},
+    {"line and ellipse",
+     [](const Line& a, const Line&, const Arc&, const Arc&, const Ellipse& e, const Ellipse&) {
+         return Own(LinearDimension::MakeDimension(&a, &e, 8, 4));
+     },
+     5,
+     {70, 0},
+     {70, 5}},
+    {"arcs",
+     [](const Line&, const Line&, const Arc& c, const Arc& d, const Ellipse&, const Ellipse&) {
+         return Own(LinearDimension::MakeDimension(&c, &d, 8, 4));
+     },
+     12,
+     {50, 30},
+     {50, 42}},
+    {"arc and ellipse",
+     [](const Line&, const Line&, const Arc& c, const Arc&, const Ellipse& e, const Ellipse&) {
+         return Own(LinearDimension::MakeDimension(&c, &e, 8, 4));
+     },
+     std::hypot(20, 25),
+     {50, 30},
+     {70, 5}},
+    {"ellipses",
+     [](const Line&, const Line&, const Arc&, const Arc&, const Ellipse& e, const Ellipse& f) {
+         return Own(LinearDimension::MakeDimension(&e, &f, 8, 4));
+     },
+     5,
+     {70, 5},
+     {74, 8}},
+};
+
+struct Curves {
+    Line a{Point(0, 0), Point(40, 0)};
+    Line b{Point(30, 10), Point(0, 10)};
+    Arc c{Point(60, 30), Point(50, 40), Point(50, 30)};
+    Arc d{Point(50, 42), 3.0};
+    CurvePtr e = MakeEllipse({70, 5}, 4, 2, 0.3, 0.0, 6.283185307179586);
+    CurvePtr f = MakeEllipse({74, 8}, 3, 1, 1.0, 0.5, 4.0);
+
+    LinearPtr Make(const Pair& pair) const {
+        return pair.make(a, b, c, d, static_cast<const Ellipse&>(*e), static_cast<const Ellipse&>(*f));
+    }
+};
+
+} // namespace
+
+TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
+    for (const Pair& pair : kPairs) {
+        SCOPED_TRACE(pair.name);
+        const Curves curves;
+        const LinearPtr dim = curves.Make(pair);
+        EXPECT_NEAR(dim->GetAnnotation(), pair.value, 1e-12);
+        EXPECT_TRUE(dim->IsValid() && dim->CanUpdate());
+        const std::unique_ptr<Line> measured(dim->GetDimensionLine());
+        ExpectNear(measured->GetStart(), pair.from);
+        ExpectNear(measured->GetEnd(), pair.to);
+        EXPECT_EQ(dim->GetLine(), nullptr);
+        std::vector<Curve*> parents;
+        dim->GetParentCurves(parents);
+        ASSERT_EQ(parents.size(), 2U);
+        for (Curve* parent : parents)
+            EXPECT_TRUE(parent->HasDimension(dim.get()));
+        LinearPtr again = curves.Make(pair);
+        EXPECT_EQ(again.get(), dim.get());
+        again.release();
+    }
+}
+
+TEST(LinearDimension, FeetLieOnTheCurves) {
+    Curves curves;
+    // Upright text beside the lines: n = (1, 0), tips 8 + 2 to the right of the pick at 20.
+    const LinearPtr lines = curves.Make(kPairs[0]);
+    ExpectNear(DecorationOf(*lines, 1)[1], {30, 0});
+    ExpectNear(DecorationOf(*lines, 1)[2], {30, 0}, 1e-9, "the line reaches the tip");
+    ExpectNear(DecorationOf(*lines, 2)[2], {30, 10});
+    lines->SetTextHeightOffset(18);
+    lines->UpdateDimension();
+    ExpectNear(DecorationOf(*lines, 1)[2], {40, 0});
+    ExpectNear(DecorationOf(*lines, 2)[2], {30, 10}, 1e-9, "from the end of the line on");
+    ExpectNear(DecorationOf(*lines, 2)[3], {42, 10});
+    const LinearPtr arcs = curves.Make(kPairs[3]);
+    ExpectNear(DecorationOf(*arcs, 1)[2], {50, 30});
+    ExpectNear(DecorationOf(*arcs, 2)[2], {50, 42});
+    Drag(*arcs, {{0, 0}, {4, 1}});
+    ExpectNear(DecorationOf(*arcs, 1)[2], {50, 30}, 1e-9, "after a drag too");
+    arcs->AdjustDimExtension(Point(50, 41));
+    ExpectNear(DecorationOf(*arcs, 2)[2], {50, 41});
+}
+
+TEST(LinearDimension, TypedDistancesTranslateTheSide) {
+    const struct {
+        int side;
+        double first, second; // shift of the curves, times the direction of the measured line
+    } rows[] = {{1, -1.0, 0.0}, {2, 0.0, 1.0}, {0, -0.5, 0.5}, {-1, 0.0, 0.0}};
+    for (const Pair& pair : kPairs) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
+            const Curves curves;
+            const LinearPtr dim = curves.Make(pair);
+            std::vector<Curve*> parents;
+            dim->GetParentCurves(parents);
+            const Point first = parents[0]->GetStart();
+            const Point second = parents[1]->GetStart();
+            const double length = parents[1]->Length();
+            Vector along(pair.from, pair.to);
+            along.Normalize();
+            std::vector<Curve*> changing;
+            dim->GetUpdateCurves(row.side, changing);
+            EXPECT_EQ(changing.size(), row.side == 0 ? 2U : row.side < 0 ? 0U : 1U);
+            dim->SetUpdateSide(row.side);
+            dim->SetAnnotation(pair.value + 3.0);
+            dim->UpdateDimension();
+            EXPECT_NEAR(dim->GetAnnotation(), pair.value + (row.side < 0 ? 0.0 : 3.0), 1e-9);
+            ExpectNear(parents[0]->GetStart(), first.AffineCombine(3.0 * row.first, along));
+            ExpectNear(parents[1]->GetStart(), second.AffineCombine(3.0 * row.second, along));
+            EXPECT_NEAR(parents[1]->Length(), length, 1e-9);
+        }
+    }
+}
+
+TEST(LinearDimension, ValidityFollowsTheCurves) {
+    Curves curves;
+    const LinearPtr dim = curves.Make(kPairs[0]);
+    Line turned(Point(30, 10), Point(0, 11));
+    curves.b.CopyCurveData(&turned);
+    EXPECT_FALSE(dim->IsValid());
+    EXPECT_FALSE(dim->CanUpdate());
+    EXPECT_EQ(dim->GetDimensionLine(), nullptr);
+    std::vector<Tessera::Dimension::DimensionBase*> invalid;
+    curves.b.GetInvalidDimensions(invalid);
+    EXPECT_EQ(invalid.size(), 1U);
+    dim->SetUpdateSide(2);
+    dim->SetAnnotation(25.0);
+    dim->UpdateDimension();
+    ExpectNear(curves.b.GetStart(), {30, 10}, 0.0, "nothing moves");
+    Line point(Point(1, 1), Point(1, 1));
+    const LinearPtr degenerate = Own(LinearDimension::MakeDimension(&curves.a, &point, &kPick, 1, 1));
+    EXPECT_FALSE(degenerate->IsValid());
+    EXPECT_FALSE(LinearDimension().IsValid());
+    const Line* none = nullptr;
+    EXPECT_EQ(LinearDimension::MakeDimension(&curves.a, none, &kPick, 1, 1), nullptr);
+}
+
+TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
+    Arc a(Point(0, 0), 2.0);
+    Arc b(Point(0, 9), 3.0);
+    LinearDimension dim(&a, &b, 8.0, 4.0);
+    EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
+    b.SetCenter(Point(0, 0));
+    dim.UpdateDimension();
+    EXPECT_EQ(dim.GetAnnotation(), 0.0);
+    EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
+    dim.SetUpdateSide(2);
+    dim.SetAnnotation(6.0);
+    dim.UpdateDimension();
+    ExpectNear(b.GetCenter(), {0, 6});
+}
+
+TEST(LinearDimension, PickAndParentsCanBeExchanged) {
+    Curves curves;
+    const LinearPtr dim = curves.Make(kPairs[0]);
+    EXPECT_DOUBLE_EQ(dim->GetPickPointParam(), 0.5);
+    dim->SetPickPointParam(-0.25);
+    const std::unique_ptr<Line> beyond(dim->GetDimensionLine());
+    ExpectNear(beyond->GetStart(), {-10, 0}, 1e-9, "beyond the end");
+    Line replacement(Point(0, -7), Point(5, -7));
+    dim->ReplaceCurve(&replacement); // no such identifier: the first line
+    dim->UpdateDimension();
+    EXPECT_DOUBLE_EQ(dim->GetAnnotation(), 17.0);
+    EXPECT_FALSE(curves.a.HasDimension(dim.get()));
+    EXPECT_TRUE(replacement.HasDimension(dim.get()));
+    dim->ReplaceCurve(&curves.c); // no arc among the parents
+    EXPECT_FALSE(curves.c.HasDimension(dim.get()));
+    LinearDimension made;
+    made.AddGeometry(curves.f.get());
+    made.AddGeometry(&curves.c);
+    made.AddGeometry(&curves.a);
+    made.UpdateDimension();
+    EXPECT_NEAR(made.GetAnnotation(), std::hypot(24, 22), 1e-12) << "two places only";
+}

@@ -1,0 +1,70 @@
+// Looking at dimensions from outside: decoration points, the text box, drags.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <string>
+#include <vector>
+
+#include "tessera/dimension/LengthDimension.h"
+#include "tessera/dimension/MoveDimDeco.h"
+#include "tessera/geometry/Curve.h"
+
+namespace Tessera::Testing {
+
+using Geometry::Point;
+
+inline Point Polar(double radius, double angleDeg) {
+    const double a = angleDeg * std::numbers::pi / 180.0;
+    return {radius * std::cos(a), radius * std::sin(a)};
+}
+
+inline void ExpectNear(const Point& actual, const Point& expected, double tol = 1e-9,
+                       const std::string& what = "") {
+    EXPECT_NEAR(actual.x, expected.x, tol) << what;
+    EXPECT_NEAR(actual.y, expected.y, tol) << what;
+}
+
+inline std::vector<Point> DecorationOf(const Dimension::LengthDimension& dim, int side) {
+    std::vector<Point> points;
+    dim.GetLengthDimDecoPoints(side, points);
+    return points;
+}
+
+/// Everything that an update computes, side by side.
+inline void ExpectSamePlacement(const Dimension::LengthDimension& a, const Dimension::LengthDimension& b,
+                                double tol) {
+    EXPECT_NEAR(a.GetAnnotation(), b.GetAnnotation(), tol);
+    EXPECT_NEAR(a.GetTextHeightOffset(), b.GetTextHeightOffset(), tol);
+    EXPECT_NEAR(a.GetTextWidthOffset(), b.GetTextWidthOffset(), tol);
+    EXPECT_NEAR(a.GetTextAngle(), b.GetTextAngle(), 1e-6);
+    ExpectNear(a.GetOrigin(), b.GetOrigin(), tol, "origin");
+    for (const int side : {1, 2}) {
+        const std::vector<Point> p = DecorationOf(a, side);
+        const std::vector<Point> q = DecorationOf(b, side);
+        ASSERT_EQ(p.size(), q.size());
+        for (std::size_t i = 0; i < p.size(); ++i)
+            ExpectNear(p[i], q[i], tol, "side " + std::to_string(side) + " point " + std::to_string(i));
+    }
+}
+
+inline Point TextMiddle(const Dimension::DimensionBase& dim) {
+    std::vector<Point> box;
+    dim.GetOrientedTextBox(box);
+    return (box[0] + box[2]) / 2.0;
+}
+
+/// A drag of the text through the given pointer positions, with or without snapping.
+inline void Drag(Dimension::DimensionBase& dim, const std::vector<Point>& path, double snapDistance = 0.0) {
+    Dimension::MoveDimDeco driver;
+    driver.SetDimension(&dim);
+    driver.SetParameters(1e-5, snapDistance);
+    ASSERT_TRUE(driver.BeginMove(path.front()));
+    for (std::size_t i = 1; i < path.size(); ++i)
+        EXPECT_TRUE(driver.Move(path[i], 0.0, 0.0, false));
+    EXPECT_TRUE(driver.EndMove());
+}
+
+} // namespace Tessera::Testing
