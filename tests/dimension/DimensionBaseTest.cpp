@@ -1,0 +1,332 @@
+// What all dimensions share: fields and their reports, text, selection.
+#include "tessera/dimension/DimensionBase.h"
+
+#include <functional>
+#include <memory>
+
+#include "tessera/dimension/HorizontalDimension.h"
+#include "tessera/dimension/LinearDimension.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/DimensionProbes.h"
+#include "tests/support/SlotOf.h"
+
+using namespace Tessera::Dimension;
+using namespace Tessera::Testing;
+using Tessera::Geometry::Line;
+using Tessera::Geometry::Vector;
+
+namespace {
+
+/// A dimension that says to be of another type, for the rules that go by type.
+class TypedDimension : public LengthDimension {
+public:
+    TypedDimension(DimensionType_e type, double value) : type_(type) { SetAnnotation(value); }
+    DimensionType_e GetType() const override { return type_; }
+
+private:
+    DimensionType_e type_;
+};
+
+} // namespace
+
+TEST(DimensionBase, VirtualOperationsKeepTheirSlots) {
+    using D = DimensionBase;
+    const std::ptrdiff_t slots[] = {SlotOf(&D::SetIsFinalized),
+                                    SlotOf(&D::UpdateDimension),
+                                    SlotOf(&D::GetType),
+                                    SlotOf(&D::GetParentCurves),
+                                    SlotOf(&D::AddGeometry),
+                                    SlotOf(&D::MoveDimDeco),
+                                    SlotOf(&D::ComputeNewValue),
+                                    SlotOf(&D::GetDistanceToPoint),
+                                    SlotOf(&D::ComputeUpdateSide),
+                                    SlotOf(&D::GetAnnotationMidPoint),
+                                    SlotOf(&D::GetReferencePoint),
+                                    SlotOf(&D::GetUpdateCurves),
+                                    SlotOf(&D::CanUpdate),
+                                    SlotOf(&D::IsValid),
+                                    SlotOf(&D::GetTempDimDecoObjects),
+                                    SlotOf(&D::GetOrientedTextBox),
+                                    SlotOf(&D::Rotate),
+                                    SlotOf(&D::GetRotateAngle),
+                                    SlotOf(&D::SetRotateAngle),
+                                    SlotOf(&D::GetCachedRotateAngle),
+                                    SlotOf(&D::SetCachedRotateAngle),
+                                    SlotOf(&D::FinalizeRotate)};
+    std::ptrdiff_t expected = SlotOf(&D::IsCrossPolygon);
+    for (const std::ptrdiff_t slot : slots)
+        EXPECT_EQ(slot, ++expected);
+    EXPECT_EQ(SlotOf(&MoveDimDeco::BeginMove), 0);
+    EXPECT_EQ(SlotOf(&MoveDimDeco::Move), 1);
+    EXPECT_EQ(SlotOf(&MoveDimDeco::EndMove), 2);
+}
+
+TEST(DimensionBase, Defaults) {
+    const LinearDimension dim;
+    EXPECT_EQ(dim.AskClass(), 3);
+    EXPECT_EQ(dim.GetFontHeight(), 5.29);
+    EXPECT_DOUBLE_EQ(dim.GetFontWidth(), 2.645);
+    EXPECT_DOUBLE_EQ(dim.GetArrowheadWidth(), 1.98375);
+    EXPECT_DOUBLE_EQ(dim.GetArrowheadLength(), 3.9675);
+    EXPECT_EQ(dim.GetUpdateSide(), -1);
+    EXPECT_EQ(dim.GetOrientation(), Vector(1, 0));
+    EXPECT_EQ(dim.GetTextHeightOffset(), 15.0);
+    EXPECT_EQ(dim.GetTextOffset(), 15.0);
+    EXPECT_FALSE(dim.GetIsFinalized());
+    EXPECT_TRUE(dim.IsDisplayable());
+}
+
+TEST(DimensionBase, FactoriesByType) {
+    for (int type : {-1, 0, 7, 99})
+        EXPECT_EQ(DimensionBase::CreateDimensionByType(static_cast<DimensionType_e>(type)), nullptr) << type;
+    Line line(Point(0, 0), Point(10, 0));
+    for (const DimensionType_e type : {Length, Horizontal, Vertical, Linear}) {
+        const std::unique_ptr<DimensionBase> made(DimensionBase::CreateDimensionByType(type));
+        ASSERT_NE(made, nullptr);
+        EXPECT_EQ(made->GetType(), type);
+        const std::unique_ptr<DimensionBase> bound(
+            DimensionBase::CreateDimensionByType(type, &line, 7.0, 2.0));
+        ASSERT_EQ(bound == nullptr, type == Linear);
+        if (bound != nullptr) {
+            EXPECT_EQ(bound->GetType(), type);
+            EXPECT_TRUE(line.HasDimension(bound.get()));
+            EXPECT_EQ(bound->GetTextHeightOffset(), 7.0);
+            EXPECT_EQ(bound->GetFontHeight(), 2.0);
+        }
+    }
+    EXPECT_EQ(DimensionBase::CreateDimensionByType(Angular, &line, 7.0, 2.0), nullptr);
+}
+
+// --- Fields
+
+TEST(DimensionBase, SettersReportOnceBeforeTheyStore) {
+    Line line(Point(0, 0), Point(10, 0));
+    LengthDimension dim(&line, 4.0);
+    const struct {
+        const char* name;
+        std::function<void(double)> set;
+        std::function<double()> get;
+    } fields[] = {
+        {"annotation", [&](double v) { dim.SetAnnotation(v); }, [&] { return dim.GetAnnotation(); }},
+        {"text angle", [&](double v) { dim.SetTextAngle(v); }, [&] { return dim.GetTextAngle(); }},
+        {"height offset", [&](double v) { dim.SetTextHeightOffset(v); },
+         [&] { return dim.GetTextHeightOffset(); }},
+        {"width offset", [&](double v) { dim.SetTextWidthOffset(v); },
+         [&] { return dim.GetTextWidthOffset(); }},
+        {"origin", [&](double v) { dim.SetOrigin(Point(v, v)); }, [&] { return dim.GetOrigin().x; }},
+        {"origin by coordinates", [&](double v) { dim.SetOrigin(0.0, v); },
+         [&] { return dim.GetOrigin().y; }},
+        {"orientation",
+         [&](double v) {
+             dim.SetOrientation({v, 0});
+         },
+         [&] { return dim.GetOrientation().x; }},
+        {"font height", [&](double v) { dim.SetFontHeight(v); }, [&] { return dim.GetFontHeight(); }},
+        {"update side", [&](double v) { dim.SetUpdateSide(static_cast<int>(v)); },
+         [&] { return static_cast<double>(dim.GetUpdateSide()); }},
+        {"relative param", [&](double v) { dim.SetRelativeParam(v); },
+         [&] { return dim.GetRelativeParam(); }},
+        {"end distance", [&](double v) { dim.SetDecoEndDistance(v); },
+         [&] { return dim.GetDecoEndDistance(); }},
+    };
+    ChangeLog log;
+    double value = 100.0;
+    for (const auto& field : fields) {
+        SCOPED_TRACE(field.name);
+        field.set(value += 1.0);
+        EXPECT_TRUE(log.entries.empty()) << "under construction";
+        dim.SetIsFinalized(true);
+        log.Take(dim);
+        double seen = 0.0;
+        log.onChange = [&] { seen = field.get(); };
+        field.set(value + 1.0);
+        EXPECT_EQ(log.Take(dim), 1);
+        EXPECT_EQ(seen, value);
+        EXPECT_EQ(field.get(), ++value);
+        log.onChange = nullptr;
+        dim.SetIsFinalized(false);
+        log.Take(dim);
+    }
+}
+
+TEST(DimensionBase, CopiesAndAssignments) {
+    Line line(Point(0, 0), Point(100, 0));
+    Line other(Point(0, 50), Point(30, 50));
+    LengthDimension dim(&line, 10.0, 4.0);
+    dim.SetUpdateSide(1);
+    dim.SetWidth(7.5);
+    dim.SetIsFinalized(true);
+    ChangeLog log;
+    const std::unique_ptr<LengthDimension> copy(dim.Copy());
+    EXPECT_TRUE(log.entries.empty());
+    EXPECT_TRUE(copy->GetIsFinalized());
+    EXPECT_EQ(copy->GetUpdateSide(), 1);
+    EXPECT_EQ(copy->AskWidth(), 7.5);
+    EXPECT_NE(copy->GetId(), dim.GetId());
+    EXPECT_FALSE(line.HasDimension(copy.get()));
+    ExpectSamePlacement(*copy, dim, 0.0);
+    EXPECT_NE(copy->GetLengthDimDeco(1), dim.GetLengthDimDeco(1));
+
+    LengthDimension target(&other, 3.0, 2.0);
+    EXPECT_TRUE(target.Replace(&dim));
+    EXPECT_TRUE(target.GetIsFinalized());
+    ExpectSamePlacement(target, dim, 0.0);
+    EXPECT_EQ(target.AskWidth(), 7.5);
+    EXPECT_FALSE(other.HasDimension(&target)) << "moved along";
+    EXPECT_TRUE(line.HasDimension(&target));
+    EXPECT_TRUE(copy->Replace(copy.get()));
+    ExpectSamePlacement(*copy, dim, 0.0);
+    HorizontalDimension horizontal(&other, 4.0);
+    EXPECT_FALSE(target.Replace(&horizontal));
+    EXPECT_FALSE(horizontal.Replace(&target));
+    EXPECT_FALSE(target.Replace(&line));
+    EXPECT_FALSE(target.Replace(nullptr));
+    EXPECT_EQ(target.GetLine(), &line);
+}
+
+TEST(DimensionBase, Transform) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0);
+    dim.SetDecoEndDistance(6.0);
+    double m[3][3] = {{0, -1, 3}, {1, 0, 4}, {0, 0, 0.5}};
+    dim.Transform(m);
+    ExpectNear(dim.GetOrigin(), {-14, 108});
+    EXPECT_DOUBLE_EQ(dim.GetFontHeight(), 8.0);
+    EXPECT_DOUBLE_EQ(dim.GetTextHeightOffset(), 20.0);
+    EXPECT_DOUBLE_EQ(dim.GetTextWidthOffset(), 6.0);
+    EXPECT_DOUBLE_EQ(dim.GetDecoEndDistance(), 12.0);
+    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 100.0);
+}
+
+// --- Text
+
+TEST(DimensionBase, DigitsAndStringLength) {
+    const struct {
+        DimensionType_e type;
+        double value;
+        int digits, characters; // at two digits
+    } rows[] = {{Length, 25.0, 0, 2},         {Length, 12.5, 1, 4},   {Length, 12.34, 2, 5},
+                {Length, 0.1 + 0.2, 1, 3},    {Length, 99.999, 0, 3}, {Length, -2.5, 1, 4},
+                {Length, 3e9, 0, 10},         {Length, 1e19, 0, 20},  {Length, 12.0 + 9e-11, 0, 2},
+                {Length, 12.0 + 2e-10, 0, 2}, {Length, 0.004, 0, 1},  {Length, 100.1, 1, 5},
+                {Angular, 90.0, 0, 3},        {Angular, 89.6, 0, 3},  {Angular, 9.4, 0, 2},
+                {Length, 1e300, 0, 49}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        const TypedDimension dim(row.type, row.value);
+        EXPECT_EQ(dim.GetNumDigitsRequired(), row.type == Angular ? 0 : 2);
+        EXPECT_EQ(dim.GetNumDigitsAfterDecimalPoint(dim.GetNumDigitsRequired()), row.digits);
+        EXPECT_DOUBLE_EQ(dim.ComputeAnnotationStringLength(), row.characters * 0.5 * 5.29);
+    }
+    EXPECT_EQ(TypedDimension(Length, 0.5).GetNumDigitsAfterDecimalPoint(10), 9) << "prints 0";
+    EXPECT_EQ(TypedDimension(Length, 100.5).GetNumDigitsAfterDecimalPoint(12), 10) << "prints 100";
+    EXPECT_EQ(TypedDimension(Length, 0.5).GetNumDigitsAfterDecimalPoint(9), 1);
+    EXPECT_EQ(TypedDimension(Length, 0.5).GetNumDigitsAfterDecimalPoint(-4), -4);
+    EXPECT_EQ(TypedDimension(Length, 12.25).GetAnnotationText(), "12.250000");
+    ChangeLog host; // of unit code 7
+    EXPECT_EQ(TypedDimension(Length, 1.0).GetNumDigitsRequired(), 3);
+    EXPECT_EQ(TypedDimension(Angular, 1.0).GetNumDigitsRequired(), 0);
+}
+
+TEST(DimensionBase, ReadableTextAngles) {
+    const struct {
+        double angle, textAngle;
+        bool isTurned;
+    } rows[] = {{0, 0, false},
+                {1e-10, 0, false},
+                {1.1e-10, 1.1e-10, true},
+                {45, 45, true},
+                {90, 90, true},
+                {89.99999999995, 90, true},
+                {89.9999999999, 89.9999999999, false},
+                {90.0000000001, 90.0000000001, false},
+                {135, 315, true},
+                {180, 0, false},
+                {225, 45, true},
+                {270, 90, true},
+                {300, 300, false},
+                {-30, -30, false},
+                {360, 360, false}};
+    for (const auto& row : rows) {
+        double textAngle = -1.0;
+        double offset = 10.0;
+        DimensionBase::ComputeTextAngleAndHeightOffset(Radial, row.angle, 4.0, &textAngle, &offset);
+        EXPECT_DOUBLE_EQ(textAngle, row.textAngle) << row.angle;
+        EXPECT_EQ(offset, row.isTurned ? 14.0 : 10.0) << row.angle;
+    }
+}
+
+TEST(DimensionBase, OrientationAngleAndOffsetSide) {
+    const struct {
+        Vector v;
+        double angleDeg;
+        Vector offset;
+    } rows[] = {{{1, 0}, 0, {0, 1}},
+                {{-3, 0}, 180, {0, 1}},
+                {{0, 2}, 90, {1, 0}},
+                {{0, -2}, 270, {1, 0}},
+                {{5, 5}, 45, {std::sqrt(0.5), -std::sqrt(0.5)}},
+                {{5, -5}, 315, {std::sqrt(0.5), std::sqrt(0.5)}},
+                {{-3, 4}, 126.86989764584402, {0.8, 0.6}},
+                {{0, 0}, 90, {0, 0}},
+                {{1, 1e-9}, 1e-9 * 180 / std::numbers::pi, {1e-9, -1}},
+                {{1, 1e-11}, 0, {0, 1}}};
+    LengthDimension dim;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.angleDeg);
+        dim.SetOrientation(row.v);
+        EXPECT_NEAR(dim.ComputeAnnotationOrientationAngle(), row.angleDeg, 1e-12);
+        EXPECT_NEAR(dim.GetOrientation().Length(), row.v.LengthSq() > 0.0 ? 1.0 : 0.0, 1e-15);
+        EXPECT_NEAR(dim.ComputeOffsetVector(row.v).x, row.offset.x, 1e-11);
+        EXPECT_NEAR(dim.ComputeOffsetVector(row.v).y, row.offset.y, 1e-11);
+    }
+    dim.SetOrientation({1, -2e-10});
+    EXPECT_LT(dim.ComputeAnnotationOrientationAngle(), 360.0);
+    EXPECT_GT(dim.ComputeAnnotationOrientationAngle(), 359.9999);
+}
+
+// --- Selection
+
+TEST(DimensionBase, TextIsPickedWithinItsBox) {
+    Line line(Point(0, 0), Polar(100, 30));
+    const LengthDimension dim(&line, 10.0, 4.0);
+    const Point middle = TextMiddle(dim);
+    const Vector along(Point(), Polar(1, 30));
+    const Vector across(Point(), Polar(1, 120));
+    for (const double side : {-1.0, 1.0}) {
+        EXPECT_TRUE(dim.AnnotationSelected(middle.AffineCombine(side * 3.499, along), 0.5));
+        EXPECT_FALSE(dim.AnnotationSelected(middle.AffineCombine(side * 3.501, along), 0.5));
+        EXPECT_TRUE(dim.AnnotationSelected(middle.AffineCombine(side * 2.499, across), 0.5));
+        EXPECT_FALSE(dim.AnnotationSelected(middle.AffineCombine(side * 2.501, across), 0.5));
+    }
+}
+
+TEST(DimensionBase, LassoAndCurve) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0); // drawn from (0, 1) to (100, 14)
+    const struct {
+        const char* name;
+        double x0, y0, x1, y1;
+        bool isInside, isCrossed;
+    } rows[] = {{"all of it", -1, 0.5, 101, 15, true, true},
+                {"not the extension lines", -1, 11, 101, 13, false, true},
+                {"a corner of the text", 46, 9, 48, 10.5, false, true},
+                {"the middle of the text only", 49, 11.5, 51, 12.5, false, false},
+                {"elsewhere", 40, 20, 60, 30, false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        double xs[] = {row.x0, row.x1, row.x1, row.x0};
+        double ys[] = {row.y0, row.y0, row.y1, row.y1};
+        EXPECT_EQ(dim.IsInPolygon(4, xs, ys), row.isInside);
+        EXPECT_EQ(dim.IsCrossPolygon(4, xs, ys), row.isCrossed);
+    }
+    const Line throughLine(Point(20, 0), Point(20, 30));
+    const Line throughText(Point(50, 9), Point(50, 13));
+    const Line shortOfText(Point(50, 20), Point(50, 14.1));
+    EXPECT_TRUE(dim.IntersectCurve(&throughLine, 1e-6, false));
+    EXPECT_TRUE(dim.IntersectCurve(&throughText, 1e-6, true));
+    EXPECT_FALSE(dim.IntersectCurve(&shortOfText, 1e-6, true));
+    EXPECT_FALSE(dim.IntersectCurve(nullptr, 1e-6, true));
+}

@@ -1,0 +1,276 @@
+// Dimensions and their curves over their lives: destruction in any order, finalizing, deep copies,
+// transforms.
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <random>
+
+#include "tessera/core/NumericHelpers.h"
+#include "tessera/dimension/HorizontalDimension.h"
+#include "tessera/dimension/LinearDimension.h"
+#include "tessera/dimension/VerticalDimension.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/DimensionProbes.h"
+
+using namespace Tessera::Dimension;
+using namespace Tessera::Testing;
+using Tessera::Core::TaggedObject;
+using Tessera::Geometry::Arc;
+using Tessera::Geometry::Curve;
+using Tessera::Geometry::Line;
+using CurvePtr = std::unique_ptr<Curve>;
+using LengthPtr = std::unique_ptr<LengthDimension>;
+
+namespace {
+
+/// Two curves and how a dimension over them is made; the same recipe again gives a fresh one.
+struct Kind {
+    const char* name;
+    std::function<CurvePtr()> first, second;
+    std::function<LengthPtr(Curve&, Curve&, double heightOffset, double fontHeight)> make;
+};
+
+CurvePtr MakeLine() {
+    return std::make_unique<Line>(Point(1, 2), Point(53, 29));
+}
+CurvePtr MakeParallel() {
+    return std::make_unique<Line>(Point(71, 44), Point(-33, -10));
+}
+CurvePtr MakeArc() {
+    return std::make_unique<Arc>(Point(20, 60), Point(9, 49), Point(9, 60));
+}
+CurvePtr MakeCircle() {
+    return std::make_unique<Arc>(Point(80, 31), 6.0);
+}
+Line* AsLine(Curve& c) {
+    return static_cast<Line*>(&c);
+}
+Arc* AsArc(Curve& c) {
+    return static_cast<Arc*>(&c);
+}
+
+const Kind kKinds[] = {
+    {"length", MakeLine, MakeArc,
+     [](Curve& a, Curve&, double o, double h) { return std::make_unique<LengthDimension>(AsLine(a), o, h); }},
+    {"horizontal", MakeLine, MakeArc,
+     [](Curve& a, Curve&, double o, double h) {
+         return std::make_unique<HorizontalDimension>(AsLine(a), o, h);
+     }},
+    {"vertical, line and arc", MakeLine, MakeArc,
+     [](Curve& a, Curve& b, double o, double h) {
+         return std::make_unique<VerticalDimension>(AsLine(a), AsArc(b), o, h);
+     }},
+    {"horizontal, arcs", MakeCircle, MakeArc,
+     [](Curve& a, Curve& b, double o, double h) {
+         return std::make_unique<HorizontalDimension>(AsArc(a), AsArc(b), o, h);
+     }},
+    {"linear, lines", MakeLine, MakeParallel,
+     [](Curve& a, Curve& b, double o, double h) {
+         const Point pick = a.GetMidPoint();
+         return std::make_unique<LinearDimension>(AsLine(a), AsLine(b), &pick, o, h);
+     }},
+    {"linear, arcs", MakeCircle, MakeArc,
+     [](Curve& a, Curve& b, double o, double h) {
+         return std::make_unique<LinearDimension>(AsArc(a), AsArc(b), o, h);
+     }},
+};
+
+std::vector<Curve*> ParentsOf(const DimensionBase& dim) {
+    std::vector<Curve*> parents;
+    dim.GetParentCurves(parents);
+    return parents;
+}
+
+/// Every operation once, on whatever is left of the dimension.
+void UseAll(LengthDimension& dim) {
+    dim.SetUpdateSide(2);
+    dim.SetAnnotation(33.0);
+    dim.UpdateDimension();
+    dim.ComputeNewValue(Point(1, 1), 2);
+    dim.ComputeUpdateSide(Point(1, 1));
+    int part = 0;
+    dim.GetDistanceToPoint(Point(1, 1), part);
+    std::vector<Curve*> curves;
+    dim.GetUpdateCurves(1, curves);
+    dim.GetUpdateCurves(0, curves);
+    double xs[] = {0, 1, 1};
+    double ys[] = {0, 0, 1};
+    dim.IsInPolygon(3, xs, ys);
+    dim.IsCrossPolygon(3, xs, ys);
+    dim.Rotate(0.2);
+    dim.AdjustPoint1s();
+    dim.ComputeLengthDimensionDeco(1);
+    const std::unique_ptr<Line> measured(dim.ComputeTempDimensionLine());
+    Drag(dim, {{0, 0}, {2, 2}});
+    dim.SetIsFinalized(!dim.GetIsFinalized());
+    const LengthPtr copy(dim.Copy());
+}
+
+} // namespace
+
+TEST(DimensionLife, DestructionInAnyOrder) {
+    for (const Kind& kind : kKinds) {
+        int order[] = {0, 1, 2};
+        do {
+            SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(order[0]) + std::to_string(order[1]));
+            CurvePtr first = kind.first();
+            CurvePtr second = kind.second();
+            LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            dim->SetIsFinalized(true);
+            const CurvePtr sharing(first->Copy()); // lists the dimension without being its parent
+            ASSERT_EQ(sharing->GetNumDimensions(), 1);
+            for (const int next : order) {
+                if (next == 0)
+                    first.reset();
+                else if (next == 1)
+                    second.reset();
+                else
+                    dim.reset();
+                if (dim != nullptr) {
+                    UseAll(*dim);
+                    for (const Curve* parent : ParentsOf(*dim))
+                        EXPECT_TRUE(parent == first.get() || parent == second.get());
+                } else {
+                    EXPECT_EQ(sharing->GetNumDimensions(), 0);
+                    EXPECT_TRUE(first == nullptr || first->GetNumDimensions() == 0);
+                }
+            }
+        } while (std::next_permutation(order, order + 3));
+    }
+}
+
+TEST(DimensionLife, BareDimensionsAreHarmless) {
+    const struct {
+        const char* name;
+        LengthPtr dim;
+    } rows[] = {{"length", std::make_unique<LengthDimension>(nullptr, 3.0)},
+                {"horizontal", std::make_unique<HorizontalDimension>()},
+                {"vertical", std::make_unique<VerticalDimension>(static_cast<Line*>(nullptr), 1.0, 2.0)},
+                {"linear", std::make_unique<LinearDimension>()}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        UseAll(*row.dim);
+        row.dim->SetAnnotation(12.0);
+        EXPECT_EQ(row.dim->ComputeNewValue(Point(5, 5), 2), 12.0);
+        Tessera::Geometry::XYBox box;
+        EXPECT_FALSE(row.dim->AskXYBox(box));
+        std::vector<Curve*> curves;
+        std::vector<Point> arrows;
+        row.dim->GetTempDimDecoObjects(curves, arrows, false);
+        EXPECT_TRUE(curves.empty() && arrows.empty());
+        int part = 5;
+        EXPECT_EQ(row.dim->GetDistanceToPoint(Point(1, 1), part), std::numeric_limits<double>::max());
+        EXPECT_EQ(part, -1);
+    }
+}
+
+TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
+    for (const Kind& kind : kKinds) {
+        SCOPED_TRACE(kind.name);
+        const CurvePtr first = kind.first();
+        const CurvePtr second = kind.second();
+        ChangeLog log;
+        LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+        dim->SetTextHeightOffset(-4.0);
+        dim->UpdateDimension();
+        EXPECT_EQ(log.Take(*dim), 0);
+        const std::vector<Curve*> parents = ParentsOf(*dim);
+        for (const bool finalized : {true, true, false}) {
+            const bool changes = finalized != dim->GetIsFinalized();
+            bool wasFinalized = finalized;
+            log.onChange = [&] { wasFinalized = dim->GetIsFinalized(); };
+            dim->SetIsFinalized(finalized);
+            log.onChange = nullptr;
+            EXPECT_EQ(log.entries.size(), changes ? parents.size() : 0U) << "each parent once";
+            EXPECT_EQ(wasFinalized == finalized, !changes) << "told before the flag is stored";
+            log.Take(*dim);
+        }
+        dim->SetIsFinalized(true);
+        log.Take(*dim);
+        dim.reset();
+        EXPECT_EQ(log.entries.size(), parents.size()) << "each parent loses a finalized dimension";
+    }
+}
+
+TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
+    for (const Kind& kind : kKinds) {
+        for (const bool fromCurve : {true, false}) {
+            SCOPED_TRACE(kind.name);
+            const CurvePtr first = kind.first();
+            const CurvePtr second = kind.second();
+            const LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            dim->SetIsFinalized(true);
+            std::set<int> ids;
+            std::map<int, TaggedObject*> copies;
+            const TaggedObject& root = fromCurve ? static_cast<TaggedObject&>(*first) : *dim;
+            root.DeepCopy(ids, copies);
+            const std::vector<Curve*> parents = ParentsOf(*dim);
+            ASSERT_EQ(copies.size(), parents.size() + 1);
+            auto* copy = dynamic_cast<LengthDimension*>(copies.at(dim->GetId()));
+            ASSERT_NE(copy, nullptr);
+            const std::vector<Curve*> copied = ParentsOf(*copy);
+            ASSERT_EQ(copied.size(), parents.size());
+            for (std::size_t i = 0; i < parents.size(); ++i) {
+                EXPECT_EQ(copied[i], copies.at(parents[i]->GetId()));
+                EXPECT_NE(copied[i], parents[i]);
+                EXPECT_EQ(copied[i]->GetNumDimensions(), 1);
+                EXPECT_TRUE(copied[i]->HasDimension(copy));
+                EXPECT_EQ(parents[i]->GetNumDimensions(), 1);
+            }
+            ExpectSamePlacement(*copy, *dim, 0.0);
+            for (const auto& entry : copies)
+                delete entry.second;
+        }
+    }
+}
+
+TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
+    std::mt19937 rng(90125);
+    std::uniform_real_distribution<double> at(-40.0, 40.0);
+    for (int trial = 0; trial < 48; ++trial) {
+        const double angle = trial % 3 == 0 ? 0.0 : at(rng);
+        const double scale = trial % 2 == 0 ? 1.0 : std::exp(at(rng) / 20.0);
+        const double c = std::cos(angle);
+        const double s = std::sin(angle);
+        double m[3][3] = {{c, -s, at(rng)}, {s, c, at(rng)}, {0.0, 0.0, 1.0 / scale}};
+        const double offset = trial % 4 < 2 ? 9.0 : -9.0;
+        for (const Kind& kind : kKinds) {
+            SCOPED_TRACE(std::string(kind.name) + " trial " + std::to_string(trial));
+            const CurvePtr first = kind.first();
+            const CurvePtr second = kind.second();
+            const LengthPtr dim = kind.make(*first, *second, offset, 3.0);
+            const std::vector<Point> before = DecorationOf(*dim, 1);
+            Point anchor = dim->GetOrigin();
+            for (TaggedObject* object :
+                 {static_cast<TaggedObject*>(first.get()), static_cast<TaggedObject*>(second.get()),
+                  static_cast<TaggedObject*>(dim.get())})
+                object->Transform(m);
+            anchor.Transform(m);
+            ExpectNear(dim->GetOrigin(), anchor);
+            dim->UpdateDimension();
+            const LengthPtr fresh = kind.make(*first, *second, offset * scale, 3.0 * scale);
+            ExpectSamePlacement(*dim, *fresh, 1e-8 * (1.0 + scale));
+            if (angle == 0.0 && scale == 1.0) {
+                for (std::size_t i = 0; i < before.size(); ++i) {
+                    Point moved = before[i];
+                    moved.Transform(m);
+                    ExpectNear(DecorationOf(*dim, 1)[i], moved, 1e-9, "carried along");
+                }
+            }
+        }
+    }
+}
+
+TEST(DimensionLife, TheLogSeesOnlyParents) {
+    // During an update the host may ask which curves a dimension measures.
+    const CurvePtr first = MakeLine();
+    const CurvePtr second = MakeArc();
+    LinearDimension dim(AsLine(*first), AsArc(*second), 9.0, 3.0);
+    dim.SetIsFinalized(true);
+    ChangeLog log;
+    log.onChange = [&] { EXPECT_EQ(ParentsOf(dim), (std::vector<Curve*>{first.get(), second.get()})); };
+    dim.UpdateDimension();
+    EXPECT_GT(log.Take(dim), 0);
+}
