@@ -30,7 +30,7 @@ bool LengthDimension::AskLayout(LengthLayout& layout) const {
 std::vector<Point>* LengthDimension::PointsOf(int side) const {
     LengthDimDeco* deco = GetLengthDimDeco(side);
     // Records may come from outside; only complete ones are touched.
-    return deco != nullptr && deco->GetPoints().size() >= kLengthPointCount ? &deco->GetPoints() : nullptr;
+    return deco != nullptr && deco->GetPoints().size() >= kEndPointCount ? &deco->GetPoints() : nullptr;
 }
 
 // --- Text
@@ -108,7 +108,7 @@ void LengthDimension::AdjustPoint1s() {
         const Point tip = (*points)[kTip];
         const Vector back(tip, end.AffineCombine(Vector(end, tip).Dot(layout.n), layout.n));
         (*points)[kTip] = tip.AffineCombine(1.0, back);
-        for (int i = kExtensionEnd; i < kLengthPointCount; ++i)
+        for (int i = kExtensionEnd; i < kEndPointCount; ++i)
             (*points)[i] = (*points)[i].AffineCombine(1.0, back);
         AdjustArrowheadFlip(side);
     }

@@ -37,17 +37,13 @@ Point CentreOf(const Curve& curve) {
                                                       : static_cast<const Ellipse&>(curve).AskCenter();
 }
 
-Segment Ends(const Curve& line) {
-    return {line.GetStart(), line.GetEnd()};
-}
-
 Point FootOn(const Curve& line, const Point& p) {
-    const Segment ends = Ends(line);
+    const Segment ends = EndsOf(line);
     return ends.At(ends.ParamOf(p));
 }
 
 double ParamOf(const Line* line, const Point* pick) {
-    return HasRecord(line) && pick != nullptr ? Ends(*line).ParamOf(*pick) : 0.0;
+    return HasRecord(line) && pick != nullptr ? EndsOf(*line).ParamOf(*pick) : 0.0;
 }
 
 } // namespace
@@ -197,7 +193,7 @@ bool LinearDimension::AskMeasured(Segment& measured) const {
     const bool isFirstLine = IsLine(*first_);
     const bool isSecondLine = IsLine(*second_);
     const Point from =
-        isFirstLine ? isSecondLine ? Ends(*first_).At(pickPointParam_) : FootOn(*first_, CentreOf(*second_))
+        isFirstLine ? isSecondLine ? EndsOf(*first_).At(pickPointParam_) : FootOn(*first_, CentreOf(*second_))
                     : CentreOf(*first_);
     measured = {from, isSecondLine ? FootOn(*second_, from) : CentreOf(*second_)};
     return true;
@@ -230,9 +226,9 @@ void LinearDimension::AdjustFeet() {
 void LinearDimension::AdjustDimExtension(const Line* line) {
     std::vector<Point> points;
     GetLengthDimDecoPoints(SideOf(line), points);
-    if (!HasRecord(line) || points.size() < kLengthPointCount)
+    if (!HasRecord(line) || points.size() < kEndPointCount)
         return;
-    const Segment ends = Ends(*line);
+    const Segment ends = EndsOf(*line);
     PlaceFoot(SideOf(line), ends.At(std::clamp(ends.ParamOf(points[kTip]), 0.0, 1.0)));
 }
 

@@ -1,30 +1,11 @@
 #include "tessera/dimension/internal/LengthLayout.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "tessera/kernel/EQ.h"
 
 namespace Tessera::Dimension {
 
 using Geometry::Point;
 using Geometry::Vector;
-
-bool Segment::IsZero() const {
-    const double t = EQ_ask_length_tolerance();
-    return std::fabs(end.x - start.x) <= t && std::fabs(end.y - start.y) <= t;
-}
-
-double Segment::ParamOf(const Point& p) const {
-    const Vector along(start, end);
-    const double lengthSq = along.LengthSq();
-    return lengthSq > 0.0 ? along.Dot(Vector(start, p)) / lengthSq : 0.0;
-}
-
-Vector Segment::Direction(const Vector& fallback) const {
-    Vector along(start, end);
-    return along.Normalize() ? along : fallback;
-}
 
 double LengthLayout::HalfGap() const {
     return widthOffset + (widthOffset > tolerance ? kHalfLetter : -kHalfLetter) * fontHeight;
@@ -49,7 +30,7 @@ double LengthLayout::Outward(int side) const {
 }
 
 std::vector<Point> LengthLayout::Decorate(int side) const {
-    std::vector<Point> points(kLengthPointCount);
+    std::vector<Point> points(kEndPointCount);
     const Point& end = End(side);
     const Point tip = end.AffineCombine(LineOffset(), n);
     const Vector toTip = Segment{end, tip}.Direction(Vector());

@@ -4,48 +4,12 @@
 // direction, n the unit normal towards which offsets count. All lengths in model units.
 #pragma once
 
-#include "tessera/dimension/DimDeco.h"
-#include "tessera/geometry/Point.h"
-#include "tessera/geometry/Vector.h"
+#include <vector>
+
+#include "tessera/dimension/internal/DecorationSizes.h"
+#include "tessera/dimension/internal/Segment.h"
 
 namespace Tessera::Dimension {
-
-struct Segment {
-    Geometry::Point start;
-    Geometry::Point end;
-
-    double Length() const { return start.Distance(end); }
-    /// Both extents within the length tolerance.
-    bool IsZero() const;
-    Geometry::Point At(double u) const { return start.AffineCombine(u, Geometry::Vector(start, end)); }
-    /// Parameter of the foot of p on the infinite line; 0 without a length.
-    double ParamOf(const Geometry::Point& p) const;
-    /// Unit vector from start to end, the fallback when there is none.
-    Geometry::Vector Direction(const Geometry::Vector& fallback) const;
-};
-
-// Parts of a decoration in font heights.
-inline constexpr double kArrowLength = 0.75;
-inline constexpr double kArrowHalfWidth = 0.1875;
-inline constexpr double kOuterLine = 1.5;     // dimension line of a flipped arrowhead
-inline constexpr double kExtensionGap = 0.25; // between geometry and extension line
-/// Air beside the text, overshoot of the extension line beyond the tip, and distance of the inner mark from
-/// the tip.
-inline constexpr double kHalfLetter = 0.5;
-
-/// Indices into the points of a LengthDimDeco.
-enum LengthPoint_e : int {
-    kLineEnd = 0,
-    kTip = 1,
-    kExtensionStart = 2,
-    kExtensionEnd = 3,
-    kArrowTip = 4,
-    kArrowLow = 5,
-    kArrowHigh = 6,
-    kArrowClose = 7,
-    kInnerMark = 8,
-    kLengthPointCount = 9
-};
 
 struct LengthLayout {
     Segment measured;

@@ -1,5 +1,7 @@
 #include "tessera/dimension/internal/MoveCurves.h"
 
+#include <cmath>
+
 namespace Tessera::Dimension {
 
 using Geometry::Point;
@@ -21,6 +23,15 @@ void MoveLineEnds(Geometry::Line& line, const Vector& startShift, const Vector& 
 
 void Translate(Geometry::Curve& curve, const Vector& shift) {
     double m[3][3] = {{1.0, 0.0, shift.x}, {0.0, 1.0, shift.y}, {0.0, 0.0, 1.0}};
+    curve.Transform(m);
+}
+
+void Turn(Geometry::Curve& curve, const Point& centre, double angleRad) {
+    const double c = std::cos(angleRad);
+    const double s = std::sin(angleRad);
+    double m[3][3] = {{c, -s, centre.x - c * centre.x + s * centre.y},
+                      {s, c, centre.y - s * centre.x - c * centre.y},
+                      {0.0, 0.0, 1.0}};
     curve.Transform(m);
 }
 

@@ -9,6 +9,9 @@ void MoveLineEnds(Geometry::Line& line, const Geometry::Vector& startShift, cons
 
 void Translate(Geometry::Curve& curve, const Geometry::Vector& shift);
 
+/// Counter-clockwise.
+void Turn(Geometry::Curve& curve, const Geometry::Point& centre, double angleRad);
+
 /// The curve exists and has geometry.
 inline bool HasRecord(const Geometry::Curve* curve) {
     return curve != nullptr && curve->AskCurveData() != nullptr;
