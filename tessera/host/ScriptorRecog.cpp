@@ -177,9 +177,10 @@ void ConvertPolyLine(const std::vector<InputPoint>& points, std::vector<HostGeom
     }
     const tagGPosition2d first = Scaled(points.front());
     const tagGPosition2d last = Scaled(points.back());
-    out.reserve(out.size() + list.size());
     for (const ConstructEntry& entry : list) {
-        out.push_back(ToHostGeometry(entry, first, last).Release());
+        HeldHandle handle = ToHostGeometry(entry, first, last);
+        out.emplace_back(); // before the handle is let go: this may throw
+        out.back() = handle.Release();
     }
 }
 

@@ -15,9 +15,8 @@
 /// type code 0.
 ///
 /// @param points fewer than two points, or a point that is not finite, leave `out` unchanged.
-/// @param out    the block of each appended handle belongs to the caller (120 bytes from SM_alloc; made by
-/// the
-///               reference host it is released with TesseraHost_ReleaseHandle).
+/// @param out    the block of each appended handle belongs to the caller: 120 bytes from SM_alloc, released
+///               with TesseraHost_ReleaseHandle when the reference host made it.
 extern "C" TESSERA_API void
 ConvertPolyLinePointsTorecognizedAnalyticTypes(const std::vector<InputPoint>& points,
                                                std::vector<HostGeometryHandle>& out);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
@@ -32,29 +31,33 @@ tagGPosition2d ToPosition(const Point& p) {
 
 // --- Recognition results and their owner
 
-struct ResultRelease {
-    void operator()(RecognizedGeometry* result) const {
-        delete &result->GetResult();
-        delete result;
-    }
-};
-using ResultPtr = std::unique_ptr<RecognizedGeometry, ResultRelease>;
+using Results = std::vector<RecognizedGeometry*>;
 
-std::vector<ResultPtr> RecognizePolyLine(const std::vector<InputPoint>& points) {
-    Geometry::SketchRecognizer recognizer;
-    Geometry::Stroke stroke;
-    for (const InputPoint& p : points) {
-        stroke.AddPoint(Geometry::StrokePoint(p.x, p.y, 0.0));
+/// What a poly-line is recognised as.
+class RecognizedPolyLine {
+public:
+    explicit RecognizedPolyLine(const std::vector<InputPoint>& points) {
+        Geometry::Stroke stroke;
+        for (const InputPoint& p : points) {
+            stroke.AddPoint(Geometry::StrokePoint(p.x, p.y, 0.0));
+        }
+        recognizer_.Recognize(stroke, true, Geometry::CurveType_Line);
+        Geometry::CloseRoundStroke(recognizer_);
     }
-    recognizer.Recognize(stroke, true, Geometry::CurveType_Line);
-    Geometry::CloseRoundStroke(recognizer);
-    std::vector<ResultPtr> results;
-    results.reserve(recognizer.GetResults().size());
-    for (RecognizedGeometry* result : recognizer.GetResults()) {
-        results.emplace_back(result);
+    RecognizedPolyLine(const RecognizedPolyLine&) = delete;
+    RecognizedPolyLine& operator=(const RecognizedPolyLine&) = delete;
+    ~RecognizedPolyLine() {
+        for (const RecognizedGeometry* result : recognizer_.GetResults()) {
+            delete &result->GetResult();
+            delete result;
+        }
     }
-    return results;
-}
+
+    const Results& GetResults() { return recognizer_.GetResults(); }
+
+private:
+    Geometry::SketchRecognizer recognizer_;
+};
 
 // --- Rectangle gate
 
@@ -103,7 +106,7 @@ bool MeetsOutside(const tagGPosition2d& from, const tagGPosition2d& to, const Si
     return IntersectRounded({from, to}, side, meeting) && IsOutsideSide(meeting, side);
 }
 
-bool TakeAsRectangle(const std::vector<ResultPtr>& results, ConstructList& list, RectangleSink& sink) {
+bool TakeAsRectangle(const Results& results, ConstructList& list, RectangleSink& sink) {
     if (results.size() != 4) {
         return false;
     }
@@ -119,6 +122,11 @@ bool TakeAsRectangle(const std::vector<ResultPtr>& results, ConstructList& list,
 }
 
 // --- One entry for each curve
+
+struct OwnedPoints {
+    std::vector<Point*> points;
+    ~OwnedPoints() { Point::DeletePoints(points); }
+};
 
 /// Turns curves into entries and remembers where the drawing has got to.
 class EntryWriter {
@@ -197,15 +205,14 @@ private:
         int order = 0;
         int periodic = 0;
         std::vector<double> knots;
-        std::vector<Point*> poles;
-        spline.AskSplineData(poleCount, order, periodic, knots, poles);
+        OwnedPoints poles;
+        spline.AskSplineData(poleCount, order, periodic, knots, poles.points);
         ConstructEntry& entry = NewEntry(ConstructKind_BSpline);
         entry.degree = static_cast<std::uint8_t>(order - 1);
         entry.periodic = periodic;
-        for (const Point* pole : poles) {
+        for (const Point* pole : poles.points) {
             entry.poles.push_back({pole->x, pole->y});
         }
-        Point::DeletePoints(poles);
         previousLast_ = spline.GetEnd();
     }
 
@@ -223,12 +230,13 @@ void BuildConstructList(const std::vector<InputPoint>& points, ConstructList& li
     if (points.size() < 2 || !isFinite) {
         return;
     }
-    const std::vector<ResultPtr> results = RecognizePolyLine(points);
+    RecognizedPolyLine recognized(points);
+    const Results& results = recognized.GetResults();
     if (results.empty() || (sink != nullptr && TakeAsRectangle(results, list, *sink))) {
         return;
     }
     EntryWriter writer(list);
-    for (const ResultPtr& result : results) {
+    for (const RecognizedGeometry* result : results) {
         if (!result->GetResult().IsZeroLength()) {
             writer.Append(result->GetResult());
         }
