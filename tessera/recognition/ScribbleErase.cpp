@@ -246,6 +246,16 @@ Verdict Judge(const Stroke& stroke, const ScribbleRecord& record, bool mayTrim, 
     return verdict;
 }
 
+// False for an output that the caller did not provide.
+template <class T>
+bool SetOutput(T* output, T value) {
+    if (output == nullptr) {
+        return false;
+    }
+    *output = value;
+    return true;
+}
+
 // False when memory runs out; null for an empty list.
 template <class T>
 bool CopyOut(const std::vector<T>& values, SmArray<T>& out, const char* tag) {
@@ -276,7 +286,10 @@ std::vector<Polygon> ScribbleRegion(const Stroke& stroke, const ScribbleRecord& 
     std::vector<Polygon> region;
     for (std::size_t i = 0; i + reach < ends.size(); ++i) {
         if (ends[i] < ends[i + reach]) {
-            region.push_back(GrownHull(stroke, ends[i], ends[i + reach], 0.5 * record.minSpacing));
+            Polygon band = GrownHull(stroke, ends[i], ends[i + reach], 0.5 * record.minSpacing);
+            if (band.size() > 2) { // less is left when no sample is finite
+                region.push_back(std::move(band));
+            }
         }
     }
     return region;
@@ -289,24 +302,15 @@ int Tessera::Geometry::StrokeRecognizeScribble(Stroke* stroke, SketchRecognizerP
                                                int* erasedCount, int** erasedIds, int* trimCount,
                                                int** trimIds, double** trimRanges, int* cuspCount,
                                                int** cusps, int* status) {
-    if (status == nullptr) {
-        return 0;
-    }
-    *status = 1;
     int* const counts[] = {hitCount, erasedCount, trimCount, cuspCount};
     int** const idLists[] = {hitIds, erasedIds, trimIds, cusps};
+    bool isComplete = SetOutput(status, 1);
+    isComplete = SetOutput<double*>(trimRanges, nullptr) && isComplete;
     for (int i = 0; i < 4; ++i) {
-        if (counts[i] == nullptr || idLists[i] == nullptr) {
-            return 0;
-        }
-        *counts[i] = 0;
-        *idLists[i] = nullptr;
+        isComplete = SetOutput(counts[i], 0) && isComplete;
+        isComplete = SetOutput<int*>(idLists[i], nullptr) && isComplete;
     }
-    if (trimRanges == nullptr) {
-        return 0;
-    }
-    *trimRanges = nullptr;
-    if (stroke == nullptr || prefs == nullptr || (curves == nullptr && curveCount > 0)) {
+    if (!isComplete || stroke == nullptr || prefs == nullptr || (curves == nullptr && curveCount > 0)) {
         return 0;
     }
     try {

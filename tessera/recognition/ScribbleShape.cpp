@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <memory>
 
 #include "tessera/core/TaggedObject.h"
@@ -8,6 +7,7 @@
 #include "tessera/kernel/EQ.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
+#include "tessera/recognition/internal/ReportErrors.h"
 #include "tessera/recognition/internal/ScribbleRecord.h"
 #include "tessera/strokes/Stroke.h"
 
@@ -110,7 +110,7 @@ bool IsZigzag(const Stroke& stroke, const std::vector<int>& cusps, const Scribbl
     for (std::size_t j = 2; j < cusps.size(); ++j) {
         const Vector next = UnitLeg(points[cusps[j - 1]], points[cusps[j]]);
         run = direction.Dot(next) < c + kAngleTol ? run + 1 : 0;
-        if (run == record.minNumCusps) {
+        if (run >= record.minNumCusps) {
             return true;
         }
         direction = next;
@@ -125,15 +125,11 @@ bool Tessera::Geometry::StrokeIsScribbleShape(Stroke* stroke, SketchRecognizerPr
     int count = 0;
     bool isScribble = false;
     if (stroke != nullptr && prefs != nullptr) {
-        try {
+        ReportErrors([&] {
             ScribbleRecord record(*prefs);
             isScribble = record.Test(*stroke);
             count = static_cast<int>(record.cusps.size());
-        } catch (char* message) {
-            std::fprintf(stderr, "%s\n", message);
-        } catch (...) {
-            std::fputs("unknown error\n", stderr);
-        }
+        });
     }
     if (cuspCount != nullptr) {
         *cuspCount = count;

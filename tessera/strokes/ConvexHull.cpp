@@ -2,6 +2,7 @@
 #include "tessera/strokes/internal/ConvexHull.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Tessera::Geometry {
 
@@ -27,6 +28,10 @@ void AddChain(Iterator first, Iterator last, std::vector<Point>& hull) {
 } // namespace
 
 std::vector<Point> ConvexHull(std::vector<Point> points) {
+    // What is not a number has no place in any order, and a hull to infinity has no corners.
+    points.erase(std::remove_if(points.begin(), points.end(),
+                                [](const Point& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); }),
+                 points.end());
     // Bitwise comparisons: a tolerant order would not be transitive.
     std::sort(points.begin(), points.end(),
               [](const Point& a, const Point& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });

@@ -106,6 +106,9 @@ TEST(ScribbleShape, ReversalsMustFollowEachOther) {
     // Two reversals, a leg straight on, two more.
     EXPECT_FALSE(isZigzag({{0, 0}, {0, 9}, {1, 0}, {2, 9}, {2, 18}, {3, 9}, {4, 18}}));
     EXPECT_FALSE(isZigzag({{0, 0}, {0, 9}}));
+    ScribbleRecord any{SketchRecognizerPreferences()};
+    any.minNumCusps = -1;
+    EXPECT_TRUE(IsZigzag(Along({{0, 0}, {9, 0}, {9, 9}}, 1), {0, 1, 2}, any)) << "reached without a reversal";
 }
 
 TEST(ScribbleShape, NullArguments) {
@@ -265,6 +268,29 @@ TEST(ScribbleErase, NoScribbleReportsNothing) {
     SketchRecognizerPreferences preferences;
     preferences.SetDoScribble(false);
     EXPECT_EQ(Scratch(Zigzag(12, 60, 10, 30), {&line}, preferences).result, 0);
+}
+
+TEST(ScribbleErase, AMissingOutputEmptiesTheOthers) {
+    SketchRecognizerPreferences preferences;
+    Stroke stroke = Zigzag(12, 60, 10, 30);
+    for (int missing = 0; missing < 10; ++missing) {
+        SCOPED_TRACE(missing);
+        int counts[4] = {-1, -1, -1, -1}, status = -1, some = 0;
+        int* lists[4] = {&some, &some, &some, &some};
+        double range = 0, *ranges = &range;
+        const auto count = [&](int i) { return missing == i ? nullptr : &counts[i]; };
+        const auto list = [&](int i) { return missing == 4 + i ? nullptr : &lists[i]; };
+        EXPECT_EQ(StrokeRecognizeScribble(&stroke, &preferences, 0, nullptr, count(0), list(0), count(1),
+                                          list(1), count(2), list(2), missing == 8 ? nullptr : &ranges,
+                                          count(3), list(3), missing == 9 ? nullptr : &status),
+                  0);
+        EXPECT_EQ(status, missing == 9 ? -1 : 1);
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(counts[i], missing == i ? -1 : 0);
+            EXPECT_EQ(lists[i] == nullptr, missing != 4 + i);
+        }
+        EXPECT_EQ(ranges == nullptr, missing != 8);
+    }
 }
 
 TEST(ScribbleErase, EveryFailedAllocationEmptiesTheOutputs) {

@@ -8,7 +8,8 @@
 namespace Tessera::Geometry {
 
 /// Corners of the hull, counter-clockwise from the lowest of the leftmost points, without collinear or
-/// repeated ones: one point for coincident input, two for collinear input. O(n log n).
+/// repeated ones: one point for coincident input, two for collinear input. Points that are not finite are
+/// passed over. O(n log n).
 std::vector<Point> ConvexHull(std::vector<Point> points);
 
 /// Whether p lies inside or on a hull of at least three corners.
