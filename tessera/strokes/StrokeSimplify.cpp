@@ -2,11 +2,13 @@
 // with a stack of its own and a tree of boxes over runs of samples: the search for the farthest sample passes
 // over every run whose box cannot hold it, which keeps long zigzags and spirals near linear.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
 
 #include "tessera/geometry/Line.h"
+#include "tessera/kernel/EQ.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
@@ -27,6 +29,17 @@ struct Box {
                 std::max(a.maxY, b.maxY)};
     }
 };
+
+std::array<Point, 4> Corners(const Box& box) {
+    return {Point(box.minX, box.minY), Point(box.maxX, box.minY), Point(box.maxX, box.maxY),
+            Point(box.minX, box.maxY)};
+}
+
+double FarthestCornerSq(const Point& p, const Box& box) {
+    const double dx = std::max(std::fabs(box.minX - p.x), std::fabs(box.maxX - p.x));
+    const double dy = std::max(std::fabs(box.minY - p.y), std::fabs(box.maxY - p.y));
+    return dx * dx + dy * dy;
+}
 
 struct Farthest {
     int index = -1;
@@ -67,7 +80,8 @@ public:
 
     /// Over the samples strictly between first and last, from the chord that joins these.
     FarthestPair FindFarthest(int first, int last) const {
-        const Query query{points_[first], points_[last], first + 1, last - 1};
+        const Query query{points_[first], points_[last], first + 1, last - 1,
+                          EQ_ask_length_squared_tolerance()};
         FarthestPair found;
         Visit(query, 1, 0, leaves_ * kRun - 1, found);
         return found;
@@ -77,6 +91,7 @@ private:
     struct Query {
         Point a, b;
         int from, to;
+        double noChordSq; ///< square of the length below which a and b are one point
     };
 
     struct Bound {
@@ -89,23 +104,22 @@ private:
         const double dx = q.b.x - q.a.x;
         const double dy = q.b.y - q.a.y;
         const double lengthSq = dx * dx + dy * dy;
+        if (lengthSq < q.noChordSq) { // every sample counts as beyond the start
+            return {0.0, FarthestCornerSq(q.a, box) * kBoundSlack};
+        }
         const double margin = lengthSq * kMargin;
-        const Point corners[4] = {
-            {box.minX, box.minY}, {box.maxX, box.minY}, {box.maxX, box.maxY}, {box.minX, box.maxY}};
-        double crossSq = 0.0, toStartSq = 0.0, toEndSq = 0.0;
+        double crossSq = 0.0;
         bool isBeforeStart = false, isBeyondEnd = false;
-        for (const Point& corner : corners) {
+        for (const Point& corner : Corners(box)) {
             const double cross = dx * (corner.y - q.a.y) - dy * (corner.x - q.a.x);
             const double along = dx * (corner.x - q.a.x) + dy * (corner.y - q.a.y);
             crossSq = std::max(crossSq, cross * cross);
-            toStartSq = std::max(toStartSq, q.a.Distance2(corner));
-            toEndSq = std::max(toEndSq, q.b.Distance2(corner));
             isBeforeStart = isBeforeStart || along <= margin;
             isBeyondEnd = isBeyondEnd || along >= lengthSq - margin;
         }
-        const double besideSq = lengthSq > 0.0 ? crossSq / lengthSq : HUGE_VAL;
-        const double beyondSq = std::max(isBeforeStart ? toStartSq : 0.0, isBeyondEnd ? toEndSq : 0.0);
-        return {besideSq * kBoundSlack, beyondSq * kBoundSlack};
+        const double beyondSq = std::max(isBeforeStart ? FarthestCornerSq(q.a, box) : 0.0,
+                                         isBeyondEnd ? FarthestCornerSq(q.b, box) : 0.0);
+        return {crossSq / lengthSq * kBoundSlack, beyondSq * kBoundSlack};
     }
 
     void Visit(const Query& q, int node, int low, int high, FarthestPair& found) const {
