@@ -17,8 +17,9 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kDegreesPerRadian = 57.29577951308232;
-// On cosine and sine of a turn: far below any turn that a pen can make, above the rounding of unit vectors.
-constexpr double kTurnTol = 1e-10;
+// On cosine and sine of a turn, well above the rounding of unit vectors. A cosine this near to 1 is a turn of
+// 1.4e-6 rad: two rounds keep their turning up to some nine million samples.
+constexpr double kTurnTol = 1e-12;
 constexpr double kPi = 3.141592653589793;
 
 struct UnitVector {
@@ -52,7 +53,8 @@ double SegmentLength(const double* x, const double* y, int i) {
     return std::hypot(x[i + 1] - x[i], y[i + 1] - y[i]);
 }
 
-// Speeds over the two neighbouring segments; negative where their duration is zero.
+// Speeds over the two neighbouring segments; negative where there is none: no duration, or one too short for
+// a finite speed, or a position that is not a number.
 void RawSpeeds(int n, const double* x, const double* y, const double* t, double* speed) {
     for (int i = 0; i < n; ++i) {
         double distance = 0.0;
@@ -61,7 +63,8 @@ void RawSpeeds(int n, const double* x, const double* y, const double* t, double*
             distance += SegmentLength(x, y, segment);
             duration += t[segment];
         }
-        speed[i] = duration > 0.0 ? distance / duration : -1.0;
+        const double raw = duration > 0.0 ? distance / duration : -1.0;
+        speed[i] = std::isfinite(raw) ? raw : -1.0;
     }
 }
 
@@ -87,8 +90,8 @@ void FillUntimed(int n, double* speed) {
     }
 }
 
-// Whether a speed stands out from the samples around it (itself left out).
-bool IsFasterThanAround(int n, const double* speed, int i) {
+// Whether an inner sample is faster than those around it (itself left out), and its neighbours are not.
+bool IsSpike(int n, const double* speed, int i) {
     double around[2 * kSpikeWindow];
     std::size_t count = 0;
     for (int j = std::max(i - kSpikeWindow, 0); j <= std::min(i + kSpikeWindow, n - 1); ++j) {
@@ -97,8 +100,11 @@ bool IsFasterThanAround(int n, const double* speed, int i) {
         }
     }
     double mean = 0.0;
-    return Core::MeanAndStdDevWithOutlierRejection({around, count}, &mean, nullptr) &&
-           speed[i] > kSpikeRatio * mean;
+    if (!Core::MeanAndStdDevWithOutlierRejection({around, count}, &mean, nullptr)) {
+        return false;
+    }
+    const double limit = kSpikeRatio * mean;
+    return speed[i] > limit && !(speed[i - 1] > limit) && !(speed[i + 1] > limit);
 }
 
 void SmoothSpikes(int n, double* speed) {
@@ -107,15 +113,10 @@ void SmoothSpikes(int n, double* speed) {
         double speed;
     };
     std::vector<Replacement> replacements; // applied afterwards, so that none influences the next test
-    bool before = false;
-    bool here = n > 1 && IsFasterThanAround(n, speed, 0);
-    for (int i = 0; i + 1 < n; ++i) {
-        const bool after = IsFasterThanAround(n, speed, i + 1);
-        if (i > 0 && here && !before && !after) {
+    for (int i = 1; i + 1 < n; ++i) {
+        if (IsSpike(n, speed, i)) {
             replacements.push_back({i, 0.5 * (speed[i - 1] + speed[i + 1])});
         }
-        before = here;
-        here = after;
     }
     for (const Replacement& r : replacements) {
         speed[r.index] = r.speed;
@@ -152,22 +153,20 @@ double Stroke::GetSegLengthOverThreshold(double threshold, double* total) const 
 
 Stroke* Stroke::UpSampleStroke(int f) const {
     auto dense = std::make_unique<Stroke>();
-    const std::vector<StrokePoint>& points = GetPoints();
-    const int n = AskNumberOfPoints();
+    const std::size_t n = points_.size();
     const int inserted = std::max(f, 0);
-    dense->Resize(n > 0 ? (n - 1) * inserted + n : 0);
-    int at = 0;
-    for (int i = 0; i < n; ++i) {
-        dense->AssignPoint(points[i], at++);
+    dense->points_.reserve(n + (n > 0 ? n - 1 : 0) * static_cast<std::size_t>(inserted));
+    for (std::size_t i = 0; i < n; ++i) {
+        const StrokePoint& p = points_[i];
+        dense->points_.push_back(p);
         for (int j = 1; i + 1 < n && j <= inserted; ++j) {
-            const double s = static_cast<double>(j) / (inserted + 1);
-            const StrokePoint& p = points[i];
-            const StrokePoint& q = points[i + 1];
-            dense->AssignPoint(StrokePoint(p.x + s * (q.x - p.x), p.y + s * (q.y - p.y),
-                                           p.GetSpeed() + s * (q.GetSpeed() - p.GetSpeed())),
-                               at++);
+            const double s = static_cast<double>(j) / (inserted + 1.0);
+            const StrokePoint& q = points_[i + 1];
+            dense->points_.emplace_back(p.x + s * (q.x - p.x), p.y + s * (q.y - p.y),
+                                        p.GetSpeed() + s * (q.GetSpeed() - p.GetSpeed()));
         }
     }
+    dense->PointsChanged();
     return dense.release();
 }
 
