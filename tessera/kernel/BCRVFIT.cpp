@@ -28,8 +28,8 @@ using Vex::Math::Point3;
 constexpr int kMaxPoles = 512;
 // Samples a solution uses: at least this many, and so many for each pole. Counts; points that they pass over
 // and the curve misses join them.
-constexpr int kFewestSamples = 160;
-constexpr int kSamplesPerPole = 6;
+constexpr int kFewestSamples = 64;
+constexpr int kSamplesPerPole = 4;
 // Solutions by pole count: one at chord-length parameters, the others at foot points. A count.
 constexpr int kFewestSolutions = 3;
 constexpr int kMaxSolutions = 6;
@@ -39,14 +39,18 @@ constexpr double kExactError = 0.01;
 constexpr double kRelaxation = 1.5;
 // A first error beyond this many tolerances is not mended by moving parameters. A pure number.
 constexpr double kHopelessError = 6.0;
+// Most by which the spans grow from one count to the next. A pure number.
+constexpr double kFastestGrowth = 2.0;
 // The same between a count that failed and one that held. A pure number.
 constexpr double kBisectionError = 5.0;
 // A pole count that fits by luck shows a first error within this many tolerances; looked for up to so many
 // spans, as every count costs a solution. A pure number and a count.
 constexpr double kLuckyError = 2.0;
-constexpr int kMostLuckySpans = 40;
+constexpr int kMostLuckySpans = 16;
 // Foot points of samples are found to this share of the tolerance; their distances are exact to third order.
-constexpr double kFootResolution = 0.1;
+constexpr double kFootResolution = 0.25;
+// Samples off the curve for which a solution looks for a better foot point farther away. A count.
+constexpr int kMostSearches = 8;
 // Points measured while pole counts are compared; all are measured at the end. A count.
 constexpr int kMeasuredInSearch = 1024;
 // Part of the tolerance given up to rounding between the unit box and the record. A pure number.
@@ -157,7 +161,7 @@ double FindFeet(Fit& fit, double giveUp) {
         const int span = std::min(static_cast<int>(tau), fit.curve.numSpans - 1);
         double distSq = BCLS_foot_near(fit.curve, fit.work.points[i], resolution, tau);
         // The start may have been on the wrong side of a bend; worth a search while few points are off.
-        if (distSq > tolSq && ++searched <= 32) {
+        if (distSq > tolSq && ++searched <= kMostSearches) {
             double around = tau;
             const double aroundSq = BCLS_foot_around(fit.curve, fit.work.points[i], resolution, around);
             if (aroundSq < distSq) {
@@ -209,13 +213,16 @@ double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
                 double hopeless = kHopelessError) {
     BCLS_set_knots(fit.curve, numSpans, numBreaks, breaks);
     ChooseSamples(fit);
+    // Uniform spans grow no faster however large the error; adaptive ones are judged one by one.
+    const double enough = std::max(kHopelessError, std::pow(kFastestGrowth, fit.curve.order));
+    const double giveUp = hopeless < kHopelessError ? hopeless : (breaks ? HUGE_VAL : enough);
     double error = HUGE_VAL;
     for (int i = 0; i < kMaxSolutions; ++i) {
         if (!BCLS_solve(fit.curve, fit.numUsed, fit.work.points, fit.work.tau, fit.first, fit.last,
                         fit.work.scratch))
             return error;
         const double before = error;
-        error = FindFeet(fit, hopeless < kHopelessError ? hopeless * fit.tol : HUGE_VAL);
+        error = FindFeet(fit, giveUp * fit.tol);
         const bool isSettled = i + 1 >= kFewestSolutions || error <= kExactError * fit.tol;
         if (error <= fit.tol && isSettled) {
             if (HoldsForAllPoints(fit)) {
@@ -247,8 +254,8 @@ void BisectSpans(Fit& fit, int low, int high, int numBreaks, const double* break
 
 // Spans to try after `spans` gave `error`: the error of a spline falls with the power `order` of its spans.
 int PredictSpans(const Fit& fit, int spans, double error) {
-    const double growth = std::pow(error / fit.tol, 1.0 / fit.curve.order);
-    const double predicted = growth < 2.0 ? spans * growth : 2.0 * spans;
+    const double growth = std::min(kFastestGrowth, std::pow(error / fit.tol, 1.0 / fit.curve.order));
+    const double predicted = spans * growth;
     return std::clamp(static_cast<int>(std::ceil(predicted)), spans + 1, std::max(spans + 1, fit.maxSpans));
 }
 

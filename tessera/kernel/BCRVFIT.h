@@ -4,8 +4,8 @@
 //           over pole counts finds within the tolerance: at most twice the points, and 512.
 // Deviation distances of points from the curve: err[0] the largest, exactly; err[1] root mean square and
 //           err[2] mean, each point taken from its own stretch of the curve where that crosses itself.
-// Failure   status 1 and null: bad arguments, points that are not finite, a tolerance out of reach, no
-// memory.
+// Failure   status 1 and null: bad arguments, points that are not finite, a tolerance out of reach,
+//           no memory.
 #pragma once
 
 #include "tessera/core/Export.h"

@@ -1,14 +1,13 @@
 // CRV_TOPOL - how two curve records lie to each other: intersections and overlaps.
 //
 // Status  0 success, 1 failure with no result: null or unknown forms, non-finite data, B-curves of order
-// above 32, of two B-curves
-//         one with a weight that is not positive, no memory.
-// Planar  z is ignored.
+//         above 32, of two B-curves one with a weight that is not positive, no memory.
+// Planar  z is ignored; a record that leaves z = 0 is copied.
 // Scale   Answers follow the size of the curves; no tolerance is finer than 32 roundings of the largest
-// coordinate.
+//         coordinate.
 //
 // Sources T. W. Sederberg and T. Nishita, Curve intersection using Bezier clipping, Computer-Aided Design 22
-// (1990) 538-549;
+//         (1990) 538-549;
 //         T. W. Sederberg and R. J. Meyers, Computer Aided Geometric Design 5 (1988) 161-171 (tangent cones);
 //         P. A. Koparkar and S. P. Mudur, Computer-Aided Design 15 (1983) 41-45 (box subdivision);
 //         T. W. Sederberg, Computer-Aided Design 21 (1989) 547-555 (curves in implicit form).
@@ -60,8 +59,7 @@ enum CRV_TOPOL_state_t {
 /// @param angTolRad angle between tangents that still counts as parallel, >= 0; 1e-9 at least.
 /// @param paramTol  smallest parameter length of a stretch on the first record.
 /// @param rangeA    [out] the stretch in the first record's parameters, ascending; beyond the upper limit
-/// when it
-///                  runs over the seam of a closed curve; may be null; untouched when separate.
+///                  when it runs over the seam of a closed curve; may be null; untouched when separate.
 /// @param rangeB    [out] in the second's (descending when it runs the other way), likewise; may be null.
 ///
 /// Both records are cut at the ends and knots of either; each piece is judged by distance and tangent at more

@@ -1,8 +1,7 @@
 // LSFIT - least-squares fits of analytic shapes to planar points.
 //
 // Points    n records in model units, read only, in any order; moments are taken about their centroid, so
-// that a
-//           drawing far from the origin keeps its digits.
+//           that a drawing far from the origin keeps its digits.
 // Status    0 success, 1 failure; no function here throws or prints. A NaN among the points fails.
 // Deviation err[0] largest, err[1] root mean square (as each fit defines it), err[2] mean; model units.
 // Memory    none from the heap; every fit is O(n), a few passes over the points.
@@ -20,9 +19,8 @@ TESSERA_API void LSFIT_ask_pts_centroid_2d(int n, Vex::Math::Point2* pts, Vex::M
 /// @param pointOnLine [out] the centroid.
 /// @param dir         [out] unit NORMAL of the line, not its direction; zero on failure.
 /// @param status      [out] 1 when all points lie within 1e-6 of the centroid.
-/// @param err         [out] three deviations, err[1] = sqrt(lambda / n) with lambda the smaller eigenvalue of
-/// the
-///                    scatter matrix (below 1e-9 it counts as 0); untouched on failure.
+/// @param err         [out] three deviations, err[1] = sqrt(lambda / n) with lambda the smaller eigenvalue
+///                    of the scatter matrix (up to 1e-9 it counts as 0); untouched on failure.
 ///
 /// Source: K. Pearson, Phil. Mag. 2 (1901) 559-572.
 TESSERA_API void LSFIT_line_to_points_2d(Vex::Math::Point2* pts, int n, Vex::Math::Point2* pointOnLine,
@@ -34,11 +32,10 @@ TESSERA_API void LSFIT_line_to_points_2d(Vex::Math::Point2* pts, int n, Vex::Mat
 /// @param centre  [out] (0, 0) on failure.
 /// @param radius  [out] 1e19 on failure.
 /// @param status  [out] 1 when the points coincide or lie on a line (largest deviation from the fitted line
-/// at
-///                most 1e-12 of their rms distance from the centroid, or the rounding of their coordinates).
+///                at most 1e-12 of their rms distance from the centroid, or the rounding of their
+///                coordinates).
 /// @param err     [out] three deviations; err[1] = sqrt(n / lambda), lambda the eigenvalue of the fit, which
-/// is
-///                n times the root mean square of the algebraic distances. 1e19 each on failure.
+///                is n times the root mean square of the algebraic distances. 1e19 each on failure.
 ///
 /// Should the eigenvalue be unusable although the points do not lie on a line, the answer is the circle
 /// through the first, the middle (index n / 2) and the last point, with err[1] = 0. Source: V. Pratt, Direct
@@ -55,15 +52,15 @@ TESSERA_API void LSFIT_circle_to_points_2d(Vex::Math::Point2* pts, int n, Vex::M
 /// @param status  [out] 1 for fewer than 5 points, points on a line, points that follow a hyperbola, an axis
 ///                ratio b / a below 1e-4, or a above 1000 times the longer side of the points' box.
 /// @param err     [out] three deviations; 1e19 each on failure. err[0] is exact to 1e-15 of a. err[1] and
-/// err[2]
-///                are taken over distances that are exact to first order: for points within some 5 % of the
+///                err[2] are exact to first order: taken, for points within some 5 % of the
 ///                ellipse |F| / |grad F| of its implicit equation, farther out the distance to a foot found
 ///                by one step along the gradient, never below the true distance.
 ///
 /// The start is the direct algebraic fit; Levenberg-Marquardt steps on orthogonal distances follow. Beyond
 /// 512 points the iteration sees 512 samples, evenly spaced by index with both ends; the deviations are
-/// always those of all points. Source: R. Halir, J. Flusser, Proc. WSCG (1998) 125-132; S. J. Ahn, W. Rauh,
-/// H.-J. Warnecke, Pattern Recognition 34 (2001) 2283-2303.
+/// always those of all points. Points that no ellipse describes, rms distance above 3 % of their box after a
+/// few steps that did not settle, keep the ellipse reached by then. Source: R. Halir, J. Flusser, Proc. WSCG
+/// (1998) 125-132; S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34 (2001) 2283-2303.
 TESSERA_API void LSFIT_ellipse_to_points_2d(Vex::Math::Point2* pts, int n, Vex::Math::Point2* centre,
                                             double* a, double* b, double* angle, int* status, double* err);
 

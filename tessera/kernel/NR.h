@@ -2,8 +2,7 @@
 //
 // Matrices   n x n doubles, row by row, element (i, j) at i n + j; n >= 1. Factorisations work in place.
 // Result     1 on success, 0 when the matrix is singular (or not positive definite) to working precision or
-// an
-//            iteration limit is met; outputs are undefined then. A matrix with a NaN fails.
+//            an iteration limit is met; outputs are undefined then. A matrix with a NaN fails.
 // Memory     none: the caller passes all scratch.
 #pragma once
 
