@@ -223,10 +223,16 @@ void Curve::CreateSameDimensionOfType(Curve* other, int type) {
     if (theirs.empty())
         return;
     const DimensionBase& model = *theirs.front();
+    DimensionList ours;
+    GetDimensionsOfType(nullptr, type, ours);
     DimensionBase* same =
         CreateUpdateDimension(type, true, model.GetTextHeightOffset(), model.GetFontHeight());
-    if (same != nullptr)
-        same->SetIsFinalized(model.GetIsFinalized());
+    if (same == nullptr || !ours.empty())
+        return;
+    same->SetDisplayData(model.GetDisplayData());
+    same->Rotate(model.GetRotateAngle());
+    same->FinalizeRotate();
+    same->SetIsFinalized(model.GetIsFinalized());
 }
 
 } // namespace Tessera::Geometry

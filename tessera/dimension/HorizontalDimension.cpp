@@ -31,26 +31,17 @@ HorizontalDimension::HorizontalDimension(Arc* first, Arc* second, double textHei
 }
 
 HorizontalDimension* HorizontalDimension::MakeDimension(Line* line, double fontHeight) {
-    if (line == nullptr)
-        return nullptr;
-    auto* known = FindShared<HorizontalDimension>(*line, nullptr, Horizontal);
-    return known != nullptr ? known : new HorizontalDimension(line, fontHeight);
+    return FindOrMakeAlone<HorizontalDimension>(Horizontal, line, fontHeight);
 }
 
 HorizontalDimension* HorizontalDimension::MakeDimension(Line* line, Arc* arc, double textHeightOffset,
                                                         double fontHeight) {
-    if (line == nullptr || arc == nullptr)
-        return nullptr;
-    auto* known = FindShared<HorizontalDimension>(*line, arc, Horizontal);
-    return known != nullptr ? known : new HorizontalDimension(line, arc, textHeightOffset, fontHeight);
+    return FindOrMake<HorizontalDimension>(Horizontal, line, arc, textHeightOffset, fontHeight);
 }
 
 HorizontalDimension* HorizontalDimension::MakeDimension(Arc* first, Arc* second, double textHeightOffset,
                                                         double fontHeight) {
-    if (first == nullptr || second == nullptr)
-        return nullptr;
-    auto* known = FindShared<HorizontalDimension>(*first, second, Horizontal);
-    return known != nullptr ? known : new HorizontalDimension(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<HorizontalDimension>(Horizontal, first, second, textHeightOffset, fontHeight);
 }
 
 HorizontalDimension* HorizontalDimension::Copy() const {

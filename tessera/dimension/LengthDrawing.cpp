@@ -48,14 +48,15 @@ bool LengthDimension::AskXYBox(Geometry::XYBox& box) const {
 void LengthDimension::GetTempDimDecoObjects(std::vector<Curve*>& curves, std::vector<Point>& arrowPoints,
                                             bool /*flag*/) const {
     const double shortest = EQ_ask_length_tolerance();
+    curves.reserve(curves.size() + 4);
     for (const int side : {1, 2}) {
         const std::vector<Point>* points = PointsOf(side);
         if (points == nullptr)
             continue;
         const auto& p = *points;
-        curves.push_back(std::make_unique<Line>(p[kLineEnd], p[kTip]).release());
+        curves.push_back(new Line(p[kLineEnd], p[kTip]));
         if (!(p[kExtensionStart].Distance(p[kExtensionEnd]) < shortest))
-            curves.push_back(std::make_unique<Line>(p[kExtensionStart], p[kExtensionEnd]).release());
+            curves.push_back(new Line(p[kExtensionStart], p[kExtensionEnd]));
         arrowPoints.insert(arrowPoints.end(), {p[kArrowTip], p[kArrowLow], p[kArrowHigh]});
     }
 }

@@ -85,42 +85,34 @@ LinearDimension::~LinearDimension() {
     DetachFromCurves();
 }
 
-template <class First, class Second, class... Rest>
-LinearDimension* LinearDimension::FindOrMake(const First* first, const Second* second, Rest... rest) {
-    if (first == nullptr || second == nullptr)
-        return nullptr;
-    auto* known = FindShared<LinearDimension>(*first, const_cast<Second*>(second), Linear);
-    return known != nullptr ? known : new LinearDimension(first, second, rest...);
-}
-
 LinearDimension* LinearDimension::MakeDimension(const Line* first, const Line* second, const Point* pick,
                                                 double textHeightOffset, double fontHeight) {
-    return FindOrMake(first, second, pick, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, pick, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::MakeDimension(const Line* first, const Arc* second, double textHeightOffset,
                                                 double fontHeight) {
-    return FindOrMake(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::MakeDimension(const Line* first, const Ellipse* second,
                                                 double textHeightOffset, double fontHeight) {
-    return FindOrMake(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::MakeDimension(const Arc* first, const Arc* second, double textHeightOffset,
                                                 double fontHeight) {
-    return FindOrMake(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::MakeDimension(const Arc* first, const Ellipse* second,
                                                 double textHeightOffset, double fontHeight) {
-    return FindOrMake(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::MakeDimension(const Ellipse* first, const Ellipse* second,
                                                 double textHeightOffset, double fontHeight) {
-    return FindOrMake(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<LinearDimension>(Linear, first, second, textHeightOffset, fontHeight);
 }
 
 LinearDimension* LinearDimension::Copy() const {

@@ -90,8 +90,6 @@ protected:
 private:
     LinearDimension(const Geometry::Curve* first, const Geometry::Curve* second, double pickPointParam,
                     double textHeightOffset, double fontHeight);
-    template <class First, class Second, class... Rest>
-    static LinearDimension* FindOrMake(const First* first, const Second* second, Rest... rest);
     int SideOf(const Geometry::Curve* curve) const { return curve == second_ && curve != first_ ? 2 : 1; }
 
     Geometry::Curve* first_ = nullptr;

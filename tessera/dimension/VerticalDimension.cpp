@@ -31,26 +31,17 @@ VerticalDimension::VerticalDimension(Arc* first, Arc* second, double textHeightO
 }
 
 VerticalDimension* VerticalDimension::MakeDimension(Line* line, double fontHeight) {
-    if (line == nullptr)
-        return nullptr;
-    auto* known = FindShared<VerticalDimension>(*line, nullptr, Vertical);
-    return known != nullptr ? known : new VerticalDimension(line, fontHeight);
+    return FindOrMakeAlone<VerticalDimension>(Vertical, line, fontHeight);
 }
 
 VerticalDimension* VerticalDimension::MakeDimension(Line* line, Arc* arc, double textHeightOffset,
                                                     double fontHeight) {
-    if (line == nullptr || arc == nullptr)
-        return nullptr;
-    auto* known = FindShared<VerticalDimension>(*line, arc, Vertical);
-    return known != nullptr ? known : new VerticalDimension(line, arc, textHeightOffset, fontHeight);
+    return FindOrMake<VerticalDimension>(Vertical, line, arc, textHeightOffset, fontHeight);
 }
 
 VerticalDimension* VerticalDimension::MakeDimension(Arc* first, Arc* second, double textHeightOffset,
                                                     double fontHeight) {
-    if (first == nullptr || second == nullptr)
-        return nullptr;
-    auto* known = FindShared<VerticalDimension>(*first, second, Vertical);
-    return known != nullptr ? known : new VerticalDimension(first, second, textHeightOffset, fontHeight);
+    return FindOrMake<VerticalDimension>(Vertical, first, second, textHeightOffset, fontHeight);
 }
 
 VerticalDimension* VerticalDimension::Copy() const {

@@ -44,7 +44,8 @@ public:
     Curve* Copy() const override;
     void Transform(double m[3][3]) override;
     Curve* DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const override;
-    /// Takes a copy of another curve's record and state; false when null or of another kind.
+    /// Takes a copy of another curve's record and state; false when null or of another kind. The list of
+    /// dimensions stays: they go on measuring this curve.
     bool Replace(Core::TaggedObject* other) override;
     bool AskXYBox(XYBox& box) const override;
     bool IsInPolygon(int n, double* xs, double* ys) override;
@@ -132,9 +133,15 @@ public:
     void GetDimensionsOfType(Curve* other, int type, std::vector<Dimension::DimensionBase*>& list) const;
     void AddDimensions(std::vector<Dimension::DimensionBase*>& list);
     void ReplaceDimension(int index, Dimension::DimensionBase* d);
+    /// Updates every listed dimension that is still listed when its turn comes.
     void UpdateDimensions();
+    /// The dimension of the type that measures this curve alone, brought up to date. Without one a new one is
+    /// made and attached if `create` is set and the type measures a curve of this kind (caller deletes); else
+    /// null. The numbers serve a new one only.
     Dimension::DimensionBase* CreateUpdateDimension(int type, bool create, double textHeightOffset,
                                                     double fontHeight);
+    /// Gives this curve the dimensions that measure another one alone, with their text offset, font height,
+    /// display data, frame and finalized flag; types that it has already are only updated.
     void CreateSameDimensions(Curve* other);
     void CreateSameDimensionOfType(Curve* other, int type);
     /// Reports a change of this curve when d is listed here; called before d's flag is stored.

@@ -9,7 +9,8 @@
 namespace Tessera::Dimension {
 
 struct TempDecoration {
-    explicit TempDecoration(const DimensionBase& dim) {
+    // Delegating: should anything throw here, the destructor still runs.
+    explicit TempDecoration(const DimensionBase& dim) : TempDecoration() {
         dim.GetTempDimDecoObjects(curves, arrowPoints, false);
         dim.GetOrientedTextBox(textBox);
     }
@@ -23,6 +24,9 @@ struct TempDecoration {
     std::vector<Geometry::Curve*> curves; // owned
     std::vector<Geometry::Point> arrowPoints;
     std::vector<Geometry::Point> textBox;
+
+private:
+    TempDecoration() = default;
 };
 
 } // namespace Tessera::Dimension
