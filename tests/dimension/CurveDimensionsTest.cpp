@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "tessera/dimension/DimensionBase.h"
+#include "tessera/dimension/LengthDimension.h"
+#include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/ChangeLog.h"
 
@@ -13,22 +14,20 @@ using namespace Tessera::Testing;
 using Tessera::Core::TaggedObject;
 using Tessera::Dimension::DimensionBase;
 using Tessera::Dimension::DimensionType_e;
+using Tessera::Dimension::LengthDimension;
 
 namespace {
 
 using List = std::vector<DimensionBase*>;
 
-/// A dimension of any type over any curves, which measures nothing.
-class PlainDimension : public DimensionBase {
+/// A dimension of any type over any curves, which only counts its updates.
+class PlainDimension : public LengthDimension {
 public:
     PlainDimension(DimensionType_e type, std::vector<Curve*> parents)
         : type_(type), parents_(std::move(parents)) {
-        for (Curve* parent : parents_)
-            parent->AddDimension(this);
+        AttachToParents();
     }
-    DimensionBase* Copy() const override { return new PlainDimension(*this); }
-    bool Replace(TaggedObject* /*other*/) override { return false; }
-    void SetIsFinalized(bool finalized) override { ChangeIsFinalized(finalized); }
+    PlainDimension* Copy() const override { return new PlainDimension(*this); }
     void UpdateDimension() override {
         ++updates;
         if (onUpdate)
@@ -38,19 +37,7 @@ public:
     void GetParentCurves(std::vector<Curve*>& curves) const override {
         curves.insert(curves.end(), parents_.begin(), parents_.end());
     }
-    void AddGeometry(Curve* curve) override { parents_.push_back(curve); }
-    bool MoveDimDeco(const Tessera::Dimension::DragData* /*drag*/) override { return false; }
-    double ComputeNewValue(const Point& /*p*/, int /*side*/) const override { return GetAnnotation(); }
-    double GetDistanceToPoint(const Point& /*p*/, int& /*part*/) override { return 0.0; }
-    int ComputeUpdateSide(const Point& /*p*/) const override { return -1; }
-    Point GetAnnotationMidPoint() override { return GetOrigin(); }
-    Point GetReferencePoint() const override { return GetOrigin(); }
-    void GetUpdateCurves(int /*side*/, std::vector<Curve*>& /*curves*/) const override {}
-    bool CanUpdate() const override { return true; }
     bool IsValid() const override { return isValid; }
-    void GetTempDimDecoObjects(std::vector<Curve*>& /*curves*/, std::vector<Point>& /*arrowPoints*/,
-                               bool /*flag*/) const override {}
-    void GetOrientedTextBox(std::vector<Point>& /*corners*/) const override {}
 
     int updates = 0;
     bool isValid = true;
@@ -59,7 +46,6 @@ public:
 protected:
     void ExchangeCurve(const Curve* parent, Curve* replacement) override {
         std::replace(parents_.begin(), parents_.end(), const_cast<Curve*>(parent), replacement);
-        parents_.erase(std::remove(parents_.begin(), parents_.end(), nullptr), parents_.end());
     }
 
 private:
@@ -214,4 +200,47 @@ TEST(CurveDimensions, CopiesShareAndDeepCopiesCopyTheFinalizedOnes) {
     EXPECT_EQ(taken.front()->GetId(), committed.GetId());
     EXPECT_EQ(copies.at(committed.GetId()), taken.front());
     EXPECT_EQ(line.DeepCopy(ids, copies), deep.get());
+}
+
+TEST(CurveDimensions, ReplacedCurvesKeepTheirDimensions) {
+    Line line(Point(0, 0), Point(1, 0));
+    Line longer(Point(0, 0), Point(9, 0));
+    const LengthDimension dim(&line, 4.0);
+    EXPECT_TRUE(line.Replace(&longer));
+    line.UpdateDimensions();
+    EXPECT_EQ(DimensionsOf(line), (List{const_cast<LengthDimension*>(&dim)}));
+    EXPECT_EQ(dim.GetAnnotation(), 9.0);
+}
+
+TEST(CurveDimensions, SameDimensionsAreMadeOnce) {
+    Line model(Point(0, 0), Point(10, 0));
+    Line line(Point(0, 5), Point(4, 8));
+    Arc arc(Point(0, 0), 3.0);
+    const std::unique_ptr<DimensionBase> length(model.CreateUpdateDimension(1, true, 7.0, 2.0));
+    const std::unique_ptr<DimensionBase> vertical(model.CreateUpdateDimension(3, true, -7.0, 2.0));
+    ASSERT_TRUE(length != nullptr && vertical != nullptr);
+    vertical->Rotate(0.5);
+    vertical->SetIsFinalized(true);
+    vertical->SetWidth(9.0);
+    for (const int round : {1, 2}) {
+        SCOPED_TRACE(round);
+        line.CreateSameDimensions(&model);
+        line.CreateSameDimensions(&line);
+        line.CreateSameDimensions(nullptr);
+        arc.CreateSameDimensions(&model); // measures nothing of an arc
+        ASSERT_EQ(line.GetNumDimensions(), 2);
+        EXPECT_EQ(arc.GetNumDimensions(), 0);
+    }
+    const List made = DimensionsOf(line);
+    const std::unique_ptr<DimensionBase> owners[] = {std::unique_ptr<DimensionBase>(made[0]),
+                                                     std::unique_ptr<DimensionBase>(made[1])};
+    EXPECT_EQ(made[0]->GetAnnotation(), 5.0);
+    EXPECT_EQ(made[0]->GetTextHeightOffset(), 7.0);
+    EXPECT_FALSE(made[0]->GetIsFinalized());
+    EXPECT_EQ(made[1]->GetType(), 3);
+    EXPECT_EQ(made[1]->GetCachedRotateAngle(), 0.5);
+    EXPECT_EQ(made[1]->AskWidth(), 9.0);
+    EXPECT_TRUE(made[1]->GetIsFinalized());
+    for (const int type : {0, 4, 5, 6, 7, 99})
+        EXPECT_EQ(line.CreateUpdateDimension(type, true, 1.0, 1.0), nullptr) << type;
 }

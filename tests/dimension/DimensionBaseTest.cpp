@@ -104,47 +104,45 @@ TEST(DimensionBase, FactoriesByType) {
 TEST(DimensionBase, SettersReportOnceBeforeTheyStore) {
     Line line(Point(0, 0), Point(10, 0));
     LengthDimension dim(&line, 4.0);
-    const struct {
+    using D = LengthDimension;
+    struct Field {
         const char* name;
-        std::function<void(double)> set;
-        std::function<double()> get;
-    } fields[] = {
-        {"annotation", [&](double v) { dim.SetAnnotation(v); }, [&] { return dim.GetAnnotation(); }},
-        {"text angle", [&](double v) { dim.SetTextAngle(v); }, [&] { return dim.GetTextAngle(); }},
-        {"height offset", [&](double v) { dim.SetTextHeightOffset(v); },
-         [&] { return dim.GetTextHeightOffset(); }},
-        {"width offset", [&](double v) { dim.SetTextWidthOffset(v); },
-         [&] { return dim.GetTextWidthOffset(); }},
-        {"origin", [&](double v) { dim.SetOrigin(Point(v, v)); }, [&] { return dim.GetOrigin().x; }},
-        {"origin by coordinates", [&](double v) { dim.SetOrigin(0.0, v); },
-         [&] { return dim.GetOrigin().y; }},
+        std::function<void(D&, double)> set;
+        std::function<double(const D&)> get;
+    };
+    const Field fields[] = {
+        {"annotation", &D::SetAnnotation, &D::GetAnnotation},
+        {"text angle", &D::SetTextAngle, &D::GetTextAngle},
+        {"height offset", &D::SetTextHeightOffset, &D::GetTextHeightOffset},
+        {"width offset", &D::SetTextWidthOffset, &D::GetTextWidthOffset},
+        {"font height", &D::SetFontHeight, &D::GetFontHeight},
+        {"relative param", &D::SetRelativeParam, &D::GetRelativeParam},
+        {"end distance", &D::SetDecoEndDistance, &D::GetDecoEndDistance},
+        {"update side", &D::SetUpdateSide, &D::GetUpdateSide},
+        {"origin", [](D& d, double v) { d.SetOrigin(Point(v, v)); },
+         [](const D& d) { return d.GetOrigin().x; }},
+        {"origin by coordinates", [](D& d, double v) { d.SetOrigin(0.0, v); },
+         [](const D& d) { return d.GetOrigin().y; }},
         {"orientation",
-         [&](double v) {
-             dim.SetOrientation({v, 0});
+         [](D& d, double v) {
+             d.SetOrientation({v, 0});
          },
-         [&] { return dim.GetOrientation().x; }},
-        {"font height", [&](double v) { dim.SetFontHeight(v); }, [&] { return dim.GetFontHeight(); }},
-        {"update side", [&](double v) { dim.SetUpdateSide(static_cast<int>(v)); },
-         [&] { return static_cast<double>(dim.GetUpdateSide()); }},
-        {"relative param", [&](double v) { dim.SetRelativeParam(v); },
-         [&] { return dim.GetRelativeParam(); }},
-        {"end distance", [&](double v) { dim.SetDecoEndDistance(v); },
-         [&] { return dim.GetDecoEndDistance(); }},
+         [](const D& d) { return d.GetOrientation().x; }},
     };
     ChangeLog log;
     double value = 100.0;
     for (const auto& field : fields) {
         SCOPED_TRACE(field.name);
-        field.set(value += 1.0);
+        field.set(dim, value += 1.0);
         EXPECT_TRUE(log.entries.empty()) << "under construction";
         dim.SetIsFinalized(true);
         log.Take(dim);
         double seen = 0.0;
-        log.onChange = [&] { seen = field.get(); };
-        field.set(value + 1.0);
+        log.onChange = [&] { seen = field.get(dim); };
+        field.set(dim, value + 1.0);
         EXPECT_EQ(log.Take(dim), 1);
         EXPECT_EQ(seen, value);
-        EXPECT_EQ(field.get(), ++value);
+        EXPECT_EQ(field.get(dim), ++value);
         log.onChange = nullptr;
         dim.SetIsFinalized(false);
         log.Take(dim);
@@ -184,6 +182,11 @@ TEST(DimensionBase, CopiesAndAssignments) {
     EXPECT_FALSE(target.Replace(&line));
     EXPECT_FALSE(target.Replace(nullptr));
     EXPECT_EQ(target.GetLine(), &line);
+    static_cast<DimensionBase&>(horizontal) = dim;
+    EXPECT_EQ(horizontal.GetId(), dim.GetId());
+    EXPECT_EQ(horizontal.GetAnnotation(), 100.0);
+    EXPECT_EQ(horizontal.GetLine(), &other);
+    EXPECT_TRUE(other.HasDimension(&horizontal));
 }
 
 TEST(DimensionBase, Transform) {

@@ -21,64 +21,11 @@ using LinearPtr = std::unique_ptr<LinearDimension>;
 
 namespace {
 
-struct Pair {
-    const char* name;
-    LinearPtr (*make)(const Line&, const Line&, const Arc&, const Arc&, const Ellipse&, const Ellipse&);
-    double value;
-    Point from, to; // ends of the measured line
-};
-
 LinearPtr Own(LinearDimension* dim) {
     return LinearPtr(dim);
 }
 
 const Point kPick(20, 3);
-
-// Lines at heights 0 and 10, arcs about (50, 30) and (50, 42), ellipses about (70, 5) and (74, 8).
-const Pair kPairs[] = {
-    {"lines",
-     [](const Line& a, const Line& b, const Arc&, const Arc&, const Ellipse&, const Ellipse&) {
-         return Own(LinearDimension::MakeDimension(&a, &b, &kPick, 8, 4));
-     },
-     10,
-     {20, 0},
-     {20, 10}},
-    {"line and arc",
-     [](const Line& a, const Line&, const Arc& c, const Arc&, const Ellipse&, const Ellipse&) {
-         return Own(LinearDimension::MakeDimension(&a, &c, 8, 4));
-     },
-     30,
-     {50, 0},
-     {50, 30}},
-    {"line and ellipse",
-     [](const Line& a, const Line&, const Arc&, const Arc&, const Ellipse& e, const Ellipse&) {
-         return Own(LinearDimension::MakeDimension(&a, &e, 8, 4));
-     },
-     5,
-     {70, 0},
-     {70, 5}},
-    {"arcs",
-     [](const Line&, const Line&, const Arc& c, const Arc& d, const Ellipse&, const Ellipse&) {
-         return Own(LinearDimension::MakeDimension(&c, &d, 8, 4));
-     },
-     12,
-     {50, 30},
-     {50, 42}},
-    {"arc and ellipse",
-     [](const Line&, const Line&, const Arc& c, const Arc&, const Ellipse& e, const Ellipse&) {
-         return Own(LinearDimension::MakeDimension(&c, &e, 8, 4));
-     },
-     std::hypot(20, 25),
-     {50, 30},
-     {70, 5}},
-    {"ellipses",
-     [](const Line&, const Line&, const Arc&, const Arc&, const Ellipse& e, const Ellipse& f) {
-         return Own(LinearDimension::MakeDimension(&e, &f, 8, 4));
-     },
-     5,
-     {70, 5},
-     {74, 8}},
-};
 
 struct Curves {
     Line a{Point(0, 0), Point(40, 0)};
@@ -88,9 +35,52 @@ struct Curves {
     CurvePtr e = MakeEllipse({70, 5}, 4, 2, 0.3, 0.0, 6.283185307179586);
     CurvePtr f = MakeEllipse({74, 8}, 3, 1, 1.0, 0.5, 4.0);
 
-    LinearPtr Make(const Pair& pair) const {
-        return pair.make(a, b, c, d, static_cast<const Ellipse&>(*e), static_cast<const Ellipse&>(*f));
-    }
+    const Ellipse* E() const { return static_cast<const Ellipse*>(e.get()); }
+    const Ellipse* F() const { return static_cast<const Ellipse*>(f.get()); }
+};
+
+struct Pair {
+    const char* name;
+    LinearDimension* (*make)(const Curves& s);
+    double value;
+    Point from, to; // ends of the measured line
+
+    LinearPtr Make(const Curves& s) const { return Own(make(s)); }
+};
+
+const Pair kLines = {"lines",
+                     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, &s.b, &kPick, 8, 4); },
+                     10,
+                     {20, 0},
+                     {20, 10}};
+const Pair kArcs = {"arcs",
+                    [](const Curves& s) { return LinearDimension::MakeDimension(&s.c, &s.d, 8, 4); },
+                    12,
+                    {50, 30},
+                    {50, 42}};
+const Pair kPairs[] = {
+    kLines,
+    kArcs,
+    {"line and arc",
+     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, &s.c, 8, 4); },
+     30,
+     {50, 0},
+     {50, 30}},
+    {"line and ellipse",
+     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, s.E(), 8, 4); },
+     5,
+     {70, 0},
+     {70, 5}},
+    {"arc and ellipse",
+     [](const Curves& s) { return LinearDimension::MakeDimension(&s.c, s.E(), 8, 4); },
+     std::hypot(20, 25),
+     {50, 30},
+     {70, 5}},
+    {"ellipses",
+     [](const Curves& s) { return LinearDimension::MakeDimension(s.E(), s.F(), 8, 4); },
+     5,
+     {70, 5},
+     {74, 8}},
 };
 
 } // namespace
@@ -99,7 +89,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
     for (const Pair& pair : kPairs) {
         SCOPED_TRACE(pair.name);
         const Curves curves;
-        const LinearPtr dim = curves.Make(pair);
+        const LinearPtr dim = pair.Make(curves);
         EXPECT_NEAR(dim->GetAnnotation(), pair.value, 1e-12);
         EXPECT_TRUE(dim->IsValid() && dim->CanUpdate());
         const std::unique_ptr<Line> measured(dim->GetDimensionLine());
@@ -111,7 +101,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
         ASSERT_EQ(parents.size(), 2U);
         for (Curve* parent : parents)
             EXPECT_TRUE(parent->HasDimension(dim.get()));
-        LinearPtr again = curves.Make(pair);
+        LinearPtr again = pair.Make(curves);
         EXPECT_EQ(again.get(), dim.get());
         again.release();
     }
@@ -120,7 +110,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
 TEST(LinearDimension, FeetLieOnTheCurves) {
     Curves curves;
     // Upright text beside the lines: n = (1, 0), tips 8 + 2 to the right of the pick at 20.
-    const LinearPtr lines = curves.Make(kPairs[0]);
+    const LinearPtr lines = kLines.Make(curves);
     ExpectNear(DecorationOf(*lines, 1)[1], {30, 0});
     ExpectNear(DecorationOf(*lines, 1)[2], {30, 0}, 1e-9, "the line reaches the tip");
     ExpectNear(DecorationOf(*lines, 2)[2], {30, 10});
@@ -129,7 +119,7 @@ TEST(LinearDimension, FeetLieOnTheCurves) {
     ExpectNear(DecorationOf(*lines, 1)[2], {40, 0});
     ExpectNear(DecorationOf(*lines, 2)[2], {30, 10}, 1e-9, "from the end of the line on");
     ExpectNear(DecorationOf(*lines, 2)[3], {42, 10});
-    const LinearPtr arcs = curves.Make(kPairs[3]);
+    const LinearPtr arcs = kArcs.Make(curves);
     ExpectNear(DecorationOf(*arcs, 1)[2], {50, 30});
     ExpectNear(DecorationOf(*arcs, 2)[2], {50, 42});
     Drag(*arcs, {{0, 0}, {4, 1}});
@@ -147,7 +137,7 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
         for (const auto& row : rows) {
             SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
             const Curves curves;
-            const LinearPtr dim = curves.Make(pair);
+            const LinearPtr dim = pair.Make(curves);
             std::vector<Curve*> parents;
             dim->GetParentCurves(parents);
             const Point first = parents[0]->GetStart();
@@ -171,7 +161,7 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
 
 TEST(LinearDimension, ValidityFollowsTheCurves) {
     Curves curves;
-    const LinearPtr dim = curves.Make(kPairs[0]);
+    const LinearPtr dim = kLines.Make(curves);
     Line turned(Point(30, 10), Point(0, 11));
     curves.b.CopyCurveData(&turned);
     EXPECT_FALSE(dim->IsValid());
@@ -209,7 +199,7 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
 
 TEST(LinearDimension, PickAndParentsCanBeExchanged) {
     Curves curves;
-    const LinearPtr dim = curves.Make(kPairs[0]);
+    const LinearPtr dim = kLines.Make(curves);
     EXPECT_DOUBLE_EQ(dim->GetPickPointParam(), 0.5);
     dim->SetPickPointParam(-0.25);
     const std::unique_ptr<Line> beyond(dim->GetDimensionLine());
