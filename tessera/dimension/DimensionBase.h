@@ -11,6 +11,7 @@
 // Failure    bool results, null pointers or unchanged values; nothing here throws a message.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

@@ -88,7 +88,7 @@ const Pair kPairs[] = {
 TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
     for (const Pair& pair : kPairs) {
         SCOPED_TRACE(pair.name);
-        const Curves curves;
+        Curves curves; // not const: dimensions enter their lists and move them
         const LinearPtr dim = pair.Make(curves);
         EXPECT_NEAR(dim->GetAnnotation(), pair.value, 1e-12);
         EXPECT_TRUE(dim->IsValid() && dim->CanUpdate());
@@ -136,7 +136,7 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
     for (const Pair& pair : kPairs) {
         for (const auto& row : rows) {
             SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
-            const Curves curves;
+            Curves curves;
             const LinearPtr dim = pair.Make(curves);
             std::vector<Curve*> parents;
             dim->GetParentCurves(parents);
