@@ -210,8 +210,9 @@ void ProjectedDimension::GrowParents(double growth, const Vector& along) {
         MoveLineEnds(*line_, outward1, outward2);
         return;
     }
-    Curve* first = line_ != nullptr ? static_cast<Curve*>(line_) : arcs_[0];
-    Curve* second = line_ != nullptr ? arcs_[0] : arcs_[1];
+    const bool hasLine = HasRecord(line_);
+    Curve* first = hasLine ? static_cast<Curve*>(line_) : arcs_[0];
+    Curve* second = hasLine ? arcs_[0] : arcs_[1];
     if (ShareOf(1) > 0.0)
         Translate(*first, outward1);
     if (ShareOf(2) > 0.0)
