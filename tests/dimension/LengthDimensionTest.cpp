@@ -281,3 +281,49 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     dim.UpdateDimension();
     ExpectNear(line.GetEnd(), {12, 5});
 }
+
+TEST(LengthDimension, SinglePointsAreBroughtBack) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0);
+    std::vector<Point>& points = dim.GetLengthDimDeco(1)->GetPoints();
+    const std::vector<Point> before = points;
+    for (Point& p : points)
+        p += Point(3, 1);
+    points[0] = before[0];
+    points[2] = Point(99, 99);
+    dim.AdjustPoint3(&line, line.GetStart());
+    ExpectNear(points[2], Point(0, 0).AffineCombine(1.0, Vector(3, 13) / std::hypot(3, 13)));
+    dim.AdjustPoint1s();
+    dim.AdjustPoint4(&line, line.GetStart());
+    for (std::size_t i = 0; i < points.size(); ++i)
+        ExpectNear(points[i], before[i] + Point(0, i == 0 || i == 2 ? 0 : 1), 1e-12, std::to_string(i));
+    // Base corners outside: the arrowhead is turned back over, the line end with it.
+    points[5] = Point(-3, 12.25);
+    points[6] = Point(-3, 13.75);
+    points[0] = Point(-6, 13);
+    dim.AdjustArrowheadFlip(1);
+    ExpectNear(points[0], {45, 13});
+    ExpectNear(points[5], {3, 12.25});
+    ExpectNear(points[6], {3, 13.75});
+}
+
+TEST(LengthDimension, RecordsChangeHands) {
+    Line line(Point(0, 0), Point(100, 0));
+    LengthDimension dim(&line, 10.0, 4.0);
+    auto* own = dim.GetLengthDimDeco(2);
+    dim.SetLengthDimDeco(2, own);
+    EXPECT_EQ(dim.GetLengthDimDeco(2), own);
+    auto foreign = std::make_unique<Tessera::Dimension::LengthDimDeco>();
+    EXPECT_EQ(foreign->GetExtensionStartIndex(), -1);
+    EXPECT_EQ(foreign->GetExtensionEndIndex(), -1);
+    dim.SetLengthDimDeco(3, foreign.get()); // no such side: not taken
+    dim.SetLengthDimDeco(2, foreign.release());
+    EXPECT_EQ(dim.ComputeUpdateSide(Point(50, 12)), -1) << "an empty record is no decoration";
+    EXPECT_EQ(dim.ComputeNewValue(Point(110, 0), 2), 100.0);
+    std::vector<Point> outline;
+    dim.GetLengthDimDecoPolygon(2, outline);
+    EXPECT_TRUE(outline.empty());
+    dim.GetLengthDimDecoPolygon(1, outline);
+    ASSERT_EQ(outline.size(), 5U);
+    ExpectNear(outline[2], {3, 11.25});
+}
