@@ -56,6 +56,7 @@
 #include "tessera/kernel/VEC3.h"
 #include "tessera/kernel/VexMath.h"
 #include "tessera/recognition/ClosedShape.h"
+#include "tessera/recognition/ConstraintInference.h"
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/RecognizedGeometry.h"
 #include "tessera/recognition/Scribble.h"

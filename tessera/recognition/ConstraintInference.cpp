@@ -1,0 +1,78 @@
+#include "tessera/recognition/ConstraintInference.h"
+
+#include "tessera/core/ThrowMessage.h"
+#include "tessera/geometry/Curve.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/recognition/internal/ConstraintCandidates.h"
+#include "tessera/recognition/internal/ConstraintDeviation.h"
+#include "tessera/recognition/internal/ConstraintSolver.h"
+#include "tessera/recognition/internal/DirectionClasses.h"
+
+// Candidates are judged by the drawing, then taken greedily: each is tried on the sketch as the stronger ones
+// have left it. There directions and sizes have to be within the limit once more. That is what keeps two
+// groups of lines apart whose directions nearly meet by the error of a single line: once each group is
+// parallel, the groups differ by the mean of their errors.
+
+namespace Tessera::Geometry {
+
+namespace {
+
+void CheckInput(std::span<const Curve* const> curves, const ConstraintOptions& options) {
+    for (const Curve* curve : curves) {
+        if (curve == nullptr)
+            Core::ThrowMessage("InferConstraints - curve cannot be NULL");
+        if (curve->AskCurveData() == nullptr)
+            Core::ThrowMessage("InferConstraints - CURVE cannot be NULL");
+    }
+    if (!(options.toleranceZone > 0.0))
+        Core::ThrowMessage("InferConstraints - tolerance zone must be positive");
+    if (!(options.directionSpreadDeg > 0.0 && options.tangentSpreadDeg > 0.0 && options.sizeSpread > 0.0))
+        Core::ThrowMessage("InferConstraints - spreads must be positive");
+}
+
+void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const ConstraintOptions& options,
+                   SketchParameters& sketch, ConstraintSolver& solver) {
+    DirectionClasses directions(sketch.CurveCount());
+    for (const ConstraintCandidate& candidate : candidates) {
+        const InferredConstraint& c = candidate.constraint;
+        if (directions.Implies(c) ||
+            (IsKeptByOthers(c.kind) && !(DeviationOf(c, sketch, options) <= kDeviationLimit)))
+            continue;
+        if (solver.TryAdd(c))
+            directions.Add(c);
+    }
+}
+
+} // namespace
+
+InferredConstraints InferConstraints(std::span<const Curve* const> curves, const ConstraintOptions& options) {
+    CheckInput(curves, options);
+    SketchParameters sketch(curves);
+    ConstraintSolver solver(sketch, options.toleranceZone);
+    TakeStrongest(FindCandidates(sketch, options), options, sketch, solver);
+    solver.Settle();
+
+    InferredConstraints result;
+    result.constraints = solver.Accepted();
+    result.largestMotion = solver.LargestMotion();
+    result.adjusted.reserve(curves.size());
+    for (int i = 0; i < sketch.CurveCount(); ++i)
+        result.adjusted.push_back(sketch.Write(i));
+    return result;
+}
+
+void ApplyConstraints(const InferredConstraints& inferred, std::span<Curve* const> curves) {
+    bool match = curves.size() == inferred.adjusted.size();
+    for (std::size_t i = 0; match && i < curves.size(); ++i)
+        match = curves[i] != nullptr && inferred.adjusted[i] != nullptr &&
+                curves[i]->GetType() == inferred.adjusted[i]->GetType();
+    if (!match)
+        Core::ThrowMessage("ApplyConstraints - curves do not match");
+    for (std::size_t i = 0; i < curves.size(); ++i) {
+        curves[i]->CopyCurveData(inferred.adjusted[i].get());
+        if (curves[i]->GetType() == CurveType_Line)
+            static_cast<Line*>(curves[i])->UpdateCachedBasePoint();
+    }
+}
+
+} // namespace Tessera::Geometry
