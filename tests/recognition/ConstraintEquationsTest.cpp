@@ -1,0 +1,227 @@
+#include <gtest/gtest.h>
+
+#include "tessera/recognition/internal/ConstraintEquations.h"
+#include "tessera/recognition/internal/RowSpace.h"
+#include "tests/support/ConstraintOracle.h"
+
+namespace {
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+
+constexpr auto kStart = SnapPointType_Start;
+constexpr auto kEnd = SnapPointType_End;
+constexpr auto kCentre = SnapPointType_Center;
+
+SketchElement Whole(int curve) {
+    return {curve, SnapPointType_None};
+}
+
+CurveList AllShapes() {
+    CurveList list;
+    list.push_back(std::make_unique<Line>(Point(0, 1), Point(5, 3)));
+    list.push_back(std::make_unique<Line>(Point(2, -1), Point(-1, 4)));
+    list.push_back(std::make_unique<Line>(Point(-3, -2), Point(4, 4)));
+    list.push_back(std::make_unique<Arc>(Point(1, 2), 3.0));
+    list.push_back(MakeArc({-1, 0}, 2.0, 0.4, 2.9));
+    list.push_back(MakeEllipse({3, 1}, 4.0, 2.0, 0.5, 0.0, 2.0 * std::numbers::pi));
+    list.push_back(MakeEllipse({0, -2}, 3.0, 1.5, 1.1, 0.3, 3.0));
+    list.push_back(MakeSpline(4, {{0, 0}, {1, 2}, {3, 2}, {4, -1}, {6, 0}}));
+    list.push_back(MakeSpline(3, {{0, 1}, {1, 2}, {3, 3}}));
+    return list;
+}
+
+// Rows against central differences of the residuals, over the parameters themselves.
+TEST(ConstraintEquations, RowsAreGradients) {
+    const CurveList curves = AllShapes();
+    std::vector<const Curve*> list;
+    for (const auto& c : curves)
+        list.push_back(c.get());
+    const InferredConstraint all[] = {
+        MakeConstraint(ConstraintKind_Coincident, {{0, kEnd}, {4, kStart}}),
+        MakeConstraint(ConstraintKind_Coincident, {{6, kEnd}, {7, kStart}}),
+        MakeConstraint(ConstraintKind_Coincident, {{7, kStart}, {7, kEnd}}),
+        MakeConstraint(ConstraintKind_Horizontal, {Whole(0)}),
+        MakeConstraint(ConstraintKind_Vertical, {Whole(1)}),
+        MakeConstraint(ConstraintKind_Parallel, {Whole(0), Whole(1)}),
+        MakeConstraint(ConstraintKind_Perpendicular, {Whole(0), Whole(1)}),
+        MakeConstraint(ConstraintKind_Collinear, {Whole(0), Whole(1)}),
+        MakeConstraint(ConstraintKind_Tangent, {{0, kEnd}, {4, kStart}}),
+        MakeConstraint(ConstraintKind_Tangent, {{6, kStart}, {7, kEnd}}),
+        MakeConstraint(ConstraintKind_Tangent, {{8, kStart}, {8, kEnd}}),
+        MakeConstraint(ConstraintKind_Tangent, {{0, kEnd}, Whole(3)}),
+        MakeConstraint(ConstraintKind_Tangent, {Whole(0), Whole(3)}, 1),
+        MakeConstraint(ConstraintKind_Tangent, {Whole(3), Whole(4)}, -1),
+        MakeConstraint(ConstraintKind_Concentric, {{3, kCentre}, {5, kCentre}}),
+        MakeConstraint(ConstraintKind_EqualLength, {Whole(0), Whole(1)}),
+        MakeConstraint(ConstraintKind_EqualRadius, {Whole(3), Whole(4)}),
+        MakeConstraint(ConstraintKind_PointOnCurve, {{0, kStart}, Whole(1)}),
+        MakeConstraint(ConstraintKind_PointOnCurve, {{0, kStart}, Whole(4)}),
+        MakeConstraint(ConstraintKind_PointOnCurve, {{0, kStart}, Whole(6)}),
+        MakeConstraint(ConstraintKind_MidPoint, {{4, kEnd}, {2, SnapPointType_Mid}}),
+        MakeConstraint(ConstraintKind_Symmetric, {{0, kStart}, {1, kEnd}, Whole(2)}),
+        MakeConstraint(ConstraintKind_Symmetric, {{0, kStart}, {0, kEnd}, Whole(2)}),
+    };
+    for (const InferredConstraint& c : all) {
+        SCOPED_TRACE(c.kind);
+        SketchParameters sketch(list);
+        EquationRow rows[kMostEquations];
+        EvaluateRows(c, sketch, rows);
+        for (int k = 0; k < EquationCount(c); ++k) {
+            std::vector<double> expected(static_cast<std::size_t>(sketch.ParameterCount()));
+            for (int curve = 0; curve < sketch.CurveCount(); ++curve) {
+                double* p = sketch.Of(curve);
+                double* gradient = expected.data() + sketch.At(curve).first;
+                for (int i = 0; i < sketch.At(curve).count; ++i) {
+                    const double h = 1e-6;
+                    const double at = p[i];
+                    double above[2], below[2];
+                    p[i] = at + h;
+                    EvaluateResiduals(c, sketch, above);
+                    p[i] = at - h;
+                    EvaluateResiduals(c, sketch, below);
+                    p[i] = at;
+                    gradient[i] = (above[k] - below[k]) / (2 * h);
+                }
+                sketch.WhitenGradient(curve, gradient);
+            }
+            for (int i = 0; i < rows[k].count; ++i) {
+                EXPECT_NEAR(rows[k].value[i], expected[rows[k].index[i]], 2e-7) << i;
+                expected[rows[k].index[i]] = 0.0;
+            }
+            for (double rest : expected)
+                EXPECT_EQ(rest, 0.0);
+        }
+    }
+}
+
+// A step of length h in whitened coordinates moves the material points of the curve by about h.
+TEST(SketchParameters, WhitenedStepsAreMotions) {
+    const CurveList curves = AllShapes();
+    std::vector<const Curve*> list;
+    for (const auto& c : curves)
+        list.push_back(c.get());
+    std::mt19937 rng(20240811);
+    std::normal_distribution<double> normal;
+    for (int curve = 0; curve < static_cast<int>(list.size()); ++curve) {
+        SketchParameters sketch(list);
+        const int n = sketch.At(curve).count;
+        double step[kMaxDualSize];
+        double back[kMaxDualSize];
+        double length = 0.0;
+        for (int k = 0; k < n; ++k) {
+            step[k] = 1e-5 * normal(rng);
+            length = std::hypot(length, step[k]);
+            back[k] = step[k];
+        }
+        sketch.UnwhitenStep(curve, back);
+        for (int k = 0; k < n; ++k)
+            sketch.Of(curve)[k] += back[k];
+        sketch.WhitenStep(curve, back);
+        for (int k = 0; k < n; ++k)
+            EXPECT_NEAR(back[k], step[k], 1e-12);
+        EXPECT_LE(sketch.Motion(curve), 1.6 * length + 1e-9) << curve;
+        EXPECT_GE(sketch.Motion(curve), 0.2 * length) << curve;
+    }
+}
+
+// Unchanged parameters give back the curve, mirrored and turned ones too; changed ones the curve through the
+// points that the parameters name.
+TEST(SketchParameters, WritesCurvesBack) {
+    double mirror[3][3] = {{0.6, 0.8, 3}, {0.8, -0.6, 1}, {0, 0, 1}};
+    for (bool mirrored : {false, true}) {
+        for (const Sample& sample : SampleCurves()) {
+            SCOPED_TRACE(sample.name);
+            if (mirrored)
+                sample.curve->Transform(mirror);
+            const Curve* list[] = {sample.curve.get()};
+            SketchParameters sketch(list);
+            const auto compare = [&](double tolerance) {
+                const auto written = sketch.Write(0);
+                std::vector<Point> expected, got;
+                sample.curve->CreatePolylinePoints(7, expected);
+                written->CreatePolylinePoints(7, got);
+                for (int i = 0; i < 7; ++i)
+                    EXPECT_LE(expected[i].Distance(got[i]), tolerance);
+                if (sketch.At(0).HasEnds()) {
+                    EXPECT_LT(written->GetStart().Distance(sketch.At(0, kStart)), 1e-12);
+                    EXPECT_LT(written->GetEnd().Distance(sketch.At(0, kEnd)), 1e-12);
+                }
+                EXPECT_EQ(written->IsClosed(), sample.curve->IsClosed());
+            };
+            compare(1e-12);
+            for (int k = 0; k < sketch.At(0).count; ++k)
+                sketch.Of(0)[k] += 0.01 * (k % 3 - 1);
+            compare(0.15);
+        }
+    }
+}
+
+TEST(SketchParameters, DegenerateCurvesMoveInfinitely) {
+    const CurveList curves = AllShapes();
+    const Curve* list[] = {curves[0].get(), curves[4].get()};
+    SketchParameters sketch(list);
+    for (int k = 0; k < 2; ++k) // both ends of the line at its middle
+        sketch.Of(0)[k] = sketch.Of(0)[2 + k] = 0.5 * (sketch.Of(0)[k] + sketch.Of(0)[2 + k]);
+    EXPECT_TRUE(std::isinf(sketch.Motion(0)));
+    EXPECT_EQ(sketch.Motion(1), 0.0);
+    std::swap(sketch.Of(1)[3], sketch.Of(1)[4]); // the arc turned round
+    EXPECT_TRUE(std::isinf(sketch.Motion(1)));
+}
+
+// Random sparse rows, every fourth one a combination of earlier ones.
+TEST(RowSpace, FindsDependentRowsAndShortestSteps) {
+    constexpr int kColumns = 40;
+    std::mt19937 rng(20240812);
+    std::normal_distribution<double> normal;
+    std::uniform_int_distribution<int> column(0, kColumns - 1);
+    RowSpace space(kColumns);
+    std::vector<std::vector<double>> kept;
+    for (int k = 0; k < 32; ++k) {
+        std::vector<double> dense(kColumns);
+        if (k % 4 == 3) {
+            for (const std::vector<double>& row : kept) {
+                const double factor = normal(rng);
+                for (int i = 0; i < kColumns; ++i)
+                    dense[i] += factor * row[i];
+            }
+        } else {
+            for (int i = 0; i < 5; ++i)
+                dense[column(rng)] = normal(rng);
+        }
+        std::vector<int> index;
+        std::vector<double> value;
+        double lengthSq = 0.0;
+        for (double v : dense)
+            lengthSq += v * v;
+        for (int i = 0; i < kColumns; ++i)
+            if (dense[i] != 0.0) {
+                dense[i] /= std::sqrt(lengthSq);
+                index.push_back(i);
+                value.push_back(dense[i]);
+            }
+        const int before = space.RowCount();
+        const double sine = space.Append(index, value, 1e-6);
+        EXPECT_EQ(sine > 1e-6, k % 4 != 3) << k << " " << sine;
+        EXPECT_EQ(space.RowCount(), before + (k % 4 != 3 ? 1 : 0));
+        if (k % 4 != 3)
+            kept.push_back(dense);
+        if (k == 17) { // a detour that is taken back
+            space.Append(std::vector<int>{1, 7}, std::vector<double>{0.6, 0.8}, 1e-6);
+            space.Truncate(before + 1);
+        }
+    }
+    std::vector<double> residuals(kept.size());
+    for (double& r : residuals)
+        r = normal(rng);
+    std::vector<double> step(kColumns, 0.0);
+    std::vector<int> touched;
+    space.ShortestStep(residuals, 0, step, touched);
+    for (std::size_t k = 0; k < kept.size(); ++k)
+        EXPECT_NEAR(std::inner_product(step.begin(), step.end(), kept[k].begin(), residuals[k]), 0.0, 1e-11);
+    space.RemoveRowSpace(step); // the shortest step has no part outside the row space
+    for (double rest : step)
+        EXPECT_NEAR(rest, 0.0, 1e-11);
+}
+
+} // namespace

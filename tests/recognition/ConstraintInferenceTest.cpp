@@ -1,0 +1,309 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ConstraintOracle.h"
+#include "tests/support/GeneratedSketches.h"
+#include "tests/support/ThrownMessage.h"
+
+namespace {
+
+using namespace Tessera::Geometry;
+using namespace Tessera::Testing;
+
+CurvePtr MakeLine(double x0, double y0, double x1, double y1) {
+    return std::make_unique<Line>(Point(x0, y0), Point(x1, y1));
+}
+CurvePtr MakeLineAt(Point start, double length, double deg) {
+    return std::make_unique<Line>(start, length, deg * std::numbers::pi / 180.0);
+}
+
+std::vector<const Curve*> Borrow(const CurveList& curves) {
+    std::vector<const Curve*> list;
+    for (const auto& c : curves)
+        list.push_back(c.get());
+    return list;
+}
+
+ConstraintOptions Zone(double zone = kSketchZone) {
+    ConstraintOptions options;
+    options.toleranceZone = zone;
+    return options;
+}
+
+template <class... Curves>
+CurveList List(Curves... curves) {
+    CurveList list;
+    (list.push_back(std::move(curves)), ...);
+    return list;
+}
+
+int CountOf(const InferredConstraints& inferred, ConstraintKind_e kind) {
+    return static_cast<int>(std::count_if(inferred.constraints.begin(), inferred.constraints.end(),
+                                          [&](const InferredConstraint& c) { return c.kind == kind; }));
+}
+
+/// Whether the set makes the sketch satisfy c and every small motion that it allows keep it so.
+bool Implies(const std::vector<std::vector<double>>& rows, const CurveList& adjusted,
+             const InferredConstraint& c, double size) {
+    if (MissOf(c, adjusted) > 1e-7 * size)
+        return false;
+    for (const std::vector<double>& row : DenseRows({c}, adjusted)) {
+        std::vector<std::vector<double>> more = rows;
+        more.push_back(row);
+        if (LeastSingularValue(more) > 1e-4)
+            return false;
+    }
+    return true;
+}
+
+// What the sets are worth: every constraint that was found holds in the exact shape, and those that were
+// meant follow from the set.
+TEST(ConstraintInference, FindsWhatWasMeant) {
+    std::mt19937 rng(20240801);
+    SketchMaker maker(rng);
+    struct Tally {
+        int found = 0, right = 0, intended = 0, implied = 0;
+    };
+    std::map<std::string, Tally> tallies;
+    Tally all;
+    for (int k = 0; k < 25 * SketchMaker::FamilyCount(); ++k) {
+        const GeneratedSketch sketch = maker.Make(k, {});
+        const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
+        const auto rows = DenseRows(inferred.constraints, inferred.adjusted);
+        Tally& tally = tallies[sketch.name];
+        for (const InferredConstraint& c : inferred.constraints) {
+            ++tally.found;
+            tally.right += MissOf(c, sketch.exact) < 1e-5 ? 1 : 0;
+        }
+        for (const InferredConstraint& c : sketch.intended) {
+            ++tally.intended;
+            tally.implied += Implies(rows, inferred.adjusted, c, 100.0) ? 1 : 0;
+        }
+    }
+    for (const auto& [name, tally] : tallies) {
+        std::printf("%-18s found %4d right %4d, intended %4d implied %4d\n", name.c_str(), tally.found,
+                    tally.right, tally.intended, tally.implied);
+        all.found += tally.found;
+        all.right += tally.right;
+        all.intended += tally.intended;
+        all.implied += tally.implied;
+    }
+    EXPECT_GE(all.right, 0.995 * all.found);
+    EXPECT_GE(all.implied, 0.98 * all.intended);
+}
+
+// Independent, satisfied, nothing moved beyond the zone, strongest kinds first.
+TEST(ConstraintInference, SetsAreIndependentAndSatisfied) {
+    std::mt19937 rng(20240802);
+    SketchMaker maker(rng);
+    for (int k = 0; k < 10 * SketchMaker::FamilyCount(); ++k) {
+        const GeneratedSketch sketch = maker.Make(k, {});
+        SCOPED_TRACE(std::string(sketch.name) + " " + std::to_string(k));
+        const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
+        ASSERT_FALSE(inferred.constraints.empty());
+        EXPECT_GT(LeastSingularValue(DenseRows(inferred.constraints, inferred.adjusted)), 1e-3);
+        for (const InferredConstraint& c : inferred.constraints) {
+            EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6);
+            EXPECT_GE(c.confidence, std::exp(-4.5));
+            EXPECT_LE(c.confidence, 1.0);
+        }
+        EXPECT_LT(inferred.largestMotion, kSketchZone);
+        for (std::size_t i = 0; i < sketch.drawn.size(); ++i) {
+            std::vector<Point> before, after;
+            sketch.drawn[i]->CreatePolylinePoints(9, before);
+            inferred.adjusted[i]->CreatePolylinePoints(9, after);
+            for (int p = 0; p < 9; ++p)
+                EXPECT_LT(before[p].Distance(after[p]), kSketchZone + 1e-9);
+        }
+    }
+}
+
+/// Kinds and elements, to compare sets.
+std::vector<std::array<int, 8>> Keys(const std::vector<InferredConstraint>& constraints) {
+    std::vector<std::array<int, 8>> keys;
+    for (const InferredConstraint& c : constraints) {
+        std::array<int, 8> key{c.kind, c.elementCount};
+        for (int e = 0; e < c.elementCount; ++e) {
+            key[2 + 2 * e] = c.elements[e].curve;
+            key[3 + 2 * e] = c.elements[e].point;
+        }
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+CurvePtr Scaled(const Curve& curve, double s, const Point& shift) {
+    double m[3][3] = {{1, 0, shift.x / s}, {0, 1, shift.y / s}, {0, 0, 1 / s}};
+    CurvePtr copy(curve.CopyCurveOnly());
+    copy->Transform(m);
+    return copy;
+}
+
+// The same sketch elsewhere, in other units: the same constraints in the same order.
+TEST(ConstraintInference, FollowsScaleAndPlace) {
+    std::mt19937 rng(20240803);
+    SketchMaker maker(rng);
+    for (int k = 0; k < 3 * SketchMaker::FamilyCount(); ++k) {
+        const GeneratedSketch sketch = maker.Make(k, {});
+        const auto expected = Keys(InferConstraints(sketch.Drawn(), Zone()).constraints);
+        for (const auto& [s, shift] : {std::pair{0.01, 0.0}, {1.0, 1e5}, {1000.0, -1e4}}) {
+            SCOPED_TRACE(std::string(sketch.name) + " x " + std::to_string(s));
+            CurveList moved;
+            for (const CurvePtr& c : sketch.drawn)
+                moved.push_back(Scaled(*c, s, {shift, 0.7 * shift}));
+            EXPECT_EQ(Keys(InferConstraints(Borrow(moved), Zone(s * kSketchZone)).constraints), expected);
+        }
+    }
+}
+
+TEST(ConstraintInference, EachKindCanBeSwitchedOff) {
+    std::mt19937 rng(20240804);
+    SketchMaker maker(rng);
+    std::vector<GeneratedSketch> sketches;
+    for (int k = 0; k < SketchMaker::FamilyCount(); ++k)
+        sketches.push_back(maker.Make(k, {}));
+    for (int kind = 0; kind < kConstraintKindCount; ++kind) {
+        int found = 0;
+        for (const GeneratedSketch& sketch : sketches) {
+            ConstraintOptions options = Zone();
+            options.kinds = ConstraintKindBit(static_cast<ConstraintKind_e>(kind));
+            const InferredConstraints only = InferConstraints(sketch.Drawn(), options);
+            found += CountOf(only, static_cast<ConstraintKind_e>(kind));
+            EXPECT_EQ(CountOf(only, static_cast<ConstraintKind_e>(kind)),
+                      static_cast<int>(only.constraints.size()));
+            options.kinds = ~options.kinds;
+            EXPECT_EQ(CountOf(InferConstraints(sketch.Drawn(), options), static_cast<ConstraintKind_e>(kind)),
+                      0);
+        }
+        EXPECT_GT(found, 0) << "kind " << kind;
+    }
+}
+
+TEST(ConstraintInference, LimitsOfDirections) {
+    struct Row {
+        double deg;
+        int horizontal, vertical;
+    };
+    for (const Row& row : {Row{2.99, 1, 0},
+                           {3.01, 0, 0},
+                           {-2.99, 1, 0},
+                           {177.01, 1, 0},
+                           {176.9, 0, 0},
+                           {87.01, 0, 1},
+                           {86.9, 0, 0},
+                           {-92.9, 0, 1},
+                           {10.0, 0, 0}}) {
+        SCOPED_TRACE(row.deg);
+        const CurveList list = List(MakeLineAt({3, 4}, 50.0, row.deg));
+        const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+        EXPECT_EQ(CountOf(inferred, ConstraintKind_Horizontal), row.horizontal);
+        EXPECT_EQ(CountOf(inferred, ConstraintKind_Vertical), row.vertical);
+    }
+}
+
+// Within the angle, but an end would have to move by more than the zone: half of 400 sin 2.9 degrees is 10.
+TEST(ConstraintInference, NothingMovesBeyondTheZone) {
+    const CurveList list = List(MakeLineAt({0, 0}, 400.0, 2.9));
+    EXPECT_EQ(InferConstraints(Borrow(list), Zone(10.0)).constraints.size(), 0u);
+    EXPECT_EQ(InferConstraints(Borrow(list), Zone(10.2)).constraints.size(), 1u);
+}
+
+TEST(ConstraintInference, LimitOfGaps) {
+    for (const auto& [gap, joined] : {std::pair{3.99, 1}, {4.01, 0}}) {
+        const CurveList list = List(MakeLine(0, 0, 50, 20), MakeLine(50 + gap, 20, 90, -30));
+        EXPECT_EQ(CountOf(InferConstraints(Borrow(list), Zone()), ConstraintKind_Coincident), joined) << gap;
+    }
+}
+
+int SideOfTangent(const InferredConstraints& inferred) {
+    for (const InferredConstraint& c : inferred.constraints)
+        if (c.kind == ConstraintKind_Tangent)
+            return c.side;
+    return 0;
+}
+
+// The line lies a little outside the circle on its left, or a little inside: the circle stays on that side.
+TEST(ConstraintInference, TangentKeepsItsSide) {
+    for (double offset : {10.4, 9.7}) {
+        for (double side : {1.0, -1.0}) {
+            CurveList list = List(MakeLine(-40, 0, 60, 0));
+            list.push_back(std::make_unique<Arc>(Point(0, side * offset), 10.0));
+            const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+            ASSERT_EQ(CountOf(inferred, ConstraintKind_Tangent), 1);
+            EXPECT_EQ(SideOfTangent(inferred), side);
+            const auto& circle = static_cast<const Arc&>(*inferred.adjusted[1]);
+            const Point start = inferred.adjusted[0]->GetStart();
+            const double height = side * (circle.GetCenter().y - start.y);
+            EXPECT_NEAR(height, circle.GetRadius(), 1e-7);
+        }
+    }
+}
+
+TEST(ConstraintInference, TouchingCircles) {
+    for (const auto& [x, side] : {std::pair{50.3, 1}, {9.8, -1}}) {
+        CurveList list;
+        list.push_back(std::make_unique<Arc>(Point(x, 3), 20.0));
+        list.push_back(std::make_unique<Arc>(Point(0, 3), 30.0));
+        const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+        ASSERT_EQ(inferred.constraints.size(), 1u);
+        EXPECT_EQ(inferred.constraints[0].kind, ConstraintKind_Tangent);
+        EXPECT_EQ(inferred.constraints[0].side, side);
+        EXPECT_LT(MissOf(inferred.constraints[0], inferred.adjusted), 1e-7);
+    }
+}
+
+// A spline joined smoothly to a line, an elliptic arc to another line: ends and tangents of every kind of
+// curve.
+TEST(ConstraintInference, SplinesAndEllipsesJoinToo) {
+    CurveList list;
+    list.push_back(MakeSpline(4, {{0, 0}, {20, 1}, {40, 30}, {70, 40}, {90, 20}, {120, 20}}));
+    list.push_back(MakeLine(121, 21, 180, 23));
+    list.push_back(MakeEllipse({181, 63}, 60, 40, 0.0, -std::numbers::pi / 2, 0.3));
+    const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+    EXPECT_EQ(CountOf(inferred, ConstraintKind_Coincident), 2);
+    EXPECT_EQ(CountOf(inferred, ConstraintKind_Tangent), 2);
+    for (const InferredConstraint& c : inferred.constraints)
+        EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+}
+
+TEST(ConstraintInference, AppliedGeometryKeepsIdentity) {
+    Line line(Point(0, 0), Point(80, 1));
+    Arc open(Point(80, 31), Point(110, 61), Point(80, 61));
+    Curve* curves[] = {&line, &open};
+    const Curve* drawn[] = {&line, &open};
+    const int id = line.GetId();
+    const InferredConstraints inferred = InferConstraints(drawn, Zone());
+    ASSERT_GE(inferred.constraints.size(), 1u);
+    Curve* wrong[] = {&line, &line};
+    EXPECT_EQ(ThrownMessage([&] { ApplyConstraints(inferred, wrong); }),
+              "ApplyConstraints - curves do not match");
+    EXPECT_EQ(ThrownMessage([&] { ApplyConstraints(inferred, std::span(curves, 1)); }),
+              "ApplyConstraints - curves do not match");
+    EXPECT_EQ(line.GetEnd().y, 1.0);
+    ApplyConstraints(inferred, curves);
+    EXPECT_EQ(line.GetId(), id);
+    EXPECT_NEAR(line.GetEnd().y, line.GetStart().y, 1e-9);
+    EXPECT_TRUE(line.GetCachedBasePoint() == line.Bisect());
+}
+
+TEST(ConstraintInference, RefusesBadInput) {
+    Line line(Point(0, 0), Point(80, 1));
+    const Curve* good[] = {&line};
+    const Curve* bad[] = {&line, nullptr};
+    EXPECT_EQ(ThrownMessage([&] { InferConstraints(bad, Zone()); }),
+              "InferConstraints - curve cannot be NULL");
+    for (double zone : {0.0, -1.0, std::nan("")})
+        EXPECT_EQ(ThrownMessage([&] { InferConstraints(good, Zone(zone)); }),
+                  "InferConstraints - tolerance zone must be positive");
+    ConstraintOptions options = Zone();
+    options.sizeSpread = 0.0;
+    EXPECT_EQ(ThrownMessage([&] { InferConstraints(good, options); }),
+              "InferConstraints - spreads must be positive");
+    EXPECT_TRUE(InferConstraints({}, Zone()).constraints.empty());
+}
+
+} // namespace
