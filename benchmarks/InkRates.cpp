@@ -1,11 +1,14 @@
 // InkRates - how often hand-drawn ink comes back as the one right answer, per class of shapes.
 //
 //   InkRates [--speeds] [--answers] FOLDER [DIAGONAL...]
+//   InkRates --scribbles FOLDER
 //
 // Reads every NDJSON file of the folder: one stroke a line, {"class": "...", "points": [[x, y] or
 // [x, y, t_ms], ...]}. Each stroke is recognised and closed as it stands ("x1") and scaled so that its
 // box has the given diagonal (45 without one). --speeds takes pen speeds from the time stamps;
-// --answers also lists what came back instead.
+// --answers also lists what came back instead. --scribbles asks instead which strokes are scribbles, by the
+// bare test of the ink as it stands and by the question that is asked of real ink; classes whose name begins
+// with "scribble" should be, the others should not.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -18,7 +21,10 @@
 
 #include "tessera/geometry/Curve.h"
 #include "tessera/recognition/ClosedShape.h"
+#include "tessera/recognition/Scribble.h"
+#include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/recognition/SketchRecognizer.h"
+#include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace {
@@ -159,6 +165,7 @@ struct Options {
     std::vector<double> diagonals;
     bool withSpeeds = false;
     bool withAnswers = false;
+    bool asksScribbles = false;
 };
 
 void MeasureFile(const std::filesystem::path& file, const Options& options) {
@@ -181,6 +188,38 @@ void MeasureFile(const std::filesystem::path& file, const Options& options) {
     }
 }
 
+struct ScribbleRates {
+    int strokes = 0;
+    int byBareTest = 0;
+    int byQuestion = 0;
+};
+
+void MeasureScribbles(const std::filesystem::path& folder) {
+    std::map<std::string, ScribbleRates> table;
+    SketchRecognizerPreferences preferences;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::ifstream in;
+        if (entry.path().extension() == ".ndjson")
+            in.open(entry.path());
+        for (std::string text; std::getline(in, text);) {
+            const nlohmann::json line = nlohmann::json::parse(text);
+            Stroke stroke;
+            std::vector<Point> ink;
+            for (const Sample& sample : ReadDrawing(line)) {
+                stroke.AddPoint({sample.x, sample.y, 0.0});
+                ink.emplace_back(sample.x, sample.y);
+            }
+            ScribbleRates& rates = table[line.at("class")];
+            ++rates.strokes;
+            rates.byBareTest += StrokeIsScribbleShape(&stroke, &preferences, nullptr) ? 1 : 0;
+            rates.byQuestion += IsScribbleInk(ink, preferences) ? 1 : 0;
+        }
+    }
+    std::printf("taken for scribbles\n  %-18s %7s %9s %8s\n", "class", "strokes", "bare test", "question");
+    for (const auto& [kind, rates] : table)
+        std::printf("  %-18s %7d %9d %8d\n", kind.c_str(), rates.strokes, rates.byBareTest, rates.byQuestion);
+}
+
 } // namespace
 
 int main(int argc, char** argv) try {
@@ -191,14 +230,21 @@ int main(int argc, char** argv) try {
             options.withSpeeds = true;
         else if (argument == "--answers")
             options.withAnswers = true;
+        else if (argument == "--scribbles")
+            options.asksScribbles = true;
         else if (options.folder.empty())
             options.folder = argument;
         else
             options.diagonals.push_back(std::stod(argument));
     }
     if (options.folder.empty()) {
-        std::fprintf(stderr, "usage: %s [--speeds] [--answers] FOLDER [DIAGONAL...]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--speeds] [--answers] [--scribbles] FOLDER [DIAGONAL...]\n",
+                     argv[0]);
         return 2;
+    }
+    if (options.asksScribbles) {
+        MeasureScribbles(options.folder);
+        return 0;
     }
     if (options.diagonals.empty())
         options.diagonals.push_back(45.0);

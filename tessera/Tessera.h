@@ -60,6 +60,7 @@
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/RecognizedGeometry.h"
 #include "tessera/recognition/Scribble.h"
+#include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/recognition/SnapPoint.h"
