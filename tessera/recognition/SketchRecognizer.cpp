@@ -82,9 +82,13 @@ void SketchRecognizer::RecognizePeriodic(Stroke& stroke) {
     });
 }
 
-// The results of the last call belong to whoever took them.
+// The results of the last call belong to whoever took them. When memory runs out there are neither points nor
+// lengths: the two always go together.
 void SketchRecognizer::TakeStroke(const Stroke& stroke) {
     results_.clear();
+    points_.clear();
+    lengthTo_.clear();
+    lengthTo_.reserve(stroke.GetPoints().size());
     points_ = stroke.GetPoints();
     strokeId_ = stroke.GetId();
     SumPathLengths(points_, lengthTo_);
