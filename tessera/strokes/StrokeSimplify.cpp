@@ -45,9 +45,9 @@ struct Farthest {
     int index = -1;
     double distanceSq = 0.0;
 
-    // The first of equally far samples wins: they are met in order.
+    // The first of equally far samples wins, in whatever order they are met.
     void Offer(int i, double dSq) {
-        if (dSq > distanceSq) {
+        if (dSq > distanceSq || (dSq == distanceSq && i < index)) {
             index = i;
             distanceSq = dSq;
         }
@@ -83,7 +83,7 @@ public:
         const Query query{points_[first], points_[last], first + 1, last - 1,
                           EQ_ask_length_squared_tolerance()};
         FarthestPair found;
-        Visit(query, 1, 0, leaves_ * kRun - 1, found);
+        Visit(query, BoundedNode(query, 1, 0, leaves_ * kRun - 1), found);
         return found;
     }
 
@@ -95,7 +95,18 @@ private:
     };
 
     struct Bound {
-        double besideSq, beyondSq;
+        double besideSq = 0.0, beyondSq = 0.0;
+
+        double Larger() const { return std::max(besideSq, beyondSq); }
+        bool MayBeat(const FarthestPair& found) const {
+            return besideSq > found.beside.distanceSq || beyondSq > found.beyond.distanceSq;
+        }
+    };
+
+    struct Node {
+        int index;     // in boxes_
+        int low, high; // samples, both inclusive
+        Bound bound;
     };
 
     // Squares of the largest distances that samples in the box can have to the chord's line, and, where the
@@ -122,22 +133,27 @@ private:
         return {crossSq / lengthSq * kBoundSlack, beyondSq * kBoundSlack};
     }
 
-    void Visit(const Query& q, int node, int low, int high, FarthestPair& found) const {
-        if (high < q.from || low > q.to) {
+    // Nothing lies far in a node outside the range asked about.
+    Node BoundedNode(const Query& q, int index, int low, int high) const {
+        const bool isOutside = high < q.from || low > q.to;
+        return {index, low, high, isOutside ? Bound{} : FarthestInBox(q, boxes_[index])};
+    }
+
+    // The more promising half comes first: what it holds spares most of the other one.
+    void Visit(const Query& q, const Node& node, FarthestPair& found) const {
+        if (!node.bound.MayBeat(found)) {
             return;
         }
-        // Runs are visited in order, so that an equal bound can only hold a later sample.
-        const Bound bound = FarthestInBox(q, boxes_[node]);
-        if (bound.besideSq <= found.beside.distanceSq && bound.beyondSq <= found.beyond.distanceSq) {
+        if (node.index >= leaves_) {
+            Scan(q, std::max(node.low, q.from), std::min(node.high, q.to), found);
             return;
         }
-        if (node >= leaves_) {
-            Scan(q, std::max(low, q.from), std::min(high, q.to), found);
-            return;
-        }
-        const int middle = (low + high) / 2;
-        Visit(q, 2 * node, low, middle, found);
-        Visit(q, 2 * node + 1, middle + 1, high, found);
+        const int middle = (node.low + node.high) / 2;
+        const Node left = BoundedNode(q, 2 * node.index, node.low, middle);
+        const Node right = BoundedNode(q, 2 * node.index + 1, middle + 1, node.high);
+        const bool isLeftFirst = left.bound.Larger() >= right.bound.Larger();
+        Visit(q, isLeftFirst ? left : right, found);
+        Visit(q, isLeftFirst ? right : left, found);
     }
 
     void Scan(const Query& q, int from, int to, FarthestPair& found) const {
