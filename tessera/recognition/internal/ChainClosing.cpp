@@ -1,0 +1,152 @@
+#include "tessera/recognition/internal/ChainClosing.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tessera/recognition/internal/CornerEvidence.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kCloseShare = 0.13; // of the path's length: how far a closing corner may lie from the ends
+constexpr double kHookShare = 0.3;   // of the longest piece: how long a hook may be
+constexpr double kFreeHook = 0.1;    // of the longest piece: a hook even on a shape that stays open
+constexpr double kParallel = 0.17;   // sine of the angle below which lines do not make a corner
+
+const Point& At(const PricedPath& ink, int i) {
+    return ink.path.pts[static_cast<std::size_t>(i)];
+}
+
+bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
+    const double sine = a.direction.Cross(b.direction);
+    if (std::fabs(sine) < kParallel)
+        return false;
+    const double t = (b.centre - a.centre).Cross(b.direction) / sine;
+    meet = a.centre + t * a.direction;
+    return true;
+}
+
+bool LineMeetsCircle(const LineFit& line, const CircleFit& circle, const Point& near, Point& meet) {
+    const Point to = circle.centre - line.centre;
+    const Point foot = line.centre + to.Dot(line.direction) * line.direction;
+    const double halfSq = circle.radius * circle.radius - foot.Distance2(circle.centre);
+    if (halfSq < 0.0)
+        return false;
+    const Point half = std::sqrt(halfSq) * line.direction;
+    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
+    return true;
+}
+
+bool CircleMeetsCircle(const CircleFit& a, const CircleFit& b, const Point& near, Point& meet) {
+    const Point to = b.centre - a.centre;
+    const double dSq = to.Dot(to);
+    if (!(dSq > 0.0))
+        return false;
+    const double along = 0.5 * (dSq + a.radius * a.radius - b.radius * b.radius) / dSq;
+    const double halfSq = a.radius * a.radius / dSq - along * along;
+    if (halfSq < 0.0)
+        return false;
+    const Point foot = a.centre + along * to;
+    const Point half = std::sqrt(halfSq) * Point(-to.y, to.x);
+    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
+    return true;
+}
+
+double Longest(const Chain& chain) {
+    int longest = 0;
+    for (const ChainPiece& piece : chain.pieces)
+        longest = std::max(longest, piece.last - piece.first);
+    return longest;
+}
+
+Chain Without(const Chain& chain, bool first, bool last) {
+    Chain rest = chain; // what is left out still has to be described: the cost stays
+    if (last)
+        rest.pieces.pop_back();
+    if (first)
+        rest.pieces.erase(rest.pieces.begin());
+    return rest;
+}
+
+// The last piece meets the first near both ends of the ink.
+bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
+    if (chain.pieces.size() < 3)
+        return false;
+    const ChainPiece& first = chain.pieces.front();
+    const ChainPiece& last = chain.pieces.back();
+    const Point& start = At(ink, first.first);
+    const Point& end = At(ink, last.last);
+    Point meet;
+    if (!IntersectPieces(last, first, 0.5 * (start + end), meet))
+        return false;
+    const double reach = kCloseShare * ink.path.length;
+    if (meet.Distance(start) > reach || meet.Distance(end) > reach)
+        return false;
+    chain.isClosed = true;
+    chain.cost -= 2.0 * ink.prices.parameter;
+    return true;
+}
+
+// The last and the first piece are one.
+bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
+    if (chain.pieces.size() < 4)
+        return false;
+    const ChainPiece first = chain.pieces.front();
+    const ChainPiece last = chain.pieces.back();
+    // Ahead along the first piece the pen may have run on over it as far as it liked; behind it left a gap.
+    const Point gap = At(ink, last.last) - At(ink, first.first);
+    const Point ahead = DirectionAt(ink, first, false);
+    const double reach = kCloseShare * ink.path.length;
+    if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach ||
+        gap.Dot(ahead) > ink.path.step * (first.last - first.first) + reach)
+        return false;
+    const ChainPiece whole = PricePiece(ink, last.first, first.last);
+    chain.cost += whole.cost - first.cost - last.cost - 2.0 * ink.prices.parameter;
+    chain.pieces.front() = whole;
+    chain.pieces.pop_back();
+    chain.isClosed = true;
+    return true;
+}
+
+} // namespace
+
+bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet) {
+    if (a.isArc && b.isArc)
+        return CircleMeetsCircle(a.circle, b.circle, near, meet);
+    if (a.isArc)
+        return LineMeetsCircle(b.line, a.circle, near, meet);
+    if (b.isArc)
+        return LineMeetsCircle(a.line, b.circle, near, meet);
+    return LineMeetsLine(a.line, b.line, meet);
+}
+
+Chain CloseChain(const PricedPath& ink, const Chain& open) {
+    Chain best = open;
+    const double longest = Longest(open);
+    const auto isShort = [&](const ChainPiece& piece, double share) {
+        return piece.last - piece.first < share * longest;
+    };
+    const std::size_t count = open.pieces.size();
+    for (int hooks = 0; hooks < 4; ++hooks) {
+        const bool dropFirst = (hooks & 1) != 0;
+        const bool dropLast = (hooks & 2) != 0;
+        if (count < 2U + (dropFirst ? 1U : 0U) + (dropLast ? 1U : 0U) ||
+            (dropFirst && !isShort(open.pieces.front(), kHookShare)) ||
+            (dropLast && !isShort(open.pieces.back(), kHookShare)))
+            continue;
+        const Chain rest = Without(open, dropFirst, dropLast);
+        Chain corner = rest;
+        if (CloseWithCorner(ink, corner) && corner.cost < best.cost)
+            best = corner;
+        Chain within = rest;
+        if (CloseWithinPiece(ink, within) && within.cost < best.cost)
+            best = within;
+        if (!best.isClosed && (!dropFirst || isShort(open.pieces.front(), kFreeHook)) &&
+            (!dropLast || isShort(open.pieces.back(), kFreeHook)))
+            best = rest;
+    }
+    return best;
+}
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,166 @@
+#include "tessera/recognition/internal/ChainSearch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+
+// What corners round off: a tenth of a piece at either end, three points at most.
+constexpr double kTrimShare = 0.1;
+constexpr int kTrimMost = 3;
+
+constexpr int kReach = 4;           // points to either side over which the turning is measured
+constexpr double kLeastTurn = 0.25; // radians; an even bend is not worth a candidate of its own
+constexpr int kPeakReach = 2;       // a candidate turns most among so many neighbours
+constexpr int kSpacing = 7;         // points between candidates where nothing turns: joints of arcs lie there
+constexpr int kShortest = 2;        // points of a piece
+constexpr int kMoves = 3;           // points by which a break is moved at the end
+constexpr double kHopeless = 20.0;  // parameters' worth of squares that no saving makes good
+constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
+
+int TrimOf(int points) {
+    return std::min(kTrimMost, static_cast<int>(kTrimShare * points + 0.5));
+}
+
+double TurnAt(const InkPath& path, int i, int k) {
+    const Point& at = path.pts[static_cast<std::size_t>(i)];
+    const Point before = at - path.pts[static_cast<std::size_t>(i - k)];
+    const Point after = path.pts[static_cast<std::size_t>(i + k)] - at;
+    return std::fabs(std::atan2(before.Cross(after), before.Dot(after)));
+}
+
+std::vector<int> TurningPeaks(const InkPath& path) {
+    const int n = path.Size();
+    std::vector<double> turn(static_cast<std::size_t>(n), 0.0);
+    for (int i = kPeakReach; i < n - kPeakReach; ++i)
+        turn[static_cast<std::size_t>(i)] = TurnAt(path, i, std::min({kReach, i, n - 1 - i}));
+    std::vector<int> peaks;
+    for (int i = kPeakReach; i < n - kPeakReach; ++i) {
+        const auto at = turn.begin() + i;
+        if (*at >= kLeastTurn && *at >= *std::max_element(at - kPeakReach, at + kPeakReach + 1))
+            peaks.push_back(i);
+    }
+    return peaks;
+}
+
+// Points that the fits use, and the run they stand for.
+Moments InnerMoments(const PricedPath& ink, int first, int last, int& points) {
+    const int n = ink.path.Size();
+    points = last > first ? last - first : last + n - first;
+    const int trim = TrimOf(points);
+    const int a = first + trim;
+    const int b = last - trim;
+    if (last > first)
+        return ink.moments.Of(a, b);
+    Moments m = ink.moments.Of(a, n - 1);
+    m += ink.moments.Of(0, b);
+    return m;
+}
+
+// Moves each break to the cheapest point beside it.
+void MoveBreaks(const PricedPath& ink, std::vector<int>& breaks) {
+    for (std::size_t b = 1; b + 1 < breaks.size(); ++b) {
+        double cheapest = kInfinite;
+        int best = breaks[b];
+        const int low = std::max(breaks[b] - kMoves, breaks[b - 1] + kShortest);
+        const int high = std::min(breaks[b] + kMoves, breaks[b + 1] - kShortest);
+        for (int at = low; at <= high; ++at) {
+            const double cost =
+                PricePiece(ink, breaks[b - 1], at).cost + PricePiece(ink, at, breaks[b + 1]).cost;
+            if (cost < cheapest) {
+                cheapest = cost;
+                best = at;
+            }
+        }
+        breaks[b] = best;
+    }
+}
+
+} // namespace
+
+PricedPath::PricedPath(const InkPath& inkPath) : path(inkPath), moments(inkPath.pts) {}
+
+std::vector<int> FindBreakCandidates(const InkPath& path) {
+    std::vector<int> peaks = TurningPeaks(path);
+    peaks.push_back(path.Size() - 1);
+    std::vector<int> candidates{0};
+    for (const int peak : peaks) {
+        const int from = candidates.back();
+        const int parts = (peak - from) / kSpacing;
+        for (int p = 1; p < parts; ++p)
+            candidates.push_back(from + (peak - from) * p / parts);
+        candidates.push_back(peak);
+    }
+    return candidates;
+}
+
+ChainPiece PricePiece(const PricedPath& ink, int first, int last) {
+    const InkPrices& prices = ink.prices;
+    int points = 0;
+    const Moments m = InnerMoments(ink, first, last, points);
+    ChainPiece piece{first, last, false, 0.0, FitLine(m), {}};
+    piece.cost = prices.squared * piece.line.sumSq;
+    if (piece.cost > 0.25 * prices.parameter) { // else an arc cannot pay
+        const CircleFit circle = FitCircle(m);
+        const double run = ink.path.step * points;
+        if (circle.radius > 0.0 && run < kWholeTurn * circle.radius) {
+            const double sagitta = circle.radius * (1.0 - std::cos(0.5 * run / circle.radius));
+            const double bow = sagitta / run / prices.bow;
+            const double asArc = prices.squared * circle.sumSq;
+            piece.cost = std::min(piece.cost, asArc + 0.5 * bow * bow);
+            if (asArc + prices.parameter < piece.cost) {
+                piece.isArc = true;
+                piece.circle = circle;
+                piece.cost = asArc + prices.parameter;
+            }
+        }
+    }
+    piece.cost += 2.0 * prices.parameter; // its end point
+    return piece;
+}
+
+Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks) {
+    Chain chain;
+    chain.cost = 2.0 * ink.prices.parameter; // the start point
+    for (std::size_t b = 1; b < breaks.size(); ++b) {
+        chain.pieces.push_back(PricePiece(ink, breaks[b - 1], breaks[b]));
+        chain.cost += chain.pieces.back().cost;
+    }
+    return chain;
+}
+
+Chain SearchChain(const PricedPath& ink) {
+    const std::vector<int> at = FindBreakCandidates(ink.path);
+    std::vector<double> best(at.size(), kInfinite);
+    std::vector<std::size_t> from(at.size(), 0);
+    best[0] = 0.0;
+    for (std::size_t j = 1; j < at.size(); ++j) {
+        for (std::size_t i = j; i-- > 0;) {
+            if (at[j] - at[i] < kShortest)
+                continue;
+            const double cost = PricePiece(ink, at[i], at[j]).cost;
+            if (best[i] + cost < best[j]) {
+                best[j] = best[i] + cost;
+                from[j] = i;
+            }
+            if (cost > kHopeless * ink.prices.parameter)
+                break; // a longer piece fits no better
+        }
+    }
+    std::vector<int> breaks;
+    for (std::size_t j = at.size() - 1; j > 0; j = from[j])
+        breaks.push_back(at[j]);
+    breaks.push_back(0);
+    std::reverse(breaks.begin(), breaks.end());
+    MoveBreaks(ink, breaks);
+    MoveBreaks(ink, breaks);
+    return ChainOver(ink, breaks);
+}
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,62 @@
+// ChainSearch - the cheapest description of a path as a chain of lines and circular arcs.
+//
+// A description costs a price for each parameter and the squared distances of the ink, measured against the
+// spread of the hand. A hand does not draw straight: the bow of a line costs by its share of the length, so
+// that a slightly bent side stays a line whatever its length. The ink next to a break is left out of the
+// fits: there the pen rounds its corners.
+//
+// The search is exact over the candidate breaks (dynamic programming); the breaks are moved to the cheapest
+// points beside them afterwards.
+#pragma once
+
+#include <vector>
+
+#include "tessera/recognition/internal/InkPath.h"
+#include "tessera/recognition/internal/PathMoments.h"
+
+namespace Tessera::Geometry {
+
+/// What a description costs. Units of the path's frame; costs are natural logarithms of odds.
+struct InkPrices {
+    double parameter = 4.0; ///< one more number: logarithm of the size over the spread of the hand
+    double squared = 100.0;  ///< per squared distance of one point
+    double bow = 0.05;      ///< one sigma of a line's sagitta over its length
+};
+
+/// A run of the path. After closing it may cross the start of the path: then last < first.
+struct ChainPiece {
+    int first = 0; ///< points of the path; the next piece begins at `last`
+    int last = 0;
+    bool isArc = false;
+    double cost = 0.0;
+    LineFit line;     ///< always
+    CircleFit circle; ///< of arcs
+};
+
+struct Chain {
+    std::vector<ChainPiece> pieces;
+    double cost = 0.0;
+    bool isClosed = false;
+};
+
+/// A path with what its descriptions are priced by.
+struct PricedPath {
+    explicit PricedPath(const InkPath& inkPath);
+
+    const InkPath& path;
+    PathMoments moments;
+    InkPrices prices;
+};
+
+/// Points at which a chain may break, both ends of the path among them, ascending.
+std::vector<int> FindBreakCandidates(const InkPath& path);
+
+/// Cheaper of line and arc over the points first to last (on across the start of the path for last < first).
+ChainPiece PricePiece(const PricedPath& ink, int first, int last);
+
+Chain SearchChain(const PricedPath& ink);
+
+/// Chain over given breaks, ascending, both ends of the path among them.
+Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks);
+
+} // namespace Tessera::Geometry

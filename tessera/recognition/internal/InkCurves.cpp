@@ -1,0 +1,124 @@
+#include "tessera/recognition/internal/InkCurves.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kTangentDeg = 0.01; // an exact joint turns by rounding alone
+
+struct Ends {
+    Point first; // unit directions of the pen
+    Point last;
+};
+
+Point Unit(const Point& v) {
+    return v / std::max(v.Length(), 1e-300);
+}
+
+Ends DirectionsOf(const ExactPiece& piece) {
+    if (!piece.isArc)
+        return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
+    // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
+    const Point chord = Unit(piece.to - piece.from);
+    const Point a = piece.through - piece.from;
+    const Point b = piece.to - piece.through;
+    const double half = std::atan2(a.Cross(b), a.Dot(b));
+    const double c = std::cos(half);
+    const double s = std::sin(half);
+    return {{c * chord.x + s * chord.y, c * chord.y - s * chord.x},
+            {c * chord.x - s * chord.y, c * chord.y + s * chord.x}};
+}
+
+std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool& isReversed) {
+    const Point from = path.ToModel(piece.from);
+    const Point to = path.ToModel(piece.to);
+    isReversed = false;
+    if (!piece.isArc)
+        return std::make_unique<Line>(from, to);
+    const Point a = piece.through - piece.from;
+    const Point b = piece.to - piece.from;
+    const double cross = 2.0 * a.Cross(b);
+    if (std::fabs(cross) < 1e-12 * b.Dot(b))
+        return std::make_unique<Line>(from, to);
+    const double aa = a.Dot(a);
+    const double bb = b.Dot(b);
+    const Point centre = path.ToModel(piece.from + Point(b.y * aa - a.y * bb, a.x * bb - b.x * aa) / cross);
+    isReversed = cross < 0.0;
+    return isReversed ? std::make_unique<Arc>(to, from, centre) : std::make_unique<Arc>(from, to, centre);
+}
+
+int SampleAt(const InkPath& path, int point) {
+    return static_cast<int>(std::lround(path.source[static_cast<std::size_t>(point)]));
+}
+
+InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t before, std::size_t after,
+                   const InkReading& reading, std::size_t base) {
+    InkJoint joint;
+    joint.before = static_cast<int>(base + before);
+    joint.after = static_cast<int>(base + after);
+    joint.beforeEnd = reading.curves[base + before].Last();
+    joint.afterEnd = reading.curves[base + after].First();
+    joint.isClosing = after <= before;
+    joint.position = path.ToModel(chain.pieces[after].from);
+    const Point in = DirectionsOf(chain.pieces[before]).last;
+    const Point out = DirectionsOf(chain.pieces[after]).first;
+    joint.turnDeg = std::atan2(in.Cross(out), in.Dot(out)) * 180.0 / std::numbers::pi;
+    joint.kind = std::fabs(joint.turnDeg) <= kTangentDeg ? JointKind::Tangent : JointKind::Corner;
+    return joint;
+}
+
+} // namespace
+
+void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& reading) {
+    const std::size_t base = reading.curves.size();
+    for (const ExactPiece& piece : chain.pieces) {
+        InterpretedCurve made;
+        made.curve = MakeCurve(path, piece, made.isReversed);
+        made.firstSample = SampleAt(path, piece.first);
+        made.lastSample = SampleAt(path, piece.last);
+        reading.curves.push_back(std::move(made));
+    }
+    const std::size_t count = chain.pieces.size();
+    for (std::size_t i = 1; i < count; ++i)
+        reading.joints.push_back(MakeJoint(path, chain, i - 1, i, reading, base));
+    if (chain.isClosed)
+        reading.joints.push_back(MakeJoint(path, chain, count - 1, 0, reading, base));
+}
+
+void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
+    InterpretedCurve made;
+    const Point centre = path.ToModel(shape.centre);
+    if (shape.isCircle) {
+        made.curve = std::make_unique<Arc>(centre, 0.5 * path.scale * (shape.radii[0] + shape.radii[1]));
+    } else {
+        double middle[2] = {centre.x, centre.y};
+        double radii[2] = {path.scale * shape.radii[0], path.scale * shape.radii[1]};
+        made.curve = std::make_unique<Ellipse>(middle, radii, shape.rotation, 0.0, 2.0 * std::numbers::pi);
+    }
+    made.firstSample = SampleAt(path, 0);
+    made.lastSample = SampleAt(path, path.Size() - 1);
+    reading.curves.push_back(std::move(made));
+}
+
+void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
+    const int n = static_cast<int>(samples.size());
+    for (InterpretedCurve& made : reading.curves) {
+        const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
+                                                              : made.lastSample + n - made.firstSample;
+        for (int i = 0; i <= count; ++i) {
+            const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
+            made.maxDeviation = std::max(made.maxDeviation, made.curve->DistanceBounded({s.x, s.y}));
+        }
+    }
+}
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,21 @@
+// InkCurves - exact shapes in a path's frame become curves in model units.
+#pragma once
+
+#include <span>
+
+#include "tessera/recognition/InkInterpretation.h"
+#include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/RoundShape.h"
+
+namespace Tessera::Geometry {
+
+/// Appends the curves of a chain with their joints. Deviations are left to MeasureDeviations.
+void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& reading);
+
+/// Appends one full circle or ellipse.
+void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
+
+/// Fills the largest distance of each curve's samples from it.
+void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading);
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,32 @@
+// InkPath - the pen's path in a frame of its own: evenly spaced points about the origin, of unit size.
+//
+// All decisions of the interpretation are made in this frame, so that they do not depend on where the ink
+// lies, how large it is, which way it is turned, how the device sampled it, or from which end it was drawn.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "tessera/geometry/Point.h"
+#include "tessera/recognition/InkInterpretation.h"
+
+namespace Tessera::Geometry {
+
+struct InkPath {
+    std::vector<Point> pts;     ///< evenly spaced along the ink; root mean square distance from (0, 0) is 1
+    std::vector<double> source; ///< for each point, the sample it lies at (between two samples, a fraction)
+    double step = 0.0;          ///< distance along the ink between two points
+    double length = 0.0;        ///< of the whole path
+    double scale = 1.0;         ///< model units per unit of this frame
+    Point origin;               ///< model position of (0, 0)
+
+    int Size() const { return static_cast<int>(pts.size()); }
+    double Gap() const { return pts.front().Distance(pts.back()); }
+    Point ToModel(const Point& p) const { return {origin.x + scale * p.x, origin.y + scale * p.y}; }
+    Point FromModel(const Point& p) const { return {(p.x - origin.x) / scale, (p.y - origin.y) / scale}; }
+};
+
+/// Empty when the samples hold no two different positions. O(n).
+InkPath MakeInkPath(std::span<const InkSample> samples);
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,27 @@
+// RoundShape - a closed round stroke read as one full circle or ellipse.
+#pragma once
+
+#include <optional>
+
+#include "tessera/recognition/internal/ChainSearch.h"
+
+namespace Tessera::Geometry {
+
+struct RoundShape {
+    Point centre;
+    double radii[2] = {0.0, 0.0}; ///< the first is not the smaller one
+    double rotation = 0.0;        ///< of the first radius
+    bool isCircle = false;
+    double cost = 0.0;
+};
+
+/// What it costs to describe the path as one round, or nothing for a path that does not go round once.
+///
+/// The pen that comes back seldom meets its start: it has drifted outwards or inwards, or runs on past it.
+/// This drift is part of the description; only what remains counts as deviation. A careless hand (fast, by
+/// the number of samples per round) may mean a circle where a careful one means an ellipse.
+///
+/// @param samples  distinct samples of the ink: the clock of a pen without time stamps.
+std::optional<RoundShape> FindRoundShape(const PricedPath& ink, int samples);
+
+} // namespace Tessera::Geometry

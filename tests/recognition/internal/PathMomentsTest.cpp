@@ -1,0 +1,90 @@
+#include "tessera/recognition/internal/PathMoments.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "tessera/kernel/LSFIT.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+std::vector<Point> NoisyArc(std::mt19937& rng, int n, double radius, double sweep, double noise) {
+    std::normal_distribution<double> off(0.0, noise);
+    std::uniform_real_distribution<double> any(-0.5, 0.5);
+    const Point centre(any(rng), any(rng));
+    const double start = 6.0 * any(rng);
+    std::vector<Point> pts;
+    for (int i = 0; i < n; ++i) {
+        const double a = start + sweep * i / (n - 1);
+        pts.push_back(centre + (radius + off(rng)) * Point(std::cos(a), std::sin(a)));
+    }
+    return pts;
+}
+
+std::vector<Vex::Math::Point2> Kernel(const std::vector<Point>& pts) {
+    std::vector<Vex::Math::Point2> out;
+    for (const Point& p : pts)
+        out.push_back({p.x, p.y});
+    return out;
+}
+
+TEST(PathMoments, LinesAgreeWithTheFitOverTheSamePoints) {
+    std::mt19937 rng(11);
+    for (int trial = 0; trial < 200; ++trial) {
+        const std::vector<Point> pts = NoisyArc(rng, 40, 3.0, 0.3, 0.05);
+        const int first = trial % 17;
+        const int last = 39 - trial % 13;
+        const LineFit fit = FitLine(PathMoments(pts).Of(first, last));
+        auto part = Kernel(std::vector<Point>(pts.begin() + first, pts.begin() + last + 1));
+        Vex::Math::Point2 on{};
+        Vex::Math::Vector2 normal{};
+        int status = 0;
+        double err[3];
+        const int n = static_cast<int>(part.size());
+        LSFIT_line_to_points_2d(part.data(), n, &on, &normal, &status, err);
+        ASSERT_EQ(status, 0);
+        EXPECT_NEAR(fit.direction.x * normal.x + fit.direction.y * normal.y, 0.0, 1e-9);
+        EXPECT_NEAR(std::sqrt(fit.sumSq / n), err[1], 1e-9);
+        EXPECT_NEAR(fit.centre.x, on.x, 1e-12);
+    }
+}
+
+TEST(PathMoments, CirclesAgreeWithDistancesOfThePoints) {
+    std::mt19937 rng(12);
+    for (int trial = 0; trial < 200; ++trial) {
+        const double radius = 0.3 + 0.01 * trial;
+        const std::vector<Point> pts = NoisyArc(rng, 60, radius, 1.0 + 0.02 * trial, 0.002 * radius);
+        const CircleFit fit = FitCircle(PathMoments(pts).Of(0, 59));
+        ASSERT_GT(fit.radius, 0.0);
+        EXPECT_NEAR(fit.radius, radius, 0.02 * radius);
+        double sumSq = 0.0;
+        for (const Point& p : pts)
+            sumSq += std::pow(p.Distance(fit.centre) - fit.radius, 2);
+        EXPECT_NEAR(fit.sumSq, sumSq, 0.02 * sumSq);
+    }
+}
+
+TEST(PathMoments, RunsAdd) {
+    std::mt19937 rng(13);
+    const std::vector<Point> pts = NoisyArc(rng, 50, 1.0, 5.0, 0.01);
+    const PathMoments moments(pts);
+    Moments joined = moments.Of(40, 49);
+    joined += moments.Of(0, 9);
+    std::vector<Point> around(pts.begin() + 40, pts.end());
+    around.insert(around.end(), pts.begin(), pts.begin() + 10);
+    const LineFit direct = FitLine(PathMoments(around).Of(0, 19));
+    EXPECT_NEAR(FitLine(joined).sumSq, direct.sumSq, 1e-10);
+    EXPECT_EQ(moments.Of(5, 4).n, 0.0);
+}
+
+TEST(PathMoments, PointsOnALineHaveNoCircle) {
+    std::vector<Point> pts;
+    for (int i = 0; i < 20; ++i)
+        pts.emplace_back(0.1 * i - 1.0, 0.03 * i - 0.3);
+    EXPECT_EQ(FitCircle(PathMoments(pts).Of(0, 19)).radius, 0.0);
+    EXPECT_NEAR(FitLine(PathMoments(pts).Of(0, 19)).sumSq, 0.0, 1e-12);
+}
+
+} // namespace
+} // namespace Tessera::Geometry

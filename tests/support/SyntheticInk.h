@@ -1,0 +1,266 @@
+// SyntheticInk - pen strokes with known corners and tangent joints, drawn by a simulated hand.
+//
+// A plan of lines, arcs and turns is walked with a pen that slows at corners and in tight bends, rounds its
+// corners, strays slowly and trembles, and is sampled evenly in time, on a grid where wanted. All from a
+// seed.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "tessera/recognition/InkInterpretation.h"
+
+namespace Tessera::Testing {
+
+using Geometry::InkSample;
+using Geometry::InkStroke;
+using Geometry::Point;
+
+/// How a hand draws; lengths are shares of the drawing's size.
+struct Hand {
+    double rateHz = 120.0;
+    double speed = 1.6;      ///< sizes per second along a straight
+    double rounding = 0.012; ///< half the stretch over which a corner is rounded
+    double tremor = 0.0015;  ///< one sigma, some ten a second
+    double stray = 0.006;    ///< one sigma, some one a second
+    double grid = 0.0;       ///< step of the digitiser; 0: none
+};
+
+/// A stretch of the plan: constant curvature, and a turn on the spot before it.
+struct Stretch {
+    double turn = 0.0; ///< radians; 0: the stretch goes on smoothly
+    double length = 1.0;
+    double curvature = 0.0;
+};
+
+struct Planned {
+    InkStroke ink;
+    std::vector<Point> corners;
+    std::vector<Point> tangents; ///< smooth joints between stretches of different curvature
+    double size = 1.0;
+};
+
+class InkPlan {
+public:
+    explicit InkPlan(std::vector<Stretch> stretches, bool isClosed = false)
+        : stretches_(std::move(stretches)), isClosed_(isClosed) {
+        Point at;
+        double heading = 0.0;
+        for (const Stretch& s : stretches_) {
+            heading += s.turn;
+            starts_.push_back({at, heading, length_});
+            at = Along(starts_.back(), s, s.length);
+            heading += s.length * s.curvature;
+            length_ += s.length;
+        }
+        end_ = at;
+    }
+
+    /// Closed polygon through the given corners.
+    static InkPlan Through(const std::vector<Point>& corners, bool isClosed) {
+        std::vector<Stretch> stretches;
+        double heading = 0.0;
+        const std::size_t sides = corners.size() - (isClosed ? 0 : 1);
+        for (std::size_t i = 0; i < sides; ++i) {
+            const Point side = corners[(i + 1) % corners.size()] - corners[i];
+            const double direction = std::atan2(side.y, side.x);
+            stretches.push_back(
+                {std::remainder(direction - heading, 2.0 * std::numbers::pi), side.Length(), 0.0});
+            heading = direction;
+        }
+        InkPlan plan(std::move(stretches), isClosed);
+        for (Start& s : plan.starts_)
+            s.at += corners[0];
+        plan.end_ += corners[0];
+        return plan;
+    }
+
+    Planned Draw(std::mt19937& rng, const Hand& hand) const {
+        Planned out;
+        out.size = SizeOfPlan();
+        for (std::size_t i = isClosed_ ? 0 : 1; i < stretches_.size(); ++i) {
+            if (stretches_[i].turn != 0.0 || i == 0)
+                out.corners.push_back(starts_[i].at);
+            else if (stretches_[i].curvature != stretches_[i - 1].curvature)
+                out.tangents.push_back(starts_[i].at);
+        }
+        Noise stray(rng, hand.stray * out.size, 1.0);
+        Noise tremor(rng, hand.tremor * out.size, 10.0);
+        out.ink.hasTimes = true;
+        const double step = 1.0 / hand.rateHz;
+        double s = 0.0;
+        for (double t = 0.0; s < length_; t += step) {
+            Point p = Rounded(s, hand.rounding * out.size) + stray.At(t) + tremor.At(t);
+            if (hand.grid > 0.0)
+                p = {std::round(p.x / hand.grid) * hand.grid, std::round(p.y / hand.grid) * hand.grid};
+            out.ink.samples.push_back({p.x, p.y, 1000.0 * t});
+            s += step * hand.speed * out.size * Pace(s, out.size);
+        }
+        return out;
+    }
+
+private:
+    struct Start {
+        Point at;
+        double heading;
+        double s;
+    };
+
+    // A few sines of random phase about the given frequency.
+    class Noise {
+    public:
+        Noise(std::mt19937& rng, double sigma, double hertz) {
+            std::uniform_real_distribution<double> phase(0.0, 2.0 * std::numbers::pi);
+            std::uniform_real_distribution<double> spread(0.5, 1.5);
+            for (Wave& w : waves_)
+                w = {2.0 * std::numbers::pi * hertz * spread(rng), phase(rng), phase(rng), sigma * kShare};
+        }
+        Point At(double t) const {
+            Point p;
+            for (const Wave& w : waves_)
+                p += w.size * Point(std::sin(w.rate * t + w.x), std::sin(w.rate * t + w.y));
+            return p;
+        }
+
+    private:
+        static constexpr double kShare = 0.8164965809; // three waves make one sigma
+        struct Wave {
+            double rate, x, y, size;
+        } waves_[3];
+    };
+
+    static Point Along(const Start& from, const Stretch& stretch, double s) {
+        const double half = 0.5 * s * stretch.curvature;
+        const double chord = std::fabs(half) > 1e-9 ? s * std::sin(half) / half : s;
+        return from.at + chord * Point(std::cos(from.heading + half), std::sin(from.heading + half));
+    }
+
+    std::size_t IndexAt(double s) const {
+        std::size_t i = 0;
+        while (i + 1 < starts_.size() && starts_[i + 1].s <= s)
+            ++i;
+        return i;
+    }
+
+    Point Exact(double s) const {
+        const double at = std::clamp(s, 0.0, length_);
+        const std::size_t i = IndexAt(at);
+        return Along(starts_[i], stretches_[i], at - starts_[i].s);
+    }
+
+    Point Rounded(double s, double reach) const {
+        Point sum;
+        for (int i = -4; i <= 4; ++i)
+            sum += Exact(s + 0.25 * i * reach);
+        return sum / 9.0;
+    }
+
+    // Slow near corners, and in bends by the power law of hands (speed as the cube root of the radius).
+    double Pace(double s, double size) const {
+        const std::size_t i = IndexAt(s);
+        double pace = 1.0 / std::cbrt(1.0 + std::fabs(stretches_[i].curvature) * size);
+        for (std::size_t k = 0; k < starts_.size(); ++k)
+            if (stretches_[k].turn != 0.0 || k == 0)
+                pace = std::min(pace, 0.25 + 6.0 * std::fabs(s - starts_[k].s) / size);
+        return std::min(pace, 0.25 + 6.0 * (length_ - s) / size);
+    }
+
+    double SizeOfPlan() const {
+        Point low(1e300, 1e300);
+        Point high(-1e300, -1e300);
+        for (int i = 0; i <= 200; ++i) {
+            const Point p = Exact(length_ * i / 200.0);
+            low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+            high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+        }
+        return (high - low).Length();
+    }
+
+    std::vector<Stretch> stretches_;
+    bool isClosed_;
+    std::vector<Start> starts_;
+    double length_ = 0.0;
+    Point end_;
+};
+
+/// Random plans. Sides differ by up to three times; neighbours turn by 35 to 145 degrees.
+class RandomPlans {
+public:
+    explicit RandomPlans(unsigned seed) : rng_(seed) {}
+    std::mt19937& Rng() { return rng_; }
+
+    double Uniform(double a, double b) { return std::uniform_real_distribution<double>(a, b)(rng_); }
+    int Count(int a, int b) { return std::uniform_int_distribution<int>(a, b)(rng_); }
+    double Sign() { return Uniform(0.0, 1.0) < 0.5 ? -1.0 : 1.0; }
+
+    InkPlan Polyline() {
+        std::vector<Stretch> stretches{{Heading(), Uniform(50.0, 150.0), 0.0}};
+        for (int n = Count(1, 4); n > 0; --n)
+            stretches.push_back({Turn(), Uniform(50.0, 150.0), 0.0});
+        return InkPlan(std::move(stretches));
+    }
+
+    InkPlan Polygon() {
+        const int n = Count(3, 7);
+        std::vector<Point> corners;
+        const double phase = Heading();
+        for (int i = 0; i < n; ++i) {
+            const double a = phase + 2.0 * std::numbers::pi * (i + Uniform(-0.2, 0.2)) / n;
+            corners.push_back(Uniform(85.0, 115.0) * Point(std::cos(a), std::sin(a)));
+        }
+        return InkPlan::Through(corners, true);
+    }
+
+    /// Lines and arcs in turn, joined by corners or tangentially.
+    InkPlan Mixed() {
+        std::vector<Stretch> stretches;
+        bool isArc = Uniform(0.0, 1.0) < 0.5;
+        for (int n = Count(2, 4), i = 0; i < n; ++i, isArc = !isArc) {
+            const bool smooth = Uniform(0.0, 1.0) < 0.5;
+            const double turn = i == 0 ? Heading() : smooth ? 0.0 : Turn();
+            const double radius = Uniform(35.0, 80.0);
+            const double sweep = Uniform(70.0, 170.0) * std::numbers::pi / 180.0;
+            stretches.push_back(isArc ? Stretch{turn, radius * sweep, Sign() / radius}
+                                      : Stretch{turn, Uniform(60.0, 150.0), 0.0});
+        }
+        return InkPlan(std::move(stretches));
+    }
+
+    /// Curvature that changes little by little: no corner anywhere.
+    InkPlan Smooth() {
+        std::vector<Stretch> stretches;
+        const double least = Uniform(0.002, 0.006);
+        const double swing = Uniform(0.004, 0.012);
+        const double waves = Uniform(0.5, 1.5);
+        const double phase = Heading();
+        constexpr int kSteps = 120;
+        for (int i = 0; i < kSteps; ++i)
+            stretches.push_back(
+                {i == 0 ? Heading() : 0.0, 300.0 / kSteps,
+                 least + swing * std::sin(phase + 2.0 * std::numbers::pi * waves * i / kSteps)});
+        return InkPlan(std::move(stretches));
+    }
+
+    Hand AnyHand() {
+        Hand hand;
+        const double rates[] = {60.0, 100.0, 133.0, 240.0};
+        hand.rateHz = rates[Count(0, 3)];
+        hand.speed = Uniform(0.8, 2.0);
+        hand.rounding = Uniform(0.004, 0.02);
+        hand.tremor = Uniform(0.0005, 0.002);
+        hand.stray = Uniform(0.002, 0.008);
+        hand.grid = Count(0, 1) == 0 ? 0.0 : Uniform(0.3, 1.0);
+        return hand;
+    }
+
+private:
+    double Heading() { return Uniform(-std::numbers::pi, std::numbers::pi); }
+    double Turn() { return Sign() * Uniform(35.0, 145.0) * std::numbers::pi / 180.0; }
+
+    std::mt19937 rng_;
+};
+
+} // namespace Tessera::Testing
