@@ -19,7 +19,7 @@ namespace Tessera::Geometry {
 /// What a description costs. Units of the path's frame; costs are natural logarithms of odds.
 struct InkPrices {
     double parameter = 4.0; ///< one more number: logarithm of the size over the spread of the hand
-    double squared = 100.0;  ///< per squared distance of one point
+    double squared = 100.0; ///< per squared distance of one point
     double bow = 0.05;      ///< one sigma of a line's sagitta over its length
 };
 
