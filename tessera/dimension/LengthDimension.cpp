@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "tessera/dimension/internal/CopyOf.h"
 #include "tessera/dimension/internal/LengthLayout.h"
 #include "tessera/dimension/internal/MoveCurves.h"
 #include "tessera/dimension/internal/SharedDimension.h"
@@ -23,10 +24,6 @@ namespace {
 
 constexpr double kDefaultHeightOffset = 15.0; // model units
 constexpr double kUprightTol = 1e-10;         // x component of a unit direction that counts as upright
-
-std::unique_ptr<LengthDimDeco> CopyOf(const std::unique_ptr<LengthDimDeco>& deco) {
-    return deco ? std::make_unique<LengthDimDeco>(*deco) : nullptr;
-}
 
 } // namespace
 

@@ -1,19 +1,12 @@
 #include "tessera/dimension/MoveDimDeco.h"
 
 #include "tessera/dimension/DimensionBase.h"
+#include "tessera/dimension/internal/CopyOf.h"
 #include "tessera/dimension/internal/DimensionKinds.h"
 
 namespace Tessera::Dimension {
 
 using Geometry::Point;
-
-namespace {
-
-std::unique_ptr<DragData> CopyOf(const std::unique_ptr<DragData>& data) {
-    return data ? std::make_unique<DragData>(*data) : nullptr;
-}
-
-} // namespace
 
 MoveDimDeco::MoveDimDeco() : dragData_(std::make_unique<DragData>()) {}
 

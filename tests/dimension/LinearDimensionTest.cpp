@@ -10,7 +10,6 @@
 #include "tests/support/SampleCurves.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::LengthDimension;
 using Tessera::Dimension::LinearDimension;
 using Tessera::Geometry::Arc;
 using Tessera::Geometry::Curve;
@@ -101,9 +100,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
         ASSERT_EQ(parents.size(), 2U);
         for (Curve* parent : parents)
             EXPECT_TRUE(parent->HasDimension(dim.get()));
-        LinearPtr again = pair.Make(curves);
-        EXPECT_EQ(again.get(), dim.get());
-        again.release();
+        EXPECT_EQ(pair.make(curves), dim.get());
     }
 }
 
