@@ -75,8 +75,7 @@ TEST(Vector, ParallelAndPerpendicularWithinTheSine) {
     EXPECT_FALSE(v.IsParallel(Vector(-1, 1.1e-3), 1e-3));
     EXPECT_TRUE(v.IsPerpendicular(Vector(0.9e-3, 1), 1e-3));
     EXPECT_FALSE(v.IsPerpendicular(Vector(1.1e-3, 1), 1e-3));
-    EXPECT_TRUE(v.IsParallel(Vector(0, 0), 0.0));
-    EXPECT_TRUE(v.IsPerpendicular(Vector(0, 0), 0.0));
+    EXPECT_TRUE(v.IsParallel(Vector(0, 0), 0.0) && v.IsPerpendicular(Vector(0, 0), 0.0));
 }
 
 TEST(Vector, Arithmetic) {

@@ -111,11 +111,3 @@ TEST(BCEV, GrevilleSamplesAscendFromZeroToOne) {
             }
         }
 }
-
-TEST(BCEV, GrevilleSamplesOfAPolylineAreItsVertices) {
-    const RecordPtr c = records::Bcurve(2, {{0, 0, 1}, {3, 1, 1}, {4, 4, 1}, {9, 2, 1}}, {2, 2, 3, 5, 9, 9});
-    double t[4];
-    BCEV_sample_Greville_parameters(4, 2, Bcurve(c)->definition->knots, 4, t);
-    for (int i = 0; i < 4; ++i)
-        EXPECT_NEAR(Evaluate(c.get(), t[i])[0], Bcurve(c)->definition->poles[i][0], 1e-14);
-}

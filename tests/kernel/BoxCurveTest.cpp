@@ -106,14 +106,6 @@ TEST(BoxCurve, ExtentsAreTight) {
         }
 }
 
-TEST(BoxCurve, ExtentsOfAnEllipse) {
-    const double limits[2] = {0, 2 * pi}, w = std::hypot(5 * std::cos(0.6), 2 * std::sin(0.6));
-    double low[2], high[2];
-    BoxCurveXY(records::Ellipse(1, 2, 5, 2, 0.6).get(), limits, low, high);
-    EXPECT_NEAR(low[0], 1 - w, 1e-14);
-    EXPECT_NEAR(high[0], 1 + w, 1e-14);
-}
-
 TEST(BoxCurve, Dimensions) {
     const double p[3] = {1, 2, 3};
     EXPECT_EQ(BoxOf(RecordPtr(ev02p0(p)).get(), 0, 0).dimension, 0);

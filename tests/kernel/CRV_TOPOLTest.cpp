@@ -5,6 +5,7 @@
 #include "tessera/kernel/CurveInversion.h"
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/SmFault.h"
+#include "tests/support/AllocationFaults.h"
 #include "tests/support/Records.h"
 
 namespace {
@@ -290,49 +291,28 @@ TEST(Intersect, CoincidentStretchesAreNotAFlood) {
     }
 }
 
-// Every allocation in turn is made to fail: status 1, nothing returned; what leaks the sanitizer tells.
 TEST(Intersect, EveryAllocationFailureIsReported) {
     const RecordPtr line = records::Line(-1, 0.1, 1, 0.05), ellipse = records::Ellipse(0, 0, 0.9, 0.3, 1.0);
     records::Random random(7);
-    std::vector<RecordPtr> splines;
-    splines.reserve(3);
-    for (int k = 0; k < 3; ++k)
-        splines.push_back(random.Spline(4, 1.0, {0, 0}));
-    const auto sweep = [](const auto& run) {
-        long n = 0;
-        do {
-            SM_fail_nth(++n);
-            const int status = run();
-            const bool reached = SM_ask_allocation_count() >= n;
-            SM_fail_nth(0);
-            EXPECT_EQ(status, reached ? 1 : 0) << "allocation " << n;
-            if (!reached)
-                break;
-        } while (n < 200);
-        EXPECT_GT(n, 1);
-        EXPECT_LT(n, 200);
-    };
-    const KC_CURVE_struct_s* const pairs[][2] = {{line.get(), ellipse.get()},
-                                                 {line.get(), splines[0].get()},
-                                                 {ellipse.get(), splines[1].get()},
-                                                 {splines[1].get(), splines[2].get()}};
-    for (const auto& pair : pairs) {
-        auto* a = const_cast<KC_CURVE_struct_s*>(pair[0]);
-        auto* b = const_cast<KC_CURVE_struct_s*>(pair[1]);
-        sweep([&] {
+    const RecordPtr splines[] = {random.Spline(4, 1.0, {0, 0}), random.Spline(4, 1.0, {0, 0}),
+                                 random.Spline(4, 1.0, {0, 0})};
+    const std::pair<const RecordPtr&, const RecordPtr&> pairs[] = {
+        {line, ellipse}, {line, splines[0]}, {ellipse, splines[1]}, {splines[1], splines[2]}};
+    for (const auto& [a, b] : pairs) {
+        FailEachAllocation([&, &a = a, &b = b] {
             int n = 0;
             CRV_TOPOL_hit_t* hits = nullptr;
             const int status =
-                CRV_TOPOL_intersect(a, CRV_TOPOL_BOUNDED, b, CRV_TOPOL_BOUNDED, 1e-9, &n, &hits);
+                CRV_TOPOL_intersect(a.get(), CRV_TOPOL_BOUNDED, b.get(), CRV_TOPOL_BOUNDED, 1e-9, &n, &hits);
             EXPECT_TRUE(status == 0 || hits == nullptr);
             SM_free(hits);
-            return status;
+            return status == 0;
         });
     }
-    sweep([&] {
+    FailEachAllocation([&] {
         CRV_TOPOL_state_t state = CRV_TOPOL_SEPARATE;
         return CRV_TOPOL_overlap(splines[1].get(), splines[1].get(), 1e-8, 1e-6, 1e-6, &state, nullptr,
-                                 nullptr);
+                                 nullptr) == 0;
     });
 }
 

@@ -19,7 +19,7 @@ void ExpectPosition(BSplineSample& s, KC_CURVE_struct_s* c, double t, double ora
 
 TEST(CurveEvaluation, OpenCurvesFollowDeBoor) {
     std::mt19937 rng(11);
-    for (int order = 1; order <= 7; ++order)
+    for (int order : {1, 2, 3, 4, 5, 6, 7, 22}) // the last beyond what the stack has room for
         for (int trial = 0; trial < 20; ++trial) {
             SCOPED_TRACE(order * 100 + trial);
             BSplineSample s = RandomOpen(rng, order, order + trial % 9, trial % 2 == 0);
@@ -27,14 +27,6 @@ TEST(CurveEvaluation, OpenCurvesFollowDeBoor) {
             for (int i = 0; i <= 64; ++i)
                 ExpectPosition(s, c.get(), i / 64.0, i / 64.0);
         }
-}
-
-TEST(CurveEvaluation, HighOrdersNeedNoMoreStack) {
-    std::mt19937 rng(12);
-    BSplineSample s = RandomOpen(rng, 22, 30, true);
-    const RecordPtr c = s.Record();
-    for (int i = 0; i <= 64; ++i)
-        ExpectPosition(s, c.get(), i / 64.0, i / 64.0);
 }
 
 TEST(CurveEvaluation, PeriodicCurvesAcceptAnyParameter) {
@@ -79,14 +71,6 @@ TEST(CurveEvaluation, DerivativesMatchDifferences) {
         }
 }
 
-TEST(CurveEvaluation, PolynomialDerivativesEndAtTheDegree) {
-    std::mt19937 rng(15);
-    const RecordPtr c = RandomOpen(rng, 4, 6, false).Record();
-    const std::vector<double> d = Evaluate(c.get(), 0.3, 6);
-    for (int k = 12; k < 21; ++k)
-        EXPECT_EQ(d[k], 0.0);
-}
-
 // At a kink the side above the knot counts, at the end of the curve the one below.
 TEST(CurveEvaluation, DerivativesAtKnotsAreRightHanded) {
     const RecordPtr c = records::Bcurve(2, {{0, 0, 1}, {1, 0, 1}, {1, 3, 1}});
@@ -94,16 +78,6 @@ TEST(CurveEvaluation, DerivativesAtKnotsAreRightHanded) {
     EXPECT_EQ(Evaluate(c.get(), 0.5, 1)[4], 6.0);
     EXPECT_EQ(Evaluate(c.get(), 1.0, 1)[4], 6.0);
     EXPECT_EQ(Evaluate(c.get(), 0.25, 1)[3], 2.0);
-}
-
-TEST(CurveEvaluation, EndsOfClampedCurvesAreTheEndPoles) {
-    std::mt19937 rng(16);
-    for (int order = 2; order <= 7; ++order) {
-        BSplineSample s = RandomOpen(rng, order, order + 4, true);
-        const RecordPtr c = s.Record();
-        EXPECT_NEAR(Evaluate(c.get(), 0)[0], s.poles[0], 1e-14);
-        EXPECT_NEAR(Evaluate(c.get(), 1)[0], s.poles[s.poles.size() - 4], 1e-14);
-    }
 }
 
 TEST(CurveEvaluation, OpenCurvesExtrapolateTheEndSpans) {

@@ -139,16 +139,6 @@ TEST(CurveToBCurve, ConicsAreExactInAscendingLimits) {
     }
 }
 
-TEST(CurveToBCurve, FullTurnsCloseSmoothly) {
-    const RecordPtr b(ev09p1(em0960(records::Arc(1, 2, 3, 0.3, 0.3 + 2 * pi).get())));
-    const auto start = Evaluate(b.get(), 0, 1), end = Evaluate(b.get(), 1, 1);
-    EXPECT_EQ(Definition(b)->numPoles, 9);
-    EXPECT_EQ(start[0], end[0]);
-    EXPECT_EQ(start[1], end[1]);
-    EXPECT_NEAR(start[3], end[3], 1e-12);
-    EXPECT_NEAR(start[4], end[4], 1e-12);
-}
-
 TEST(CurveToBCurve, OtherForms) {
     const RecordPtr line(ev09p1(em0960(records::Line(1, 2, 3, 5).get())));
     EXPECT_EQ(Definition(line)->degree, 1);

@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "tessera/kernel/MTX4.h"
+#include "tests/support/SegmentDistance.h"
 
+using Tessera::Testing::SegmentDistance;
 using Vex::Math::Point3;
 using Vex::Math::TransformMatrix;
 
@@ -17,13 +19,6 @@ namespace {
 std::vector<Point3> Thin(std::vector<Point3> pts, int window, double tol) {
     pts.resize(PNTLST_thin(static_cast<int>(pts.size()), pts.data(), window, tol, pts.data()));
     return pts;
-}
-
-double DistanceToSegment(const Point3& p, const Point3& a, const Point3& b) {
-    const double dx = b.x - a.x, dy = b.y - a.y, lengthSq = dx * dx + dy * dy;
-    const double t =
-        lengthSq > 0 ? std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / lengthSq, 0.0, 1.0) : 0.0;
-    return std::hypot(p.x - a.x - t * dx, p.y - a.y - t * dy);
 }
 
 TEST(PNTLST, MeasuresAndTransforms) {
@@ -86,7 +81,7 @@ TEST(PNTLST, EveryDroppedPointLiesWithinTheTolerance) {
                     ASSERT_LT(from, to);
                     ASSERT_LE(to - from + 1, window);
                     for (int i = from + 1; i < to; ++i)
-                        EXPECT_LE(DistanceToSegment(pts[i], kept[k - 1], kept[k]),
+                        EXPECT_LE(SegmentDistance(pts[i], kept[k - 1], kept[k]),
                                   tol * std::sqrt(2.0) + 1e-12);
                 }
                 const std::size_t most = window == 2 ? 300 : 299;

@@ -11,6 +11,7 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
+#include "tests/support/SegmentDistance.h"
 
 namespace Tessera::Testing {
 
@@ -97,18 +98,6 @@ inline std::vector<Point> DensePoints(const Curve& curve, int n) {
     for (int i = 0; i <= n; ++i)
         points.push_back(curve.GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / n, true));
     return points;
-}
-
-/// Distance from p to the poly-line of the samples.
-inline double PolylineDistance(const std::vector<Point>& points, const Point& p) {
-    double best = p.Distance(points.front());
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const Point d = points[i] - points[i - 1];
-        const double lengthSq = d.Dot(d);
-        const double s = lengthSq > 0.0 ? std::clamp((p - points[i - 1]).Dot(d) / lengthSq, 0.0, 1.0) : 0.0;
-        best = std::min(best, p.Distance(points[i - 1] + s * d));
-    }
-    return best;
 }
 
 } // namespace Tessera::Testing

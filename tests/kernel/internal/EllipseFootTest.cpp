@@ -105,13 +105,4 @@ TEST(EllipseFoot, HugsTheMajorAxis) {
     }
 }
 
-TEST(EllipseFoot, StaysInTheQuadrantOfThePoint) {
-    for (double x : {-0.3, 0.3})
-        for (double y : {-0.1, 0.1}) {
-            const EllipseFoot foot = FindEllipseFoot(2.0, 1.0, x, y);
-            EXPECT_GT(foot.cosT * x, 0.0);
-            EXPECT_GT(foot.sinT * y, 0.0);
-        }
-}
-
 } // namespace
