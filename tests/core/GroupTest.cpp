@@ -89,8 +89,7 @@ TEST(DisplayableObject, EverySetterReportsBeforeItStores) {
 }
 
 TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
-    Dot a(5, 6);
-    Dot b(9, 2);
+    Dot a(5, 6), b(9, 2);
     const XYBox untouched(Point(-1, -1), Point(1, 1));
     struct Row {
         std::vector<DisplayableObject*> objects;
@@ -110,8 +109,7 @@ TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
 }
 
 TEST(Group, MembershipAndItsReports) {
-    Dot a(0, 0);
-    Dot b(1, 1);
+    Dot a(0, 0), b(1, 1);
     Group group;
     ChangeLog log;
     EXPECT_TRUE(group.AddObject(&a));
@@ -147,10 +145,8 @@ TEST(Group, CopyConstructionSharesWhereCopyDoesNot) {
 }
 
 TEST(Group, ReplaceTakesMembersOfGroupsOnly) {
-    Dot a(0, 0);
-    Dot b(1, 1);
-    Group group;
-    Group other;
+    Dot a(0, 0), b(1, 1);
+    Group group, other;
     group.AddObject(&a);
     other.AddObject(&b);
     EXPECT_FALSE(group.Replace(nullptr));
@@ -164,15 +160,11 @@ TEST(Group, ReplaceTakesMembersOfGroupsOnly) {
 }
 
 TEST(Group, DeepCopyTakesTheSelectedMembersAlong) {
-    Dot taken(1, 2);
-    Dot left(3, 4);
-    Group inner;
-    Group outer;
+    Dot taken(1, 2), left(3, 4);
+    Group inner, outer;
     inner.AddObject(&taken);
-    outer.AddObject(&taken);
-    outer.AddObject(&left);
-    outer.AddObject(&inner);
-    outer.AddObject(&outer); // contains itself
+    std::vector<TaggedObject*> members = {&taken, &left, &inner, &outer}; // contains itself
+    outer.AddObjects(members);
     std::set<int> ids = {taken.GetId(), inner.GetId(), outer.GetId()};
     std::map<int, TaggedObject*> copies;
     Group* copy = outer.DeepCopy(ids, copies);
@@ -192,8 +184,7 @@ TEST(Group, DeepCopyTakesTheSelectedMembersAlong) {
 
 TEST(Group, TransformMovesEveryLeafOnce) {
     Dot shared(1, 0);
-    Group inner;
-    Group outer;
+    Group inner, outer;
     inner.AddObject(&shared);
     inner.AddObject(&outer); // a cycle
     outer.AddObject(&shared);

@@ -4,11 +4,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Ellipse.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/Spline.h"
 #include "tessera/strokes/Stroke.h"
+#include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {
@@ -31,21 +28,19 @@ TEST(CurveStroke, ByParameterSamplesEvenParameters) {
 TEST(CurveStroke, ByLengthSpacesSamplesEvenly) {
     double knots[] = {0, 0, 0, 0, 0.3, 1, 1, 1, 1};
     double poles[][4] = {{0, 0, 0, 1}, {1, 8, 0, 1}, {5, -6, 0, 1}, {9, 9, 0, 1}, {20, 0, 0, 1}};
-    double hairpin[][4] = {{0, 0, 0, 1}, {4, 0, 0, 1}, {4, 0, 0, 1}, {0, 0, 0, 1}}; // speed 0 half-way
-    double bezier[] = {0, 0, 0, 0, 1, 1, 1, 1};
-    const double centre[3] = {3, 4, 0};
+    const Spline spline(5, 4, 0, knots, poles);
     const Line line(Point(1, 1), Point(4, 5));
-    const Ellipse ellipse(ev06p0(centre, 9.0, 1.0, 0.4, 0.0, 2 * std::numbers::pi));
-    const Spline spline(5, 4, 0, knots, poles), turning(4, 4, 0, bezier, hairpin);
+    const auto ellipse = Testing::MakeEllipse(Point(3, 4), 9.0, 1.0, 0.4, 0.0, 2 * std::numbers::pi);
+    const auto hairpin = Testing::MakeSpline(4, {{0, 0}, {4, 0}, {4, 0}, {0, 0}}); // speed 0 half-way
     struct Row {
         const Curve* curve;
         double t0, t1;
     };
     const Row rows[] = {{&line, 0.2, 1.0},
-                        {&ellipse, 0.3, 6.0},
+                        {ellipse.get(), 0.3, 6.0},
                         {&spline, 0.0, 1.0},
                         {&spline, 0.9, 0.1},
-                        {&turning, 0.0, 1.0}};
+                        {hairpin.get(), 0.0, 1.0}};
     constexpr int kSamples = 12, kSteps = 200000;
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.curve->GetType() << " from " << row.t0);

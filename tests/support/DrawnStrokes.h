@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tessera/geometry/Point.h"
-#include "tessera/strokes/StrokePoint.h"
+#include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Testing {
 
@@ -42,6 +42,22 @@ inline Samples DrawEllipse(const Geometry::Point& centre, double a, double b, do
         samples.emplace_back(centre.x + c * x - s * y, centre.y + s * x + c * y, 1.0);
     }
     return samples;
+}
+
+/// n points, each at most step beside and above or below the one before it.
+inline std::vector<Geometry::Point> RandomWalk(std::mt19937& rng, int n, double step = 1.0) {
+    std::uniform_real_distribution<double> move(-step, step);
+    std::vector<Geometry::Point> points = {{0, 0}};
+    while (static_cast<int>(points.size()) < n)
+        points.push_back(points.back() + Geometry::Point(move(rng), move(rng)));
+    return points;
+}
+
+inline Geometry::Stroke StrokeThrough(const std::vector<Geometry::Point>& points, double speed = 1.0) {
+    Geometry::Stroke stroke;
+    for (const Geometry::Point& p : points)
+        stroke.AddPoint(Geometry::StrokePoint(p.x, p.y, speed));
+    return stroke;
 }
 
 /// A wandering pen that turns, stops and slows at random; on a coarse grid, so that ties occur.

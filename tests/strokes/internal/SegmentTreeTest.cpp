@@ -6,6 +6,7 @@
 #include <random>
 
 #include "tessera/kernel/VexMath.h"
+#include "tests/support/SegmentDistance.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -26,28 +27,6 @@ std::vector<Point2> Walk(std::mt19937& rng, int n) {
     return points;
 }
 
-// Independent of the projection formula: ternary search along the segment in long double.
-double ScannedDistance(Points points, double x, double y) {
-    long double best = INFINITY;
-    for (std::size_t i = 0; i + 1 < points.size(); ++i) {
-        const Point2 a = points[i], b = points[i + 1];
-        const auto distance = [&](long double t) {
-            return std::hypot(a.x + t * (b.x - a.x) - x, a.y + t * (b.y - a.y) - y);
-        };
-        long double low = 0, high = 1;
-        for (int k = 0; k < 90; ++k) {
-            const long double third = (high - low) / 3;
-            if (distance(low + third) < distance(high - third)) {
-                high -= third;
-            } else {
-                low += third;
-            }
-        }
-        best = std::min({best, distance(low), distance(0), distance(1)});
-    }
-    return static_cast<double>(best);
-}
-
 TEST(SegmentTree, DistanceAndProximityAgreeWithAScan) {
     std::mt19937 rng(21);
     std::uniform_real_distribution<double> coordinate(-8, 8), tolerance(0.0, 4.0);
@@ -58,7 +37,7 @@ TEST(SegmentTree, DistanceAndProximityAgreeWithAScan) {
         SegmentProximity<Point2> proximity(points, tol);
         for (int probe = 0; probe < 20; ++probe) {
             const double x = coordinate(rng), y = coordinate(rng);
-            const double distance = ScannedDistance(points, x, y);
+            const double distance = Testing::PolylineDistance(points, Point2{x, y});
             EXPECT_NEAR(std::sqrt(tree.DistanceSq(Points(points), x, y)), distance, 1e-9) << n;
             const int found = tree.FindWithin(Points(points), x, y, tol);
             EXPECT_EQ(found >= 0, distance <= tol) << n;
