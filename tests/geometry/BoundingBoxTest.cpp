@@ -98,18 +98,6 @@ TEST(BoundingBox, SegmentsThroughTurnedBoxes) {
     EXPECT_TRUE(hits > 50 && hits < 350);
 }
 
-TEST(BoundingBox, SegmentsAlongASideGoByTheTolerance) {
-    const BoundingBox box(0, 0, 4, 2);
-    const auto isThrough = [&](double x0, double y0, double x1, double y1, double tol) {
-        const double p0[3] = {x0, y0, 0}, p1[3] = {x1, y1, 0};
-        return box.IsLineThruBBox(p0, p1, tol);
-    };
-    EXPECT_TRUE(isThrough(-1, 0, 1, 0.5, 0.0)) << "wholly inside, no room";
-    EXPECT_TRUE(isThrough(-5, 1.1, 5, 1.1, 0.2));
-    EXPECT_FALSE(isThrough(-5, 1.1, 5, 1.1, 0.05));
-    EXPECT_FALSE(isThrough(3, 0, 3, 1e-12, 0.5)) << "hardly any length, outside";
-}
-
 // Oracle: two rectangles are apart when a side of one of them separates their corners.
 bool Separated(const Corners& a, const Corners& b) {
     for (int i = 0; i < 4; ++i) {

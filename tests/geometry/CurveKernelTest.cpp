@@ -48,27 +48,6 @@ TEST(CurveKernel, MeasuresAgreeWithSamples) {
     }
 }
 
-TEST(CurveKernel, BoxesAreTightAndFollowTheRange) {
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        const XYBox sampled(DensePoints(*sample.curve, 6000));
-        XYBox box;
-        ASSERT_TRUE(sample.curve->AskXYBox(box));
-        EXPECT_NEAR(box.min.Distance(sampled.min), 0.0, 1e-5);
-        EXPECT_NEAR(box.max.Distance(sampled.max), 0.0, 1e-5);
-        double range[2];
-        sample.curve->AskRange(range);
-        range[1] = range[0] + 0.4 * (range[1] - range[0]);
-        const BoundingBox part = sample.curve->AskBoundingBoxOfRange(range);
-        for (int i = 0; i <= 20; ++i) {
-            const Point p =
-                sample.curve->GetPointAtParameter(range[0] + (range[1] - range[0]) * i / 20, false);
-            const double position[3] = {p.x, p.y, 0};
-            EXPECT_TRUE(part.IsPointInBBox(position, 1e-9));
-        }
-    }
-}
-
 TEST(CurveKernel, ExtractAndTrimGiveTheSamePiece) {
     for (const Sample& sample : SampleCurves()) {
         SCOPED_TRACE(sample.name);
@@ -84,8 +63,12 @@ TEST(CurveKernel, ExtractAndTrimGiveTheSamePiece) {
         EXPECT_EQ(piece->AskWidth(), 7.5);
         EXPECT_NEAR(piece->GetStart().Distance(curve.GetPointAtParameter(range[0], false)), 0.0, 1e-12);
         EXPECT_NEAR(piece->Length(), curve.CurveLength(range), 1e-9);
-        for (const Point& p : DensePoints(*piece, 30))
+        const BoundingBox box = curve.AskBoundingBoxOfRange(range);
+        for (const Point& p : DensePoints(*piece, 30)) {
+            const double position[3] = {p.x, p.y, 0};
             EXPECT_NEAR(curve.DistanceBounded(p), 0.0, 1e-9);
+            EXPECT_TRUE(box.IsPointInBBox(position, 1e-9));
+        }
         const int id = curve.GetId();
         ChangeLog log;
         EXPECT_TRUE(curve.Trim(range));
@@ -171,47 +154,32 @@ TEST(CurveKernel, IntersectBoundedAgreesWithTheKernel) {
     }
 }
 
-TEST(CurveKernel, IntersectBoundedKeepsTheEnds) {
-    struct Row {
-        const char* name;
-        CurvePtr a, b;
-        std::size_t count;
-    };
-    Row rows[5];
-    rows[0] = {"shared end", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
-               std::make_unique<Line>(Point(1, 1), Point(2, 0)), 1};
-    rows[1] = {"just short", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
-               std::make_unique<Line>(Point(1.001, 1), Point(2, 0)), 0};
-    rows[2] = {"fillet", std::make_unique<Line>(Point(-5, 1), Point(0, 1)),
-               std::make_unique<Arc>(Point(1, 0), Point(0, 1), Point(0, 0)), 1};
-    rows[3] = {"arc that starts at half a turn", std::make_unique<Line>(Point(-1, -1), Point(-1, 1)),
-               std::make_unique<Arc>(Point(-1, 0), Point(0, -1), Point(0, 0)), 1};
-    rows[4] = {"outside the limits of both", std::make_unique<Line>(Point(3, -1), Point(3, 1)),
-               MakeEllipse({0, 0}, 5, 1, 0, 2, 4), 0};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::vector<Point> out;
-        row.a->IntersectBounded(*row.b, out);
-        EXPECT_EQ(out.size(), row.count);
-    }
-}
-
-// Exact touches become two near points or none by the rounding of a turn.
+// Exact touches and shared ends become two near points or none by the rounding of a turn.
 TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
     struct Row {
         const char* name;
         CurvePtr a, b;
         Point touch;
+        std::size_t count = 1;
     };
     std::vector<Row> rows;
-    const auto add = [&](const char* name, CurvePtr a, CurvePtr b, const Point& touch) {
-        rows.push_back({name, std::move(a), std::move(b), touch});
+    const auto add = [&](const char* name, CurvePtr a, CurvePtr b, const Point& touch,
+                         std::size_t count = 1) {
+        rows.push_back({name, std::move(a), std::move(b), touch, count});
     };
     add("fillet", std::make_unique<Line>(Point(-5, 1), Point(0, 1)), MakeArc({0, 0}, 1, 0, kPi / 2), {0, 1});
     add("line along a circle", std::make_unique<Line>(Point(-5, 3), Point(7, 3)),
         std::make_unique<Arc>(Point(1, 1), 2.0), {1, 3});
     add("two arcs in an S", MakeArc({0, 0}, 1, 0, kPi), MakeArc({3, 0}, 2, kPi, 2 * kPi), {1, 0});
     add("circle inside", MakeArc({0, 0}, 3, -1, 1), std::make_unique<Arc>(Point(2, 0), 1.0), {3, 0});
+    add("shared end", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
+        std::make_unique<Line>(Point(1, 1), Point(2, 0)), {1, 1});
+    add("just short of it", std::make_unique<Line>(Point(0, 0), Point(1, 1)),
+        std::make_unique<Line>(Point(1.001, 1), Point(2, 0)), {}, 0);
+    add("arc that starts at half a turn", std::make_unique<Line>(Point(-1, -1), Point(-1, 1)),
+        std::make_unique<Arc>(Point(-1, 0), Point(0, -1), Point(0, 0)), {-1, 0});
+    add("outside the limits of both", std::make_unique<Line>(Point(3, -1), Point(3, 1)),
+        MakeEllipse({0, 0}, 5, 1, 0, 2, 4), {}, 0);
     for (Row& row : rows) {
         double m[3][3] = {
             {std::cos(0.37), -std::sin(0.37), 0.3}, {std::sin(0.37), std::cos(0.37), -0.7}, {0, 0, 1}};
@@ -220,8 +188,8 @@ TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
             for (const bool swapped : {false, true}) {
                 std::vector<Point> out;
                 swapped ? row.b->IntersectBounded(*row.a, out) : row.a->IntersectBounded(*row.b, out);
-                ASSERT_EQ(out.size(), 1U);
-                EXPECT_LT(out[0].Distance(row.touch), 1e-6);
+                ASSERT_EQ(out.size(), row.count);
+                EXPECT_TRUE(out.empty() || out[0].Distance(row.touch) < 1e-6);
             }
             row.a->Transform(m);
             row.b->Transform(m);

@@ -62,8 +62,6 @@ TEST(CurvePolygon, Traps) {
     const auto add = [&](const char* name, const Polygon& polygon, CurvePtr curve, Side side) {
         rows.push_back({name, &polygon, std::move(curve), side});
     };
-    add("line inside", square, std::make_unique<Line>(Point(1, 1), Point(9, 9)), kInside);
-    add("line through", square, std::make_unique<Line>(Point(-1, 5), Point(11, 5)), kCrossing);
     add("line ending on the border", square, std::make_unique<Line>(Point(5, 5), Point(10, 5)), kCrossing);
     add("line ending just before it", square, std::make_unique<Line>(Point(5, 5), Point(10 - 1e-8, 5)),
         kInside);
@@ -76,9 +74,7 @@ TEST(CurvePolygon, Traps) {
     add("arc bulging up to just below it", square,
         std::make_unique<Arc>(Point(8, 5), Point(2, 5), Point(5, 5 - 1e-6)), kInside);
     add("circle touching the border from inside", square, std::make_unique<Arc>(Point(5, 5), 5.0), kCrossing);
-    add("circle around the polygon", square, std::make_unique<Arc>(Point(5, 5), 8.0), kOutside);
     add("ellipse around the polygon", square, MakeEllipse({5, 5}, 9, 8, 0.3, 0, turn), kOutside);
-    add("ellipse inside", square, MakeEllipse({5, 5}, 4, 2, 0.3, 0, turn), kInside);
     add("elliptic arc whose missing part would cross", square, MakeEllipse({5, 9}, 4, 2, 0, 3.2, 6.2),
         kInside);
     add("circle pierced by a needle", needle, std::make_unique<Arc>(Point(5, 6), 3.0), kCrossing);
@@ -91,7 +87,6 @@ TEST(CurvePolygon, Traps) {
     add("line below a slit", slit, std::make_unique<Line>(Point(2, 4), Point(8, 4)), kInside);
     // Comes down, runs along the bottom edge and goes up again: the edge holds none of its ends.
     add("spline along an edge", square, MakeSpline(2, {{2, 4}, {3, 0}, {6, 0}, {7, 4}}), kCrossing);
-    add("spline inside", square, MakeSpline(4, {{1, 1}, {9, 1}, {9, 9}, {1, 9}}), kInside);
     add("spline with poles outside only", square, MakeSpline(3, {{1, 5}, {5, 13}, {9, 5}}), kInside);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

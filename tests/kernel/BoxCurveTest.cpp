@@ -142,23 +142,3 @@ TEST(BoxCurve, NegativeWeights) {
     ExpectContains(c.get(), 0, 1);
     ExpectContains(c.get(), 0.1, 0.6);
 }
-
-// A poly-line of many vertices is boxed from its poles; no span table is touched.
-TEST(BoxCurve, LongPolylineKeepsItsCachesEmpty) {
-    const int n = 200000;
-    std::vector<std::array<double, 3>> poles;
-    for (int i = 0; i < n; ++i)
-        poles.push_back({std::cos(0.001 * i) * i, std::sin(0.001 * i) * i, 1});
-    const RecordPtr c = records::Bcurve(2, poles);
-    const double limits[2] = {0, 1};
-    double low[2], high[2];
-    ASSERT_EQ(BoxCurveXY(c.get(), limits, low, high), 0);
-    EXPECT_EQ(BoxOf(c.get(), 0, 1).dimension, 2);
-    double sum = 0.0, largest = 0.0;
-    for (int i = 0; i < n; ++i) {
-        sum += static_cast<EVC_bcurve_s*>(c->data)->spanCache[i];
-        largest = std::max(largest, poles[i][0]);
-    }
-    EXPECT_EQ(sum, 0.0);
-    EXPECT_EQ(high[0], largest);
-}

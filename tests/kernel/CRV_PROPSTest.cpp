@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tessera/kernel/internal/SmFault.h"
+#include "tests/support/BSplineSample.h"
 #include "tests/support/Records.h"
 
 namespace {
@@ -112,14 +112,8 @@ TEST(ArcLength, ManySmallSpansFarAway) {
 }
 
 TEST(ArcLength, PeriodicCurvesOverTheSeam) {
-    std::vector<double> knots, poles;
-    const double ring[6][2] = {{1, 0}, {2, 1}, {1, 2}, {-1, 2}, {-2, 1}, {-1, 0}};
-    for (int i = 0; i < 9; ++i)
-        poles.insert(poles.end(), {ring[i % 6][0], ring[i % 6][1], 0, 1});
-    for (int i = 0; i < 13; ++i)
-        knots.push_back(i - 3);
-    int sizes[3] = {9, 4, 1};
-    const RecordPtr c(ev09p1(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(poles.data()))));
+    std::mt19937 rng(9);
+    const RecordPtr c = RandomPeriodic(rng, 4, 6, true).Record();
     const double turn = Length(c.get(), 0, 1), over = Length(c.get(), 0.8, 1.3);
     EXPECT_NEAR(over, Length(c.get(), 0.8, 1) + Length(c.get(), 0, 0.3), 1e-13 * turn);
     EXPECT_NEAR(Length(c.get(), 0.8, 3.3), over + 2 * turn, 1e-12 * turn);

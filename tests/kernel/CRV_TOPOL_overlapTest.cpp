@@ -110,21 +110,6 @@ TEST(Overlap, PiecesOfOneCurve) {
     }
 }
 
-TEST(Overlap, LongPolylines) {
-    std::vector<std::array<double, 3>> vertices;
-    vertices.reserve(20000);
-    for (int i = 0; i < 20000; ++i)
-        vertices.push_back({0.01 * i, std::sin(0.05 * i), 1.0});
-    const RecordPtr whole = records::Bcurve(2, vertices);
-    vertices.resize(15000);
-    vertices.erase(vertices.begin(), vertices.begin() + 5000);
-    const RecordPtr middle = records::Bcurve(2, vertices);
-    const Overlap o = Find(whole.get(), middle.get());
-    EXPECT_EQ(o.state, CRV_TOPOL_CONTAINS);
-    EXPECT_NEAR(o.a[0], 5000.0 / 19999, 1e-9);
-    EXPECT_NEAR(o.a[1], 14999.0 / 19999, 1e-9);
-}
-
 TEST(Overlap, LimitsOfTheTolerances) {
     const RecordPtr a = records::Line(0, 0, 4, 0), near = records::Line(0, 0.9e-8, 4, 0.9e-8),
                     far = records::Line(0, 1.1e-8, 4, 1.1e-8), brief = records::Line(3.9, 0, 5, 0);

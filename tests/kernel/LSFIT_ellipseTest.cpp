@@ -209,48 +209,36 @@ TEST(Fits, TakeNoHeap) {
     EXPECT_EQ(SM_ask_allocation_count(), 0);
 }
 
-// Exponential decay p0 exp(-p1 x) from exact samples.
-struct DecayData {
-    double x[8], y[8];
-};
-int EvaluateDecay(void* context, const double* p, double* jtj, double* jtr, double* sumSq) {
-    const DecayData& data = *static_cast<const DecayData*>(context);
-    if (p[1] < 0.0)
+// Rosenbrock's valley: residuals 10 (y - x^2) and 1 - x, to be left on the side of positive x.
+int EvaluateValley(void*, const double* p, double* jtj, double* jtr, double* sumSq) {
+    if (p[0] < 0.0)
         return 0;
-    jtj[0] = jtj[1] = jtj[2] = jtj[3] = jtr[0] = jtr[1] = *sumSq = 0.0;
-    for (int i = 0; i < 8; ++i) {
-        const double e = std::exp(-p[1] * data.x[i]), r = p[0] * e - data.y[i],
-                     g[2] = {e, -p[0] * data.x[i] * e};
-        for (int j = 0; j < 2; ++j) {
-            jtr[j] += g[j] * r;
-            for (int k = 0; k < 2; ++k)
-                jtj[2 * j + k] += g[j] * g[k];
-        }
-        *sumSq += r * r;
+    const double r[2] = {10.0 * (p[1] - p[0] * p[0]), 1.0 - p[0]},
+                 g[2][2] = {{-20.0 * p[0], 10.0}, {-1.0, 0.0}};
+    for (int j = 0; j < 2; ++j) {
+        jtr[j] = g[0][j] * r[0] + g[1][j] * r[1];
+        for (int i = 0; i < 2; ++i)
+            jtj[2 * j + i] = g[0][j] * g[0][i] + g[1][j] * g[1][i];
     }
+    *sumSq = r[0] * r[0] + r[1] * r[1];
     return 1;
 }
 
-TEST(NonlinearFit, FindsADecayAndReportsItsLimits) {
-    DecayData data;
-    for (int i = 0; i < 8; ++i) {
-        data.x[i] = 0.5 * i;
-        data.y[i] = 3.0 * std::exp(-0.7 * data.x[i]);
+TEST(NonlinearFit, FollowsAValleyAndReportsItsLimits) {
+    const struct {
+        int n;
+        double start[2];
+        int limit, status;
+    } rows[] = {
+        {2, {0.1, 2.0}, 100, 0}, {2, {0.1, 2.0}, 2, 1}, {2, {-1.0, 2.0}, 100, 1}, {9, {0.1, 2.0}, 100, 1}};
+    for (const auto& row : rows) {
+        double p[2] = {row.start[0], row.start[1]}, sumSq = 0.0;
+        int status = -1;
+        LSFIT_nonlinear_function(row.n, p, EvaluateValley, nullptr, row.limit, 1e-12, 1e-30, &sumSq, &status);
+        EXPECT_EQ(status, row.status);
+        EXPECT_TRUE(status != 0 || std::hypot(p[0] - 1.0, p[1] - 1.0) < 1e-12);
+        EXPECT_TRUE(row.start[0] > 0.0 || p[0] == -1.0) << "an inadmissible start stays";
     }
-    double p[2] = {1.0, 3.0}, sumSq = 0.0;
-    int status = 1;
-    LSFIT_nonlinear_function(2, p, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
-    EXPECT_EQ(status, 0);
-    EXPECT_NEAR(p[0], 3.0, 1e-12);
-    EXPECT_NEAR(p[1], 0.7, 1e-12);
-    double early[2] = {1.0, 3.0}, inadmissible[2] = {1.0, -1.0};
-    LSFIT_nonlinear_function(2, early, EvaluateDecay, &data, 2, 1e-12, 1e-30, &sumSq, &status);
-    EXPECT_EQ(status, 1);
-    LSFIT_nonlinear_function(2, inadmissible, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
-    EXPECT_EQ(status, 1);
-    EXPECT_EQ(inadmissible[1], -1.0);
-    LSFIT_nonlinear_function(9, p, EvaluateDecay, &data, 100, 1e-12, 1e-30, &sumSq, &status);
-    EXPECT_EQ(status, 1);
 }
 
 } // namespace
