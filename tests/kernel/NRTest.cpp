@@ -53,10 +53,19 @@ double LargestResidual(const Matrix& m, const std::vector<double>& x, const std:
     return largest;
 }
 
-std::vector<double> Column(const Matrix& m, int n, int j) {
-    std::vector<double> column(n);
-    for (int i = 0; i < n; ++i)
-        column[i] = m[i * n + j];
+// 1 for small vectors.
+double SizeOf(const std::vector<double>& x) {
+    double size = 1.0;
+    for (double v : x)
+        size = std::max(size, std::fabs(v));
+    return size;
+}
+
+// Column j of a matrix of so many columns.
+std::vector<double> Column(const Matrix& m, int columns, int j) {
+    std::vector<double> column;
+    for (std::size_t i = j; i < m.size(); i += columns)
+        column.push_back(m[i]);
     return column;
 }
 
@@ -157,10 +166,7 @@ TEST(NR, CholeskyAndLuSolve) {
         double sign = 0.0;
         ASSERT_EQ(ludcmp_a(n, factor.data(), perm.data(), &sign), 1);
         lubksb_a(n, factor.data(), perm.data(), x.data());
-        double size = 1.0;
-        for (double v : x)
-            size = std::max(size, std::fabs(v));
-        EXPECT_LT(LargestResidual(general, x, b), 1e-13 * size);
+        EXPECT_LT(LargestResidual(general, x, b), 1e-13 * SizeOf(x));
     }
 }
 
@@ -211,10 +217,7 @@ TEST(NR, BandLuMatchesTheFullMatrix) {
                 double sign = 0.0;
                 ASSERT_EQ(bandec(n, lower, upper, band.data(), l.data(), perm.data(), &sign), 1);
                 banbks(n, lower, upper, band.data(), l.data(), perm.data(), x.data());
-                double size = 1.0;
-                for (double v : x)
-                    size = std::max(size, std::fabs(v));
-                EXPECT_LT(LargestResidual(full, x, b), 1e-13 * size);
+                EXPECT_LT(LargestResidual(full, x, b), 1e-13 * SizeOf(x));
             }
     double zeroColumn[4] = {9, 0, 0, 1}, l[2], sign = 0.0; // lower 1: column 0 is zero
     int perm[2];
@@ -241,14 +244,8 @@ TEST(NR, BandCholeskySolvesSeveralRightSides) {
             std::vector<double> x = b;
             ASSERT_EQ(NR_band_cholesky_decomp(n, half, band.data()), 1);
             NR_band_cholesky_solve(n, half, band.data(), 3, x.data());
-            for (int c = 0; c < 3; ++c) {
-                std::vector<double> xc(n), bc(n);
-                for (int i = 0; i < n; ++i) {
-                    xc[i] = x[3 * i + c];
-                    bc[i] = b[3 * i + c];
-                }
-                EXPECT_LT(LargestResidual(full, xc, bc), 1e-13);
-            }
+            for (int c = 0; c < 3; ++c)
+                EXPECT_LT(LargestResidual(full, Column(x, 3, c), Column(b, 3, c)), 1e-13);
         }
     double indefinite[4] = {0, 1, 2, 1}; // [[1, 2], [2, 1]]
     EXPECT_EQ(NR_band_cholesky_decomp(2, 1, indefinite), 0);
