@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "tessera/core/ThrowMessage.h"
+#include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
@@ -16,6 +17,7 @@
 #include "tessera/recognition/internal/InkPath.h"
 #include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RoundShape.h"
+#include "tessera/recognition/internal/RulesReading.h"
 
 namespace Tessera::Geometry {
 
@@ -114,6 +116,21 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     AppendChain(ink.path, exact, reading);
 }
 
+bool IsScribble(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading) {
+    if (!preferences.GetDoScribble())
+        return false;
+    std::vector<Point> points;
+    points.reserve(ink.samples.size());
+    for (const InkSample& s : ink.samples)
+        points.emplace_back(s.x, s.y);
+    int cusps = 0;
+    if (!IsScribbleInk(points, preferences, &cusps))
+        return false;
+    reading.shape = InkShape::Scribble;
+    reading.cusps = cusps;
+    return true;
+}
+
 void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
     reading.isClosed = true;
@@ -132,9 +149,19 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
     const InkPath path = MakeInkPath(ink.samples);
     if (path.pts.empty())
         return reading;
+    if (IsScribble(ink, preferences, reading))
+        return reading;
+    if (!preferences.GetReduceInkCurveDeviation()) {
+        ReadByRules(ink, preferences, reading);
+        return reading;
+    }
     const PricedPath priced(path);
-    const Chain chain = CloseChain(priced, SearchChain(priced));
-    const std::optional<RoundShape> round = FindRoundShape(priced, static_cast<int>(ink.samples.size()));
+    Chain chain = SearchChain(priced);
+    if (preferences.GetCurveTidy())
+        chain = CloseChain(priced, chain);
+    std::optional<RoundShape> round;
+    if (preferences.GetChangeCurveType())
+        round = FindRoundShape(priced, static_cast<int>(ink.samples.size()));
     if (round && round->cost < chain.cost + PriceOfSoftCorners(priced, chain))
         ReadRound(path, *round, reading);
     else

@@ -8,12 +8,10 @@
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
-// Preferences curveTidy (crumbs, merging, exact joints), reduceInkCurveDeviation (several hypotheses instead
-// of
-//             the rules' reading alone), changeCurveType (a simpler kind of curve where it fits as well),
-//             regularPolygonRecognition (rectangles, parallelograms, regular polygons made exact), snapping
-//             (axis directions, end points to earlier curves), oversketch, thinWallRecognition, doScribble.
-//             With all of them off the reading is the rules' own.
+// Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
+//             curveTidy (closing, hooks), changeCurveType (closed round strokes become circles and
+//             ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and regular
+//             polygons made exact), snapping (directions of axes), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite". Nothing is changed then.
 // Cost        linear in the samples.

@@ -22,6 +22,9 @@ constexpr int kSpacing = 7;         // points between candidates where nothing t
 constexpr int kShortest = 2;        // points of a piece
 constexpr int kMoves = 3;           // points by which a break is moved at the end
 constexpr double kHopeless = 20.0;  // parameters' worth of squares that no saving makes good
+// Turning at a single point that is no corner yet, and one sigma of what a trembling hand adds, radians.
+constexpr double kFreeTurn = 0.3;
+constexpr double kTurnSpread = 0.15;
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
 int TrimOf(int points) {
@@ -32,19 +35,21 @@ double TurnAt(const InkPath& path, int i, int k) {
     const Point& at = path.pts[static_cast<std::size_t>(i)];
     const Point before = at - path.pts[static_cast<std::size_t>(i - k)];
     const Point after = path.pts[static_cast<std::size_t>(i + k)] - at;
-    return std::fabs(std::atan2(before.Cross(after), before.Dot(after)));
+    return std::atan2(before.Cross(after), before.Dot(after));
 }
 
-std::vector<int> TurningPeaks(const InkPath& path) {
+std::vector<TurningPeak> FindPeaks(const InkPath& path) {
     const int n = path.Size();
     std::vector<double> turn(static_cast<std::size_t>(n), 0.0);
     for (int i = kPeakReach; i < n - kPeakReach; ++i)
         turn[static_cast<std::size_t>(i)] = TurnAt(path, i, std::min({kReach, i, n - 1 - i}));
-    std::vector<int> peaks;
+    const auto isLess = [](double a, double b) { return std::fabs(a) < std::fabs(b); };
+    std::vector<TurningPeak> peaks;
     for (int i = kPeakReach; i < n - kPeakReach; ++i) {
         const auto at = turn.begin() + i;
-        if (*at >= kLeastTurn && *at >= *std::max_element(at - kPeakReach, at + kPeakReach + 1))
-            peaks.push_back(i);
+        if (std::fabs(*at) >= kLeastTurn &&
+            std::fabs(*at) >= std::fabs(*std::max_element(at - kPeakReach, at + kPeakReach + 1, isLess)))
+            peaks.push_back({i, *at});
     }
     return peaks;
 }
@@ -82,13 +87,36 @@ void MoveBreaks(const PricedPath& ink, std::vector<int>& breaks) {
     }
 }
 
+double HiddenIn(const PricedPath& ink, int first, int last, double curvature) {
+    if (last > first)
+        return PriceOfHiddenCorners(ink, first, last, curvature);
+    return PriceOfHiddenCorners(ink, first, ink.path.Size() + kReach, curvature) +
+           PriceOfHiddenCorners(ink, -kReach, last, curvature);
+}
+
 } // namespace
 
-PricedPath::PricedPath(const InkPath& inkPath) : path(inkPath), moments(inkPath.pts) {}
+PricedPath::PricedPath(const InkPath& inkPath)
+    : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)) {}
 
-std::vector<int> FindBreakCandidates(const InkPath& path) {
-    std::vector<int> peaks = TurningPeaks(path);
-    peaks.push_back(path.Size() - 1);
+double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature) {
+    const double expected = curvature * kReach * ink.path.step;
+    double price = 0.0;
+    auto peak = std::upper_bound(ink.peaks.begin(), ink.peaks.end(), first + kReach,
+                                 [](int at, const TurningPeak& p) { return at < p.at; });
+    for (; peak != ink.peaks.end() && peak->at < last - kReach; ++peak) {
+        const double hidden = (std::fabs(peak->turn - expected) - kFreeTurn) / kTurnSpread;
+        if (hidden > 0.0)
+            price += 0.5 * hidden * hidden;
+    }
+    return price;
+}
+
+std::vector<int> FindBreakCandidates(const PricedPath& ink) {
+    std::vector<int> peaks;
+    for (const TurningPeak& peak : ink.peaks)
+        peaks.push_back(peak.at);
+    peaks.push_back(ink.path.Size() - 1);
     std::vector<int> candidates{0};
     for (const int peak : peaks) {
         const int from = candidates.back();
@@ -105,14 +133,19 @@ ChainPiece PricePiece(const PricedPath& ink, int first, int last) {
     int points = 0;
     const Moments m = InnerMoments(ink, first, last, points);
     ChainPiece piece{first, last, false, 0.0, FitLine(m), {}};
-    piece.cost = prices.squared * piece.line.sumSq;
+    piece.cost = prices.squared * piece.line.sumSq + HiddenIn(ink, first, last, 0.0);
     if (piece.cost > 0.25 * prices.parameter) { // else an arc cannot pay
         const CircleFit circle = FitCircle(m);
         const double run = ink.path.step * points;
         if (circle.radius > 0.0 && run < kWholeTurn * circle.radius) {
             const double sagitta = circle.radius * (1.0 - std::cos(0.5 * run / circle.radius));
             const double bow = sagitta / run / prices.bow;
-            const double asArc = prices.squared * circle.sumSq;
+            const Point& start = ink.path.pts[static_cast<std::size_t>(first)];
+            const Point& middle =
+                ink.path.pts[static_cast<std::size_t>((first + points / 2) % ink.path.Size())];
+            const double sense = (start - circle.centre).Cross(middle - circle.centre) < 0.0 ? -1.0 : 1.0;
+            const double asArc =
+                prices.squared * circle.sumSq + HiddenIn(ink, first, last, sense / circle.radius);
             piece.cost = std::min(piece.cost, asArc + 0.5 * bow * bow);
             if (asArc + prices.parameter < piece.cost) {
                 piece.isArc = true;
@@ -136,7 +169,7 @@ Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks) {
 }
 
 Chain SearchChain(const PricedPath& ink) {
-    const std::vector<int> at = FindBreakCandidates(ink.path);
+    const std::vector<int> at = FindBreakCandidates(ink);
     std::vector<double> best(at.size(), kInfinite);
     std::vector<std::size_t> from(at.size(), 0);
     best[0] = 0.0;

@@ -39,17 +39,28 @@ struct Chain {
     bool isClosed = false;
 };
 
+/// A point at which the ink turns more than beside it.
+struct TurningPeak {
+    int at = 0;
+    double turn = 0.0; ///< radians between the chords before and after, counter-clockwise positive
+};
+
 /// A path with what its descriptions are priced by.
 struct PricedPath {
     explicit PricedPath(const InkPath& inkPath);
 
     const InkPath& path;
     PathMoments moments;
+    std::vector<TurningPeak> peaks; ///< ascending
     InkPrices prices;
 };
 
+/// Price of the peaks strictly between two points that turn more than a bend of the given curvature does: a
+/// corner that a description passes over.
+double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature);
+
 /// Points at which a chain may break, both ends of the path among them, ascending.
-std::vector<int> FindBreakCandidates(const InkPath& path);
+std::vector<int> FindBreakCandidates(const PricedPath& ink);
 
 /// Cheaper of line and arc over the points first to last (on across the start of the path for last < first).
 ChainPiece PricePiece(const PricedPath& ink, int first, int last);
