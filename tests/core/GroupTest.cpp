@@ -96,9 +96,9 @@ TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
         Point min, max;
     };
     const Row rows[] = {
-        {{&a, &b}, {5, 2}, {9, 6}},        {{&a, nullptr}, {0, 0}, {5, 6}},
-        {{nullptr, &a}, {-1, -1}, {5, 6}}, // the box keeps what it held
-        {{nullptr}, {-1, -1}, {1, 1}},     {{}, {-1, -1}, {1, 1}},
+        {{&a}, {5, 6}, {5, 6}},          {{&a, &b}, {5, 2}, {9, 6}},
+        {{&a, nullptr}, {0, 0}, {5, 6}}, {{nullptr, &a}, {-1, -1}, {5, 6}}, // the box keeps what it held
+        {{nullptr}, {-1, -1}, {1, 1}},   {{}, {-1, -1}, {1, 1}},
     };
     for (Row row : rows) {
         XYBox box = untouched;

@@ -198,6 +198,9 @@ TEST(Arc, ChangesKeepTheRest) {
     arc.SetRadius(3.0);
     EXPECT_NEAR(arc.GetEnd().Distance(Point(-3, 4) + 3.0 * At(1.5)), 0.0, 1e-15);
     EXPECT_DOUBLE_EQ(arc.GetRadius(), 3.0);
+    double curvature = 0.0;
+    EXPECT_TRUE(arc.ComputeCurvature(1.0, &curvature));
+    EXPECT_NEAR(curvature, 1.0 / 3, 1e-14);
     arc.SetClosed();
     ExpectLimits(arc, 0, 2 * kPi);
     EXPECT_DOUBLE_EQ(arc.Length(), 6 * kPi);

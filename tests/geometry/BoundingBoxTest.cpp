@@ -70,6 +70,8 @@ TEST(BoundingBox, ContainmentIsStrictOnEveryAxis) {
     const double above[3] = {2, 1, 0.5};
     EXPECT_FALSE(box.IsPointInBBox(above, 0.5));
     EXPECT_TRUE(box.IsPointInBBox(above, 0.51));
+    const double p0[3] = {1, 1, 0}, p1[3] = {3, 1.5, 0};
+    EXPECT_TRUE(box.IsLineThruBBox(p0, p1, 0.0)) << "segments need no room";
 }
 
 // Oracle: the points of the segment, sampled densely, against the point test with a little more or less room.

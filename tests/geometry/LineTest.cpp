@@ -225,6 +225,8 @@ TEST(Line, SameCurveKnowsDirection) {
     const Arc arc(Point(0, 0), 1);
     EXPECT_TRUE(line.IsSameCurve(&equal));
     EXPECT_FALSE(line.IsSameCurve(&reversed));
+    const Line longer(Point(0, 0), Point(2, 4)), shorter(Point(0.5, 1), Point(1, 2));
+    EXPECT_FALSE(line.IsSameCurve(&longer) || line.IsSameCurve(&shorter));
     EXPECT_FALSE(line.IsSameCurve(&arc));
     EXPECT_FALSE(line.IsSameCurve(nullptr));
 }
