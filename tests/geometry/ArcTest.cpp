@@ -20,7 +20,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-Arc AnglesArc(double start, double end, double radius = 1.0, Point centre = Point(0, 0)) {
+Arc AnglesArc(double start, double end, double radius = 1.0, const Point& centre = Point(0, 0)) {
     double at[3] = {centre.x, centre.y, 0.0};
     return Arc(at, radius, start, end);
 }
