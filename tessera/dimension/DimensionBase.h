@@ -187,6 +187,11 @@ protected:
     void StoreAnnotation(double value);
     /// Forgets that a value was typed. True when one was, a side is chosen and CanUpdate() holds.
     bool TakePendingEdit();
+    /// Share of the growth by a typed value that side 1 or 2 takes: all when it is the update side, half when
+    /// that is 0.
+    double ShareOf(int side) const {
+        return GetUpdateSide() == 0 ? 0.5 : (GetUpdateSide() == side ? 1.0 : 0.0);
+    }
     /// SetIsFinalized of every kind: a changed flag is told to each parent curve, then stored.
     void ChangeIsFinalized(bool finalized);
     /// To be called first in the destructor of each kind, while its GetParentCurves still answers.

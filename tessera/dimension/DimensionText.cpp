@@ -2,6 +2,7 @@
 
 #include "tessera/dimension/DimensionBase.h"
 #include "tessera/dimension/internal/NumberText.h"
+#include "tessera/dimension/internal/TextBox.h"
 #include "tessera/geometry/Vector.h"
 
 // What a dimension's text reads and which way it stands.
@@ -12,10 +13,8 @@ using Geometry::Vector;
 
 namespace {
 
-constexpr double kAngleTolDeg = 1e-10;     // width of the right-angle bands, degrees
-constexpr double kComponentTol = 1e-10;    // component of a unit vector that counts as zero
-constexpr double kSameDirectionSq = 1e-20; // squared distance of equal unit vectors
-constexpr double kDegPerRad = 57.29577951308232;
+constexpr double kAngleTolDeg = 1e-10;  // width of the right-angle bands, degrees
+constexpr double kComponentTol = 1e-10; // component of a unit vector that counts as zero
 
 bool IsAt(double angleDeg, double bandDeg) {
     return std::fabs(angleDeg - bandDeg) <= kAngleTolDeg;
@@ -63,16 +62,8 @@ double DimensionBase::ComputeAnnotationStringLength() const {
 // --- Direction
 
 double DimensionBase::ComputeAnnotationOrientationAngle() {
-    Vector& v = GetOrientation();
-    v.Normalize();
-    if (v.DistanceSq(Vector(1.0, 0.0)) <= kSameDirectionSq)
-        return 0.0;
-    if (v.x == 0.0 && v.y == 0.0)
-        return 90.0;
-    // The angle whose cosine is v.x, taken from both components: near the axis the cosine alone cannot tell
-    // small tilts apart.
-    const double angleDeg = std::atan2(std::fabs(v.y), v.x) * kDegPerRad;
-    return v.y < -kComponentTol ? 360.0 - angleDeg : angleDeg;
+    GetOrientation().Normalize();
+    return ReadingAngle(GetOrientation());
 }
 
 void DimensionBase::ComputeTextAngleAndHeightOffset(DimensionType_e /*type*/, double angleDeg,

@@ -150,10 +150,6 @@ protected:
     void PullFoot(int side, const Geometry::Point& foot);
     /// What has lost a parent shows nothing until the next update.
     void DropDecorations();
-    /// Share of the growth by which a side moves outward.
-    double ShareOf(int side) const {
-        return GetUpdateSide() == 0 ? 0.5 : (GetUpdateSide() == side ? 1.0 : 0.0);
-    }
 
     Geometry::Line* line_ = nullptr;
     double relativeParam_ = 0.5;

@@ -4,10 +4,30 @@
 #include <cmath>
 #include <numbers>
 
+#include "tessera/dimension/internal/AngleRange.h"
+
 namespace Tessera::Dimension {
 
 using Geometry::Point;
 using Geometry::Vector;
+
+namespace {
+
+constexpr double kSameDirectionSq = 1e-20; // squared distance of equal unit vectors
+constexpr double kComponentTol = 1e-10;    // component of a unit vector that counts as zero
+
+} // namespace
+
+double ReadingAngle(const Vector& unit) {
+    if (unit.DistanceSq(Vector(1.0, 0.0)) <= kSameDirectionSq)
+        return 0.0;
+    if (unit.x == 0.0 && unit.y == 0.0)
+        return 90.0;
+    // The angle whose cosine is x, taken from both components: near the axis the cosine alone cannot tell
+    // small tilts apart.
+    const double angleDeg = std::atan2(std::fabs(unit.y), unit.x) * kDegPerRad;
+    return unit.y < -kComponentTol ? 360.0 - angleDeg : angleDeg;
+}
 
 Vector ReadingDirection(double textAngleDeg) {
     const double a = textAngleDeg * std::numbers::pi / 180.0;

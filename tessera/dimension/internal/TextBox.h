@@ -12,6 +12,8 @@
 
 namespace Tessera::Dimension {
 
+/// Angle of a unit vector, degrees in [0, 360); 90 for the zero vector.
+double ReadingAngle(const Geometry::Vector& unit);
 Geometry::Vector ReadingDirection(double textAngleDeg);
 Geometry::Vector UpDirection(double textAngleDeg);
 
