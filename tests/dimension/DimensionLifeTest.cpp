@@ -21,7 +21,7 @@ using Tessera::Geometry::Arc;
 using Tessera::Geometry::Curve;
 using Tessera::Geometry::Line;
 using CurvePtr = std::unique_ptr<Curve>;
-using LengthPtr = std::unique_ptr<LengthDimension>;
+using DimPtr = std::unique_ptr<DimensionBase>;
 
 namespace {
 
@@ -29,7 +29,7 @@ namespace {
 struct Kind {
     const char* name;
     std::function<CurvePtr()> first, second;
-    std::function<LengthPtr(Curve&, Curve&, double heightOffset, double fontHeight)> make;
+    std::function<DimPtr(Curve&, Curve&, double heightOffset, double fontHeight)> make;
 };
 
 CurvePtr MakeLine() {
@@ -43,6 +43,9 @@ CurvePtr MakeArc() {
 }
 CurvePtr MakeCircle() {
     return std::make_unique<Arc>(Point(80, 31), 6.0);
+}
+CurvePtr MakeCrossing() {
+    return std::make_unique<Line>(Point(1, 2), Point(-20, 41));
 }
 Line* AsLine(Curve& c) {
     return static_cast<Line*>(&c);
@@ -75,6 +78,13 @@ const Kind kKinds[] = {
      [](Curve& a, Curve& b, double o, double h) {
          return std::make_unique<LinearDimension>(AsArc(a), AsArc(b), o, h);
      }},
+    {"angular", MakeLine, MakeCrossing,
+     [](Curve& a, Curve& b, double o, double h) {
+         return std::make_unique<AngularDimension>(AsLine(a), AsLine(b), a.GetMidPoint(), b.GetMidPoint(), o,
+                                                   h);
+     }},
+    {"radial", MakeArc, MakeLine,
+     [](Curve& a, Curve&, double, double h) { return std::make_unique<RadialDimension>(AsArc(a), h); }},
 };
 
 std::vector<Curve*> ParentsOf(const DimensionBase& dim) {
@@ -84,7 +94,7 @@ std::vector<Curve*> ParentsOf(const DimensionBase& dim) {
 }
 
 /// Every operation once, on whatever is left of the dimension.
-void UseAll(LengthDimension& dim) {
+void UseAll(DimensionBase& dim) {
     dim.SetUpdateSide(2);
     dim.SetAnnotation(33.0);
     dim.UpdateDimension();
@@ -100,12 +110,24 @@ void UseAll(LengthDimension& dim) {
     dim.IsInPolygon(3, xs, ys);
     dim.IsCrossPolygon(3, xs, ys);
     dim.Rotate(0.2);
-    dim.AdjustPoint1s();
-    dim.ComputeLengthDimensionDeco(1);
-    const std::unique_ptr<Line> measured(dim.ComputeTempDimensionLine());
+    if (auto* length = dynamic_cast<LengthDimension*>(&dim)) {
+        length->AdjustPoint1s();
+        length->ComputeLengthDimensionDeco(1);
+        const std::unique_ptr<Line> measured(length->ComputeTempDimensionLine());
+    }
+    if (auto* angular = dynamic_cast<AngularDimension*>(&dim)) {
+        angular->AdjustPoint1s();
+        angular->ComputeAngularDimensionDeco(2);
+        angular->CenterAtLineEnds();
+        const std::unique_ptr<Arc> arc(angular->ComputeDimensionArc(Point(3, 3), Point(1, 8), true));
+    }
+    if (auto* radial = dynamic_cast<RadialDimension*>(&dim)) {
+        radial->ComputeRadialDimensionDeco();
+        radial->ComputeAnnotationStringLength();
+    }
     Drag(dim, {{0, 0}, {2, 2}});
     dim.SetIsFinalized(!dim.GetIsFinalized());
-    const LengthPtr copy(dim.Copy());
+    const DimPtr copy(dim.Copy());
 }
 
 } // namespace
@@ -117,7 +139,7 @@ TEST(DimensionLife, DestructionInAnyOrder) {
             SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(order[0]) + std::to_string(order[1]));
             CurvePtr first = kind.first();
             CurvePtr second = kind.second();
-            LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
             dim->SetIsFinalized(true);
             const CurvePtr sharing(first->Copy()); // lists the dimension without being its parent
             ASSERT_EQ(sharing->GetNumDimensions(), 1);
@@ -144,11 +166,13 @@ TEST(DimensionLife, DestructionInAnyOrder) {
 TEST(DimensionLife, BareDimensionsAreHarmless) {
     const struct {
         const char* name;
-        LengthPtr dim;
+        DimPtr dim;
     } rows[] = {{"length", std::make_unique<LengthDimension>(nullptr, 3.0)},
                 {"horizontal", std::make_unique<HorizontalDimension>()},
                 {"vertical", std::make_unique<VerticalDimension>(static_cast<Line*>(nullptr), 1.0, 2.0)},
-                {"linear", std::make_unique<LinearDimension>()}};
+                {"linear", std::make_unique<LinearDimension>()},
+                {"angular", std::make_unique<AngularDimension>(nullptr, nullptr, Point(), Point(), 1.0, 2.0)},
+                {"radial", std::make_unique<RadialDimension>(nullptr, Point(3, 3), 2.0)}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         UseAll(*row.dim);
@@ -172,7 +196,7 @@ TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
         const CurvePtr first = kind.first();
         const CurvePtr second = kind.second();
         ChangeLog log;
-        LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+        DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
         dim->SetTextHeightOffset(-4.0);
         dim->UpdateDimension();
         EXPECT_EQ(log.Take(*dim), 0);
@@ -200,7 +224,7 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
             SCOPED_TRACE(kind.name);
             const CurvePtr first = kind.first();
             const CurvePtr second = kind.second();
-            const LengthPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
             dim->SetIsFinalized(true);
             std::set<int> ids;
             std::map<int, TaggedObject*> copies;
@@ -208,7 +232,7 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
             root.DeepCopy(ids, copies);
             const std::vector<Curve*> parents = ParentsOf(*dim);
             ASSERT_EQ(copies.size(), parents.size() + 1);
-            auto* copy = dynamic_cast<LengthDimension*>(copies.at(dim->GetId()));
+            auto* copy = dynamic_cast<DimensionBase*>(copies.at(dim->GetId()));
             ASSERT_NE(copy, nullptr);
             const std::vector<Curve*> copied = ParentsOf(*copy);
             ASSERT_EQ(copied.size(), parents.size());
@@ -240,7 +264,7 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
             SCOPED_TRACE(std::string(kind.name) + " trial " + std::to_string(trial));
             const CurvePtr first = kind.first();
             const CurvePtr second = kind.second();
-            const LengthPtr dim = kind.make(*first, *second, offset, 3.0);
+            const DimPtr dim = kind.make(*first, *second, offset, 3.0);
             const std::vector<Point> before = DecorationOf(*dim, 1);
             Point anchor = dim->GetOrigin();
             for (TaggedObject* object :
@@ -250,7 +274,7 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
             anchor.Transform(m);
             ExpectNear(dim->GetOrigin(), anchor);
             dim->UpdateDimension();
-            const LengthPtr fresh = kind.make(*first, *second, offset * scale, 3.0 * scale);
+            const DimPtr fresh = kind.make(*first, *second, offset * scale, 3.0 * scale);
             ExpectSamePlacement(*dim, *fresh, 1e-8 * (1.0 + scale));
             if (angle == 0.0 && scale == 1.0) {
                 for (std::size_t i = 0; i < before.size(); ++i) {

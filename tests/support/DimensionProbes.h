@@ -8,8 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "tessera/dimension/AngularDimension.h"
 #include "tessera/dimension/LengthDimension.h"
 #include "tessera/dimension/MoveDimDeco.h"
+#include "tessera/dimension/RadialDimension.h"
 #include "tessera/geometry/Curve.h"
 
 namespace Tessera::Testing {
@@ -27,14 +29,20 @@ inline void ExpectNear(const Point& actual, const Point& expected, double tol = 
     EXPECT_NEAR(actual.y, expected.y, tol) << what;
 }
 
-inline std::vector<Point> DecorationOf(const Dimension::LengthDimension& dim, int side) {
-    std::vector<Point> points;
-    dim.GetLengthDimDecoPoints(side, points);
-    return points;
+/// Points of one side; a radial dimension has them on side 1.
+inline std::vector<Point> DecorationOf(const Dimension::DimensionBase& dim, int side) {
+    const Dimension::DimDeco* deco = nullptr;
+    if (const auto* length = dynamic_cast<const Dimension::LengthDimension*>(&dim))
+        deco = length->GetLengthDimDeco(side);
+    else if (const auto* angular = dynamic_cast<const Dimension::AngularDimension*>(&dim))
+        deco = angular->GetAngularDimDeco(side);
+    else if (const auto* radial = dynamic_cast<const Dimension::RadialDimension*>(&dim))
+        deco = side == 1 ? radial->GetRadialDimDeco() : nullptr;
+    return deco != nullptr ? deco->GetPoints() : std::vector<Point>();
 }
 
 /// Everything that an update computes, side by side.
-inline void ExpectSamePlacement(const Dimension::LengthDimension& a, const Dimension::LengthDimension& b,
+inline void ExpectSamePlacement(const Dimension::DimensionBase& a, const Dimension::DimensionBase& b,
                                 double tol) {
     EXPECT_NEAR(a.GetAnnotation(), b.GetAnnotation(), tol);
     EXPECT_NEAR(a.GetTextHeightOffset(), b.GetTextHeightOffset(), tol);

@@ -1,0 +1,395 @@
+// Sectors, decoration and updates of angular dimensions.
+#include "tessera/dimension/AngularDimension.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/XYBox.h"
+#include "tests/support/DimensionProbes.h"
+
+using namespace Tessera::Testing;
+using Tessera::Dimension::AngularDimDeco;
+using Tessera::Dimension::AngularDimension;
+using Tessera::Geometry::Arc;
+using Tessera::Geometry::Curve;
+using Tessera::Geometry::Line;
+using Tessera::Geometry::Vector;
+using DimPtr = std::unique_ptr<AngularDimension>;
+
+namespace {
+
+constexpr double kDeg = 180.0 / std::numbers::pi;
+const Point kCentre(7, -3);
+
+Point FromCentre(double radius, double angleDeg) {
+    return kCentre + Polar(radius, angleDeg);
+}
+
+/// A ray of a line: where the line begins and ends on it, seen from the centre.
+Line RayLine(double from, double to, double angleDeg) {
+    return Line(FromCentre(from, angleDeg), FromCentre(to, angleDeg));
+}
+
+/// Two rays of an angle that starts at `at`, dimensioned at distance `reach`.
+struct Corner {
+    Corner(double at, double angle, double reach = 20.0, double from = 0.0, double to = 50.0)
+        : first(RayLine(from, to, at)), second(RayLine(from, to, at + angle)),
+          dim(&first, &second, FromCentre(reach, at), FromCentre(reach, at + angle), 9.0, 4.0) {}
+
+    Line first, second;
+    AngularDimension dim;
+};
+
+/// Decoration points in the frame of the angle's first ray, the centre at the origin; font height 4.
+struct Layout {
+    const char* name;
+    double from, to, reach;
+    std::vector<Point> first, last;
+};
+
+const Layout kLayouts[] = {
+    {"arrowheads inside",
+     0,
+     50,
+     20,
+     {Polar(20, 45 - 0.25 * kDeg),
+      {20, 0},
+      {20, 0},
+      {20, 0},
+      {20, 0},
+      {19.25, 3},
+      {20.75, 3},
+      {20, 0},
+      {18, 0}},
+     {Polar(20, 45 + 0.25 * kDeg),
+      {0, 20},
+      {0, 20},
+      {0, 20},
+      {0, 20},
+      {3, 19.25},
+      {3, 20.75},
+      {0, 20},
+      {0, 18}}},
+    {"arrowheads outside",
+     0,
+     50,
+     6,
+     {Polar(6, -kDeg), {6, 0}, {6, 0}, {6, 0}, {6, 0}, {5.25, -3}, {6.75, -3}, {6, 0}, {4, 0}},
+     {Polar(6, 90 + kDeg), {0, 6}, {0, 6}, {0, 6}, {0, 6}, {-3, 5.25}, {-3, 6.75}, {0, 6}, {0, 4}}},
+    {"lines too short",
+     2,
+     15,
+     20,
+     {Polar(20, 45 - 0.25 * kDeg),
+      {20, 0},
+      {16, 0},
+      {22, 0},
+      {20, 0},
+      {19.25, 3},
+      {20.75, 3},
+      {20, 0},
+      {18, 0}},
+     {Polar(20, 45 + 0.25 * kDeg),
+      {0, 20},
+      {0, 16},
+      {0, 22},
+      {0, 20},
+      {3, 19.25},
+      {3, 20.75},
+      {0, 20},
+      {0, 18}}},
+    {"lines too far out",
+     30,
+     60,
+     20,
+     {Polar(20, 45 - 0.25 * kDeg),
+      {20, 0},
+      {29, 0},
+      {18, 0},
+      {20, 0},
+      {19.25, 3},
+      {20.75, 3},
+      {20, 0},
+      {18, 0}},
+     {Polar(20, 45 + 0.25 * kDeg),
+      {0, 20},
+      {0, 29},
+      {0, 18},
+      {0, 20},
+      {3, 19.25},
+      {3, 20.75},
+      {0, 20},
+      {0, 18}}},
+};
+
+/// Angle of the corner, and how the text in the middle of its arc must stand.
+const struct {
+    double at, textAngle, heightOffset;
+} kOrientations[] = {{0, 315, -2},   {45, 0, -2},  {90, 45, 2},  {135, 90, 2},
+                     {180, 315, -2}, {225, 0, -2}, {270, 45, 2}, {315, 90, 2}};
+
+void ExpectDecoration(const AngularDimension& dim, int side, const std::vector<Point>& expected, double at) {
+    const AngularDimDeco* deco = dim.GetAngularDimDeco(side);
+    ASSERT_NE(deco, nullptr);
+    ASSERT_EQ(deco->GetPoints().size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const Point world =
+            FromCentre(expected[i].Length(), std::atan2(expected[i].y, expected[i].x) * kDeg + at);
+        ExpectNear(deco->GetPoints()[i], world, 1e-9,
+                   "side " + std::to_string(side) + " point " + std::to_string(i));
+    }
+}
+
+} // namespace
+
+TEST(AngularDimension, DecorationInEightOrientations) {
+    for (const Layout& layout : kLayouts) {
+        for (const auto& o : kOrientations) {
+            SCOPED_TRACE(std::string(layout.name) + " at " + std::to_string(o.at));
+            const Corner corner(o.at, 90, layout.reach, layout.from, layout.to);
+            const AngularDimension& dim = corner.dim;
+            EXPECT_NEAR(dim.GetAnnotation(), 90.0, 1e-12);
+            EXPECT_DOUBLE_EQ(dim.ComputeAnnotationStringLength(), 6.0) << "two digits and the degree sign";
+            EXPECT_NEAR(dim.GetTextAngle(), o.textAngle, 1e-9);
+            EXPECT_EQ(dim.GetTextHeightOffset(), o.heightOffset);
+            ExpectDecoration(dim, 1, layout.first, o.at);
+            ExpectDecoration(dim, 2, layout.last, o.at);
+            const Point middle = FromCentre(layout.reach, o.at + 45);
+            ExpectNear(TextMiddle(dim), middle, 1e-9, "text centred on the arc");
+            ExpectNear(dim.GetReferencePoint(), middle);
+            EXPECT_EQ(dim.ArrowheadFlipped(), layout.reach == 6);
+            EXPECT_EQ(dim.CenterAtLineEnds(), layout.from == 0);
+        }
+    }
+}
+
+TEST(AngularDimension, PicksChooseOneOfFourSectors) {
+    const Line level(FromCentre(40, 180), FromCentre(60, 0));
+    const Line steep(FromCentre(30, 240), FromCentre(70, 60));
+    const struct {
+        double pick1, pick2, value;
+        bool isSwapped;
+    } rows[] = {{0, 60, 60, false}, {180, 60, 120, true}, {180, 240, 60, false}, {0, 240, 120, true}};
+    std::vector<DimPtr> made;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.pick1);
+        const Point p1 = FromCentre(10, row.pick1);
+        const Point p2 = FromCentre(15, row.pick2);
+        EXPECT_EQ(AngularDimension::FindDimension(&level, &steep, p1, p2), nullptr);
+        made.emplace_back(AngularDimension::MakeDimension(&level, &steep, p1, p2, 9.0, 4.0));
+        AngularDimension& dim = *made.back();
+        EXPECT_NEAR(dim.GetAnnotation(), row.value, 1e-9);
+        EXPECT_EQ(dim.GetLine(0), row.isSwapped ? &steep : &level);
+        EXPECT_EQ(dim.GetLine(1), row.isSwapped ? &level : &steep);
+        EXPECT_NEAR(dim.GetDimensionArc()->GetRadius(), 10.0, 1e-9) << "the nearer pick";
+        EXPECT_EQ(dim.GetOutsideSide(), 0);
+        // Found again from elsewhere in the sector, in either order.
+        const Point q1 = FromCentre(33, row.pick1);
+        const Point q2 = FromCentre(4, row.pick2);
+        EXPECT_EQ(AngularDimension::FindDimension(&level, &steep, q1, q2), &dim);
+        EXPECT_EQ(AngularDimension::MakeDimension(&steep, &level, q2, q1, 1.0, 2.0), &dim);
+    }
+    // A pick where the lines meet stands for the farther end.
+    EXPECT_EQ(AngularDimension::FindDimension(&level, &steep, kCentre, kCentre), made[0].get());
+    AngularDimension fromCentre(&level, &steep, kCentre, kCentre, 9.0, 4.0);
+    EXPECT_NEAR(fromCentre.GetDimensionArc()->GetRadius(), 60.0, 1e-9);
+}
+
+TEST(AngularDimension, LinesThatHaveNoAngle) {
+    const Line line(Point(0, 0), Point(10, 0));
+    const Line parallel(Point(0, 5), Point(-10, 5));
+    const Line other(Point(0, 0), Point(0, 3));
+    const Line point(Point(1, 1), Point(1, 1));
+    const Point p(1, 1);
+    EXPECT_EQ(AngularDimension::MakeDimension(nullptr, &line, p, p, 9, 4), nullptr);
+    EXPECT_EQ(AngularDimension::MakeDimension(&line, nullptr, p, p, 9, 4), nullptr);
+    EXPECT_EQ(AngularDimension::MakeDimension(&line, &point, p, p, 9, 4), nullptr);
+    EXPECT_EQ(AngularDimension::FindDimension(nullptr, &line, p, p), nullptr);
+    for (const Line* second : {&parallel, &line}) {
+        const DimPtr dim(AngularDimension::MakeDimension(&line, second, p, p, 9, 4));
+        ASSERT_NE(dim, nullptr);
+        EXPECT_EQ(dim->GetDimensionArc(), nullptr);
+        EXPECT_FALSE(dim->IsValid());
+        dim->UpdateDimension();
+        EXPECT_FALSE(dim->CenterAtLineEnds());
+        EXPECT_EQ(dim->ComputeUpdateSide(p), -1);
+    }
+    const DimPtr valid(AngularDimension::MakeDimension(&line, &other, p, p, 9, 4));
+    EXPECT_TRUE(valid->IsValid());
+}
+
+TEST(AngularDimension, TheArcFollowsItsLines) {
+    const struct {
+        const char* name;
+        Point from1, to1, from2, to2; // the lines afterwards
+        double value;
+        bool isSwapped;
+    } rows[] = {
+        {"moved along", {10, 5}, {40, 5}, {10, 5}, {10, 35}, 90, false},
+        {"second line turned about the corner", {0, 0}, {30, 0}, {0, 0}, {30, 30}, 45, false},
+        {"first line turned about its dimensioned point", {0, -20}, {30, 20}, {0, 0}, {0, 30}, 0, false},
+        {"longer line", {0, 0}, {60, 0}, {0, 0}, {0, 30}, 90, false},
+        {"swung past each other", {0, 0}, {0, 30}, {0, 0}, {30, 0}, 90, true},
+        {"obtuse", {0, 0}, {30, 0}, {0, 0}, {-30, 10}, 0, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Line first(Point(0, 0), Point(30, 0));
+        Line second(Point(0, 0), Point(0, 30));
+        AngularDimension dim(&first, &second, Point(15, 0), Point(0, 15), 9.0, 4.0);
+        Line moved1(row.from1, row.to1);
+        Line moved2(row.from2, row.to2);
+        ASSERT_TRUE(first.CopyCurveData(&moved1));
+        ASSERT_TRUE(second.CopyCurveData(&moved2));
+        dim.UpdateDimension();
+        const double between =
+            std::fabs(Vector(row.from1, row.to1).AngleBetween(Vector(row.from2, row.to2))) * kDeg;
+        EXPECT_NEAR(dim.GetAnnotation(), row.value > 0 ? row.value : between, 1e-9);
+        EXPECT_EQ(dim.GetLine(0) == &second, row.isSwapped);
+        const Arc& arc = *dim.GetDimensionArc();
+        EXPECT_NEAR(dim.GetLine(0)->Distance(arc.GetStart()), 0.0, 1e-9);
+        EXPECT_NEAR(dim.GetLine(1)->Distance(arc.GetEnd()), 0.0, 1e-9);
+        EXPECT_FALSE(arc.IsMajorArc());
+        ExpectNear(TextMiddle(dim), arc.GetMidPoint(), 1e-9, "still in the middle");
+        // Another update changes nothing.
+        const std::vector<Point> points = DecorationOf(dim, 2);
+        dim.UpdateDimension();
+        for (std::size_t i = 0; i < points.size(); ++i)
+            ExpectNear(DecorationOf(dim, 2)[i], points[i]);
+    }
+}
+
+TEST(AngularDimension, LinesThatBecomeParallelKeepWhatWasDrawn) {
+    Corner corner(30, 60);
+    const std::vector<Point> points = DecorationOf(corner.dim, 1);
+    Line parallel(FromCentre(0, 30) + Point(0, 5), FromCentre(50, 30) + Point(0, 5));
+    Line original(corner.second);
+    ASSERT_TRUE(corner.second.CopyCurveData(&parallel));
+    corner.dim.UpdateDimension();
+    EXPECT_FALSE(corner.dim.IsValid());
+    EXPECT_FALSE(corner.dim.CanUpdate());
+    ASSERT_NE(corner.dim.GetDimensionArc(), nullptr);
+    std::vector<Tessera::Dimension::DimensionBase*> invalid;
+    corner.first.GetInvalidDimensions(invalid);
+    EXPECT_EQ(invalid.size(), 1U);
+    ASSERT_TRUE(corner.second.CopyCurveData(&original));
+    corner.dim.UpdateDimension();
+    EXPECT_TRUE(corner.dim.IsValid());
+    for (std::size_t i = 0; i < points.size(); ++i)
+        ExpectNear(DecorationOf(corner.dim, 1)[i], points[i]);
+}
+
+TEST(AngularDimension, TextKeepsTheSmallerOfItsTwoOffsets) {
+    // Offsets in angle and distance, then the radius; where the text must stand from the middle.
+    const struct {
+        double paramOffset, distOffset, radius, expected;
+    } rows[] = {{0.2, 100, 20, 0.2},   {0.2, 2, 20, 0.1}, {-0.2, 2, 20, -0.1}, {-0.2, -2, 20, -0.1},
+                {0.2, 4, 20, 0.2},     {0, 5, 20, 0},     {-1e-11, 0, 20, 0},  {0.3, 0, 20, 0},
+                {-0.2, 100, 50, -0.2}, {0.2, 2, 5, 0.2}};
+    for (const auto& row : rows) {
+        Corner corner(170, 80, row.radius, 0, 90);
+        AngularDimension& dim = corner.dim;
+        dim.SetAnnotCenterParamOffset(row.paramOffset);
+        dim.SetAnnotCenterDistOffset(row.distOffset);
+        dim.SetParam(dim.GetParam() + 2e-10); // not centred any more
+        dim.UpdateDimension();
+        EXPECT_NEAR(dim.GetParam() - dim.GetDimensionArc()->GetMidParam(), row.expected, 1e-12);
+        for (const double turns : {-1.0, 0.0, 1.0}) {
+            dim.SetParam(dim.GetDimensionArc()->GetMidParam() + turns * 2 * std::numbers::pi);
+            dim.UpdateDimension();
+            EXPECT_EQ(dim.GetParam(), dim.GetDimensionArc()->GetMidParam()) << "centred text stays so";
+        }
+    }
+}
+
+TEST(AngularDimension, SidesInAllDirections) {
+    // Angles from the start of a 60 degree sector: text, pick, side of the pick. The text is 8.6 degrees wide
+    // to each side at radius 20 with half a letter of air: (2 + 3) / 20 is 14.3 degrees.
+    const struct {
+        double text, pick;
+        int outsideSide, side;
+    } rows[] = {
+        {30, 30, 0, 0},  {30, 44, 0, 0},  {30, 45, 0, 2},     {30, 16, 0, 0},     {30, 15, 0, 1},
+        {30, 0.5, 0, 1}, {30, 59, 0, 2},  {30, -20, 0, 1},    {30, 80, 0, 2},     {30, 205, 0, 2},
+        {30, 215, 0, 1}, {30, 210, 0, 2}, {-40, 10, 1, 2},    {-40, -10, 1, 1},   {-40, -40, 1, 0},
+        {-40, 70, 1, 2}, {100, 10, 2, 1}, {100, 80, 2, 2},    {209, 30, 2, 1},    {211, 30, 1, 2},
+        {0, 30, 0, 2},   {60, 30, 0, 1},  {-0.001, 30, 1, 2}, {60.001, 30, 2, 1},
+    };
+    for (const auto& row : rows) {
+        for (int at = -180; at < 180; at += 45) {
+            for (const int turns : {-1, 0, 1}) {
+                Corner corner(at, 60);
+                corner.dim.SetParam((at + row.text + 360.0 * turns) / kDeg);
+                SCOPED_TRACE(std::to_string(row.text) + " " + std::to_string(row.pick) + " at " +
+                             std::to_string(at));
+                EXPECT_EQ(corner.dim.GetOutsideSide(), row.outsideSide);
+                EXPECT_EQ(corner.dim.ComputeUpdateSide(FromCentre(17, at + row.pick)), row.side);
+            }
+        }
+    }
+}
+
+TEST(AngularDimension, DistanceAlongTheArcToTheNearerEnd) {
+    const Corner corner(170, 60);
+    const double rows[][2] = {{30, 20 * 30 / kDeg}, {50, 20 * 10 / kDeg}, {-5, -20 * 5 / kDeg}};
+    for (const auto& row : rows)
+        for (const double turn : {-360.0, 0.0})
+            EXPECT_NEAR(corner.dim.ComputeDecoEndDistance((170 + row[0] + turn) / kDeg), row[1], 1e-9);
+}
+
+TEST(AngularDimension, DrawnFormExtentAndDistance) {
+    // Text on the arc, beyond its end, and arrowheads outside; the box and distances by dense sampling.
+    const struct {
+        double reach, text;
+        std::size_t curves;
+    } rows[] = {{20, 50, 2}, {20, 130, 2}, {20, -20, 2}, {6, 50, 2}, {6, 160, 2}, {20, 99, 1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        Corner corner(250, 100, row.reach);
+        AngularDimension& dim = corner.dim;
+        const double offset = (row.text - 50) / kDeg;
+        dim.SetAnnotCenterParamOffset(offset);
+        dim.SetAnnotCenterDistOffset(std::fabs(offset) * row.reach);
+        if (offset != 0.0)
+            dim.SetParam(0.123);
+        dim.UpdateDimension();
+        std::vector<Curve*> curves;
+        std::vector<Point> arrows;
+        dim.GetTempDimDecoObjects(curves, arrows, false);
+        EXPECT_EQ(curves.size(), row.curves);
+        ASSERT_EQ(arrows.size(), 6U);
+        std::vector<Point> samples;
+        for (Curve* curve : curves) {
+            for (int i = 0; i <= 20000; ++i) {
+                double limits[2];
+                curve->AskRange(limits);
+                samples.push_back(
+                    curve->GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / 20000.0, true));
+                EXPECT_FALSE(dim.AnnotationSelected(samples.back(), -1e-3)) << "nothing runs under the text";
+            }
+            delete curve;
+        }
+        Tessera::Geometry::XYBox box;
+        ASSERT_TRUE(dim.AskXYBox(box));
+        for (const Point& p : samples)
+            EXPECT_TRUE(box.ContainPoint(p)) << p.x << " " << p.y;
+        for (const Point& probe : {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)}) {
+            double expected = std::numeric_limits<double>::max();
+            std::vector<Point> outline;
+            dim.GetOrientedTextBox(outline);
+            const std::vector<Point> heads[] = {
+                outline, {arrows[0], arrows[1], arrows[2]}, {arrows[3], arrows[4], arrows[5]}};
+            for (const auto& head : heads)
+                for (std::size_t i = 0; i < head.size(); ++i)
+                    expected =
+                        std::min(expected, Line(head[i], head[(i + 1) % head.size()]).DistanceBounded(probe));
+            for (const Point& p : samples)
+                expected = std::min(expected, p.Distance(probe));
+            int part = -7;
+            EXPECT_NEAR(dim.GetDistanceToPoint(probe, part), expected, 1e-3);
+        }
+    }
+}

@@ -1,0 +1,307 @@
+// Value edits and drags of angular dimensions.
+#include <functional>
+#include <limits>
+#include <memory>
+#include <random>
+
+#include "tessera/dimension/AngularDimension.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/DimensionProbes.h"
+
+using namespace Tessera::Testing;
+using Tessera::Dimension::AngularDimDeco;
+using Tessera::Dimension::AngularDimension;
+using Tessera::Geometry::Arc;
+using Tessera::Geometry::Curve;
+using Tessera::Geometry::Line;
+using Tessera::Geometry::Vector;
+
+namespace {
+
+constexpr double kDeg = 180.0 / std::numbers::pi;
+const Point kCentre(-4, 9);
+
+Point FromCentre(double radius, double angleDeg) {
+    return kCentre + Polar(radius, angleDeg);
+}
+
+/// Two lines from the centre at the angles, dimensioned at distance 20.
+struct Corner {
+    Corner(double at, double angle)
+        : first(FromCentre(0, 0), FromCentre(50, at)), second(FromCentre(40, at + angle), FromCentre(0, 0)),
+          dim(&first, &second, FromCentre(20, at), FromCentre(20, at + angle), 9.0, 4.0) {}
+
+    Line first, second;
+    AngularDimension dim;
+};
+
+double AngleOf(const Point& p) {
+    return Arc::ComputeAngleFromPoint(p, kCentre) * kDeg;
+}
+
+} // namespace
+
+TEST(AngularEdit, ValueThatADragGives) {
+    const struct {
+        double angle;
+        int side;
+        double pick; // from the start of the sector
+        double expected;
+    } rows[] = {
+        {60, 2, 70, 60 + std::atan(std::sin(10 / kDeg)) * kDeg},
+        {60, 2, 40, 60 - std::atan(std::sin(20 / kDeg)) * kDeg},
+        {60, 1, -30, 60 + std::atan(0.5) * kDeg},
+        {60, 1, 30, 60 - std::atan(0.5) * kDeg},
+        {60, 2, 60, 60},
+        {60, 2, 240, 60},   // straight across: the sine is 0
+        {60, 2, 150, 105},  // square to it: arctan 1
+        {60, 0, 150, 60},   // the text
+        {60, 3, 150, 60},   //
+        {40, 2, -50, 40},   // would be -5
+        {140, 2, 230, 140}, // would be 185
+        {140, 2, 180, 140 + std::atan(std::sin(40 / kDeg)) * kDeg},
+    };
+    for (const auto& row : rows) {
+        for (const double at : {0.0, 135.0, -160.0}) {
+            SCOPED_TRACE(std::to_string(row.angle) + " " + std::to_string(row.pick));
+            const Corner corner(at, row.angle);
+            EXPECT_NEAR(corner.dim.ComputeNewValue(FromCentre(33, at + row.pick), row.side), row.expected,
+                        1e-9);
+            EXPECT_EQ(corner.dim.ComputeNewValue(kCentre, row.side), corner.dim.GetAnnotation());
+        }
+    }
+}
+
+TEST(AngularEdit, TypedValuesTurnTheLines) {
+    for (const double value : {1e-3, 30.0, 90.0, 141.25, 179.9}) {
+        for (const int side : {0, 1, 2}) {
+            SCOPED_TRACE(std::to_string(value) + " side " + std::to_string(side));
+            Corner corner(165, 70);
+            AngularDimension& dim = corner.dim;
+            dim.SetIsFinalized(true);
+            std::vector<Curve*> curves;
+            dim.GetUpdateCurves(side, curves);
+            EXPECT_EQ(curves, side == 0   ? (std::vector<Curve*>{&corner.first, &corner.second})
+                              : side == 1 ? std::vector<Curve*>{&corner.first}
+                                          : std::vector<Curve*>{&corner.second});
+            ChangeLog log;
+            dim.SetUpdateSide(side);
+            dim.SetAnnotation(value);
+            dim.UpdateDimension();
+            EXPECT_NEAR(dim.GetAnnotation(), value, 1e-9);
+            const double growth = value - 70;
+            const double start = side == 1 ? 165 - growth : side == 0 ? 165 - growth / 2 : 165;
+            EXPECT_NEAR(std::remainder(AngleOf(corner.first.GetEnd()) - start, 360), 0, 1e-9);
+            EXPECT_NEAR(std::remainder(AngleOf(corner.second.GetStart()) - start - value, 360), 0, 1e-9);
+            ExpectNear(corner.first.GetStart(), kCentre);
+            ExpectNear(corner.second.GetEnd(), kCentre);
+            EXPECT_NEAR(corner.first.Length(), 50, 1e-9);
+            int reports = 0;
+            for (const auto& entry : log.entries)
+                reports += entry.object == &corner.first || entry.object == &corner.second ? 1 : 0;
+            EXPECT_EQ(reports, static_cast<int>(curves.size())) << "lines report themselves";
+            dim.UpdateDimension(); // the value was taken once
+            EXPECT_NEAR(dim.GetAnnotation(), value, 1e-9);
+        }
+    }
+}
+
+TEST(AngularEdit, TypedValuesMeasureMovedLines) {
+    Corner corner(0, 40);
+    Line moved(FromCentre(0, 0), FromCentre(50, 15));
+    ASSERT_TRUE(corner.first.CopyCurveData(&moved));
+    corner.dim.SetUpdateSide(2);
+    corner.dim.SetAnnotation(60.0);
+    corner.dim.UpdateDimension();
+    EXPECT_NEAR(corner.dim.GetAnnotation(), 60.0, 1e-9);
+    EXPECT_NEAR(AngleOf(corner.first.GetEnd()), 15.0, 1e-9);
+}
+
+TEST(AngularEdit, ImpossibleValuesMoveNothing) {
+    const double kNan = std::numeric_limits<double>::quiet_NaN();
+    const double kInf = std::numeric_limits<double>::infinity();
+    const struct {
+        double value;
+        int side;
+    } rows[] = {{0, 1},    {-30, 2},  {180, 0},   {250, 1}, {9e-11, 2}, {179.99999999995, 2},
+                {kNan, 0}, {kInf, 1}, {-kInf, 2}, {30, -1}, {30, 3}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        Corner corner(20, 70);
+        corner.dim.SetUpdateSide(row.side);
+        corner.dim.SetAnnotation(row.value);
+        corner.dim.UpdateDimension();
+        EXPECT_NEAR(corner.dim.GetAnnotation(), 70.0, 1e-9);
+        EXPECT_EQ(corner.first.GetEnd(), FromCentre(50, 20));
+        EXPECT_EQ(corner.second.GetStart(), FromCentre(40, 90));
+    }
+}
+
+TEST(AngularEdit, TheTextFollowsThePointer) {
+    std::mt19937 rng(4711);
+    std::uniform_real_distribution<double> at(-60, 60);
+    for (int trial = 0; trial < 200; ++trial) {
+        SCOPED_TRACE(trial);
+        Corner corner(3.0 * at(rng), 20 + std::fabs(at(rng)) * 2);
+        AngularDimension& dim = corner.dim;
+        const double value = dim.GetAnnotation();
+        const Line* first = dim.GetLine(0);
+        std::vector<Point> path = {TextMiddle(dim)};
+        for (int i = 0; i < 6; ++i) {
+            path.push_back(FromCentre(5 + std::fabs(at(rng)), 3 * at(rng)));
+            Drag(dim, {path[i], path[i + 1]});
+            ExpectNear(TextMiddle(dim), path[i + 1], 1e-8);
+            EXPECT_NEAR(dim.GetAnnotation(), value, 1e-9);
+            EXPECT_EQ(dim.GetLine(0), first);
+            const Arc& arc = *dim.GetDimensionArc();
+            EXPECT_NEAR(arc.GetRadius(), path[i + 1].Distance(kCentre), 1e-9);
+            EXPECT_NEAR(dim.GetAnnotCenterDistOffset(),
+                        std::fabs(dim.GetAnnotCenterParamOffset()) * arc.GetRadius(), 1e-9);
+            EXPECT_NEAR(dim.GetDecoEndDistance(), dim.ComputeDecoEndDistance(dim.GetParam()), 1e-12);
+            ExpectNear(first->GetStart().AffineCombine(dim.GetLineParam(1), first->GetDirection()),
+                       arc.GetStart(), 1e-8);
+            const std::vector<Point> points = DecorationOf(dim, 1);
+            dim.UpdateDimension();
+            for (std::size_t k = 0; k < points.size(); ++k)
+                ExpectNear(DecorationOf(dim, 1)[k], points[k], 1e-8, "an update changes nothing");
+        }
+        Drag(dim, {path.back(), path.front()});
+        ExpectNear(TextMiddle(dim), path.front(), 1e-8);
+        ExpectNear(DecorationOf(dim, 2)[1], FromCentre(20, AngleOf(dim.GetDimensionArc()->GetEnd())), 1e-8);
+    }
+}
+
+TEST(AngularEdit, TextBeyondAnEndIsReachedByTheArc) {
+    for (const double at : {-170.0, 10.0}) {
+        for (const bool isBeyondEnd : {true, false}) {
+            Corner corner(at, 60);
+            const double text = isBeyondEnd ? 100 : -40;
+            Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(20, at + text)});
+            const int side = isBeyondEnd ? 2 : 1;
+            EXPECT_EQ(corner.dim.GetOutsideSide(), side);
+            // Half a text of "60 degrees" and half a letter are 5 along the arc.
+            const Point edge = FromCentre(20, at + text + (isBeyondEnd ? -5 : 5) / 20.0 * kDeg);
+            ExpectNear(DecorationOf(corner.dim, 1)[0], edge);
+            ExpectNear(DecorationOf(corner.dim, 2)[0], edge);
+        }
+    }
+}
+
+TEST(AngularEdit, TheRadiusStaysAboveTheFontHeight) {
+    Corner corner(10, 60);
+    Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(1, 40)});
+    EXPECT_DOUBLE_EQ(corner.dim.GetDimensionArc()->GetRadius(), 4.0);
+    Drag(corner.dim, {TextMiddle(corner.dim), kCentre}); // no direction left: the angle stays
+    EXPECT_DOUBLE_EQ(corner.dim.GetDimensionArc()->GetRadius(), 4.0);
+    EXPECT_NEAR(corner.dim.GetParam() * kDeg, 40.0, 1e-6);
+    EXPECT_FALSE(corner.dim.MoveDimDeco(nullptr));
+}
+
+TEST(AngularEdit, TextSnapsToTheMiddleOnApproachOnly) {
+    // Along the arc from the middle: start, steps, where the text ends up. The radius is 20.
+    const struct {
+        double start;
+        std::vector<double> steps;
+        double end;
+    } rows[] = {{5, {-4.5}, 0},  {5, {-3.5}, 1.5},          {5, {-5.9}, 0},
+                {0, {0.5}, 0.5}, {0, {0.5, 0.4, 0.4}, 1.3}, {-3, {1, 1.1, 0.3}, 0.3}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.start);
+        Corner corner(150, 80);
+        const auto drag = [&](double step, double snap) {
+            const double from = corner.dim.GetAnnotCenterParamOffset() * 20;
+            Drag(corner.dim,
+                 {FromCentre(20, 190 + from / 20 * kDeg), FromCentre(20, 190 + (from + step) / 20 * kDeg)},
+                 snap);
+        };
+        drag(row.start, 0.0);
+        for (const double step : row.steps)
+            drag(step, 1.0);
+        EXPECT_NEAR(corner.dim.GetAnnotCenterParamOffset() * 20, row.end, 1e-9);
+        if (row.end == 0.0) {
+            EXPECT_EQ(corner.dim.GetParam(), corner.dim.GetDimensionArc()->GetMidParam());
+        }
+    }
+}
+
+TEST(AngularEdit, FieldsReportOnceAndBeforeTheyAreStored) {
+    Corner corner(0, 50);
+    AngularDimension& dim = corner.dim;
+    dim.SetIsFinalized(true);
+    ChangeLog log;
+    const double param = dim.GetParam();
+    bool wasOld = true;
+    log.onChange = [&] { wasOld = wasOld && dim.GetParam() == param && dim.GetLineParam(2) == 0.5; };
+    dim.SetParam(0.5);
+    EXPECT_EQ(log.Take(dim), 1);
+    EXPECT_TRUE(wasOld);
+    log.onChange = nullptr;
+    const auto arc = std::make_unique<Arc>(kCentre, 3.0);
+    Line third(FromCentre(0, 0), FromCentre(9, 9));
+    const std::function<void()> changes[] = {
+        [&] { dim.SetLineParam(1, 0.25); },
+        [&] { dim.SetParamUsed(3); },
+        [&] { dim.SetAnnotCenterParamOffset(0.1); },
+        [&] { dim.SetAnnotCenterDistOffset(2.0); },
+        [&] { dim.SetDecoEndDistance(1.0); },
+        [&] { dim.SetAngularDimDeco(1, new AngularDimDeco); },
+        [&] { dim.SetAngularDimDeco(1, dim.GetAngularDimDeco(1)); },
+        [&] { dim.SetDimensionArc(dim.GetDimensionArc()); },
+        [&] { dim.SetDimensionArc(new Arc(*arc)); },
+    };
+    log.Take(dim);
+    for (std::size_t i = 0; i < std::size(changes); ++i) {
+        changes[i]();
+        EXPECT_EQ(log.Take(dim), 1) << i;
+    }
+    dim.AddGeometry(&third); // no free place
+    dim.SetAngularDimDeco(0, nullptr);
+    EXPECT_EQ(log.Take(dim), 0);
+    EXPECT_EQ(dim.GetLineParam(1), 0.25);
+    EXPECT_EQ(dim.GetLineParam(7), dim.GetLineParam(2));
+    EXPECT_EQ(dim.GetParamUsed(), 3);
+    EXPECT_EQ(dim.GetDimensionArc()->GetRadius(), 3.0);
+    EXPECT_EQ(dim.GetLine(2), nullptr);
+    dim.AdjustPoint1s(); // an incomplete record is left alone
+}
+
+TEST(AngularEdit, ReplacingLinesMovesTheAttachment) {
+    Corner corner(0, 50);
+    Line other(FromCentre(0, 0), FromCentre(30, 80));
+    corner.dim.ReplaceCurve(&other); // by kind: in place of the first
+    EXPECT_EQ(corner.dim.GetLine(0), &other);
+    EXPECT_FALSE(corner.first.HasDimension(&corner.dim));
+    EXPECT_TRUE(other.HasDimension(&corner.dim));
+    corner.dim.UpdateDimension();
+    EXPECT_NEAR(corner.dim.GetAnnotation(), 30.0, 1e-9);
+    Corner source(90, 20);
+    EXPECT_TRUE(corner.dim.Replace(&source.dim));
+    EXPECT_FALSE(corner.dim.Replace(&source.first));
+    EXPECT_EQ(corner.dim.GetAnnotation(), source.dim.GetAnnotation());
+    EXPECT_TRUE(source.first.HasDimension(&corner.dim));
+    EXPECT_EQ(other.GetNumDimensions(), 0);
+    EXPECT_NE(corner.dim.GetDimensionArc(), source.dim.GetDimensionArc());
+    AngularDimension read;
+    read.AddGeometry(&source.first);
+    read.AddGeometry(&source.first);
+    read.AddGeometry(&source.second);
+    EXPECT_EQ(read.GetLine(1), &source.second);
+    EXPECT_FALSE(source.first.HasDimension(&read));
+}
+
+TEST(AngularEdit, ReflectionsKeepTheTextWhereItWas) {
+    Corner corner(10, 70);
+    Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(25, 60)});
+    double m[3][3] = {{-1, 0, 3}, {0, 1, 2}, {0, 0, 0.5}};
+    Point middle = TextMiddle(corner.dim);
+    middle.Transform(m);
+    corner.first.Transform(m);
+    corner.second.Transform(m);
+    corner.dim.Transform(m);
+    corner.dim.UpdateDimension();
+    EXPECT_NEAR(corner.dim.GetAnnotation(), 70.0, 1e-9);
+    EXPECT_EQ(corner.dim.GetLine(0), &corner.second);
+    ExpectNear(TextMiddle(corner.dim), middle, 1e-8);
+}
