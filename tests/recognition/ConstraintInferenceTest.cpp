@@ -122,6 +122,28 @@ TEST(ConstraintInference, SetsAreIndependentAndSatisfied) {
     }
 }
 
+// Shapes side by side: nothing is read into their chance arrangement, and each is found as if it were alone.
+TEST(ConstraintInference, SeveralShapesInOneDrawing) {
+    std::mt19937 rng(20240807);
+    SketchMaker maker(rng);
+    int found = 0, right = 0, intended = 0, satisfied = 0;
+    for (int k = 0; k < 30; ++k) {
+        const GeneratedSketch sketch = maker.MakeDrawing({k, 5 * k + 1, 7 * k + 4, k + 6}, {});
+        const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
+        EXPECT_GT(LeastSingularValue(DenseRows(inferred.constraints, inferred.adjusted)), 1e-3);
+        for (const InferredConstraint& c : inferred.constraints) {
+            ++found;
+            right += MissOf(c, sketch.exact) < 1e-5 ? 1 : 0;
+        }
+        for (const InferredConstraint& c : sketch.intended) {
+            ++intended;
+            satisfied += MissOf(c, inferred.adjusted) < 1e-5 ? 1 : 0;
+        }
+    }
+    EXPECT_GE(right, 0.995 * found);
+    EXPECT_GE(satisfied, 0.98 * intended);
+}
+
 /// Kinds and elements, to compare sets.
 std::vector<std::array<int, 8>> Keys(const std::vector<InferredConstraint>& constraints) {
     std::vector<std::array<int, 8>> keys;

@@ -59,12 +59,13 @@ public:
     /// The kinds of shapes, in turn: `family` modulo FamilyCount.
     static constexpr int FamilyCount() { return 12; }
     /// A drawing of one shape, noise included.
-    GeneratedSketch Make(int family, const SketchNoise& noise) {
-        do {
-            sketch_ = GeneratedSketch();
-            frame_ = {Uniform(-50, 50), Uniform(-50, 50), 0.0};
-            Draw(family % FamilyCount());
-        } while (IsAmbiguous());
+    GeneratedSketch Make(int family, const SketchNoise& noise) { return MakeDrawing({family}, noise); }
+    /// A drawing of several shapes side by side.
+    GeneratedSketch MakeDrawing(const std::vector<int>& families, const SketchNoise& noise) {
+        sketch_ = GeneratedSketch();
+        turn_ = Uniform(0.15, std::numbers::pi / 2 - 0.15);
+        for (std::size_t i = 0; i < families.size(); ++i)
+            AddShape(families[i], 400.0 * (i % 8), 400.0 * (i / 8));
         do {
             sketch_.drawn.clear();
             for (const CurvePtr& c : sketch_.exact)
@@ -82,6 +83,20 @@ private:
     static constexpr auto kEnd = Geometry::SnapPointType_End;
     static constexpr auto kWhole = Geometry::SnapPointType_None;
     static constexpr auto kCentre = Geometry::SnapPointType_Center;
+
+    /// Another family takes over when this one has no room left between the directions and radii that are
+    /// there.
+    void AddShape(int family, double x, double y) {
+        shape_ = sketch_.exact.size();
+        const std::size_t constraints = sketch_.intended.size();
+        int tries = 0;
+        do {
+            sketch_.exact.resize(shape_);
+            sketch_.intended.resize(constraints);
+            frame_ = {x + Uniform(-50, 50), y + Uniform(-50, 50), 0.0};
+            Draw((family + tries++ / 200) % FamilyCount());
+        } while (IsAmbiguous());
+    }
 
     // --- Exact curves, in the shape's frame
     Point Place(double x, double y) const {
@@ -132,7 +147,8 @@ private:
                                                    : Geometry::ConstraintKind_Vertical,
                    {{first + i, kWhole}});
     }
-    void TurnFrame() { frame_[2] = Uniform(0.15, std::numbers::pi / 2 - 0.15); }
+    /// Turned shapes of one drawing are turned alike.
+    void TurnFrame() { frame_[2] = turn_; }
 
     // --- The shapes
     void Draw(int family) {
@@ -326,8 +342,8 @@ private:
             const Curve& a = *sketch_.exact[i];
             if (a.GetType() == Geometry::CurveType_Line && !IsClear(DirectionDeg(a), 90.0))
                 return true;
-            for (std::size_t j = i + 1; j < sketch_.exact.size(); ++j)
-                if (!IsClearPair(a, *sketch_.exact[j]))
+            for (std::size_t j = std::max(i + 1, shape_); j < sketch_.exact.size(); ++j)
+                if (!IsClearPair(a, *sketch_.exact[j], i >= shape_))
                     return true;
         }
         return false;
@@ -341,12 +357,15 @@ private:
         const double off = std::fabs(std::remainder(deg, period));
         return off < 1e-6 || off > 8.0;
     }
-    static bool IsClearPair(const Curve& a, const Curve& b) {
+    /// Lengths of different shapes are nobody's business.
+    static bool IsClearPair(const Curve& a, const Curve& b, bool sameShape) {
         if (a.GetType() != b.GetType())
             return true;
         const bool lines = a.GetType() == Geometry::CurveType_Line;
         if (lines && !IsClear(DirectionDeg(a) - DirectionDeg(b), 90.0))
             return false;
+        if (lines && !sameShape)
+            return true;
         const double sizeA = lines ? a.Length() : static_cast<const Geometry::Arc&>(a).GetRadius();
         const double sizeB = lines ? b.Length() : static_cast<const Geometry::Arc&>(b).GetRadius();
         const double difference = std::fabs(sizeA - sizeB);
@@ -398,6 +417,8 @@ private:
     std::mt19937& rng_;
     GeneratedSketch sketch_;
     std::array<double, 3> frame_{}; ///< origin x, y and rotation of the shape
+    double turn_ = 0.0;
+    std::size_t shape_ = 0; ///< index of the shape's first curve
 };
 
 } // namespace Tessera::Testing

@@ -83,6 +83,16 @@ void ProposePerpendiculars(CandidateList& list, const std::vector<DirectedLine>&
             list.Propose(ConstraintKind_Perpendicular, {Whole(pair.first), Whole(pair.second)});
 }
 
+/// Whether the lines lie near enough to each other to be seen as one interrupted line: the gap is no longer
+/// than their mean length.
+bool AreInSight(const CandidateList& list, int a, int b) {
+    const Curve& first = list.sketch.Original(a);
+    const Curve& second = list.sketch.Original(b);
+    const double reach = 0.5 * (first.Length() + second.Length());
+    const double apart = list.sketch.At(a, SnapPointType_Mid).Distance(list.sketch.At(b, SnapPointType_Mid));
+    return apart - reach <= reach;
+}
+
 /// Lines of one run have about the same direction: those with about the same offset may be collinear.
 void ProposeCollinear(CandidateList& list, std::span<const DirectedLine> run) {
     const double ux = std::cos(run.front().angle);
@@ -97,7 +107,7 @@ void ProposeCollinear(CandidateList& list, std::span<const DirectedLine> run) {
         for (std::size_t j = i + 1; j < std::min(i + 3, offsets.size()); ++j) {
             const auto [a, b] = std::minmax(offsets[i].second, offsets[j].second);
             // Joined lines share a point already: being parallel makes them collinear.
-            if (!list.AreJoined(a, b))
+            if (!list.AreJoined(a, b) && AreInSight(list, a, b))
                 list.Propose(ConstraintKind_Collinear, {Whole(a), Whole(b)});
         }
 }

@@ -19,6 +19,9 @@ constexpr std::size_t kMostAxes = 8;
 /// all.
 constexpr int kLeastMated = 4;
 constexpr double kLeastShare = 2.0 / 3.0;
+/// Of the axis' length: what lies beyond its ends by more than this, or farther beside it, is another shape.
+constexpr double kOverhang = 0.25;
+constexpr double kWidestShape = 1.5;
 /// Of the tolerance zone: no image is looked for farther away, however long the lever on the axis.
 constexpr double kFarthestMate = 4.0;
 
@@ -39,14 +42,20 @@ std::vector<int> AxisCandidates(const CandidateList& list) {
     return axes;
 }
 
-/// Signed distance from the axis, and the mirrored point.
-double Reflect(const SketchParameters& sketch, int axis, const Point& p, Point* mirrored) {
+/// A point in the frame of an axis.
+struct AxisView {
+    double along;  ///< 0 at the axis' start, 1 at its end
+    double across; ///< signed distance, model units
+    Point mirrored;
+};
+
+AxisView ViewFrom(const SketchParameters& sketch, int axis, const Point& p) {
     const double* l = sketch.Of(axis);
     const double length = std::hypot(l[2] - l[0], l[3] - l[1]);
     const Point u((l[2] - l[0]) / length, (l[3] - l[1]) / length);
-    const double across = u.x * (p.y - l[1]) - u.y * (p.x - l[0]);
-    *mirrored = Point(p.x + 2.0 * across * u.y, p.y - 2.0 * across * u.x);
-    return across;
+    const Point from(p.x - l[0], p.y - l[1]);
+    const double across = u.Cross(from);
+    return {u.Dot(from) / length, across, Point(p.x + 2.0 * across * u.y, p.y - 2.0 * across * u.x)};
 }
 
 class MirrorSearch {
@@ -61,12 +70,13 @@ public:
         for (int i = 0; i < static_cast<int>(points_.size()); ++i) {
             if (points_[i].element.curve == axis)
                 continue;
-            Point mirrored;
-            if (std::fabs(Reflect(list_.sketch, axis, points_[i].at, &mirrored)) <=
-                list_.options.toleranceZone)
+            const AxisView view = ViewFrom(list_.sketch, axis, points_[i].at);
+            const double far = kWidestShape * list_.sketch.Original(axis).Length();
+            if (view.along < -kOverhang || view.along > 1.0 + kOverhang || std::fabs(view.across) > far ||
+                std::fabs(view.across) <= list_.options.toleranceZone)
                 continue;
             ++off;
-            mate[i] = MateOf(i, mirrored, axis);
+            mate[i] = MateOf(i, view.mirrored, axis);
             mated += mate[i] >= 0 ? 1 : 0;
         }
         if (mated < kLeastMated || mated < kLeastShare * off)

@@ -80,10 +80,13 @@ public:
         const double scale = LengthOf(unit); // 1 on the ellipse; the radial distance is a fair bound
         return OfDistance(scale > 0.0 ? distance * (1.0 - 1.0 / scale) : std::min(q[2], q[3]));
     }
-    /// Line e's middle from the infinite line `from`, whose direction is uncertain: more so with the
+    /// Line e's nearer end from the infinite line `from`, whose direction is uncertain: more so with the
     /// distance.
     double OfOffset(int e, int from) const {
-        const Pair<double> away = MiddleOf(e) - MiddleOf(from);
+        const Pair<double> towardsStart = StartOf(e) - MiddleOf(from);
+        const Pair<double> towardsEnd = towardsStart + Along(e);
+        const bool startIsNear = DotOf(towardsStart, towardsStart) < DotOf(towardsEnd, towardsEnd);
+        const Pair<double> away = startIsNear ? towardsStart : towardsEnd;
         const double swing = LengthOf(away) * options_.directionSpreadDeg * std::numbers::pi / 180.0;
         return std::fabs(CrossOf(Along(from), away)) / LengthOf(Along(from)) /
                std::hypot(options_.toleranceZone / kDeviationLimit, swing);
