@@ -21,14 +21,14 @@ struct Corners {
     double at[8][3] = {};
 };
 
-BoundingBox SegmentBox(Point a, Point b) {
+BoundingBox SegmentBox(const Point& a, const Point& b) {
     const Point half = (b - a) / 2.0;
     const double centre[3] = {(a.x + b.x) / 2, (a.y + b.y) / 2, 0};
     const double halfSizes[3][3] = {{half.x, half.y, 0}};
     return {1, centre, halfSizes};
 }
 
-BoundingBox Rectangle(Point c, double angle, double w, double h) {
+BoundingBox Rectangle(const Point& c, double angle, double w, double h) {
     const double centre[3] = {c.x, c.y, 0};
     const double halfSizes[3][3] = {{w * std::cos(angle), w * std::sin(angle), 0},
                                     {-h * std::sin(angle), h * std::cos(angle), 0}};
@@ -41,7 +41,7 @@ BoundingBox Solid() {
     return {3, centre, halfSizes};
 }
 
-bool Contains(const BoundingBox& box, Point p, double tol) {
+bool Contains(const BoundingBox& box, const Point& p, double tol) {
     const double xyz[3] = {p.x, p.y, 0};
     return box.IsPointInBBox(xyz, tol);
 }

@@ -132,6 +132,10 @@ TEST(Curve, ReplaceTakesOnlyItsOwnKind) {
     EXPECT_TRUE(line.Replace(&line));
     EXPECT_TRUE(line.IsSameCurve(&other));
     EXPECT_FALSE(arc.CopyCurveData(&line));
+    log.Take(line);
+    line.SetIsReflectCenterLine(false);
+    EXPECT_EQ(log.Take(line), 1);
+    EXPECT_FALSE(line.IsReflectCenterLine());
 }
 
 TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {

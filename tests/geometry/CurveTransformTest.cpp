@@ -32,7 +32,7 @@ Matrix Turn(const char* name, double angle, double dx, double dy, double w) {
     return {name, {{c, -s, dx}, {s, c, dy}, {0, 0, w}}, false};
 }
 
-Matrix Mirror(const char* name, Point a, Point b) {
+Matrix Mirror(const char* name, const Point& a, const Point& b) {
     Matrix mirror = {name, {}, true};
     Tessera::Core::ComposeMirrorTransform(a, b, mirror.m);
     return mirror;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <memory>
 #include <numbers>
+#include <numeric>
 
 #include "tessera/kernel/EQ.h"
 #include "tests/support/ChangeLog.h"
@@ -122,10 +123,9 @@ TEST(Spline, PeriodicSplinesCloseByTheirKnots) {
     for (int i = 0; i < 9; ++i)
         poles.insert(poles.end(),
                      {std::cos(i * std::numbers::pi / 3), std::sin(i * std::numbers::pi / 3), 0, 1});
-    std::vector<double> knots;
-    for (int i = 0; i < 13; ++i)
-        knots.push_back(i - 3.0);
-    const Spline spline(9, 4, 1, knots.data(), reinterpret_cast<double(*)[4]>(poles.data()));
+    double knots[13];
+    std::iota(knots, knots + 13, -3.0);
+    const Spline spline(9, 4, 1, knots, reinterpret_cast<double(*)[4]>(poles.data()));
     EXPECT_TRUE(spline.IsPeriodic() && spline.IsClosed() && spline.IsG1Closed());
     EXPECT_NEAR(spline.GetPointAtParameter(1.25, false).Distance(spline.GetPointAtParameter(0.25, false)),
                 0.0, 1e-14);

@@ -71,9 +71,9 @@ Deviation DenseDeviation(const BCURVE_DATA& d, const std::vector<Point3>& pts, i
 }
 
 std::vector<Point3> Sample(int n, const std::function<Point3(double)>& curve) {
-    std::vector<Point3> pts;
+    std::vector<Point3> pts(n);
     for (int i = 0; i < n; ++i)
-        pts.push_back(curve(static_cast<double>(i) / (n - 1)));
+        pts[i] = curve(static_cast<double>(i) / (n - 1));
     return pts;
 }
 
@@ -183,10 +183,10 @@ TEST(BCRVFIT, KnownSplinesNeedNoMorePolesThanTheyHave) {
         for (int i = 1; i <= poles - 3; ++i)
             knots.push_back(static_cast<double>(i) / (poles - 2));
         knots.insert(knots.end(), 3, 1.0);
-        std::vector<std::array<double, 4>> p;
+        std::vector<std::array<double, 4>> p(poles);
         for (int i = 0; i < poles; ++i)
             // Over its Greville abscissa: the pen's speed is then about even, as chord length supposes.
-            p.push_back({0.5 * (knots[i + 1] + knots[i + 2]) * poles, jump(rng), 0.0, 1.0});
+            p[i] = {0.5 * (knots[i + 1] + knots[i + 2]) * poles, jump(rng), 0.0, 1.0};
         const BCURVE_DATA known{reinterpret_cast<double(*)[4]>(p.data()), knots.data(), poles, 3, 2, 0, 1};
         const std::vector<Point3> pts = Sample(40 * poles, [&](double t) { return PointAt(known, t); });
         const Fitted f = Fit(pts, {3, false, BCRVFIT_KNOTS_UNIFORM, 0.01, {}});

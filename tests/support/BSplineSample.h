@@ -20,7 +20,7 @@ struct BSplineSample {
         BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(poles.data())));
         RecordPtr c(ev09p1(d.get()));
         if (c)
-            d.release();
+            (void)d.release(); // the record owns it now
         return c;
     }
 };
@@ -48,13 +48,13 @@ inline BSplineSample RandomOpen(std::mt19937& rng, int order, int numPoles, bool
 inline BSplineSample RandomPeriodic(std::mt19937& rng, int order, int segments, bool rational) {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     const int degree = order - 1, n = segments + degree;
-    std::vector<double> steps;
-    for (int i = 0; i < segments; ++i)
-        steps.push_back(0.2 + unit(rng));
+    std::vector<double> steps(static_cast<std::size_t>(segments));
+    for (double& step : steps)
+        step = 0.2 + unit(rng);
     BSplineSample s;
     s.order = order;
     s.periodic = 1;
-    s.knots.assign(static_cast<std::size_t>(n + order), 0.0);
+    s.knots.assign(static_cast<std::size_t>(n) + order, 0.0);
     for (int i = degree + 1; i < n + order; ++i)
         s.knots[i] = s.knots[i - 1] + steps[(i - degree - 1) % segments];
     for (int i = degree - 1; i >= 0; --i)

@@ -13,6 +13,7 @@ using Points2 = std::vector<Vex::Math::Point2>;
 inline Points2 EllipsePoints(Vex::Math::Point2 centre, double a, double b, double angle, double start,
                              double sweep, int n) {
     Points2 pts;
+    pts.reserve(n);
     const double c = std::cos(angle), s = std::sin(angle);
     for (int i = 0; i < n; ++i) {
         const double t = start + sweep * i / (n - 1), u = a * std::cos(t), v = b * std::sin(t);
