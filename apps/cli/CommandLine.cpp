@@ -18,6 +18,8 @@ struct RawOptions {
     std::string format;
     std::string inkScale = "auto";
     std::vector<std::string> preferences;
+    bool asksScribbles = false;
+    bool hasNoScribbles = false;
 };
 
 std::string RecognizeFooter() {
@@ -32,6 +34,7 @@ std::string RecognizeFooter() {
         "  tessera recognize sketch.inkml -o sketch.svg\n"
         "  tessera recognize --to json strokes.ndjson > curves.ndjson\n"
         "  tessera recognize -o pictures/ *.json\n"
+        "  tessera recognize --no-scribble hatching.svg\n"
         "  tessera recognize --preference AskTangentAngleThreshold=40 sketch.inkml\n\n"
         "Preferences and their defaults (lengths at the working size that --ink-scale brings the ink to):\n";
     for (const std::string& preference : ListPreferences()) {
@@ -40,16 +43,9 @@ std::string RecognizeFooter() {
     return text;
 }
 
-void DefineRecognize(CLI::App& command, RawOptions& raw) {
+/// What both commands take.
+void DefineCommon(CLI::App& command, RawOptions& raw) {
     command.add_option("INPUT", raw.line.inputs, "Ink files; - is standard input")->required();
-    command.add_option("-o,--output", raw.line.output,
-                       "File to write, - for standard output (default), or a directory (with a / at its end) "
-                       "that gets one file for each input");
-    command
-        .add_option(
-            "--to", raw.format,
-            "svg, json or summary; by default what the name after -o tells, summary on standard output")
-        ->check(CLI::IsMember({"svg", "json", "summary"}));
     command
         .add_option("--preference", raw.preferences,
                     "Setting of the recogniser by the name of its getter, as in AskTangentAngleThreshold=40; "
@@ -68,19 +64,54 @@ void DefineRecognize(CLI::App& command, RawOptions& raw) {
                      "Hand the samples to the recogniser as they are: neither cleaned nor resampled, and at "
                      "scale 1 unless --ink-scale gives a number");
     command.add_flag("--quiet", raw.line.isQuiet, "No progress bar and no reports of single strokes");
+}
+
+void DefineRecognize(CLI::App& command, RawOptions& raw) {
+    command.add_option("-o,--output", raw.line.output,
+                       "File to write, - for standard output (default), or a directory (with a / at its end) "
+                       "that gets one file for each input");
+    command
+        .add_option(
+            "--to", raw.format,
+            "svg, json or summary; by default what the name after -o tells, summary on standard output")
+        ->check(CLI::IsMember({"svg", "json", "summary"}));
+    DefineCommon(command, raw);
+    command.add_flag("--no-scribble", raw.hasNoScribbles,
+                     "Read every stroke as geometry; without this a scribble erases what it covers of the "
+                     "strokes before it");
     command.footer(RecognizeFooter());
+}
+
+void DefineScribble(CLI::App& command, RawOptions& raw) {
+    command.add_option("-o,--output", raw.line.output,
+                       "File to write, - for standard output (default), or a directory (with a / at its end) "
+                       "that gets one file for each input");
+    command
+        .add_option("--to", raw.format,
+                    "json or summary; by default what the name after -o tells, summary on standard output")
+        ->check(CLI::IsMember({"json", "summary"}));
+    DefineCommon(command, raw);
+    command.footer("Ink files, preferences and exit status are those of \"tessera recognize --help\".\n\n"
+                   "Examples:\n"
+                   "  tessera scribble sketch.inkml\n"
+                   "  tessera scribble --to json strokes.ndjson > scribbles.ndjson\n"
+                   "  tessera scribble --preference GetMinNumCusps=5 sketch.inkml\n");
 }
 
 OutputFormat ChooseFormat(const RawOptions& raw) {
     const std::filesystem::path output = raw.line.output;
     const std::string extension = output.extension().string();
     const bool isDirectory = !output.has_filename() || std::filesystem::is_directory(output);
+    const bool isJsonName = extension == ".json" || extension == ".ndjson" || extension == ".jsonl";
+    const bool isJson = raw.format == "json" || (raw.format.empty() && isJsonName);
+    if (raw.asksScribbles) {
+        return isJson ? OutputFormat::ScribbleJson : OutputFormat::ScribbleSummary;
+    }
     if (raw.format == "svg" ||
         (raw.format.empty() && (extension == ".svg" || (isDirectory && output != "-")))) {
         return OutputFormat::Svg;
     }
-    const bool isJsonName = extension == ".json" || extension == ".ndjson" || extension == ".jsonl";
-    if (raw.format == "json" || (raw.format.empty() && isJsonName)) {
+    if (isJson) {
         return OutputFormat::Json;
     }
     return OutputFormat::Summary;
@@ -104,6 +135,7 @@ std::string CompleteOptions(RawOptions& raw) {
     } catch (const PreferenceError& error) {
         return error.what();
     }
+    raw.line.options.useScribbles = !raw.hasNoScribbles;
     raw.line.format = ChooseFormat(raw);
     return {};
 }
@@ -116,15 +148,19 @@ std::optional<CommandLine> ParseCommandLine(int argc, const char* const* argv, s
     CLI::App app("Turns pen strokes into lines, arcs, circles, ellipses and B-splines.", "tessera");
     app.set_version_flag("--version", "tessera " TESSERA_VERSION);
     app.require_subcommand(1);
-    app.footer("Run \"tessera recognize --help\" for its options.");
+    app.footer("Run \"tessera recognize --help\" or \"tessera scribble --help\" for their options.");
     CLI::App* recognize = app.add_subcommand("recognize", "Recognise the geometry in ink files");
     DefineRecognize(*recognize, raw);
+    CLI::App* scribble =
+        app.add_subcommand("scribble", "Tell which strokes are scribbles, and what they erase");
+    DefineScribble(*scribble, raw);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         status = app.exit(error, out, err) == 0 ? kFine : kBadFile;
         return std::nullopt;
     }
+    raw.asksScribbles = scribble->parsed();
     if (const std::string mistake = CompleteOptions(raw); !mistake.empty()) {
         err << "tessera: " << mistake << '\n';
         status = kBadFile;

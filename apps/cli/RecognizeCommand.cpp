@@ -43,8 +43,10 @@ const char* ExtensionOf(OutputFormat format) {
     case OutputFormat::Svg:
         return ".svg";
     case OutputFormat::Json:
+    case OutputFormat::ScribbleJson:
         return ".json";
     case OutputFormat::Summary:
+    case OutputFormat::ScribbleSummary:
         break;
     }
     return ".txt";

@@ -1,4 +1,4 @@
-// `tessera recognize`: reads the inputs, recognises them and writes the results.
+// `tessera recognize` and `tessera scribble`: read the inputs, recognise them and write the results.
 #pragma once
 
 #include <iosfwd>

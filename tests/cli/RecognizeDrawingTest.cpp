@@ -82,6 +82,110 @@ TEST(RecognizeDrawing, PreferencesReachTheRecogniser) {
     EXPECT_EQ(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U);
 }
 
+/// A poly-line drawn by a pen.
+InkStroke Drawn(const std::vector<Position>& corners) {
+    InkStroke stroke;
+    for (std::size_t c = 0; c + 1 < corners.size(); ++c) {
+        for (int i = c == 0 ? 0 : 1; i <= 30; ++i) {
+            const double f = i / 30.0;
+            stroke.samples.push_back({corners[c].x + f * (corners[c + 1].x - corners[c].x),
+                                      corners[c].y + f * (corners[c + 1].y - corners[c].y), 0.0});
+        }
+    }
+    return stroke;
+}
+
+/// To and fro between y - half and y + half, from x0 to x1.
+InkStroke Scratch(double x0, double x1, double y, double half) {
+    std::vector<Position> corners;
+    for (int i = 0; i <= 8; ++i) {
+        corners.push_back({x0 + (x1 - x0) * i / 8.0, y + (i % 2 == 0 ? -half : half)});
+    }
+    return Drawn(corners);
+}
+
+TEST(RecognizeDrawing, ScribblesEraseWhatTheyCoverOfEarlierStrokes) {
+    for (const double size : {1e-6, 1.0, 1e6}) {
+        SCOPED_TRACE(size);
+        Drawing drawing;
+        drawing.strokes = {Drawn({{0, 0}, {200, 0}}),     Drawn({{100, -60}, {100, 140}}),
+                           Drawn({{0, 100}, {200, 100}}), Scratch(10, 190, 100, 15),
+                           Scratch(105, 200, 0, 12),      Drawn({{0, 105}, {200, 105}})};
+        for (InkStroke& stroke : drawing.strokes) {
+            for (Sample& sample : stroke.samples) {
+                sample.x *= size;
+                sample.y *= size;
+            }
+        }
+        const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, {}).strokes;
+        // The third line lies under the first scribble, which also crosses the second one: that stays.
+        EXPECT_TRUE(strokes[2].curves.empty());
+        ASSERT_EQ(strokes[2].erased.size(), 1U);
+        EXPECT_EQ(strokes[2].erased[0].by, 3);
+        EXPECT_EQ(strokes[3].erases, std::vector<int>{2});
+        EXPECT_EQ(strokes[1].curves.size(), 1U);
+        // The first line loses the part behind its crossing with the second.
+        ASSERT_EQ(strokes[0].curves.size(), 1U);
+        const auto& rest = std::get<LineShape>(strokes[0].curves[0].shape);
+        EXPECT_NEAR(rest.start.x, 0.0, 0.5 * size);
+        EXPECT_NEAR(rest.end.x, 100.0 * size, 1e-6 * size);
+        EXPECT_EQ(strokes[0].curves[0].to, 15);
+        ASSERT_EQ(strokes[0].erased.size(), 1U);
+        EXPECT_EQ(strokes[4].erases, std::vector<int>{0});
+        // A later stroke is safe.
+        EXPECT_EQ(strokes[5].curves.size(), 1U);
+        RecognizeOptions all;
+        all.useScribbles = false;
+        EXPECT_FALSE(RecognizeDrawing(drawing, all).strokes[3].curves.empty());
+    }
+}
+
+TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
+    struct Row {
+        const char* name;
+        Drawing drawing;
+        std::size_t left;
+        const char* kind;
+    };
+    const auto round = [](double a, double b) {
+        return DrawingOf([=](double u) {
+            return Position{a * std::cos(kTurn * u), b * std::sin(kTurn * u)};
+        });
+    };
+    const Row rows[] = {
+        {"circle", round(100, 100), 1, "arc"},
+        {"ellipse", round(100, 60), 1, "elliptic_arc"},
+        {"arc", DrawingOf([](double u) {
+             return Position{100 * std::cos(3 * u - 1.5), 100 * std::sin(3 * u - 1.5)};
+         }),
+         2, "arc"},
+        {"spline", DrawingOf([](double u) {
+             return Position{300.0 * u - 150.0, 30.0 * std::sin(kTurn * u)};
+         }),
+         2, "spline"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Drawing drawing = row.drawing;
+        const bool isSpline = row.kind == std::string("spline");
+        // Over the right side, across the seam of full turns; over the middle of the free form.
+        drawing.strokes.push_back(isSpline ? Scratch(-60, 60, 0, 40) : [] {
+            InkStroke scratch = Scratch(-55, 55, 85, 45);
+            for (Sample& s : scratch.samples) {
+                std::swap(s.x, s.y);
+            }
+            return scratch;
+        }());
+        const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, {}).strokes;
+        ASSERT_TRUE(strokes[1].isScribble);
+        ASSERT_EQ(strokes[0].curves.size(), row.left);
+        ASSERT_EQ(strokes[0].erased.size(), 1U);
+        for (const RecognizedCurve& curve : strokes[0].curves) {
+            EXPECT_STREQ(curve.KindName(), row.kind);
+        }
+    }
+}
+
 TEST(RecognizeDrawing, StrokesWithProblemsPassThrough) {
     Drawing drawing;
     drawing.strokes.push_back({{{5, 5, 0}}, false, "fewer than two points"});

@@ -63,6 +63,20 @@ expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale nan 
 expect 0 "line" recognize --ink-scale 0.5 good.json
 expect 0 "0..4" recognize --rules-only --to summary good.json
 
+# Two lines, the first of them scratched out: strokes 0 to 2.
+echo '{"id":"s","strokes":[[[0,20],[100,20]],[[0,80],[100,80]],
+    [[0,10],[20,30],[24,8],[44,32],[48,9],[68,31],[72,8],[92,30],[98,10]]]}' | tr -d '\n' >scratched.json
+expect 0 "stroke 2: scribble, 7 cusps, erases from stroke 0" scribble scratched.json
+expect 0 "3 strokes, 1 scribble" scribble scratched.json
+expect 0 '{"index":2,"points":9,"scribble":true,"cusps":7,"erases":[0]}' scribble --to json scratched.json
+expect 0 '{"index":1,"points":2,"scribble":false,"cusps":0,"erases":[]}' scribble --to json scratched.json
+expect 0 "no scribble" scribble --preference GetMinNumCusps=9 scratched.json
+expect 0 '"erased_by":2' recognize --to json scratched.json
+expect 0 "s: 3 strokes, 1 line" recognize scratched.json
+expect 0 "8 lines" recognize --no-scribble scratched.json
+expect 2 "--no-scribble" scribble --no-scribble scratched.json
+expect 0 'class="scribbles"' recognize --to svg scratched.json
+expect 0 "stroke 5: scribble, 6 cusps, erases from stroke 3" scribble "$examples/correction.json"
 expect 0 "" recognize -o picture.svg good.json
 check grep -q '<line x1=' picture.svg
 expect 2 "cannot be written" recognize -o no/such/place.svg good.json

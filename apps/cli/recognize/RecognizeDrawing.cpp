@@ -5,10 +5,9 @@
 #include <memory>
 
 #include "apps/cli/prepare/InkPreparation.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Ellipse.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/Spline.h"
+#include "apps/cli/recognize/CurveShapes.h"
+#include "apps/cli/recognize/Scribbles.h"
+#include "tessera/geometry/Curve.h"
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/strokes/Stroke.h"
@@ -17,74 +16,8 @@ namespace Tessera::Tool {
 
 namespace {
 
-using Geometry::Arc;
 using Geometry::Curve;
-using Geometry::Ellipse;
-using Geometry::Line;
-using Geometry::Point;
 using Geometry::RecognizedGeometry;
-using Geometry::Spline;
-
-Position ToInk(const WorkingFrame& frame, const Point& p) {
-    return frame.ToInk({p.x, p.y});
-}
-
-CurveShape ShapeOf(const Arc& arc, const WorkingFrame& frame) {
-    const Position center = ToInk(frame, arc.GetCenter());
-    const double radius = arc.GetRadius() / frame.scale;
-    if (arc.IsClosed()) {
-        return CircleShape{center, radius};
-    }
-    return ArcShape{center,
-                    radius,
-                    arc.GetStartAngle(),
-                    arc.GetEndAngle(),
-                    ToInk(frame, arc.GetStart()),
-                    ToInk(frame, arc.GetEnd())};
-}
-
-CurveShape ShapeOf(const Ellipse& ellipse, const WorkingFrame& frame) {
-    double center[2];
-    double radii[2];
-    double rotation = 0.0;
-    double start = 0.0;
-    double end = 0.0;
-    const bool isClosed = ellipse.AskEllipseData(center, radii, &rotation, &start, &end);
-    const EllipseShape shape{
-        frame.ToInk({center[0], center[1]}), {radii[0] / frame.scale, radii[1] / frame.scale}, rotation};
-    if (isClosed) {
-        return shape;
-    }
-    return EllipticArcShape{shape, start, end, ToInk(frame, ellipse.GetStart()),
-                            ToInk(frame, ellipse.GetEnd())};
-}
-
-CurveShape ShapeOf(const Spline& spline, const WorkingFrame& frame) {
-    const BCURVE_DATA& data = *static_cast<const EVC_bcurve_s*>(spline.AskCurveData()->data)->definition;
-    SplineShape shape{data.degree, spline.IsClosed(), {}, {}, {}};
-    shape.knots.assign(data.knots, data.knots + data.numPoles + data.order);
-    for (int i = 0; i < data.numPoles; ++i) {
-        shape.poles.push_back(frame.ToInk({data.poles[i][0], data.poles[i][1]}));
-        if (data.polynomial == 0) {
-            shape.weights.push_back(data.poles[i][3]);
-        }
-    }
-    return shape;
-}
-
-CurveShape ShapeOf(const Curve& curve, const WorkingFrame& frame) {
-    switch (curve.GetType()) {
-    case Geometry::CurveType_Arc:
-        return ShapeOf(static_cast<const Arc&>(curve), frame);
-    case Geometry::CurveType_Ellipse:
-        return ShapeOf(static_cast<const Ellipse&>(curve), frame);
-    case Geometry::CurveType_Spline:
-        return ShapeOf(static_cast<const Spline&>(curve), frame);
-    case Geometry::CurveType_Line:
-        break;
-    }
-    return LineShape{ToInk(frame, curve.GetStart()), ToInk(frame, curve.GetEnd())};
-}
 
 /// Longer side of the samples' box: the unit in which the recogniser tells a piece's deviation.
 double PieceSize(const std::vector<PreparedSample>& samples, int first, int last) {
@@ -195,11 +128,14 @@ RecognizedDrawing RecognizeDrawing(Drawing drawing, const RecognizeOptions& opti
         if (stroke.problem.empty() && !canScale) {
             stroke.problem = "too large or too small to compute with";
         }
-        if (stroke.problem.empty()) {
+        if (stroke.problem.empty() && !AskScribble(ink, options, stroke)) {
             const std::vector<PreparedSample> samples =
                 options.useRulesOnly ? TakeSamples(ink, frame) : PrepareStroke(ink, frame);
             stroke.curves = RecognizeSamples(samples, frame, options);
         }
+    }
+    if (canScale) {
+        EraseScribbled(recognized, options);
     }
     return recognized;
 }

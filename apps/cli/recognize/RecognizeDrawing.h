@@ -1,4 +1,4 @@
-// A drawing through preparation, recogniser and closing step, and back into ink units.
+// A drawing through preparation, recogniser, closing step and scribbles, and back into ink units.
 #pragma once
 
 #include <optional>
@@ -13,6 +13,7 @@ struct RecognizeOptions {
     Geometry::SketchRecognizerPreferences preferences;
     std::optional<double> inkScale; ///< nothing: the drawing is brought to the working size
     bool useRulesOnly = false;      ///< samples as they are, at scale 1 unless inkScale says otherwise
+    bool useScribbles = true;       ///< scribbles erase instead of becoming curves
 };
 
 /// At the working size, which is made for telling shapes apart, splines are fitted a second time at a size at

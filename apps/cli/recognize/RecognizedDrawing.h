@@ -67,11 +67,20 @@ struct RecognizedCurve {
     const char* KindName() const { return kCurveKindNames[shape.index()]; }
 };
 
+struct ErasedCurve {
+    RecognizedCurve curve; ///< the whole curve, or the piece of it that was under the scribble
+    int by = 0;            ///< index of the scribble
+};
+
 struct RecognizedStroke {
     int index = 0;
     int points = 0;
-    std::vector<RecognizedCurve> curves;
-    std::string problem; ///< why the stroke was not recognised; empty when it was
+    std::vector<RecognizedCurve> curves; ///< those that stand in the end
+    std::vector<ErasedCurve> erased;
+    bool isScribble = false;
+    int cusps = 0;           ///< reversals of the pen, when it was asked about
+    std::vector<int> erases; ///< indices of the strokes that the scribble erases something of, ascending
+    std::string problem;     ///< why the stroke was not recognised; empty when it was
 };
 
 struct RecognizedDrawing {

@@ -8,7 +8,8 @@
 
 namespace Tessera::Tool {
 
-enum class OutputFormat { Summary, Json, Svg };
+/// The last two are what `tessera scribble` writes.
+enum class OutputFormat { Summary, Json, Svg, ScribbleSummary, ScribbleJson };
 
 class DrawingWriter {
 public:
@@ -30,5 +31,9 @@ std::unique_ptr<DrawingWriter> MakeJsonWriter(std::ostream& out);
 std::unique_ptr<DrawingWriter> MakeSummaryWriter(std::ostream& out);
 /// One picture: the drawing with a legend, or a sheet of all drawings.
 std::unique_ptr<DrawingWriter> MakeSvgWriter(std::ostream& out);
+
+/// A line for each stroke: whether it is a scribble, its cusps, what it erases.
+std::unique_ptr<DrawingWriter> MakeScribbleSummaryWriter(std::ostream& out);
+std::unique_ptr<DrawingWriter> MakeScribbleJsonWriter(std::ostream& out);
 
 } // namespace Tessera::Tool

@@ -72,7 +72,30 @@ Json StrokeObject(const RecognizedStroke& stroke) {
     for (const RecognizedCurve& curve : stroke.curves) {
         json["curves"].push_back(CurveObject(curve));
     }
+    if (stroke.isScribble) {
+        json["scribble"] = true;
+        json["cusps"] = stroke.cusps;
+        json["erases"] = stroke.erases;
+    }
+    for (const ErasedCurve& erased : stroke.erased) {
+        Json curve = CurveObject(erased.curve);
+        curve["erased_by"] = erased.by;
+        json["erased"].push_back(std::move(curve));
+    }
     if (!stroke.problem.empty()) {
+        json["error"] = stroke.problem;
+    }
+    return json;
+}
+
+/// What `tessera scribble` tells of a stroke.
+Json AnswerObject(const RecognizedStroke& stroke) {
+    Json json = {{"index", stroke.index}, {"points", stroke.points}};
+    if (stroke.problem.empty()) {
+        json["scribble"] = stroke.isScribble;
+        json["cusps"] = stroke.cusps;
+        json["erases"] = stroke.erases;
+    } else {
         json["error"] = stroke.problem;
     }
     return json;
@@ -80,12 +103,13 @@ Json StrokeObject(const RecognizedStroke& stroke) {
 
 class JsonWriter : public DrawingWriter {
 public:
-    explicit JsonWriter(std::ostream& out) : out_(out) {}
+    JsonWriter(std::ostream& out, Json (*strokeObject)(const RecognizedStroke&))
+        : out_(out), strokeObject_(strokeObject) {}
 
     void Add(const RecognizedDrawing& drawing) override {
         Json json = {{"id", drawing.ink.id}, {"strokes", Json::array()}};
         for (const RecognizedStroke& stroke : drawing.strokes) {
-            json["strokes"].push_back(StrokeObject(stroke));
+            json["strokes"].push_back(strokeObject_(stroke));
         }
         if (!drawing.ink.problem.empty()) {
             json["error"] = drawing.ink.problem;
@@ -97,12 +121,17 @@ public:
 
 private:
     std::ostream& out_;
+    Json (*strokeObject_)(const RecognizedStroke&);
 };
 
 } // namespace
 
 std::unique_ptr<DrawingWriter> MakeJsonWriter(std::ostream& out) {
-    return std::make_unique<JsonWriter>(out);
+    return std::make_unique<JsonWriter>(out, StrokeObject);
+}
+
+std::unique_ptr<DrawingWriter> MakeScribbleJsonWriter(std::ostream& out) {
+    return std::make_unique<JsonWriter>(out, AnswerObject);
 }
 
 std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out) {
@@ -111,6 +140,10 @@ std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out
         return MakeJsonWriter(out);
     case OutputFormat::Svg:
         return MakeSvgWriter(out);
+    case OutputFormat::ScribbleSummary:
+        return MakeScribbleSummaryWriter(out);
+    case OutputFormat::ScribbleJson:
+        return MakeScribbleJsonWriter(out);
     case OutputFormat::Summary:
         break;
     }

@@ -13,6 +13,20 @@ std::string Plural(std::size_t count, const char* noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+/// "stroke 2" or "strokes 0, 2".
+std::string StrokeList(const std::vector<int>& strokes) {
+    std::string text = strokes.size() == 1 ? "stroke " : "strokes ";
+    for (std::size_t i = 0; i < strokes.size(); ++i) {
+        text += (i > 0 ? ", " : "") + std::to_string(strokes[i]);
+    }
+    return text;
+}
+
+std::string DescribeScribble(const RecognizedStroke& stroke) {
+    return "scribble, " + Plural(static_cast<std::size_t>(stroke.cusps), "cusp") +
+           (stroke.erases.empty() ? ", erases nothing" : ", erases from " + StrokeList(stroke.erases));
+}
+
 class SummaryWriter : public DrawingWriter {
 public:
     explicit SummaryWriter(std::ostream& out) : out_(out) {}
@@ -52,17 +66,28 @@ private:
              << Plural(static_cast<std::size_t>(stroke.points), "point") << ")";
         if (!stroke.problem.empty()) {
             out_ << ": " << stroke.problem;
-        } else if (stroke.curves.empty()) {
+        } else if (stroke.isScribble) {
+            out_ << ": " << DescribeScribble(stroke);
+        } else if (stroke.curves.empty() && stroke.erased.empty()) {
             out_ << ": nothing recognised";
         }
         out_ << '\n';
         for (const RecognizedCurve& curve : stroke.curves) {
-            std::string kind = curve.KindName();
-            std::replace(kind.begin(), kind.end(), '_', ' ');
-            const std::string range = std::to_string(curve.from) + ".." + std::to_string(curve.to);
-            out_ << "    " << std::left << std::setw(13) << kind << std::setw(11) << range
-                 << DescribeShape(curve.shape) << "; deviation " << ShortNumber(curve.deviation) << '\n';
+            AddCurve(curve);
+            out_ << '\n';
         }
+        for (const ErasedCurve& erased : stroke.erased) {
+            AddCurve(erased.curve);
+            out_ << "; erased by stroke " << erased.by << '\n';
+        }
+    }
+
+    void AddCurve(const RecognizedCurve& curve) {
+        std::string kind = curve.KindName();
+        std::replace(kind.begin(), kind.end(), '_', ' ');
+        const std::string range = std::to_string(curve.from) + ".." + std::to_string(curve.to);
+        out_ << "    " << std::left << std::setw(13) << kind << std::setw(11) << range
+             << DescribeShape(curve.shape) << "; deviation " << ShortNumber(curve.deviation);
     }
 
     std::ostream& out_;
@@ -71,7 +96,41 @@ private:
     KindCounts totals_{};
 };
 
+class ScribbleSummaryWriter : public DrawingWriter {
+public:
+    explicit ScribbleSummaryWriter(std::ostream& out) : out_(out) {}
+
+    void Add(const RecognizedDrawing& drawing) override {
+        out_ << IdText(drawing.ink.id) << ": ";
+        if (!drawing.ink.problem.empty()) {
+            out_ << drawing.ink.problem << '\n';
+            return;
+        }
+        const auto scribbles =
+            std::count_if(drawing.strokes.begin(), drawing.strokes.end(),
+                          [](const RecognizedStroke& stroke) { return stroke.isScribble; });
+        out_ << Plural(drawing.strokes.size(), "stroke") << ", "
+             << Plural(static_cast<std::size_t>(scribbles), "scribble") << '\n';
+        for (const RecognizedStroke& stroke : drawing.strokes) {
+            out_ << "  stroke " << stroke.index << ": "
+                 << (!stroke.problem.empty() ? stroke.problem
+                     : stroke.isScribble
+                         ? DescribeScribble(stroke)
+                         : "no scribble, " + Plural(static_cast<std::size_t>(stroke.cusps), "cusp"))
+                 << '\n';
+        }
+    }
+    void Finish() override { out_.flush(); }
+
+private:
+    std::ostream& out_;
+};
+
 } // namespace
+
+std::unique_ptr<DrawingWriter> MakeScribbleSummaryWriter(std::ostream& out) {
+    return std::make_unique<ScribbleSummaryWriter>(out);
+}
 
 std::unique_ptr<DrawingWriter> MakeSummaryWriter(std::ostream& out) {
     return std::make_unique<SummaryWriter>(out);

@@ -84,11 +84,11 @@ std::string TagOf(const std::string& element) {
     return element.substr(1, element.find(' ') - 1);
 }
 
-std::string CurveElement(const RecognizedCurve& curve) {
+std::string CurveElement(const RecognizedCurve& curve, const char* color) {
     std::string kind = curve.KindName();
     std::replace(kind.begin(), kind.end(), '_', ' ');
     const std::string element = SvgElement(curve.shape);
-    return element + " stroke=\"" + kKindColors[curve.shape.index()] + "\"><title>" + kind + ", " +
+    return element + " stroke=\"" + std::string(color) + "\"><title>" + kind + ", " +
            DescribeShape(curve.shape) + "; samples " + std::to_string(curve.from) + " to " +
            std::to_string(curve.to) + "; deviation " + ShortNumber(curve.deviation) + "</title></" +
            TagOf(element) + ">\n";
@@ -147,17 +147,30 @@ std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box,
                       ExactNumber(box.x) + " " + ExactNumber(box.y) + " " + ExactNumber(box.width) + " " +
                       ExactNumber(box.height) +
                       "\" fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
-    svg += "<g class=\"ink\" stroke=\"#9a9a9a\" stroke-width=\"" + pixels(0.45 * lineWidth) + "\">\n";
-    for (const InkStroke& stroke : drawing.ink.strokes) {
-        if (stroke.samples.size() > 1) {
-            svg += InkPath(stroke, kFinestInk * size, DecimalsFor(size));
+    const auto ink = [&](const char* name, const std::string& style, bool isScribble) {
+        std::string group = "<g class=\"" + std::string(name) + "\" " + style + " stroke-width=\"" +
+                            pixels(0.45 * lineWidth) + "\">\n";
+        for (std::size_t i = 0; i < drawing.ink.strokes.size(); ++i) {
+            const bool hasKind = (i < drawing.strokes.size() && drawing.strokes[i].isScribble) == isScribble;
+            if (hasKind && drawing.ink.strokes[i].samples.size() > 1) {
+                group += InkPath(drawing.ink.strokes[i], kFinestInk * size, DecimalsFor(size));
+            }
+        }
+        return group + "</g>\n";
+    };
+    svg += ink("ink", "stroke=\"#9a9a9a\"", false);
+    svg += "<g class=\"erased\" stroke-width=\"" + pixels(0.6 * lineWidth) + "\" stroke-dasharray=\"" +
+           pixels(1.5 * lineWidth) + " " + pixels(2.0 * lineWidth) + "\">\n";
+    for (const RecognizedStroke& stroke : drawing.strokes) {
+        for (const ErasedCurve& erased : stroke.erased) {
+            svg += CurveElement(erased.curve, kErasedColor);
         }
     }
-    svg +=
-        "</g>\n<g class=\"geometry\" stroke-width=\"" + pixels(lineWidth) + "\" stroke-opacity=\"0.85\">\n";
+    svg += "</g>\n" + ink("scribbles", "stroke=\"" + std::string(kScribbleColor) + "\"", true);
+    svg += "<g class=\"geometry\" stroke-width=\"" + pixels(lineWidth) + "\" stroke-opacity=\"0.85\">\n";
     for (const RecognizedStroke& stroke : drawing.strokes) {
         for (const RecognizedCurve& curve : stroke.curves) {
-            svg += CurveElement(curve);
+            svg += CurveElement(curve, kKindColors[curve.shape.index()]);
         }
     }
     svg += "</g>\n<g class=\"breaks\" fill=\"#ffffff\" stroke=\"#222222\" stroke-width=\"" +

@@ -1,4 +1,5 @@
-// The picture of one drawing: ink thin and grey, geometry on top, break points marked.
+// The picture of one drawing: ink thin and grey, geometry on top, break points marked, what scribbles erased
+// dashed below them.
 #pragma once
 
 #include <string>
@@ -10,6 +11,10 @@ namespace Tessera::Tool {
 /// Colours by the order of the kinds; told apart by readers with any of the common colour blindnesses.
 inline constexpr const char* kKindColors[kCurveKinds] = {"#0072b2", "#d55e00", "#009e73",
                                                          "#cc79a7", "#e69f00", "#7b3fa0"};
+
+/// Ink of scribbles, and the geometry that they erased.
+inline constexpr const char* kScribbleColor = "#c03030";
+inline constexpr const char* kErasedColor = "#b0b0b0";
 
 /// Extent of ink and geometry, in ink units.
 struct PictureBox {

@@ -30,6 +30,7 @@ public:
     void Add(const RecognizedDrawing& drawing) override {
         for (const RecognizedStroke& stroke : drawing.strokes) {
             CountKinds(stroke, counts_);
+            scribbles_ += stroke.isScribble ? 1 : 0;
         }
         drawings_.push_back(drawing);
     }
@@ -76,7 +77,7 @@ private:
     /// A second row where the first may not hold all kinds.
     double LegendHeight() const {
         const auto kinds = std::count_if(counts_.begin(), counts_.end(), [](int count) { return count > 0; });
-        return kinds > 3 ? kLegend + kLegendRow : kLegend;
+        return kinds + (scribbles_ > 0 ? 1 : 0) > 3 ? kLegend + kLegendRow : kLegend;
     }
 
     void Open(double width, double height) {
@@ -130,12 +131,17 @@ private:
                 entry(kKindColors[kind], "3.2", DescribeCounts(one));
             }
         }
+        if (scribbles_ > 0) {
+            entry(kScribbleColor, "1.5",
+                  scribbles_ == 1 ? "1 scribble" : std::to_string(scribbles_) + " scribbles");
+        }
         out_ << "</svg>\n";
     }
 
     std::ostream& out_;
     std::vector<RecognizedDrawing> drawings_;
     KindCounts counts_{};
+    int scribbles_ = 0;
     double width_ = 0.0;
 };
 

@@ -1,0 +1,15 @@
+// Scribbles in a drawing: which strokes are, and what they erase of the strokes before them.
+#pragma once
+
+#include "apps/cli/recognize/RecognizeDrawing.h"
+
+namespace Tessera::Tool {
+
+/// Puts the scribble question to a stroke and notes its cusps; false when options ask for no scribbles. The
+/// bare test decides under the rules alone, else the question that is asked of real ink.
+bool AskScribble(const InkStroke& ink, const RecognizeOptions& options, RecognizedStroke& stroke);
+
+/// Lets every scribble of the drawing, in order, erase or trim the curves of the strokes before it.
+void EraseScribbled(RecognizedDrawing& drawing, const RecognizeOptions& options);
+
+} // namespace Tessera::Tool
