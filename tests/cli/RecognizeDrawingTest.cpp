@@ -108,8 +108,8 @@ TEST(RecognizeDrawing, ScribblesEraseWhatTheyCoverOfEarlierStrokes) {
     for (const double size : {1e-6, 1.0, 1e6}) {
         SCOPED_TRACE(size);
         Drawing drawing;
-        drawing.strokes = {Drawn({{0, 0}, {200, 0}}),     Drawn({{100, -60}, {100, 140}}),
-                           Drawn({{0, 100}, {200, 100}}), Scratch(10, 190, 100, 15),
+        drawing.strokes = {Drawn({{0, 0}, {200, 0}}),     Drawn({{100, -260}, {100, 140}}),
+                           Drawn({{0, 100}, {200, 100}}), Scratch(10, 190, 100, 30),
                            Scratch(105, 200, 0, 12),      Drawn({{0, 105}, {200, 105}})};
         for (InkStroke& stroke : drawing.strokes) {
             for (Sample& sample : stroke.samples) {
@@ -170,7 +170,7 @@ TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
         const bool isSpline = row.kind == std::string("spline");
         // Over the right side, across the seam of full turns; over the middle of the free form.
         drawing.strokes.push_back(isSpline ? Scratch(-60, 60, 0, 40) : [] {
-            InkStroke scratch = Scratch(-55, 55, 85, 45);
+            InkStroke scratch = Scratch(-85, 85, 70, 70);
             for (Sample& s : scratch.samples) {
                 std::swap(s.x, s.y);
             }

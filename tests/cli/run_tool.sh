@@ -73,7 +73,7 @@ expect 0 '{"index":1,"points":2,"scribble":false,"cusps":0,"erases":[]}' scribbl
 expect 0 "no scribble" scribble --preference GetMinNumCusps=9 scratched.json
 expect 0 '"erased_by":2' recognize --to json scratched.json
 expect 0 "s: 3 strokes, 1 line" recognize scratched.json
-expect 0 "8 lines" recognize --no-scribble scratched.json
+expect 0 "10 lines" recognize --no-scribble scratched.json
 expect 2 "--no-scribble" scribble --no-scribble scratched.json
 expect 0 'class="scribbles"' recognize --to svg scratched.json
 expect 0 "stroke 5: scribble, 6 cusps, erases from stroke 3" scribble "$examples/correction.json"

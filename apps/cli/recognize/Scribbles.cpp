@@ -24,8 +24,9 @@ using Geometry::Stroke;
 /// Diagonal of the whole drawing when scribbles erase: a page of this size is what the lengths of the
 /// scribble preferences are made for.
 constexpr double kPageDiagonal = 1000.0;
-/// What is left of a trimmed curve counts from this part of its length.
-constexpr double kSmallestRest = 0.01;
+/// A hand that scratches out an end of a curve does not aim at its last point: a rest below this part of the
+/// curve goes with what was trimmed.
+constexpr double kSmallestRest = 0.05;
 
 struct Range {
     double from, to;
@@ -109,28 +110,47 @@ std::unique_ptr<Stroke> BareStroke(const std::vector<Point>& points) {
     return stroke;
 }
 
-/// What trimming leaves of a curve's range; of a round curve the stretches between the trimmed ones.
-std::vector<Range> RestOf(const Curve& curve, bool isRound, const std::vector<Range>& trimmed) {
-    double limits[2];
-    curve.AskRange(limits);
-    std::vector<Range> rest;
-    if (isRound) {
-        for (std::size_t i = 0; i < trimmed.size(); ++i) {
-            const bool isLast = i + 1 == trimmed.size();
-            rest.push_back(
-                {trimmed[i].to, isLast ? trimmed[0].from + limits[1] - limits[0] : trimmed[i + 1].from});
+/// The trimmed ranges, in order, grown over rests too small to stand. A range of a round curve may end beyond
+/// the upper limit.
+std::vector<Range> WithoutCrumbs(const double limits[2], bool isRound, const std::vector<Range>& trimmed) {
+    const double whole = limits[1] - limits[0];
+    const double crumb = kSmallestRest * whole;
+    std::vector<Range> grown;
+    for (const Range& range : trimmed) {
+        if (!grown.empty() && range.from - grown.back().to < crumb) {
+            grown.back().to = range.to;
+        } else {
+            grown.push_back(range);
         }
-    } else {
-        double from = limits[0];
-        for (const Range& range : trimmed) {
-            rest.push_back({from, range.from});
-            from = range.to;
-        }
-        rest.push_back({from, limits[1]});
     }
-    std::erase_if(rest, [&](const Range& range) {
-        return range.to - range.from < kSmallestRest * (limits[1] - limits[0]);
-    });
+    Range& first = grown.front();
+    Range& last = grown.back();
+    if (!isRound) {
+        first.from = first.from - limits[0] < crumb ? limits[0] : first.from;
+        last.to = limits[1] - last.to < crumb ? limits[1] : last.to;
+    } else if (grown.size() > 1 && first.from + whole - last.to < crumb) {
+        last.to = first.to + whole;
+        grown.erase(grown.begin());
+    }
+    return grown;
+}
+
+/// What trimming leaves of a curve's range; of a round curve the stretches between the trimmed ones.
+std::vector<Range> RestOf(const double limits[2], bool isRound, const std::vector<Range>& trimmed) {
+    std::vector<Range> rest;
+    for (std::size_t i = 0; i + 1 < trimmed.size(); ++i) {
+        rest.push_back({trimmed[i].to, trimmed[i + 1].from});
+    }
+    if (isRound) {
+        rest.push_back({trimmed.back().to, trimmed.front().from + limits[1] - limits[0]});
+        return rest;
+    }
+    if (trimmed.front().from > limits[0]) {
+        rest.insert(rest.begin(), {limits[0], trimmed.front().from});
+    }
+    if (trimmed.back().to < limits[1]) {
+        rest.push_back({trimmed.back().to, limits[1]});
+    }
     return rest;
 }
 
@@ -213,30 +233,36 @@ public:
 private:
     bool EraseFrom(RecognizedStroke& stroke, const std::vector<std::unique_ptr<Curve>>& curves,
                    const ScribbleResult& result, int scribble) {
-        const InkStroke& ink = drawing_.ink.strokes[stroke.index];
         const std::size_t before = stroke.erased.size();
         std::vector<RecognizedCurve> left;
         for (std::size_t k = 0; k < curves.size(); ++k) {
-            const RecognizedCurve& whole = stroke.curves[k];
             const std::vector<Range> trimmed = result.RangesOf(curves[k]->GetId());
             if (result.erased.Contains(curves[k]->GetId())) {
-                stroke.erased.push_back({whole, scribble});
+                stroke.erased.push_back({stroke.curves[k], scribble});
             } else if (!trimmed.empty()) {
-                const bool isRound = std::holds_alternative<CircleShape>(whole.shape) ||
-                                     std::holds_alternative<EllipseShape>(whole.shape);
-                for (RecognizedCurve& piece : PiecesOf(*curves[k], whole, ink, trimmed, frame_)) {
-                    stroke.erased.push_back({std::move(piece), scribble});
-                }
-                for (RecognizedCurve& piece :
-                     PiecesOf(*curves[k], whole, ink, RestOf(*curves[k], isRound, trimmed), frame_)) {
-                    left.push_back(std::move(piece));
-                }
+                Trim(*curves[k], stroke.curves[k], trimmed, scribble, stroke, left);
             } else {
-                left.push_back(whole);
+                left.push_back(stroke.curves[k]);
             }
         }
         stroke.curves = std::move(left);
         return stroke.erased.size() > before;
+    }
+
+    void Trim(const Curve& curve, const RecognizedCurve& whole, const std::vector<Range>& ranges,
+              int scribble, RecognizedStroke& stroke, std::vector<RecognizedCurve>& left) const {
+        const InkStroke& ink = drawing_.ink.strokes[stroke.index];
+        const bool isRound = std::holds_alternative<CircleShape>(whole.shape) ||
+                             std::holds_alternative<EllipseShape>(whole.shape);
+        double limits[2];
+        curve.AskRange(limits);
+        const std::vector<Range> trimmed = WithoutCrumbs(limits, isRound, ranges);
+        for (RecognizedCurve& piece : PiecesOf(curve, whole, ink, trimmed, frame_)) {
+            stroke.erased.push_back({std::move(piece), scribble});
+        }
+        for (RecognizedCurve& piece : PiecesOf(curve, whole, ink, RestOf(limits, isRound, trimmed), frame_)) {
+            left.push_back(std::move(piece));
+        }
     }
 
     RecognizedDrawing& drawing_;

@@ -14,7 +14,7 @@ inline constexpr const char* kKindColors[kCurveKinds] = {"#0072b2", "#d55e00", "
 
 /// Ink of scribbles, and the geometry that they erased.
 inline constexpr const char* kScribbleColor = "#c03030";
-inline constexpr const char* kErasedColor = "#b0b0b0";
+inline constexpr const char* kErasedColor = "#777777";
 
 /// Extent of ink and geometry, in ink units.
 struct PictureBox {
