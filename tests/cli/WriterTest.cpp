@@ -139,7 +139,11 @@ RecognizedDrawing OneOfEach() {
                      {ellipse, 0, 2, 0},
                      {EllipticArcShape{ellipse, 1, 2, {1, 0}, {0, 1}}, 0, 2, 0},
                      {SplineShape{1, false, {0, 0, 1, 1}, {{0, 0}, {1, 1}}, {}}, 0, 2, 0}};
-    drawing.strokes = {stroke, {1, 1, {}, "fewer than two points"}};
+    RecognizedStroke unusable;
+    unusable.index = 1;
+    unusable.points = 1;
+    unusable.problem = "fewer than two points";
+    drawing.strokes = {stroke, unusable};
     return drawing;
 }
 
