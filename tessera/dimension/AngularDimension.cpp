@@ -24,7 +24,7 @@ constexpr double kDefaultHeightOffset = 15.0; // model units
 
 template <class T>
 std::unique_ptr<T> CopyOf(const std::unique_ptr<T>& object) {
-    return object ? std::make_unique<T>(*object) : nullptr;
+    return std::unique_ptr<T>(object ? new T(*object) : nullptr);
 }
 
 } // namespace

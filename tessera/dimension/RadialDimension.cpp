@@ -27,7 +27,7 @@ constexpr double kDiameterPrefix = 0.5;
 constexpr double kDefaultTextOffset = 2.0; // lengths of the text
 
 std::unique_ptr<RadialDimDeco> CopyOf(const std::unique_ptr<RadialDimDeco>& deco) {
-    return deco ? std::make_unique<RadialDimDeco>(*deco) : nullptr;
+    return std::unique_ptr<RadialDimDeco>(deco ? new RadialDimDeco(*deco) : nullptr);
 }
 
 } // namespace
