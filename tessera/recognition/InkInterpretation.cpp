@@ -12,9 +12,9 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
-#include "tessera/recognition/internal/CornerEvidence.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkPath.h"
+#include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RoundShape.h"
 #include "tessera/recognition/internal/RulesReading.h"
@@ -158,11 +158,11 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
     const PricedPath priced(path);
     Chain chain = SearchChain(priced);
     if (preferences.GetCurveTidy())
-        chain = CloseChain(priced, chain);
+        chain = StraightenRectangle(priced, CloseChain(priced, chain));
     std::optional<RoundShape> round;
     if (preferences.GetChangeCurveType())
         round = FindRoundShape(priced, static_cast<int>(ink.samples.size()));
-    if (round && round->cost < chain.cost + PriceOfSoftCorners(priced, chain))
+    if (round && IsRoundCheaper(priced, *round, chain))
         ReadRound(path, *round, reading);
     else
         ReadChain(priced, preferences, chain, reading);

@@ -10,9 +10,10 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kCloseShare = 0.13; // of the path's length: how far a closing corner may lie from the ends
-constexpr double kHookShare = 0.3;   // of the longest piece: how long a hook may be
-constexpr double kFreeHook = 0.1;    // of the longest piece: a hook even on a shape that stays open
-constexpr double kParallel = 0.17;   // sine of the angle below which lines do not make a corner
+constexpr double kManySidesShare = 0.17; // the same for four sides and more, which hardly close by chance
+constexpr double kHookShare = 0.3;       // of the longest piece: how long a hook may be
+constexpr double kFreeHook = 0.1;        // of the longest piece: a hook even on a shape that stays open
+constexpr double kParallel = 0.17;       // sine of the angle below which lines do not make a corner
 
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
@@ -80,7 +81,7 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     Point meet;
     if (!IntersectPieces(last, first, 0.5 * (start + end), meet))
         return false;
-    const double reach = kCloseShare * ink.path.length;
+    const double reach = (chain.pieces.size() < 4 ? kCloseShare : kManySidesShare) * ink.path.length;
     if (meet.Distance(start) > reach || meet.Distance(end) > reach)
         return false;
     chain.isClosed = true;

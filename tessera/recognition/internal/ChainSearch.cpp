@@ -21,7 +21,8 @@ constexpr int kPeakReach = 2;       // a candidate turns most among so many neig
 constexpr int kSpacing = 7;         // points between candidates where nothing turns: joints of arcs lie there
 constexpr int kShortest = 2;        // points of a piece
 constexpr int kMoves = 3;           // points by which a break is moved at the end
-constexpr double kHopeless = 20.0;  // parameters' worth of squares that no saving makes good
+constexpr double kArcCannotPay = 0.25; // parameters that a line costs beyond its ends
+constexpr double kHopeless = 20.0;     // parameters' worth of squares that no saving makes good
 // Turning at a single point that is no corner yet, and one sigma of what a trembling hand adds, radians.
 constexpr double kFreeTurn = 0.3;
 constexpr double kTurnSpread = 0.15;
@@ -87,6 +88,16 @@ void MoveBreaks(const PricedPath& ink, std::vector<int>& breaks) {
     }
 }
 
+// Peaks next to the ends are corners that the description has.
+double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature) {
+    double price = 0.0;
+    auto peak = std::upper_bound(ink.peaks.begin(), ink.peaks.end(), first + kReach,
+                                 [](int at, const TurningPeak& p) { return at < p.at; });
+    for (; peak != ink.peaks.end() && peak->at < last - kReach; ++peak)
+        price += PriceOfHiddenCorner(ink, *peak, curvature);
+    return price;
+}
+
 double HiddenIn(const PricedPath& ink, int first, int last, double curvature) {
     if (last > first)
         return PriceOfHiddenCorners(ink, first, last, curvature);
@@ -99,17 +110,10 @@ double HiddenIn(const PricedPath& ink, int first, int last, double curvature) {
 PricedPath::PricedPath(const InkPath& inkPath)
     : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)) {}
 
-double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature) {
+double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature) {
     const double expected = curvature * kReach * ink.path.step;
-    double price = 0.0;
-    auto peak = std::upper_bound(ink.peaks.begin(), ink.peaks.end(), first + kReach,
-                                 [](int at, const TurningPeak& p) { return at < p.at; });
-    for (; peak != ink.peaks.end() && peak->at < last - kReach; ++peak) {
-        const double hidden = (std::fabs(peak->turn - expected) - kFreeTurn) / kTurnSpread;
-        if (hidden > 0.0)
-            price += 0.5 * hidden * hidden;
-    }
-    return price;
+    const double hidden = (std::fabs(peak.turn - expected) - kFreeTurn) / kTurnSpread;
+    return hidden > 0.0 ? 0.5 * hidden * hidden : 0.0;
 }
 
 std::vector<int> FindBreakCandidates(const PricedPath& ink) {
@@ -128,34 +132,38 @@ std::vector<int> FindBreakCandidates(const PricedPath& ink) {
     return candidates;
 }
 
-ChainPiece PricePiece(const PricedPath& ink, int first, int last) {
+PiecePrices PriceBoth(const PricedPath& ink, int first, int last) {
     const InkPrices& prices = ink.prices;
     int points = 0;
     const Moments m = InnerMoments(ink, first, last, points);
-    ChainPiece piece{first, last, false, 0.0, FitLine(m), {}};
-    piece.cost = prices.squared * piece.line.sumSq + HiddenIn(ink, first, last, 0.0);
-    if (piece.cost > 0.25 * prices.parameter) { // else an arc cannot pay
-        const CircleFit circle = FitCircle(m);
-        const double run = ink.path.step * points;
-        if (circle.radius > 0.0 && run < kWholeTurn * circle.radius) {
-            const double sagitta = circle.radius * (1.0 - std::cos(0.5 * run / circle.radius));
-            const double bow = sagitta / run / prices.bow;
-            const Point& start = ink.path.pts[static_cast<std::size_t>(first)];
-            const Point& middle =
-                ink.path.pts[static_cast<std::size_t>((first + points / 2) % ink.path.Size())];
-            const double sense = (start - circle.centre).Cross(middle - circle.centre) < 0.0 ? -1.0 : 1.0;
-            const double asArc =
-                prices.squared * circle.sumSq + HiddenIn(ink, first, last, sense / circle.radius);
-            piece.cost = std::min(piece.cost, asArc + 0.5 * bow * bow);
-            if (asArc + prices.parameter < piece.cost) {
-                piece.isArc = true;
-                piece.circle = circle;
-                piece.cost = asArc + prices.parameter;
-            }
-        }
-    }
-    piece.cost += 2.0 * prices.parameter; // its end point
-    return piece;
+    PiecePrices both;
+    both.line = {first, last, false, 0.0, FitLine(m), {}};
+    const double hidden = HiddenIn(ink, first, last, 0.0);
+    const double ends = 2.0 * prices.parameter; // the end point of the piece
+    double& asLine = both.line.cost;
+    asLine = ends + prices.squared * both.line.line.sumSq + hidden;
+    if (asLine - ends <= kArcCannotPay * prices.parameter)
+        return both;
+    const CircleFit circle = FitCircle(m);
+    const double run = ink.path.step * points;
+    if (!(circle.radius > 0.0) || run >= kWholeTurn * circle.radius)
+        return both;
+    const Point& start = ink.path.pts[static_cast<std::size_t>(first)];
+    const Point& middle = ink.path.pts[static_cast<std::size_t>((first + points / 2) % ink.path.Size())];
+    const double sense = (start - circle.centre).Cross(middle - circle.centre) < 0.0 ? -1.0 : 1.0;
+    const double sagitta = circle.radius * (1.0 - std::cos(0.5 * run / circle.radius));
+    const double bow = sagitta / run / prices.bow;
+    const double bent =
+        ends + prices.squared * circle.sumSq + HiddenIn(ink, first, last, sense / circle.radius);
+    asLine = std::min(asLine, bent + 0.5 * bow * bow);
+    both.hasArc = true;
+    both.arc = {first, last, true, bent + prices.parameter, both.line.line, circle};
+    return both;
+}
+
+ChainPiece PricePiece(const PricedPath& ink, int first, int last) {
+    const PiecePrices both = PriceBoth(ink, first, last);
+    return both.hasArc && both.arc.cost < both.line.cost ? both.arc : both.line;
 }
 
 Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks) {

@@ -55,14 +55,22 @@ struct PricedPath {
     InkPrices prices;
 };
 
-/// Price of the peaks strictly between two points that turn more than a bend of the given curvature does: a
-/// corner that a description passes over.
-double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature);
+/// Price of a corner that a description passes over with a bend of the given curvature.
+double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature);
 
 /// Points at which a chain may break, both ends of the path among them, ascending.
 std::vector<int> FindBreakCandidates(const PricedPath& ink);
 
-/// Cheaper of line and arc over the points first to last (on across the start of the path for last < first).
+struct PiecePrices {
+    ChainPiece line;
+    ChainPiece arc;
+    bool hasArc = false; ///< false for a run so straight that no arc can pay, or one that goes round
+};
+
+/// A line and an arc over the points first to last (on across the start of the path for last < first).
+PiecePrices PriceBoth(const PricedPath& ink, int first, int last);
+
+/// The cheaper of the two.
 ChainPiece PricePiece(const PricedPath& ink, int first, int last);
 
 Chain SearchChain(const PricedPath& ink);

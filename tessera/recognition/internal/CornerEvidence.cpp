@@ -22,7 +22,7 @@ double Turn(const Point& before, const Point& after) {
     return std::atan2(before.Cross(after), before.Dot(after));
 }
 
-double SharpestTurn(const InkPath& path, int at, int before, int after) {
+double TurnWithin(const InkPath& path, int at, int before, int after) {
     double sharpest = 0.0;
     for (int i = at - kShift; i <= at + kShift; ++i)
         sharpest = std::max(sharpest, std::fabs(Turn(Chord(path, i - before, i), Chord(path, i, i + after))));
@@ -50,6 +50,10 @@ Point DirectionAt(const PricedPath& ink, const ChainPiece& piece, bool atLast) {
     return direction.Dot(chord) < 0.0 ? -1.0 * direction : direction;
 }
 
+double SharpestTurn(const InkPath& path, int at) {
+    return TurnWithin(path, at, kReach, kReach);
+}
+
 double PriceOfSoftCorners(const PricedPath& ink, const Chain& chain) {
     double price = 0.0;
     const std::size_t count = chain.pieces.size();
@@ -63,7 +67,7 @@ double PriceOfSoftCorners(const PricedPath& ink, const Chain& chain) {
             const int points = piece.last > piece.first ? piece.last - piece.first : kReach;
             return std::min(kReach, points);
         };
-        const double unseen = (turn - SharpestTurn(ink.path, a.last, reach(a), reach(b)) - kFree) / kSpread;
+        const double unseen = (turn - TurnWithin(ink.path, a.last, reach(a), reach(b)) - kFree) / kSpread;
         if (unseen > 0.0)
             price += 0.5 * unseen * unseen;
     }

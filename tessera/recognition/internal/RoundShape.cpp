@@ -21,6 +21,8 @@ constexpr double kMostWinding = 2.2;
 constexpr int kParameters = 5;
 // Nothing guides the pen on its way round: it strays farther than along a side.
 constexpr double kSpreadShare = 0.5;
+constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
+constexpr double kTail = 0.15;      // sizes from which a distance costs no more
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
 // Difference of the radii, of the larger one, up to which a round is a circle, and its growth with the length
 // (in sizes) that the pen covers per sample. Measured on drawn circles and ovals.
@@ -127,9 +129,26 @@ double UnexplainedSumSq(const Residuals& all, const Terms& x) {
         double e = all.distance[i];
         for (std::size_t k = 0; k < kTerms; ++k)
             e -= x[k] * all.terms[i][k];
-        sumSq += e * e;
+        sumSq += std::min(e * e, kTail * kTail); // a tail at either end is no part of the shape
     }
     return sumSq;
+}
+
+// Corners of the ink where the ellipse bends evenly.
+double PriceOfCorners(const PricedPath& ink, const Fitted& fit, const Residuals& all) {
+    double price = 0.0;
+    const int hook = static_cast<int>(kHookShare * ink.path.Size());
+    for (const TurningPeak& peak : ink.peaks) {
+        if (peak.at < hook || peak.at >= ink.path.Size() - hook)
+            continue; // the pen touching down or leaving
+        const Terms& t = all.terms[static_cast<std::size_t>(peak.at)];
+        const double x = fit.a * t[2];
+        const double y = fit.b * t[1];
+        const double speed = std::sqrt(x * x + y * y);
+        const double curvature = std::copysign(fit.a * fit.b / (speed * speed * speed), all.winding);
+        price += PriceOfHiddenCorner(ink, peak, curvature);
+    }
+    return price;
 }
 
 // The ellipse with the explained shift, size and oblongness added, exact for small ones.
@@ -165,8 +184,9 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, int samples) {
     const double oblong =
         std::clamp(kOblong + kOblongPerPace * (pace - kUsualPace), kOblongLeast, kOblongMost);
     shape.isCircle = shape.radii[0] - shape.radii[1] < oblong * shape.radii[0];
-    shape.cost =
-        kSpreadShare * ink.prices.squared * UnexplainedSumSq(all, x) + kParameters * ink.prices.parameter;
+    const double corners = PriceOfCorners(ink, fit, all);
+    shape.deviationCost = kSpreadShare * ink.prices.squared * UnexplainedSumSq(all, x);
+    shape.cost = shape.deviationCost + corners + kParameters * ink.prices.parameter;
     return shape;
 }
 

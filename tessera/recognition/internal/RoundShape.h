@@ -13,6 +13,7 @@ struct RoundShape {
     double rotation = 0.0;        ///< of the first radius
     bool isCircle = false;
     double cost = 0.0;
+    double deviationCost = 0.0; ///< the share of the squared distances in it
 };
 
 /// What it costs to describe the path as one round, or nothing for a path that does not go round once.
