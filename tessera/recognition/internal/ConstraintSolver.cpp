@@ -24,7 +24,7 @@ namespace {
 /// of an equilateral hexagon, which solvers find redundant as well.
 constexpr double kLeastSine = 0.02;
 /// A sine above this many drifts is trusted although the rows are not fresh.
-constexpr double kDriftMargin = 4.0;
+constexpr double kDriftMargin = 2.0;
 /// Residuals are zero below this part of the tolerance zone, or below rounding of the coordinates.
 constexpr double kAccuracy = 1e-9;
 constexpr double kRounding = 256.0 * std::numeric_limits<double>::epsilon();
@@ -36,6 +36,8 @@ constexpr double kLeastProgress = 0.5;
 constexpr int kMostRenewals = 4;
 /// A single step of several zones leads nowhere: the constraint asks for another sketch.
 constexpr double kLongestStep = 4.0;
+/// Of the zone: how far a point may stray on the way to a solution that keeps it inside.
+constexpr double kOvershoot = 1.2;
 constexpr int kRelaxations = 4;
 /// The sketch is near enough to the drawing when relaxing moves it by less than this part of the zone.
 constexpr double kRelaxed = 1e-4;
@@ -106,7 +108,7 @@ ConstraintSolver::Outcome ConstraintSolver::Attempt(const InferredConstraint& c)
     int rowsBefore = rows_.RowCount();
     double sine = 1.0;
     bool independent = AppendRows(c, number, &sine);
-    if (sine < kDriftMargin * drift_) {
+    if (sine < kDriftMargin * DriftNear(c)) {
         Rebuild();
         rowsBefore = rows_.RowCount();
         independent = AppendRows(c, number, &sine);
@@ -121,7 +123,7 @@ ConstraintSolver::Outcome ConstraintSolver::Attempt(const InferredConstraint& c)
     changed_.clear();
     const int renewalsBefore = renewals_;
     Outcome outcome = Converge(rowsBefore);
-    if (outcome == Outcome::Accepted && !MotionsHold())
+    if (outcome == Outcome::Accepted && !MotionsHold(zone_))
         outcome = Outcome::TooFar;
     if (outcome == Outcome::Accepted) {
         NoteDrift();
@@ -180,9 +182,22 @@ std::vector<int> ConstraintSolver::Rebuild() {
             dependent.push_back(number);
         }
     }
-    drift_ = 0.0;
     std::fill(driftOf_.begin(), driftOf_.end(), 0.0);
     return dependent;
+}
+
+/// Largest drift of the constraint's curves and of those that share a constraint with them: theirs are the
+/// rows that the constraint's rows are compared with.
+double ConstraintSolver::DriftNear(const InferredConstraint& c) const {
+    double largest = 0.0;
+    for (int e = 0; e < c.elementCount; ++e) {
+        const int curve = c.elements[e].curve;
+        largest = std::max(largest, driftOf_[curve]);
+        for (int number : constraintsOf_[curve])
+            for (int k = 0; k < accepted_[number].elementCount; ++k)
+                largest = std::max(largest, driftOf_[accepted_[number].elements[k].curve]);
+    }
+    return largest;
 }
 
 // --- Moving the sketch ----------------------------------------------------------------------------------
@@ -217,7 +232,6 @@ void ConstraintSolver::NoteDrift() {
         for (int k = 0; k < c.count; ++k)
             motionSq += delta[k] * delta[k];
         driftOf_[curve] += std::sqrt(motionSq) / extent_[curve];
-        drift_ = std::max(drift_, driftOf_[curve]);
         isChanged_[curve] = 0;
     }
     changed_.clear();
@@ -282,7 +296,7 @@ ConstraintSolver::Outcome ConstraintSolver::Converge(int firstRow) {
     int renewals = 0;
     for (int step = 0; step < kMostSteps && before > accuracy_; ++step) {
         rows_.ShortestStep(residuals_, firstRow, step_, touched_);
-        if (!MoveBy(kLongestStep * zone_))
+        if (!MoveBy(kLongestStep * zone_) || !MotionsHold(kOvershoot * zone_))
             return Outcome::TooFar;
         double now = UpdateResiduals(&firstRow);
         if (now > kLeastProgress * before && now > accuracy_) {
@@ -303,9 +317,9 @@ double ConstraintSolver::LargestResidual() const {
     return largest;
 }
 
-bool ConstraintSolver::MotionsHold() const {
+bool ConstraintSolver::MotionsHold(double limit) const {
     for (int curve : changed_)
-        if (!(sketch_.Motion(curve) < zone_))
+        if (!(sketch_.Motion(curve) < limit))
             return false;
     return true;
 }
@@ -353,7 +367,7 @@ double ConstraintSolver::Relax() {
     touched_.resize(step_.size());
     std::iota(touched_.begin(), touched_.end(), 0);
     changed_.clear();
-    if (MoveBy(kLongestStep * zone_) && ConvergeAll() && MotionsHold()) {
+    if (MoveBy(kLongestStep * zone_) && ConvergeAll() && MotionsHold(zone_)) {
         NoteDrift();
         Rebuild();
         return largest;

@@ -46,11 +46,12 @@ private:
     bool MoveBy(double limit);
     double UpdateResiduals(int* firstRow);
     double LargestResidual() const;
-    bool MotionsHold() const;
+    bool MotionsHold(double limit) const;
     double Relax();
     void Undo();
     void MarkChanged(int curve);
     void NoteDrift();
+    double DriftNear(const InferredConstraint& c) const;
 
     SketchParameters& sketch_;
     double zone_;
@@ -62,10 +63,10 @@ private:
     std::vector<std::vector<int>> constraintsOf_; ///< per curve
     std::vector<RowSource> sources_;              ///< per row
     RowSpace rows_;
-    std::vector<double> driftOf_; ///< per curve
-    double drift_ = 0.0; ///< largest of driftOf_: radians, how far directions may have turned since the rows
-                         ///< were evaluated
-    int renewals_ = 0;   ///< how often the rows were evaluated anew
+    /// Per curve: radians, how far its directions may have turned since the rows were evaluated.
+    std::vector<double> driftOf_;
+    ///< were evaluated
+    int renewals_ = 0; ///< how often the rows were evaluated anew
     // One attempt.
     std::vector<double> residuals_; ///< per row, distances
     std::vector<double> step_;      ///< per parameter, whitened

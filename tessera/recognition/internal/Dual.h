@@ -21,6 +21,8 @@ struct Dual {
     }
     Dual(const Dual& o) : value(o.value), size(o.size) { CopyGradient(o); }
     Dual& operator=(const Dual& o) {
+        if (this == &o)
+            return *this;
         value = o.value;
         size = o.size;
         CopyGradient(o);
