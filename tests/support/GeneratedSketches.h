@@ -156,13 +156,32 @@ private:
             "rectangle", "turned rectangle", "slot",          "bracket", "holes",  "symmetric profile",
             "chain",     "regular polygon",  "T and middles", "belt",    "ribbon", "sector"};
         sketch_.name = kNames[family];
-        using Shape = void (SketchMaker::*)();
-        static constexpr Shape kShapes[] = {
-            &SketchMaker::Rectangle, &SketchMaker::TurnedRectangle, &SketchMaker::Slot,
-            &SketchMaker::Bracket,   &SketchMaker::Holes,           &SketchMaker::Profile,
-            &SketchMaker::Chain,     &SketchMaker::Polygon,         &SketchMaker::Tees,
-            &SketchMaker::Belt,      &SketchMaker::Ribbon,          &SketchMaker::Sector};
-        (this->*kShapes[family])();
+        switch (family) {
+        case 0:
+            return Rectangle();
+        case 1:
+            return TurnedRectangle();
+        case 2:
+            return Slot();
+        case 3:
+            return Bracket();
+        case 4:
+            return Holes();
+        case 5:
+            return Profile();
+        case 6:
+            return Chain();
+        case 7:
+            return Polygon();
+        case 8:
+            return Tees();
+        case 9:
+            return Belt();
+        case 10:
+            return Ribbon();
+        default:
+            return Sector();
+        }
     }
     void Rectangle() {
         const double w = Uniform(50, 150);
