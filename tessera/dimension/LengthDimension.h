@@ -2,13 +2,11 @@
 // and the value as text in its break. Horizontal, vertical and linear dimensions derive from it and replace
 // what is measured; decoration, dragging and value editing are shared.
 //
-// Measured line  M, from E1 to E2: the line itself here. Side 1 is its start, side 2 its end, whichever way
-// the
-//                text reads. d is the unit reading direction, n = ComputeOffsetVector(d), h the font height,
-//                H the text height offset, W the text width offset (half the width of the text).
-// Decoration     with H' = H + h/2 and H'' = H + h (- for offsets not above the length tolerance), W' = W +
-// h/2
-//                and P the point of M at the relative parameter, at each end E:
+// Measured line  M, from E1 to E2: the line itself here. Side 1 is its start, side 2 its end, whichever
+//                way the text reads. d is the unit reading direction, n = ComputeOffsetVector(d), h the font
+//                height, H the text height offset, W the text width offset (half the width of the text).
+// Decoration     with H' = H + h/2 and H'' = H + h (- for offsets not above the length tolerance),
+//                W' = W + h/2 and P the point of M at the relative parameter, at each end E:
 //                0 P -+ W' d + H' n, or 1.5 h outside the tip when the arrowhead is flipped; 1 the tip
 //                E + H' n; 2 the foot of the extension line, h/4 from E; 3 its far end E + H'' n; 4 to 7 the
 //                arrowhead, 0.75 h long and 0.375 h wide; 8 the tip moved h/2 towards E.

@@ -48,10 +48,8 @@ void ProjectedDimension::AssignDimension(const ProjectedDimension* other) {
 }
 
 bool ProjectedDimension::Replace(Core::TaggedObject* other) {
-    return ReplaceBy<ProjectedDimension>(other, [this](const ProjectedDimension* source) {
-        AssignDimension(source);
-        SetIsFinalized(source->GetIsFinalized());
-    });
+    return ReplaceBy<ProjectedDimension>(
+        other, [this](const ProjectedDimension* source) { AssignDimension(source); });
 }
 
 // --- Parents
@@ -64,10 +62,11 @@ void ProjectedDimension::GetParentCurves(std::vector<Curve*>& curves) const {
 void ProjectedDimension::AddGeometry(Curve* curve) {
     if (curve == nullptr)
         return;
+    LogForChange(); // whether the curve is taken or not
     if (curve->GetType() == Geometry::CurveType_Arc)
-        AddArc(static_cast<Arc*>(curve));
-    else if (GetLine() == nullptr)
-        LengthDimension::AddGeometry(curve);
+        arcs_.push_back(static_cast<Arc*>(curve));
+    else if (curve->GetType() == Geometry::CurveType_Line && line_ == nullptr)
+        line_ = static_cast<Line*>(curve);
 }
 
 void ProjectedDimension::AddArc(Arc* arc) {

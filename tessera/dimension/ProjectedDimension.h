@@ -2,13 +2,11 @@
 // arc, or of two arcs along a measuring axis that can be turned.
 //
 // Dimension line  of a line alone the line; of a line and an arc from the line's end nearer to the arc's
-// centre
-//                 (of equally near ones the start) to that centre; of two arcs from centre to centre, in the
-//                 order of the list. Full circles count like arcs.
+//                 centre (of equally near ones the start) to that centre; of two arcs from centre to centre,
+//                 in the order of the list. Full circles count like arcs.
 // M               starts at the end of the dimension line that comes first across the measuring axis (the
-// lower
-//                 one for horizontal, the left one for vertical dimensions) and runs along the axis to below
-//                 or beside the other end. Sides 1 and 2 belong to start and end of the dimension line.
+//                 lower one for horizontal, the left one for vertical dimensions) and runs along the axis to
+//                 below or beside the other end. Sides 1 and 2 belong to start and end of the dimension line.
 // Angles          in radians, counter-clockwise.
 #pragma once
 
@@ -27,7 +25,7 @@ public:
 
     bool Replace(Core::TaggedObject* other) override;
     void GetParentCurves(std::vector<Geometry::Curve*>& curves) const override;
-    /// A line becomes the line when there is none yet, an arc joins the arcs.
+    /// A line becomes the line when there is none yet, an arc joins the arcs; reported in any case.
     void AddGeometry(Geometry::Curve* curve) override;
     void Rotate(double angleRad) override; ///< turns the frame and updates
     double GetRotateAngle() const override { return rotateAngle_; }

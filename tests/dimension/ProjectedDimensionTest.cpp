@@ -5,6 +5,7 @@
 #include "tessera/dimension/VerticalDimension.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Dimension;
@@ -188,10 +189,14 @@ TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {
     Arc moved(Point(35, 30), 2.0);
     HorizontalDimension dim;
     EXPECT_DOUBLE_EQ(dim.GetTextHeightOffset(), 15.0);
-    dim.AddGeometry(&line);
-    dim.AddGeometry(&other);
+    dim.SetIsFinalized(true);
+    ChangeLog log;
+    for (Curve* curve :
+         {static_cast<Curve*>(&line), static_cast<Curve*>(&other), static_cast<Curve*>(&arc)}) {
+        dim.AddGeometry(curve);
+        EXPECT_EQ(log.Take(dim), 1) << "whether it is taken or not";
+    }
     dim.AddGeometry(nullptr);
-    dim.AddGeometry(&arc);
     EXPECT_EQ(dim.GetLine(), &line) << "the first one stays";
     std::vector<Arc*> arcs;
     dim.GetArcs(arcs);
