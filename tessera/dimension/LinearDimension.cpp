@@ -127,10 +127,8 @@ void LinearDimension::AssignDimension(const LinearDimension* other) {
 }
 
 bool LinearDimension::Replace(Core::TaggedObject* other) {
-    return ReplaceBy<LinearDimension>(other, [this](const LinearDimension* source) {
-        AssignDimension(source);
-        SetIsFinalized(source->GetIsFinalized());
-    });
+    return ReplaceBy<LinearDimension>(other,
+                                      [this](const LinearDimension* source) { AssignDimension(source); });
 }
 
 // --- Parents
@@ -193,6 +191,16 @@ bool LinearDimension::AskMeasured(Segment& measured) const {
 
 Line* LinearDimension::GetDimensionLine() const {
     return ComputeTempDimensionLine();
+}
+
+Vector LinearDimension::AskGrowthAxis() const {
+    // Lines move across themselves, whichever way the text of the vanished distance reads.
+    const Curve* line = IsLine(*first_) ? first_ : second_;
+    const Vector d = GetOrientation();
+    if (!IsLine(*line))
+        return d;
+    const Vector across = EndsOf(*line).Direction(d).GetPerpendicular();
+    return across.Dot(d) < 0.0 ? -1.0 * across : across;
 }
 
 void LinearDimension::GrowParents(double growth, const Vector& along) {

@@ -85,6 +85,7 @@ protected:
     bool AskMeasured(Segment& measured) const override;
     void GrowParents(double growth, const Geometry::Vector& along) override;
     void AdjustFeet() override;
+    Geometry::Vector AskGrowthAxis() const override;
     void AssignDimension(const LinearDimension* other);
 
 private:

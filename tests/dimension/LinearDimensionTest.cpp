@@ -192,6 +192,15 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     dim.SetAnnotation(6.0);
     dim.UpdateDimension();
     ExpectNear(b.GetCenter(), {0, 6});
+    // Lines that never were apart: the default direction runs along them.
+    Line lower(Point(0, 0), Point(40, 0));
+    Line upper(Point(5, 0), Point(35, 0));
+    LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
+    lines.SetUpdateSide(2);
+    lines.SetAnnotation(7.0);
+    lines.UpdateDimension();
+    EXPECT_DOUBLE_EQ(lines.GetAnnotation(), 7.0);
+    EXPECT_DOUBLE_EQ(upper.GetStart().x, 5.0);
 }
 
 TEST(LinearDimension, PickAndParentsCanBeExchanged) {
