@@ -208,7 +208,7 @@ protected:
     /// Assigns what all kinds share except the finalized flag, each field reported; no pending edit remains.
     void AssignFields(const DimensionBase& other);
     /// Replace of every kind: reports, lets `assign` take over the content of another dimension of the same
-    /// type and follows its parents. False and nothing done for anything else.
+    /// type, follows its parents and takes its finalized flag. False and nothing done for anything else.
     template <class Kind, class Assign>
     bool ReplaceBy(Core::TaggedObject* other, Assign assign) {
         const auto* source = dynamic_cast<const Kind*>(other);
@@ -216,9 +216,12 @@ protected:
             return false;
         std::vector<Geometry::Curve*> former;
         GetParentCurves(former);
+        const bool finalized = source->GetIsFinalized();
         LogForChange();
         assign(source);
+        // The flag last: while it holds, curves report that they lose or gain this dimension.
         FollowParents(former);
+        SetIsFinalized(finalized);
         return true;
     }
     /// Reports, then stores.

@@ -82,10 +82,8 @@ void LengthDimension::AssignDimension(const LengthDimension* other) {
 }
 
 bool LengthDimension::Replace(Core::TaggedObject* other) {
-    return ReplaceBy<LengthDimension>(other, [this](const LengthDimension* source) {
-        AssignDimension(source);
-        SetIsFinalized(source->GetIsFinalized());
-    });
+    return ReplaceBy<LengthDimension>(other,
+                                      [this](const LengthDimension* source) { AssignDimension(source); });
 }
 
 void LengthDimension::Transform(double m[3][3]) {

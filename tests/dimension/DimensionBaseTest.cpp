@@ -174,6 +174,12 @@ TEST(DimensionBase, CopiesAndAssignments) {
     EXPECT_EQ(target.AskWidth(), 7.5);
     EXPECT_FALSE(other.HasDimension(&target)) << "moved along";
     EXPECT_TRUE(line.HasDimension(&target));
+    LengthDimension preview(&other, 3.0, 2.0);
+    log.Take(target);
+    EXPECT_TRUE(target.Replace(&preview));
+    EXPECT_FALSE(target.GetIsFinalized());
+    EXPECT_GE(log.Take(line), 1) << "a curve reports that it loses a finalized dimension";
+    EXPECT_TRUE(target.Replace(&dim));
     EXPECT_TRUE(copy->Replace(copy.get()));
     ExpectSamePlacement(*copy, dim, 0.0);
     HorizontalDimension horizontal(&other, 4.0);
