@@ -65,7 +65,7 @@ public:
         sketch_ = GeneratedSketch();
         turn_ = Uniform(0.15, std::numbers::pi / 2 - 0.15);
         for (std::size_t i = 0; i < families.size(); ++i)
-            AddShape(families[i], 400.0 * (i % 8), 400.0 * (i / 8));
+            AddShape(families[i], 400.0 * static_cast<double>(i % 8), 400.0 * static_cast<double>(i / 8));
         do {
             sketch_.drawn.clear();
             for (const CurvePtr& c : sketch_.exact)

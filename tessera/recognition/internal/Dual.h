@@ -35,7 +35,7 @@ struct Dual {
 
     double value = 0.0;
     int size = 0;
-    double gradient[kMaxDualSize];
+    double gradient[kMaxDualSize]; // NOLINT: places from size on stay unset, on purpose
 };
 
 /// v with gradient da grad a + db grad b.

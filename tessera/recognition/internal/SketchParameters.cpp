@@ -349,7 +349,7 @@ std::unique_ptr<Curve> SketchParameters::Write(int curve) const {
         written = std::make_unique<Spline>(record.get());
         break;
     }
-    record.release();
+    static_cast<void>(record.release()); // the curve owns it now
     return written;
 }
 
