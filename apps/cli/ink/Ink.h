@@ -26,7 +26,7 @@ struct InkStroke {
     std::string problem; ///< why the stroke cannot be used; empty when it can
 };
 
-struct Drawing {
+struct Drawing {       // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
     nlohmann::json id; ///< as the file gave it (string or number), else made from the file's name
     std::vector<InkStroke> strokes;
     std::string problem; ///< why nothing of the drawing can be used; empty when some stroke can

@@ -83,7 +83,7 @@ struct RecognizedStroke {
     std::string problem;     ///< why the stroke was not recognised; empty when it was
 };
 
-struct RecognizedDrawing {
+struct RecognizedDrawing { // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
     Drawing ink;
     std::vector<RecognizedStroke> strokes;
 };

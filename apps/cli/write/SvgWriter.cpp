@@ -65,8 +65,9 @@ private:
         const double height = static_cast<double>(rows) * (kTileSide + kCaption);
         Open(static_cast<double>(columns) * kTileSide, height + LegendHeight());
         for (std::size_t i = 0; i < drawings_.size(); ++i) {
+            const std::size_t row = i / columns;
             const double x = static_cast<double>(i % columns) * kTileSide;
-            const double y = static_cast<double>(i / columns) * (kTileSide + kCaption);
+            const double y = static_cast<double>(row) * (kTileSide + kCaption);
             Caption(drawings_[i], x + 10.0, y);
             out_ << DrawPicture(drawings_[i], FitPicture(drawings_[i]), x, y + kCaption, kTileSide, kTileSide,
                                 2.0);
