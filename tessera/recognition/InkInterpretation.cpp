@@ -18,6 +18,7 @@
 #include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RoundShape.h"
 #include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/SmoothJoints.h"
 
 namespace Tessera::Geometry {
 
@@ -92,11 +93,13 @@ InkShape Regularise(const SketchRecognizerPreferences& preferences, ExactChain& 
 InkShape ShapeOf(const ExactChain& chain) {
     const std::size_t count = chain.pieces.size();
     if (count == 1)
-        return chain.pieces[0].isArc ? InkShape::Arc : InkShape::Line;
+        return chain.pieces[0].kind == PieceKind::Line  ? InkShape::Line
+               : chain.pieces[0].kind == PieceKind::Arc ? InkShape::Arc
+                                                        : InkShape::Spline;
     if (chain.IsPolygon())
         return count == 3 ? InkShape::Triangle : count == 4 ? InkShape::Quadrilateral : InkShape::Polygon;
-    const bool lines =
-        std::none_of(chain.pieces.begin(), chain.pieces.end(), [](const ExactPiece& p) { return p.isArc; });
+    const bool lines = std::none_of(chain.pieces.begin(), chain.pieces.end(),
+                                    [](const ExactPiece& p) { return p.kind != PieceKind::Line; });
     return lines ? InkShape::Polyline : InkShape::Chain;
 }
 
@@ -155,10 +158,11 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
         ReadByRules(ink, preferences, reading);
         return reading;
     }
-    const PricedPath priced(path);
-    Chain chain = SearchChain(priced);
+    PricedPath priced(path);
+    Chain chain = SearchForHand(priced);
     if (preferences.GetCurveTidy())
         chain = StraightenRectangle(priced, CloseChain(priced, chain));
+    BendPieces(priced, chain);
     std::optional<RoundShape> round;
     if (preferences.GetChangeCurveType())
         round = FindRoundShape(priced, static_cast<int>(ink.samples.size()));

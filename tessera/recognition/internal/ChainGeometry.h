@@ -1,4 +1,4 @@
-// ChainGeometry - a chain made exact: pieces that meet in the same points.
+// ChainGeometry - a chain made exact: pieces that meet in the same points, some of them tangentially.
 #pragma once
 
 #include <vector>
@@ -7,8 +7,10 @@
 
 namespace Tessera::Geometry {
 
+enum class PieceKind { Line, Arc, Spline };
+
 struct ExactPiece {
-    bool isArc = false;
+    PieceKind kind = PieceKind::Line;
     Point from;
     Point to;
     Point through; ///< of arcs: a point between the ends
@@ -24,7 +26,8 @@ struct ExactChain {
 };
 
 /// Neighbours are extended or trimmed to where their carriers meet, if that is near the ink's own corner;
-/// else they meet in the ink's corner.
+/// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to
+/// arc, they become tangent. Pieces between which the ink only bends become one free-form piece.
 ExactChain MakeExact(const PricedPath& ink, const Chain& chain);
 
 } // namespace Tessera::Geometry

@@ -26,6 +26,12 @@ constexpr double kHopeless = 20.0;     // parameters' worth of squares that no s
 // Turning at a single point that is no corner yet, and one sigma of what a trembling hand adds, radians.
 constexpr double kFreeTurn = 0.3;
 constexpr double kTurnSpread = 0.15;
+constexpr double kCare = 6.0;         // squares of a careful hand weigh so many times more
+constexpr double kIndependent = 0.25; // of the points: neighbours stray together
+constexpr double kCarefulParameter = 4.0;
+constexpr double kDent = 0.5;          // sine of 30 degrees
+constexpr int kCrumb = 7;              // points: shorter pieces are what corners are rounded with, not care
+constexpr double kLeastSpread = 0.004; // no hand is more careful, sizes
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
 int TrimOf(int points) {
@@ -103,6 +109,41 @@ double HiddenIn(const PricedPath& ink, int first, int last, double curvature) {
         return PriceOfHiddenCorners(ink, first, last, curvature);
     return PriceOfHiddenCorners(ink, first, ink.path.Size() + kReach, curvature) +
            PriceOfHiddenCorners(ink, -kReach, last, curvature);
+}
+
+// Mean squared distance, with the bows of lines taken out: those say nothing about care.
+double SpreadSq(const PricedPath& ink, const Chain& chain) {
+    double sumSq = 0.0;
+    for (const ChainPiece& piece : chain.pieces) {
+        const PiecePrices both = PriceBoth(ink, piece.first, piece.last);
+        sumSq += both.hasArc ? std::min(both.arc.circle.sumSq, both.line.line.sumSq) : both.line.line.sumSq;
+    }
+    return sumSq / ink.path.Size() + kLeastSpread * kLeastSpread;
+}
+
+int ShortestOf(const Chain& chain) {
+    int shortest = chain.pieces.front().last - chain.pieces.front().first;
+    for (const ChainPiece& piece : chain.pieces)
+        shortest = std::min(shortest, piece.last - piece.first);
+    return shortest;
+}
+
+// Two lines that enclose so little are one side that the hand did not draw straight.
+bool HasDent(const Chain& chain) {
+    for (std::size_t i = 1; i < chain.pieces.size(); ++i) {
+        const ChainPiece& a = chain.pieces[i - 1];
+        const ChainPiece& b = chain.pieces[i];
+        if (!a.isArc && !b.isArc && std::fabs(a.line.direction.Cross(b.line.direction)) < kDent)
+            return true;
+    }
+    return false;
+}
+
+int ParametersOf(const Chain& chain) {
+    int count = 2;
+    for (const ChainPiece& piece : chain.pieces)
+        count += piece.isArc ? 3 : 2;
+    return count;
 }
 
 } // namespace
@@ -202,6 +243,29 @@ Chain SearchChain(const PricedPath& ink) {
     MoveBreaks(ink, breaks);
     MoveBreaks(ink, breaks);
     return ChainOver(ink, breaks);
+}
+
+Chain SearchForHand(PricedPath& ink) {
+    const InkPrices usual = ink.prices;
+    const Chain loose = SearchChain(ink);
+    ink.prices.squared *= kCare;
+    const Chain strict = SearchChain(ink);
+    ink.prices = usual;
+    if (strict.pieces.size() <= loose.pieces.size() || ShortestOf(strict) < kCrumb || HasDent(strict))
+        return loose;
+    const double saved =
+        0.5 * kIndependent * ink.path.Size() * std::log(SpreadSq(ink, loose) / SpreadSq(ink, strict));
+    const double paid = kCarefulParameter * (ParametersOf(strict) - ParametersOf(loose));
+    if (saved <= paid)
+        return loose;
+    Chain repriced = strict;
+    repriced.cost = 2.0 * usual.parameter;
+    for (ChainPiece& piece : repriced.pieces) {
+        const PiecePrices both = PriceBoth(ink, piece.first, piece.last);
+        piece = piece.isArc && both.hasArc ? both.arc : both.line;
+        repriced.cost += piece.cost;
+    }
+    return repriced;
 }
 
 } // namespace Tessera::Geometry

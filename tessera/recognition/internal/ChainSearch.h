@@ -75,6 +75,10 @@ ChainPiece PricePiece(const PricedPath& ink, int first, int last);
 
 Chain SearchChain(const PricedPath& ink);
 
+/// The chain for the hand that drew this ink: of the usual hand's and a careful hand's, the one that
+/// describes the ink more briefly when the spread is taken from the ink itself.
+Chain SearchForHand(PricedPath& ink);
+
 /// Chain over given breaks, ascending, both ends of the path among them.
 Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks);
 

@@ -8,12 +8,15 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+#include "tessera/kernel/BCRVFIT.h"
 
 namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kTangentDeg = 0.01; // an exact joint turns by rounding alone
+constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
+constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
     Point first; // unit directions of the pen
@@ -24,9 +27,13 @@ Point Unit(const Point& v) {
     return v / std::max(v.Length(), 1e-300);
 }
 
-Ends DirectionsOf(const ExactPiece& piece) {
-    if (!piece.isArc)
+Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
+    if (piece.kind == PieceKind::Line)
         return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
+    if (piece.kind == PieceKind::Spline) {
+        const auto at = [&](int i) { return path.pts[static_cast<std::size_t>(i)]; };
+        return {Unit(at(piece.first + 2) - piece.from), Unit(piece.to - at(piece.last - 2))};
+    }
     // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
     const Point chord = Unit(piece.to - piece.from);
     const Point a = piece.through - piece.from;
@@ -38,11 +45,35 @@ Ends DirectionsOf(const ExactPiece& piece) {
             {c * chord.x - s * chord.y, c * chord.y + s * chord.x}};
 }
 
+// Cubic B-spline through the ends; null only when memory runs out or the ink defies the tolerances.
+std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) {
+    std::vector<Vex::Math::Point3> pts;
+    for (int i = piece.first; i <= piece.last; ++i) {
+        const Point p = path.ToModel(i == piece.first  ? piece.from
+                                     : i == piece.last ? piece.to
+                                                       : path.pts[static_cast<std::size_t>(i)]);
+        pts.push_back({p.x, p.y, 0.0});
+    }
+    for (double tol = kSplineShare * path.scale; tol < path.scale; tol *= 2.0) {
+        int status = 1;
+        double err[3];
+        KC_CURVE_struct_s* record =
+            BCRVFIT_least_squares_fit(static_cast<int>(pts.size()), pts.data(), 0, nullptr, 4, 0,
+                                      BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
+        if (record != nullptr)
+            return std::make_unique<Spline>(record);
+    }
+    return nullptr;
+}
+
 std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool& isReversed) {
     const Point from = path.ToModel(piece.from);
     const Point to = path.ToModel(piece.to);
     isReversed = false;
-    if (!piece.isArc)
+    if (piece.kind == PieceKind::Spline)
+        if (std::unique_ptr<Curve> spline = MakeSpline(path, piece))
+            return spline;
+    if (piece.kind != PieceKind::Arc)
         return std::make_unique<Line>(from, to);
     const Point a = piece.through - piece.from;
     const Point b = piece.to - piece.from;
@@ -69,8 +100,8 @@ InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t bef
     joint.afterEnd = reading.curves[base + after].First();
     joint.isClosing = after <= before;
     joint.position = path.ToModel(chain.pieces[after].from);
-    const Point in = DirectionsOf(chain.pieces[before]).last;
-    const Point out = DirectionsOf(chain.pieces[after]).first;
+    const Point in = DirectionsOf(path, chain.pieces[before]).last;
+    const Point out = DirectionsOf(path, chain.pieces[after]).first;
     joint.turnDeg = std::atan2(in.Cross(out), in.Dot(out)) * 180.0 / std::numbers::pi;
     joint.kind = std::fabs(joint.turnDeg) <= kTangentDeg ? JointKind::Tangent : JointKind::Corner;
     return joint;
