@@ -33,28 +33,12 @@ private:
 
 TEST(DimensionBase, VirtualOperationsKeepTheirSlots) {
     using D = DimensionBase;
-    const std::ptrdiff_t slots[] = {SlotOf(&D::SetIsFinalized),
-                                    SlotOf(&D::UpdateDimension),
-                                    SlotOf(&D::GetType),
-                                    SlotOf(&D::GetParentCurves),
-                                    SlotOf(&D::AddGeometry),
-                                    SlotOf(&D::MoveDimDeco),
-                                    SlotOf(&D::ComputeNewValue),
-                                    SlotOf(&D::GetDistanceToPoint),
-                                    SlotOf(&D::ComputeUpdateSide),
-                                    SlotOf(&D::GetAnnotationMidPoint),
-                                    SlotOf(&D::GetReferencePoint),
-                                    SlotOf(&D::GetUpdateCurves),
-                                    SlotOf(&D::CanUpdate),
-                                    SlotOf(&D::IsValid),
-                                    SlotOf(&D::GetTempDimDecoObjects),
-                                    SlotOf(&D::GetOrientedTextBox),
-                                    SlotOf(&D::Rotate),
-                                    SlotOf(&D::GetRotateAngle),
-                                    SlotOf(&D::SetRotateAngle),
-                                    SlotOf(&D::GetCachedRotateAngle),
-                                    SlotOf(&D::SetCachedRotateAngle),
-                                    SlotOf(&D::FinalizeRotate)};
+    const std::vector<std::ptrdiff_t> slots = SlotsOf(
+        &D::SetIsFinalized, &D::UpdateDimension, &D::GetType, &D::GetParentCurves, &D::AddGeometry,
+        &D::MoveDimDeco, &D::ComputeNewValue, &D::GetDistanceToPoint, &D::ComputeUpdateSide,
+        &D::GetAnnotationMidPoint, &D::GetReferencePoint, &D::GetUpdateCurves, &D::CanUpdate, &D::IsValid,
+        &D::GetTempDimDecoObjects, &D::GetOrientedTextBox, &D::Rotate, &D::GetRotateAngle, &D::SetRotateAngle,
+        &D::GetCachedRotateAngle, &D::SetCachedRotateAngle, &D::FinalizeRotate);
     std::ptrdiff_t expected = SlotOf(&D::IsCrossPolygon);
     for (const std::ptrdiff_t slot : slots)
         EXPECT_EQ(slot, ++expected);

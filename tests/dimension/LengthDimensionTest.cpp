@@ -32,65 +32,45 @@ const Orientation kOrientations[] = {
     {270, {0, 1}, {1, 0}, 90, true}, {315, {kDiagonal, -kDiagonal}, {kDiagonal, kDiagonal}, 315, false},
 };
 
-/// Decoration points as (along d, along n) from the end that comes first along d; font height 4.
+/// Points of the end that comes first along d, as (along d, along n) for an offset above; font height 4.
 struct Layout {
     const char* name;
     double length, heightOffset;
-    double lineOffset; // of the middle of the text
-    std::vector<Point> first, last;
+    std::vector<Point> points;
 };
 
-const Layout kLayouts[] = {
-    {"above",
-     100,
-     10,
-     12,
-     {{45, 12}, {0, 12}, {0, 1}, {0, 14}, {0, 12}, {3, 11.25}, {3, 12.75}, {0, 12}, {0, 10}},
-     {{55, 12}, {100, 12}, {100, 1}, {100, 14}, {100, 12}, {97, 11.25}, {97, 12.75}, {100, 12}, {100, 10}}},
-    {"below",
-     100,
-     -10,
-     -12,
-     {{45, -12}, {0, -12}, {0, -1}, {0, -14}, {0, -12}, {3, -12.75}, {3, -11.25}, {0, -12}, {0, -10}},
-     {{55, -12},
-      {100, -12},
-      {100, -1},
-      {100, -14},
-      {100, -12},
-      {97, -12.75},
-      {97, -11.25},
-      {100, -12},
-      {100, -10}}},
-    {"arrowheads outside, above",
-     8,
-     10,
-     12,
-     {{-6, 12}, {0, 12}, {0, 1}, {0, 14}, {0, 12}, {-3, 11.25}, {-3, 12.75}, {0, 12}, {0, 10}},
-     {{14, 12}, {8, 12}, {8, 1}, {8, 14}, {8, 12}, {11, 11.25}, {11, 12.75}, {8, 12}, {8, 10}}},
-    {"arrowheads outside, below",
-     8,
-     -10,
-     -12,
-     {{-6, -12}, {0, -12}, {0, -1}, {0, -14}, {0, -12}, {-3, -12.75}, {-3, -11.25}, {0, -12}, {0, -10}},
-     {{14, -12}, {8, -12}, {8, -1}, {8, -14}, {8, -12}, {11, -12.75}, {11, -11.25}, {8, -12}, {8, -10}}},
-};
+const std::vector<Point> kInside = {{45, 12},   {0, 12},    {0, 1},  {0, 14}, {0, 12},
+                                    {3, 11.25}, {3, 12.75}, {0, 12}, {0, 10}};
+const std::vector<Point> kOutside = {{-6, 12},    {0, 12},     {0, 1},  {0, 14}, {0, 12},
+                                     {-3, 11.25}, {-3, 12.75}, {0, 12}, {0, 10}};
+const Layout kLayouts[] = {{"above", 100, 10, kInside},
+                           {"below", 100, -10, kInside},
+                           {"arrowheads outside, above", 8, 10, kOutside},
+                           {"arrowheads outside, below", 8, -10, kOutside}};
 
 const Point kStart(7, -3);
 
 void ExpectDecoration(const LengthDimension& dim, const Layout& layout, const Orientation& o) {
     const Point first = o.isReversed ? kStart.AffineCombine(-layout.length, o.d) : kStart;
     const auto place = [&](const Point& p) { return first.AffineCombine(p.x, o.d).AffineCombine(p.y, o.n); };
+    const bool isBelow = layout.heightOffset < 0.0;
     for (const int side : {1, 2}) {
-        const auto& expected = (side == 1) != o.isReversed ? layout.first : layout.last;
+        const bool isFirst = (side == 1) != o.isReversed;
+        std::vector<Point> expected = layout.points;
+        if (isBelow)
+            std::swap(expected[5], expected[6]); // the base corners keep their sides of n
         const std::vector<Point> points = DecorationOf(dim, side);
         ASSERT_EQ(points.size(), expected.size());
-        for (std::size_t i = 0; i < points.size(); ++i)
-            ExpectNear(points[i], place(expected[i]), 1e-9,
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const Point& p = expected[i];
+            ExpectNear(points[i], place({isFirst ? p.x : layout.length - p.x, isBelow ? -p.y : p.y}), 1e-9,
                        "side " + std::to_string(side) + " point " + std::to_string(i));
+        }
         EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionStartIndex(), 2);
         EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionEndIndex(), 3);
     }
-    ExpectNear(TextMiddle(dim), place({layout.length / 2, layout.lineOffset}), 1e-9, "text in the break");
+    ExpectNear(TextMiddle(dim), place({layout.length / 2, isBelow ? -12.0 : 12.0}), 1e-9,
+               "text in the break");
 }
 
 } // namespace
@@ -103,20 +83,11 @@ TEST(LengthDimension, DecorationInEightOrientations) {
             const LengthDimension dim(&line, layout.heightOffset, 4.0);
             EXPECT_NEAR(dim.GetAnnotation(), layout.length, 1e-12);
             EXPECT_NEAR(dim.GetTextAngle(), o.textAngleDeg, 1e-9);
+            EXPECT_EQ(dim.GetOrientation(), o.d);
             EXPECT_EQ(dim.GetTextHeightOffset(), layout.heightOffset) << "the update leaves it alone";
             ExpectDecoration(dim, layout, o);
         }
     }
-}
-
-TEST(LengthDimension, DirectionReadsLeftToRightOrUpwards) {
-    Line level(Point(10, 0), Point(0, 0));
-    Line upright(Point(0, 10), Point(0, 0));
-    const LengthDimension a(&level, 4.0);
-    const LengthDimension b(&upright, 4.0);
-    EXPECT_EQ(a.GetOrientation(), Vector(1, 0));
-    EXPECT_EQ(b.GetOrientation(), Vector(0, 1));
-    EXPECT_DOUBLE_EQ(a.GetTextHeightOffset(), 3.0);
 }
 
 TEST(LengthDimension, TextStaysBetweenTheExtensionLines) {
@@ -269,6 +240,7 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     Line line(Point(5, 5), Point(5, 5));
     LengthDimension dim(&line, 10.0, 4.0);
     EXPECT_EQ(dim.GetAnnotation(), 0.0);
+    EXPECT_EQ(LengthDimension(&line, 4.0).GetTextHeightOffset(), 3.0) << "unless given";
     EXPECT_EQ(dim.GetRelativeParam(), 0.5);
     for (const int side : {1, 2})
         for (const Point& p : DecorationOf(dim, side))

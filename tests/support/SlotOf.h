@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <vector>
 
 namespace Tessera::Testing {
 
@@ -13,6 +14,11 @@ std::ptrdiff_t SlotOf(Member member) {
     std::ptrdiff_t word = 0;
     std::memcpy(&word, &member, sizeof word);
     return (word - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+template <class... Members>
+std::vector<std::ptrdiff_t> SlotsOf(Members... members) {
+    return {SlotOf(members)...};
 }
 
 } // namespace Tessera::Testing
