@@ -1,5 +1,9 @@
 #include "tessera/host/HostServices.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
 #include "tessera/host/internal/ReferenceHostServices.h"
 #include "tessera/host/internal/Services.h"
 
@@ -27,6 +31,16 @@ bool HasEveryNeededFunction(const HostServices& s) {
            s.bsplineFromPoles != nullptr && s.projectOnCurve != nullptr && s.splitCurve != nullptr;
 }
 
+constexpr std::size_t kPolyLineSize = offsetof(HostServices, HCreateLine2d);
+
+/// The entries that the given table has whole; the others stay null.
+HostServices TableOf(const HostServices& given) {
+    HostServices table{};
+    const std::size_t size = std::min(given.size, sizeof(HostServices));
+    std::memcpy(&table, &given, size - size % sizeof(void*));
+    return table;
+}
+
 // Loading the library is what registers it.
 [[maybe_unused]] const bool registeredAtLoad = (Announce(), true);
 
@@ -34,6 +48,19 @@ bool HasEveryNeededFunction(const HostServices& s) {
 
 const HostServices& Services() {
     return ServicesInForce();
+}
+
+bool HasInkServices() {
+    const HostServices& s = Services();
+    return s.HCreateLine2d != nullptr && s.HCreateArc2d != nullptr && s.HCreateCircle2d != nullptr &&
+           s.HCreateEllipse2d != nullptr && s.HCreateEllipArc2d != nullptr &&
+           s.HCreateBspCurve2dEx != nullptr && s.HCreateRectangle2d != nullptr &&
+           s.HModifyElement2d != nullptr && s.HRemoveElement2d != nullptr && s.HRestoreElement2d != nullptr &&
+           s.DCToModel != nullptr && s.ModelToDC != nullptr && s.GetShowRelationship != nullptr &&
+           s.GetToleranceZone != nullptr && s.createConstraint != nullptr &&
+           s.retargetConstraint != nullptr && s.removeConstraint != nullptr &&
+           s.commitConstraints != nullptr && s.Locate != nullptr && s.SetTarget != nullptr &&
+           s.Evaluate != nullptr && s.Clear != nullptr;
 }
 
 std::int32_t Report(std::int32_t code, const char* sourceFile, std::int32_t line, const char* functionName) {
@@ -51,13 +78,13 @@ std::int32_t TesseraHost_InstallServices(const HostServices* services) {
     if (services == nullptr) {
         ServicesInForce() = ReferenceHostServices();
     } else {
-        if (services->size < sizeof(HostServices)) {
+        if (services->size < kPolyLineSize) {
             return TESSERA_REPORT(kErrorInvalidArgument, "TesseraHost_InstallServices");
         }
         if (!HasEveryNeededFunction(*services)) {
             return TESSERA_REPORT(kErrorPointer, "TesseraHost_InstallServices");
         }
-        ServicesInForce() = *services;
+        ServicesInForce() = TableOf(*services);
     }
     Announce();
     return kOk;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <numbers>
 
+#include "tessera/host/internal/ReferenceDocument.h"
 #include "tessera/host/internal/ReferenceHostServices.h"
 #include "tessera/host/internal/Services.h"
 #include "tessera/kernel/ARC_SPLINE.h"
@@ -315,6 +316,7 @@ HostServices ReferenceHostServices() {
     services.handleDropped = HandleDropped;
     services.registerExtensionModule = RegisterExtensionModule;
     services.HRerrEx = ReportError;
+    AddDocumentServices(services);
     return services;
 }
 

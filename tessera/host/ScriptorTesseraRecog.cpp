@@ -7,6 +7,7 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
+#include "tessera/geometry/internal/RecordData.h"
 #include "tessera/host/internal/Services.h"
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
@@ -169,13 +170,15 @@ private:
     void AppendArc(const Curve& arc) {
         Point start = arc.GetStart();
         Point end = arc.GetEnd();
-        if (previousLast_.Distance2(start) > previousLast_.Distance2(end)) {
+        const bool exchanged = previousLast_.Distance2(start) > previousLast_.Distance2(end);
+        if (exchanged) {
             std::swap(start, end);
         }
         ConstructEntry& entry = NewEntry(ConstructKind_OpenArc);
         entry.p0 = ToPosition(start);
         entry.p1 = ToPosition(arc.GetMidPoint());
         entry.p2 = ToPosition(end);
+        entry.endsExchanged = exchanged;
         previousLast_ = end;
     }
 
@@ -197,6 +200,8 @@ private:
             entry.p1 = ToPosition(ellipse.GetEnd());
             entry.p2 = ToPosition(ellipse.GetMidPoint());
             entry.p3 = ToPosition(ellipse.AskCenter());
+            entry.axes[0] = ToPosition(ellipse.GetMajorRadiusPoint(1.0));
+            entry.axes[1] = ToPosition(ellipse.GetMinorRadiusPoint(1.0));
         }
     }
 
@@ -204,14 +209,17 @@ private:
         int poleCount = 0;
         int order = 0;
         int periodic = 0;
-        std::vector<double> knots;
         OwnedPoints poles;
-        spline.AskSplineData(poleCount, order, periodic, knots, poles.points);
         ConstructEntry& entry = NewEntry(ConstructKind_BSpline);
+        spline.AskSplineData(poleCount, order, periodic, entry.knots, poles.points);
         entry.degree = static_cast<std::uint8_t>(order - 1);
         entry.periodic = periodic;
         for (const Point* pole : poles.points) {
             entry.poles.push_back({pole->x, pole->y});
+        }
+        const BCURVE_DATA& definition = Geometry::Definition(*spline.AskCurveData());
+        for (int i = 0; definition.polynomial == 0 && i < definition.numPoles; ++i) {
+            entry.weights.push_back(definition.poles[i][3]);
         }
         previousLast_ = spline.GetEnd();
     }
@@ -240,6 +248,13 @@ void BuildConstructList(const std::vector<InputPoint>& points, ConstructList& li
         if (!result->GetResult().IsZeroLength()) {
             writer.Append(result->GetResult());
         }
+    }
+}
+
+void AppendCurvesToConstructList(std::span<const Curve* const> curves, ConstructList& list) {
+    EntryWriter writer(list);
+    for (const Curve* curve : curves) {
+        writer.Append(*curve);
     }
 }
 

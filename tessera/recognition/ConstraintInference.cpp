@@ -28,6 +28,8 @@ void CheckInput(std::span<const Curve* const> curves, const ConstraintOptions& o
         Core::ThrowMessage("InferConstraints - tolerance zone must be positive");
     if (!(options.directionSpreadDeg > 0.0 && options.tangentSpreadDeg > 0.0 && options.sizeSpread > 0.0))
         Core::ThrowMessage("InferConstraints - spreads must be positive");
+    if (options.fixedCount < 0 || static_cast<std::size_t>(options.fixedCount) > curves.size())
+        Core::ThrowMessage("InferConstraints - fixed count is out of range");
 }
 
 void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const ConstraintOptions& options,
@@ -48,7 +50,7 @@ void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const Con
 InferredConstraints InferConstraints(std::span<const Curve* const> curves, const ConstraintOptions& options) {
     CheckInput(curves, options);
     SketchParameters sketch(curves);
-    ConstraintSolver solver(sketch, options.toleranceZone);
+    ConstraintSolver solver(sketch, options.toleranceZone, options.fixedCount);
     TakeStrongest(FindCandidates(sketch, options), options, sketch, solver);
     solver.Settle();
 

@@ -87,6 +87,9 @@ struct ConstraintOptions {
     /// Spread of a length or radius that is meant to equal another, relative, > 0. The difference is also
     /// limited by the tolerance zone.
     double sizeSpread = 0.04;
+    /// The first curves, so many, stay as they are: what the others have to fit to. Constraints among
+    /// themselves are not inferred.
+    int fixedCount = 0;
 };
 
 struct InferredConstraints {
@@ -99,7 +102,8 @@ struct InferredConstraints {
 ///
 /// Closed or unclamped splines take no part. Throws "InferConstraints - curve cannot be NULL",
 /// "InferConstraints - CURVE cannot be NULL" (a curve without a record), "InferConstraints - tolerance zone
-/// must be positive" or "InferConstraints - spreads must be positive".
+/// must be positive", "InferConstraints - spreads must be positive" or "InferConstraints - fixed count is out
+/// of range".
 TESSERA_API InferredConstraints InferConstraints(std::span<const Curve* const> curves,
                                                  const ConstraintOptions& options);
 

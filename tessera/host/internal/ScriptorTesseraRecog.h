@@ -3,9 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "tessera/host/HostGeometry.h"
+
+namespace Tessera::Geometry {
+class Curve;
+}
 
 namespace Tessera::Host {
 
@@ -29,6 +34,11 @@ struct ConstructEntry {
     std::uint8_t degree = 0;
     std::int32_t periodic = 0; ///< 1: periodic
     std::vector<InputPoint> poles;
+    // What only the ink entry's services take.
+    std::vector<double> knots;
+    std::vector<double> weights;                               ///< empty when all are 1
+    tagGPosition2d axes[2] = {kUnsetPosition, kUnsetPosition}; ///< of an elliptic arc: ends of its two axes
+    bool endsExchanged = false;                                ///< the curve's end is the entry's start
 };
 using ConstructList = std::vector<ConstructEntry>;
 
@@ -52,6 +62,9 @@ struct RectangleSink {
 /// points that are not finite and when nothing is recognised). A null sink switches rectangles off.
 /// May throw std::bad_alloc; recognition messages never leave it.
 void BuildConstructList(const std::vector<InputPoint>& points, ConstructList& list, RectangleSink* sink);
+
+/// Appends one entry for each curve; none may be of zero length.
+void AppendCurvesToConstructList(std::span<const Geometry::Curve* const> curves, ConstructList& list);
 
 /// Whether four sides, in drawing order, form a rectangle worth constructing: every corner within 30 degrees
 /// of square and no bow tie. Sides that are exactly parallel are not taken, and coordinates are judged in

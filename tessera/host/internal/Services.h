@@ -14,6 +14,9 @@ inline constexpr std::int32_t kErrorInvalidArgument = static_cast<std::int32_t>(
 
 const HostServices& Services();
 
+/// Whether the table in force has all that the ink entry needs.
+bool HasInkServices();
+
 /// Reports through the host's HRerrEx and returns the code. Use TESSERA_REPORT, which knows the place.
 std::int32_t Report(std::int32_t code, const char* sourceFile, std::int32_t line, const char* functionName);
 

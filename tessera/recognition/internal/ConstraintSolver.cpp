@@ -60,9 +60,11 @@ double ExtentOf(const SketchCurve& c, const double* p) {
 
 } // namespace
 
-ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZone)
-    : sketch_(sketch), zone_(toleranceZone), constraintsOf_(static_cast<std::size_t>(sketch.CurveCount())),
-      rows_(sketch.ParameterCount()), driftOf_(static_cast<std::size_t>(sketch.CurveCount()), 0.0),
+ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZone, int fixedCount)
+    : sketch_(sketch), zone_(toleranceZone),
+      movable_(fixedCount < sketch.CurveCount() ? sketch.At(fixedCount).first : sketch.ParameterCount()),
+      constraintsOf_(static_cast<std::size_t>(sketch.CurveCount())), rows_(sketch.ParameterCount()),
+      driftOf_(static_cast<std::size_t>(sketch.CurveCount()), 0.0),
       step_(static_cast<std::size_t>(sketch.ParameterCount()), 0.0),
       isChanged_(static_cast<std::size_t>(sketch.CurveCount()), 0),
       saved_(static_cast<std::size_t>(sketch.ParameterCount())) {
@@ -143,6 +145,9 @@ bool ConstraintSolver::AppendRows(const InferredConstraint& c, int number, doubl
     *leastSine = 1.0;
     for (int part = 0; part < EquationCount(c); ++part) {
         EquationRow& row = rows[part];
+        // What cannot move has no column. A constraint between fixed curves has no row, and is never taken.
+        for (int i = 0; i < row.count; ++i)
+            row.value[i] = row.index[i] < movable_ ? 0.0 : row.value[i];
         const double length = std::sqrt(std::inner_product(row.value, row.value + row.count, row.value, 0.0));
         if (!(length > 0.0)) {
             *leastSine = 0.0;

@@ -13,8 +13,8 @@ namespace Tessera::Geometry {
 
 class ConstraintSolver {
 public:
-    /// The sketch is borrowed for this object's life and changed by it.
-    ConstraintSolver(SketchParameters& sketch, double toleranceZone);
+    /// The sketch is borrowed for this object's life and changed by it, but for its first fixedCount curves.
+    ConstraintSolver(SketchParameters& sketch, double toleranceZone, int fixedCount = 0);
 
     /// Accepts the constraint and adjusts the sketch, or returns false with everything as it was: its
     /// equations do not all raise the rank, or the sketch cannot satisfy it with the others inside the
@@ -55,6 +55,7 @@ private:
 
     SketchParameters& sketch_;
     double zone_;
+    int movable_;     ///< index of the first parameter that may change
     double accuracy_; ///< model units: residuals below it are zero
     std::vector<int> curveOfParameter_;
     std::vector<double> extent_; ///< per curve: the length that turns a motion into an angle

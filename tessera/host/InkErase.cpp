@@ -1,0 +1,195 @@
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "tessera/host/internal/InkConversion.h"
+#include "tessera/host/internal/Services.h"
+#include "tessera/kernel/SM.h"
+#include "tessera/kernel/internal/SmArray.h"
+#include "tessera/recognition/Scribble.h"
+#include "tessera/strokes/Stroke.h"
+
+// A trimmed element keeps its identifier for the first piece that is left of it. The other pieces are new;
+// what constraints say of its end goes over to the last of them.
+namespace Tessera::Host {
+
+using Geometry::Curve;
+using Geometry::InkSample;
+using Geometry::Stroke;
+
+namespace {
+
+struct Range {
+    double from, to;
+};
+
+/// What the scribble test says of the neighbours.
+struct ScribbleHits {
+    bool isScribble = false;
+    std::unordered_set<int> erased;                      ///< identifiers of curves
+    std::unordered_map<int, std::vector<Range>> trimmed; ///< what is cut out of them
+};
+
+/// Coordinates and speeds of the samples, one array each.
+struct SampleArrays {
+    std::vector<double> x, y, speed;
+};
+
+/// Speeds are zero without times.
+SampleArrays ArraysOf(const Geometry::InkStroke& ink) {
+    SampleArrays arrays;
+    std::vector<double> durations;
+    for (const InkSample& s : ink.samples) {
+        durations.push_back(arrays.x.empty() ? 0.0 : s.t - ink.samples[arrays.x.size() - 1].t);
+        arrays.x.push_back(s.x);
+        arrays.y.push_back(s.y);
+    }
+    arrays.speed.assign(ink.samples.size(), 0.0);
+    if (ink.hasTimes) {
+        Stroke::ComputeSpeed(static_cast<int>(arrays.x.size()), arrays.x.data(), arrays.y.data(),
+                             durations.data() + 1, 1.0, arrays.speed.data());
+    }
+    return arrays;
+}
+
+/// The stroke without samples that lie within `step` of the last one taken, such as a device's grid makes.
+Stroke Thinned(const SampleArrays& all, double step) {
+    SampleArrays taken;
+    for (std::size_t i = 0; i < all.x.size(); ++i) {
+        if (taken.x.empty() || std::hypot(all.x[i] - taken.x.back(), all.y[i] - taken.y.back()) >= step) {
+            taken.x.push_back(all.x[i]);
+            taken.y.push_back(all.y[i]);
+            taken.speed.push_back(all.speed[i]);
+        }
+    }
+    return {static_cast<int>(taken.x.size()), taken.x.data(), taken.y.data(), taken.speed.data()};
+}
+
+ScribbleHits FindHits(const InkScene& scene, Stroke& stroke) {
+    Geometry::SketchRecognizerPreferences preferences = scene.preferences;
+    std::vector<Curve*> curves;
+    for (const ElementCurve& neighbour : scene.neighbours) {
+        curves.push_back(neighbour.curve.get());
+    }
+    int hitCount = 0;
+    int erasedCount = 0;
+    int trimCount = 0;
+    int cuspCount = 0;
+    int status = 0;
+    int* arrays[4] = {};
+    double* trimRanges = nullptr;
+    const int isScribble = Geometry::StrokeRecognizeScribble(
+        &stroke, &preferences, static_cast<int>(curves.size()), curves.data(), &hitCount, &arrays[0],
+        &erasedCount, &arrays[1], &trimCount, &arrays[2], &trimRanges, &cuspCount, &arrays[3], &status);
+    SmArray<int> hitIds(arrays[0]);
+    SmArray<int> erasedIds(arrays[1]);
+    SmArray<int> trimIds(arrays[2]);
+    SmArray<int> cusps(arrays[3]);
+    SmArray<double> ranges(trimRanges);
+    if (status != 0) {
+        throw std::bad_alloc(); // no pointer is null, so memory ran out
+    }
+    ScribbleHits hits;
+    hits.isScribble = isScribble != 0;
+    hits.erased.insert(erasedIds.get(), erasedIds.get() + erasedCount);
+    for (int i = 0; i < trimCount; ++i) {
+        hits.trimmed[trimIds[i]].push_back({ranges[2 * i], ranges[2 * i + 1]});
+    }
+    return hits;
+}
+
+/// What is left of the curve between the ranges, in the order of its parameter.
+std::vector<Range> Remaining(const Curve& curve, std::vector<Range> cut) {
+    // Of the parameter's extent: a piece this short is nothing.
+    constexpr double kShortest = 1e-9;
+    double limits[2];
+    curve.AskRange(limits);
+    const double extent = limits[1] - limits[0];
+    std::sort(cut.begin(), cut.end(), [](const Range& a, const Range& b) { return a.from < b.from; });
+    const bool turns = curve.IsClosed() && curve.GetType() != Geometry::CurveType_Spline;
+    std::vector<Range> left;
+    double reached = turns ? cut.front().from : limits[0];
+    const double end = turns ? cut.front().from + extent : limits[1];
+    for (const Range& range : cut) {
+        left.push_back({reached, range.from});
+        reached = std::max(reached, range.to);
+    }
+    left.push_back({reached, end});
+    std::erase_if(left, [=](const Range& r) { return !(r.to - r.from > kShortest * extent); });
+    return left;
+}
+
+/// A piece of an element, running the way the element runs.
+ElementGeometry PieceOf(const ElementCurve& element, const Range& range) {
+    double limits[2] = {range.from, range.to};
+    const std::unique_ptr<Curve> piece(element.curve->Extract(limits));
+    const Curve* curves[] = {piece.get()};
+    ConstructList list;
+    AppendCurvesToConstructList(curves, list);
+    ElementGeometry geometry(list.front());
+    if (list.front().endsExchanged != element.endsExchanged) {
+        geometry.ExchangeEnds();
+    }
+    return geometry;
+}
+
+std::int32_t Erase(HostElementId id, DocumentChange& change, InkOutcome& outcome) {
+    outcome.erased.push_back(id);
+    return change.Erase(id);
+}
+
+std::int32_t Trim(const ElementCurve& element, const ElementGeometry& before, const std::vector<Range>& cut,
+                  DocumentChange& change, InkOutcome& outcome) {
+    const std::vector<Range> left = Remaining(*element.curve, cut);
+    if (left.empty()) {
+        return Erase(element.id, change, outcome);
+    }
+    ElementGeometry first = PieceOf(element, left.front());
+    first.SetId(element.id);
+    std::int32_t code = change.Modify(first.View(), before);
+    HostElementId made = element.id;
+    for (std::size_t i = 1; code >= 0 && i < left.size(); ++i) {
+        code = change.CreateElement(PieceOf(element, left[i]).View(), made);
+        outcome.elements.push_back(made);
+    }
+    outcome.trimmed.push_back(element.id);
+    if (code >= 0 && left.size() > 1 && !element.curve->IsClosed()) {
+        const std::int32_t end = element.endsExchanged ? kHostPointStart : kHostPointEnd;
+        code = change.Retarget({element.id, end, 0}, {made, end, 0});
+    }
+    return code;
+}
+
+} // namespace
+
+std::int32_t EraseUnderScribble(const InkScene& scene, DocumentChange& change, InkOutcome& outcome) {
+    // A hundredth of the ink's extent: above the steps of a grid, below the legs of a scribble.
+    constexpr double kStepPart = 0.01;
+    const SampleArrays samples = ArraysOf(scene.ink);
+    Stroke whole = Thinned(samples, 0.0);
+    Geometry::XYBox box;
+    whole.AskXYBox(box);
+    Stroke smooth = Thinned(samples, kStepPart * box.min.Distance(box.max));
+    ScribbleHits hits = FindHits(scene, smooth);
+    if (!hits.isScribble) {
+        hits = FindHits(scene, whole);
+    }
+    outcome.outcome = kHostInkScribble;
+    std::int32_t code = kOk;
+    for (std::size_t i = 0; code >= 0 && i < scene.neighbours.size(); ++i) {
+        const ElementCurve& element = scene.neighbours[i];
+        const int id = element.curve->GetId();
+        const auto cut = hits.trimmed.find(id);
+        if (hits.erased.count(id) != 0) {
+            code = Erase(element.id, change, outcome);
+        } else if (cut != hits.trimmed.end()) {
+            code = Trim(element, scene.elements[i], cut->second, change, outcome);
+        }
+    }
+    return code;
+}
+
+} // namespace Tessera::Host
