@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <memory>
 #include <new>
 #include <unordered_map>
@@ -10,6 +9,7 @@
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/SmArray.h"
 #include "tessera/recognition/Scribble.h"
+#include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/strokes/Stroke.h"
 
 // A trimmed element keeps its identifier for the first piece that is left of it. The other pieces are new;
@@ -33,39 +33,34 @@ struct ScribbleHits {
     std::unordered_map<int, std::vector<Range>> trimmed; ///< what is cut out of them
 };
 
-/// Coordinates and speeds of the samples, one array each.
-struct SampleArrays {
-    std::vector<double> x, y, speed;
-};
-
-/// Speeds are zero without times.
-SampleArrays ArraysOf(const Geometry::InkStroke& ink) {
-    SampleArrays arrays;
+/// The samples with their speeds; zero without times.
+Stroke TimedStroke(const Geometry::InkStroke& ink) {
+    std::vector<double> x;
+    std::vector<double> y;
     std::vector<double> durations;
     for (const InkSample& s : ink.samples) {
-        durations.push_back(arrays.x.empty() ? 0.0 : s.t - ink.samples[arrays.x.size() - 1].t);
-        arrays.x.push_back(s.x);
-        arrays.y.push_back(s.y);
+        if (!x.empty()) {
+            durations.push_back(s.t - ink.samples[x.size() - 1].t);
+        }
+        x.push_back(s.x);
+        y.push_back(s.y);
     }
-    arrays.speed.assign(ink.samples.size(), 0.0);
+    const int n = static_cast<int>(x.size());
+    std::vector<double> speeds(x.size(), 0.0);
     if (ink.hasTimes) {
-        Stroke::ComputeSpeed(static_cast<int>(arrays.x.size()), arrays.x.data(), arrays.y.data(),
-                             durations.data() + 1, 1.0, arrays.speed.data());
+        Stroke::ComputeSpeed(n, x.data(), y.data(), durations.data(), 1.0, speeds.data());
     }
-    return arrays;
+    return {n, x.data(), y.data(), speeds.data()};
 }
 
-/// The stroke without samples that lie within `step` of the last one taken, such as a device's grid makes.
-Stroke Thinned(const SampleArrays& all, double step) {
-    SampleArrays taken;
-    for (std::size_t i = 0; i < all.x.size(); ++i) {
-        if (taken.x.empty() || std::hypot(all.x[i] - taken.x.back(), all.y[i] - taken.y.back()) >= step) {
-            taken.x.push_back(all.x[i]);
-            taken.y.push_back(all.y[i]);
-            taken.speed.push_back(all.speed[i]);
-        }
+/// The stroke in which the ink was found to be a scribble.
+std::unique_ptr<Stroke> StrokeWithoutTremor(const Geometry::InkStroke& ink) {
+    std::vector<Geometry::Point> points;
+    points.reserve(ink.samples.size());
+    for (const InkSample& s : ink.samples) {
+        points.emplace_back(s.x, s.y);
     }
-    return {static_cast<int>(taken.x.size()), taken.x.data(), taken.y.data(), taken.speed.data()};
+    return Geometry::WithoutTremor(points);
 }
 
 ScribbleHits FindHits(const InkScene& scene, Stroke& stroke) {
@@ -166,16 +161,10 @@ std::int32_t Trim(const ElementCurve& element, const ElementGeometry& before, co
 } // namespace
 
 std::int32_t EraseUnderScribble(const InkScene& scene, DocumentChange& change, InkOutcome& outcome) {
-    // A hundredth of the ink's extent: above the steps of a grid, below the legs of a scribble.
-    constexpr double kStepPart = 0.01;
-    const SampleArrays samples = ArraysOf(scene.ink);
-    Stroke whole = Thinned(samples, 0.0);
-    Geometry::XYBox box;
-    whole.AskXYBox(box);
-    Stroke smooth = Thinned(samples, kStepPart * box.min.Distance(box.max));
-    ScribbleHits hits = FindHits(scene, smooth);
+    ScribbleHits hits = FindHits(scene, *StrokeWithoutTremor(scene.ink));
     if (!hits.isScribble) {
-        hits = FindHits(scene, whole);
+        Stroke stroke = TimedStroke(scene.ink);
+        hits = FindHits(scene, stroke);
     }
     outcome.outcome = kHostInkScribble;
     std::int32_t code = kOk;

@@ -312,6 +312,40 @@ TEST(ConstraintInference, AppliedGeometryKeepsIdentity) {
     EXPECT_TRUE(line.GetCachedBasePoint() == line.Bisect());
 }
 
+// New lines fit to what is fixed: nothing fixed moves, or gets constraints of its own, however nearly it
+// satisfies them.
+TEST(ConstraintInference, FixedCurvesStayAndTheOthersFitToThem) {
+    CurveList list;
+    list.push_back(MakeLine(0, 0, 80, 0.6)); // nearly horizontal, and meant to stay so
+    list.push_back(MakeLine(0.8, 0.4, 1, 60));
+    list.push_back(MakeLine(80.9, 1.2, 81.5, 60));
+    list.push_back(MakeLine(81, 60.8, 0.5, 60.3));
+    ConstraintOptions options = Zone();
+    options.fixedCount = 2;
+    const InferredConstraints inferred = InferConstraints(Borrow(list), options);
+    EXPECT_EQ(CountOf(inferred, ConstraintKind_Coincident), 3);
+    for (const InferredConstraint& c : inferred.constraints) {
+        EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+        bool namesNew = false;
+        for (int e = 0; e < c.elementCount; ++e)
+            namesNew = namesNew || c.elements[e].curve >= options.fixedCount;
+        EXPECT_TRUE(namesNew) << c.kind;
+    }
+    for (int i = 0; i < options.fixedCount; ++i) {
+        EXPECT_EQ(inferred.adjusted[i]->GetStart().x, list[i]->GetStart().x);
+        EXPECT_EQ(inferred.adjusted[i]->GetStart().y, list[i]->GetStart().y);
+        EXPECT_EQ(inferred.adjusted[i]->GetEnd().x, list[i]->GetEnd().x);
+        EXPECT_EQ(inferred.adjusted[i]->GetEnd().y, list[i]->GetEnd().y);
+    }
+    options.fixedCount = static_cast<int>(list.size());
+    EXPECT_TRUE(InferConstraints(Borrow(list), options).constraints.empty());
+    for (int count : {-1, static_cast<int>(list.size()) + 1}) {
+        options.fixedCount = count;
+        EXPECT_EQ(ThrownMessage([&] { InferConstraints(Borrow(list), options); }),
+                  "InferConstraints - fixed count is out of range");
+    }
+}
+
 TEST(ConstraintInference, RefusesBadInput) {
     Line line(Point(0, 0), Point(80, 1));
     const Curve* good[] = {&line};

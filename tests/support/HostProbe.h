@@ -1,0 +1,141 @@
+// A host over the reference host whose services can be made to fail or be left out, and documents to try it
+// on.
+#pragma once
+
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tessera/host/HostDocument.h"
+#include "tessera/host/HostServices.h"
+#include "tessera/host/internal/ReferenceHostServices.h"
+
+namespace Tessera::Testing {
+
+struct DocumentRelease {
+    void operator()(HostDocument* document) const { TesseraHost_DeleteDocument(document); }
+};
+using Document = std::unique_ptr<HostDocument, DocumentRelease>;
+
+inline Document NewDocument() {
+    return Document(TesseraHost_CreateDocument());
+}
+
+inline HostElement2d Element(std::int32_t kind, std::initializer_list<tagGPosition2d> points,
+                             double radius = 0.0) {
+    HostElement2d e{};
+    e.kind = kind;
+    e.radius = radius;
+    std::copy(points.begin(), points.end(), e.points);
+    return e;
+}
+inline HostElement2d LineElement(tagGPosition2d a, tagGPosition2d b) {
+    return Element(kHostElementLine, {a, b});
+}
+inline HostElement2d ArcElement(tagGPosition2d start, tagGPosition2d end, tagGPosition2d on) {
+    return Element(kHostElementArc, {start, end, on});
+}
+inline HostElement2d CircleElement(tagGPosition2d centre, double radius) {
+    return Element(kHostElementCircle, {centre}, radius);
+}
+
+inline HostElementId AddTo(const Document& document, const HostElement2d& element) {
+    HostElementId made = 0;
+    EXPECT_EQ(TesseraHost_CreateElement(document.get(), &element, &made), 0);
+    return made;
+}
+
+/// One report to HRerrEx.
+struct HostReport {
+    std::int32_t code;
+    std::string file;
+    std::int32_t line;
+    std::string function;
+};
+
+/// In force while it lives. Every service that gives a result code counts its calls.
+class HostProbe {
+public:
+    static constexpr std::int32_t kFailure = static_cast<std::int32_t>(0x80040111);
+
+    std::vector<HostReport> reports;
+    int calls[22] = {};      ///< of the services of the ink entry, in the table's order
+    int failingService = -1; ///< fails at its failingCall-th call
+    int failingCall = 0;
+
+    HostProbe() : table_(Host::ReferenceHostServices()) {
+        current = this;
+        table_.HRerrEx = [](void*, std::int32_t code, const char* file, std::int32_t line, const char* name) {
+            current->reports.push_back({code, file, line, name});
+        };
+        Wrap<0>(table_.HCreateLine2d);
+        Wrap<1>(table_.HCreateArc2d);
+        Wrap<2>(table_.HCreateCircle2d);
+        Wrap<3>(table_.HCreateEllipse2d);
+        Wrap<4>(table_.HCreateEllipArc2d);
+        Wrap<5>(table_.HCreateBspCurve2dEx);
+        Wrap<6>(table_.HCreateRectangle2d);
+        Wrap<7>(table_.HModifyElement2d);
+        Wrap<8>(table_.HRemoveElement2d);
+        Wrap<9>(table_.HRestoreElement2d);
+        Wrap<10>(table_.DCToModel);
+        Wrap<11>(table_.ModelToDC);
+        Wrap<12>(table_.GetShowRelationship);
+        Wrap<13>(table_.GetToleranceZone);
+        Wrap<14>(table_.createConstraint);
+        Wrap<15>(table_.retargetConstraint);
+        Wrap<16>(table_.removeConstraint);
+        Wrap<17>(table_.commitConstraints);
+        Wrap<18>(table_.Locate);
+        Wrap<19>(table_.SetTarget);
+        Wrap<20>(table_.Evaluate);
+        Wrap<21>(table_.Clear);
+        Install();
+    }
+    ~HostProbe() {
+        current = nullptr;
+        TesseraHost_InstallServices(nullptr);
+    }
+    HostProbe(const HostProbe&) = delete;
+    HostProbe& operator=(const HostProbe&) = delete;
+
+    void Install() const { EXPECT_EQ(TesseraHost_InstallServices(&table_), 0); }
+    /// Installs the table without one service of the ink entry.
+    void InstallWithout(int service) const {
+        HostServices lacking = table_;
+        std::memset(reinterpret_cast<char*>(&lacking.HCreateLine2d) + service * sizeof(void*), 0,
+                    sizeof(void*));
+        EXPECT_EQ(TesseraHost_InstallServices(&lacking), 0);
+    }
+    void FailAt(int service, int call) {
+        std::fill(std::begin(calls), std::end(calls), 0);
+        reports.clear();
+        failingService = service;
+        failingCall = call;
+    }
+
+private:
+    template <int Index, class... Args>
+    struct Wrapped {
+        static inline std::int32_t (*original)(Args...) = nullptr;
+        static std::int32_t Call(Args... args) {
+            const bool fails =
+                ++current->calls[Index] == current->failingCall && current->failingService == Index;
+            return fails ? kFailure : original(args...);
+        }
+    };
+    template <int Index, class... Args>
+    void Wrap(std::int32_t (*&entry)(Args...)) {
+        Wrapped<Index, Args...>::original = entry;
+        entry = Wrapped<Index, Args...>::Call;
+    }
+
+    static inline HostProbe* current = nullptr;
+    HostServices table_;
+};
+
+} // namespace Tessera::Testing
