@@ -16,6 +16,26 @@ void Expect(bool holds, const char* what) {
     }
 }
 
+using InkEntry = decltype(&ConvertInkingStrokeToGeometry);
+
+/// A pen stroke through the entry that a host would bind by its name.
+void DrawIntoADocument(InkEntry convert) {
+    HostDocument* document = TesseraHost_CreateDocument();
+    std::vector<tagGPosition2d> pen;
+    for (int i = 0; i <= 100; ++i) {
+        pen.push_back({2.0 * i, 0.02 * i});
+    }
+    const HostInkStroke ink{sizeof(ink), 101, 0, pen.data(), nullptr};
+    HostInkOptions options{};
+    options.size = sizeof(options);
+    HostInkResult result{};
+    result.size = sizeof(result);
+    Expect(convert != nullptr && convert(&ink, document, &options, &result) == 0, "ink is taken");
+    Expect(result.elementCount == 1 && result.constraintCount == 1, "a horizontal line is drawn");
+    TesseraHost_ReleaseInkResult(&result);
+    TesseraHost_DeleteDocument(document);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -36,9 +56,13 @@ int main(int argc, char** argv) {
     void* library = dlopen(argc > 1 ? argv[1] : "libtessera.so", RTLD_NOW);
     Expect(library != nullptr, "the shared library can be opened");
     for (const char* name :
-         {"ConvertPolyLinePointsTorecognizedAnalyticTypes", "GetColorFromIntColor", "StrokeIsScribbleShape",
-          "StrokeRecognizeScribble", "TesseraHost_InstallServices", "TesseraHost_ReleaseHandle"}) {
+         {"ConvertPolyLinePointsTorecognizedAnalyticTypes", "ConvertInkingStrokeToGeometry",
+          "GetColorFromIntColor", "StrokeIsScribbleShape", "StrokeRecognizeScribble",
+          "TesseraHost_InstallServices", "TesseraHost_ReleaseHandle", "TesseraHost_CreateDocument"}) {
         Expect(library != nullptr && dlsym(library, name) != nullptr, name);
+    }
+    if (library != nullptr) {
+        DrawIntoADocument(reinterpret_cast<InkEntry>(dlsym(library, "ConvertInkingStrokeToGeometry")));
     }
     return failures;
 }

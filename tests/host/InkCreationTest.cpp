@@ -191,8 +191,9 @@ TEST(InkCreation, ARetracedElementKeepsItsIdentifierAndDirection) {
                 ASSERT_EQ(RetraceElement(scene, reading, change, outcome), 0);
                 EXPECT_EQ(outcome.outcome, kHostInkRetrace);
                 ASSERT_EQ(outcome.elements, std::vector<HostElementId>{id});
-                if (isKept)
+                if (isKept) {
                     ASSERT_EQ(change.Commit(), 0);
+                }
             }
             ASSERT_EQ(TesseraHost_AskElement(document.get(), id, &element), 0);
             const double size = isKept ? 110 : 100;
