@@ -78,6 +78,9 @@ public:
         return plan;
     }
 
+    double Length() const { return length_; }
+    double Gap() const { return starts_[0].at.Distance(end_); }
+
     Planned Draw(std::mt19937& rng, const Hand& hand) const {
         Planned out;
         out.size = SizeOfPlan();
@@ -197,10 +200,14 @@ public:
     double Sign() { return Uniform(0.0, 1.0) < 0.5 ? -1.0 : 1.0; }
 
     InkPlan Polyline() {
-        std::vector<Stretch> stretches{{Heading(), Uniform(50.0, 150.0), 0.0}};
-        for (int n = Count(1, 4); n > 0; --n)
-            stretches.push_back({Turn(), Uniform(50.0, 150.0), 0.0});
-        return InkPlan(std::move(stretches));
+        for (;;) {
+            std::vector<Stretch> stretches{{Heading(), Uniform(50.0, 150.0), 0.0}};
+            for (int n = Count(1, 4); n > 0; --n)
+                stretches.push_back({Turn(), Uniform(50.0, 150.0), 0.0});
+            InkPlan plan(std::move(stretches));
+            if (plan.Gap() > 0.25 * plan.Length()) // else it might be meant to close
+                return plan;
+        }
     }
 
     InkPlan Polygon() {

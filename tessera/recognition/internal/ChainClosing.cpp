@@ -102,7 +102,10 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach ||
         gap.Dot(ahead) > ink.path.step * (first.last - first.first) + reach)
         return false;
-    const ChainPiece whole = PricePiece(ink, last.first, first.last);
+    // Two lines make one line: an arc would hide the corner between them.
+    const PiecePrices both = PriceBoth(ink, last.first, first.last);
+    const ChainPiece whole =
+        both.hasArc && (first.isArc || last.isArc) && both.arc.cost < both.line.cost ? both.arc : both.line;
     chain.cost += whole.cost - first.cost - last.cost - 2.0 * ink.prices.parameter;
     chain.pieces.front() = whole;
     chain.pieces.pop_back();

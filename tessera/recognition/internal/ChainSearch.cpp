@@ -258,6 +258,11 @@ Chain SearchForHand(PricedPath& ink) {
     const double paid = kCarefulParameter * (ParametersOf(strict) - ParametersOf(loose));
     if (saved <= paid)
         return loose;
+    const auto isArc = [](const ChainPiece& piece) { return piece.isArc; };
+    if (std::none_of(strict.pieces.begin(), strict.pieces.end(), isArc)) {
+        ink.prices.squared *= kCare; // straight sides prove the care; arcs only follow the ink
+        return strict;
+    }
     Chain repriced = strict;
     repriced.cost = 2.0 * usual.parameter;
     for (ChainPiece& piece : repriced.pieces) {

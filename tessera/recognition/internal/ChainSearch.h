@@ -76,7 +76,8 @@ ChainPiece PricePiece(const PricedPath& ink, int first, int last);
 Chain SearchChain(const PricedPath& ink);
 
 /// The chain for the hand that drew this ink: of the usual hand's and a careful hand's, the one that
-/// describes the ink more briefly when the spread is taken from the ink itself.
+/// describes the ink more briefly when the spread is taken from the ink itself. A careful hand that drew
+/// nothing but lines sets the price of distances for what follows.
 Chain SearchForHand(PricedPath& ink);
 
 /// Chain over given breaks, ascending, both ends of the path among them.

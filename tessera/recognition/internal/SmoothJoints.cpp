@@ -10,7 +10,7 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kTangentTurn =
-    0.3; // radians between the fits; hands join a line and an arc within 17 degrees
+    0.4; // radians between the fits of a line and an arc that a hand joins smoothly
 constexpr double kPlainCorner = 0.75; // radians of turning within a few points that no bend makes
 constexpr double kSeenShare = 0.6;    // of the fits' turn that the ink must make at once for a corner
 constexpr double kWidestBend = 1.3;   // radians: a sharper turn is a corner, however round its tip
@@ -31,8 +31,8 @@ JointSight LookAtJoint(const PricedPath& ink, const ChainPiece& before, const Ch
     const double seen = SharpestTurn(ink.path, after.first);
     if (turn < kTangentTurn && seen < kPlainCorner)
         return JointSight::Tangent;
-    return turn < kWidestBend && seen < kPlainCorner && seen < kSeenShare * turn ? JointSight::Bend
-                                                                                 : JointSight::Corner;
+    const bool isBend = turn < kWidestBend && seen < kPlainCorner && seen < kSeenShare * turn;
+    return isBend ? JointSight::Bend : JointSight::Corner;
 }
 
 void BendPieces(const PricedPath& ink, Chain& chain) {
