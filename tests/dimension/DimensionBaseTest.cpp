@@ -224,30 +224,20 @@ TEST(DimensionBase, DigitsAndStringLength) {
 }
 
 TEST(DimensionBase, ReadableTextAngles) {
-    const struct {
-        double angle, textAngle;
-        bool isTurned;
-    } rows[] = {{0, 0, false},
-                {1e-10, 0, false},
-                {1.1e-10, 1.1e-10, true},
-                {45, 45, true},
-                {90, 90, true},
-                {89.99999999995, 90, true},
-                {89.9999999999, 89.9999999999, false},
-                {90.0000000001, 90.0000000001, false},
-                {135, 315, true},
-                {180, 0, false},
-                {225, 45, true},
-                {270, 90, true},
-                {300, 300, false},
-                {-30, -30, false},
-                {360, 360, false}};
+    const double s = 89.9999999999; // slivers between the bands
+    const double t = 90.0000000001;
+    // angle, text angle, whether the text is turned
+    const double rows[][3] = {{0, 0, 0},     {1e-10, 0, 0}, {1.1e-10, 1.1e-10, 1},
+                              {45, 45, 1},   {90, 90, 1},   {89.99999999995, 90, 1},
+                              {s, s, 0},     {t, t, 0},     {135, 315, 1},
+                              {180, 0, 0},   {225, 45, 1},  {270, 90, 1},
+                              {300, 300, 0}, {-30, -30, 0}, {360, 360, 0}};
     for (const auto& row : rows) {
         double textAngle = -1.0;
         double offset = 10.0;
-        DimensionBase::ComputeTextAngleAndHeightOffset(Radial, row.angle, 4.0, &textAngle, &offset);
-        EXPECT_DOUBLE_EQ(textAngle, row.textAngle) << row.angle;
-        EXPECT_EQ(offset, row.isTurned ? 14.0 : 10.0) << row.angle;
+        DimensionBase::ComputeTextAngleAndHeightOffset(Radial, row[0], 4.0, &textAngle, &offset);
+        EXPECT_DOUBLE_EQ(textAngle, row[1]) << row[0];
+        EXPECT_EQ(offset, row[2] != 0.0 ? 14.0 : 10.0) << row[0];
     }
 }
 

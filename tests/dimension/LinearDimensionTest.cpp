@@ -40,47 +40,31 @@ struct Curves {
 
 struct Pair {
     const char* name;
-    LinearDimension* (*make)(const Curves& s);
+    char first, second; // members of Curves
     double value;
     Point from, to; // ends of the measured line
 
-    LinearPtr Make(const Curves& s) const { return Own(make(s)); }
+    LinearDimension* Ask(const Curves& s) const {
+        using L = LinearDimension;
+        if (first == 'a')
+            return second == 'b'   ? L::MakeDimension(&s.a, &s.b, &kPick, 8, 4)
+                   : second == 'c' ? L::MakeDimension(&s.a, &s.c, 8, 4)
+                                   : L::MakeDimension(&s.a, s.E(), 8, 4);
+        if (first == 'c')
+            return second == 'd' ? L::MakeDimension(&s.c, &s.d, 8, 4) : L::MakeDimension(&s.c, s.E(), 8, 4);
+        return L::MakeDimension(s.E(), s.F(), 8, 4);
+    }
+    LinearPtr Make(const Curves& s) const { return Own(Ask(s)); }
 };
 
-const Pair kLines = {"lines",
-                     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, &s.b, &kPick, 8, 4); },
-                     10,
-                     {20, 0},
-                     {20, 10}};
-const Pair kArcs = {"arcs",
-                    [](const Curves& s) { return LinearDimension::MakeDimension(&s.c, &s.d, 8, 4); },
-                    12,
-                    {50, 30},
-                    {50, 42}};
-const Pair kPairs[] = {
-    kLines,
-    kArcs,
-    {"line and arc",
-     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, &s.c, 8, 4); },
-     30,
-     {50, 0},
-     {50, 30}},
-    {"line and ellipse",
-     [](const Curves& s) { return LinearDimension::MakeDimension(&s.a, s.E(), 8, 4); },
-     5,
-     {70, 0},
-     {70, 5}},
-    {"arc and ellipse",
-     [](const Curves& s) { return LinearDimension::MakeDimension(&s.c, s.E(), 8, 4); },
-     std::hypot(20, 25),
-     {50, 30},
-     {70, 5}},
-    {"ellipses",
-     [](const Curves& s) { return LinearDimension::MakeDimension(s.E(), s.F(), 8, 4); },
-     5,
-     {70, 5},
-     {74, 8}},
-};
+const Pair kLines = {"lines", 'a', 'b', 10, {20, 0}, {20, 10}};
+const Pair kArcs = {"arcs", 'c', 'd', 12, {50, 30}, {50, 42}};
+const Pair kPairs[] = {kLines,
+                       kArcs,
+                       {"line and arc", 'a', 'c', 30, {50, 0}, {50, 30}},
+                       {"line and ellipse", 'a', 'e', 5, {70, 0}, {70, 5}},
+                       {"arc and ellipse", 'c', 'e', std::hypot(20, 25), {50, 30}, {70, 5}},
+                       {"ellipses", 'e', 'f', 5, {70, 5}, {74, 8}}};
 
 } // namespace
 
@@ -100,7 +84,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
         ASSERT_EQ(parents.size(), 2U);
         for (Curve* parent : parents)
             EXPECT_TRUE(parent->HasDimension(dim.get()));
-        EXPECT_EQ(pair.make(curves), dim.get());
+        EXPECT_EQ(pair.Ask(curves), dim.get());
     }
 }
 
