@@ -30,6 +30,7 @@ constexpr double kCare = 6.0;         // squares of a careful hand weigh so many
 constexpr double kIndependent = 0.25; // of the points: neighbours stray together
 constexpr double kCarefulParameter = 4.0;
 constexpr double kDent = 0.5;          // sine of 30 degrees
+constexpr double kStraight = 0.012;    // root mean square distance of straight sides, sizes
 constexpr int kCrumb = 7;              // points: shorter pieces are what corners are rounded with, not care
 constexpr double kLeastSpread = 0.004; // no hand is more careful, sizes
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
@@ -137,6 +138,16 @@ bool HasDent(const Chain& chain) {
             return true;
     }
     return false;
+}
+
+bool AreSidesStraight(const PricedPath& ink, const Chain& chain) {
+    double sumSq = 0.0;
+    for (const ChainPiece& piece : chain.pieces) {
+        if (piece.isArc)
+            return false;
+        sumSq += piece.line.sumSq;
+    }
+    return sumSq <= kStraight * kStraight * ink.path.Size();
 }
 
 int ParametersOf(const Chain& chain) {
@@ -258,9 +269,8 @@ Chain SearchForHand(PricedPath& ink) {
     const double paid = kCarefulParameter * (ParametersOf(strict) - ParametersOf(loose));
     if (saved <= paid)
         return loose;
-    const auto isArc = [](const ChainPiece& piece) { return piece.isArc; };
-    if (std::none_of(strict.pieces.begin(), strict.pieces.end(), isArc)) {
-        ink.prices.squared *= kCare; // straight sides prove the care; arcs only follow the ink
+    if (AreSidesStraight(ink, strict)) {
+        ink.prices.squared *= kCare; // straight sides prove the care; bends only follow the ink
         return strict;
     }
     Chain repriced = strict;

@@ -20,7 +20,7 @@ namespace Tessera::Geometry {
 struct InkPrices {
     double parameter = 4.0; ///< one more number: logarithm of the size over the spread of the hand
     double squared = 100.0; ///< per squared distance of one point
-    double bow = 0.05;      ///< one sigma of a line's sagitta over its length
+    double bow = 0.06;      ///< one sigma of a line's sagitta over its length
 };
 
 /// A run of the path. After closing it may cross the start of the path: then last < first.

@@ -20,13 +20,13 @@ constexpr double kLeastWinding = 290.0 / 360.0; // turns about the centre: a rou
 constexpr double kMostWinding = 2.2;
 constexpr int kParameters = 5;
 // Nothing guides the pen on its way round: it strays farther than along a side.
-constexpr double kSpreadShare = 0.5;
+constexpr double kSpreadShare = 0.4;
 constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
 constexpr double kTail = 0.15;      // sizes from which a distance costs no more
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
 // Difference of the radii, of the larger one, up to which a round is a circle, and its growth with the length
 // (in sizes) that the pen covers per sample. Measured on drawn circles and ovals.
-constexpr double kOblong = 0.28;
+constexpr double kOblong = 0.27;
 constexpr double kOblongPerPace = 1.75;
 constexpr double kUsualPace = 0.07;
 constexpr double kOblongMost = 0.42;
