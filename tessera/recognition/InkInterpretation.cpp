@@ -12,6 +12,7 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkPath.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
@@ -103,8 +104,8 @@ InkShape ShapeOf(const ExactChain& chain) {
     return lines ? InkShape::Polyline : InkShape::Chain;
 }
 
-void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences, Chain chain,
-               InkReading& reading) {
+void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, Chain chain, InkReading& reading) {
     ExactChain exact = MakeExact(ink, chain);
     reading.shape = ShapeOf(exact);
     if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())
@@ -116,7 +117,12 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
         exact = MakeExact(ink, chain);
     }
     reading.isClosed = exact.isClosed;
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);
     AppendChain(ink.path, exact, reading);
+    for (InkConnection& connection : reading.connections) { // the pen's first end may be the curve's last
+        const InterpretedCurve& made = reading.curves[static_cast<std::size_t>(connection.curve)];
+        connection.end = connection.end == CurveEnd::Start ? made.First() : made.Last();
+    }
 }
 
 bool IsScribble(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading) {
@@ -147,7 +153,6 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
     for (const InkSample& s : ink.samples)
         if (!std::isfinite(s.x) || !std::isfinite(s.y) || !std::isfinite(s.t))
             Core::ThrowMessage("InterpretInk - a sample is not finite");
-    static_cast<void>(earlier);
     InkReading reading;
     const InkPath path = MakeInkPath(ink.samples);
     if (path.pts.empty())
@@ -169,7 +174,7 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
     if (round && IsRoundCheaper(priced, *round, chain))
         ReadRound(path, *round, reading);
     else
-        ReadChain(priced, preferences, chain, reading);
+        ReadChain(priced, preferences, earlier, chain, reading);
     MeasureDeviations(ink.samples, reading);
     return reading;
 }

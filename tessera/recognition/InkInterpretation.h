@@ -11,7 +11,8 @@
 // Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
 //             curveTidy (closing, hooks), changeCurveType (closed round strokes become circles and
 //             ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and regular
-//             polygons made exact), snapping (directions of axes), doScribble.
+//             polygons made exact), snapping (directions of axes, ends onto
+//             key points of earlier curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite". Nothing is changed then.
 // Cost        linear in the samples.

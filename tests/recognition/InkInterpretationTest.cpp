@@ -1,5 +1,6 @@
 #include "tessera/recognition/InkInterpretation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -113,6 +114,84 @@ TEST(InkInterpretation, SidesWithinTheSnapAngleLieAlongTheAxes) {
     EXPECT_EQ(along(InterpretInk(ink, preferences)), 4);
     preferences.SetSnapping(false);
     EXPECT_EQ(along(InterpretInk(ink, preferences)), 0);
+}
+
+TEST(InkInterpretation, EndsMeetKeyPointsOfEarlierCurves) {
+    Line line({0.0, 0.0}, {200.0, 100.0});
+    Arc circle({-20.0, 250.0}, 30.0);
+    Curve* const earlier[] = {nullptr, &line, &circle};
+    const InkStroke ink = DrawThrough({{103, 46}, {130, 190}, {-17, 246}}, false);
+    SketchRecognizerPreferences preferences;
+    const InkReading reading = InterpretInk(ink, preferences, earlier);
+    ASSERT_EQ(reading.connections.size(), 2U);
+    EXPECT_EQ(reading.connections[0].earlier, 1);
+    EXPECT_EQ(reading.connections[0].keyPoint, SnapPointType_Mid);
+    EXPECT_LT(reading.curves.front().curve->GetStart().Distance({100.0, 50.0}), 1e-9);
+    EXPECT_EQ(reading.connections[1].earlier, 2);
+    EXPECT_EQ(reading.connections[1].keyPoint, SnapPointType_Center);
+    EXPECT_LT(reading.curves.back().curve->GetEnd().Distance({-20.0, 250.0}), 1e-9);
+    ExpectJoined(reading);
+    preferences.SetSnapping(false);
+    EXPECT_TRUE(InterpretInk(ink, preferences, earlier).connections.empty());
+}
+
+TEST(InkInterpretation, WithoutHypothesesTheRulesAnswer) {
+    SketchRecognizerPreferences preferences;
+    preferences.SetReduceInkCurveDeviation(false);
+    const InkReading reading = InterpretInk(DrawThrough({{0, 0}, {80, 33}, {90, -50}}, false), preferences);
+    EXPECT_EQ(reading.shape, InkShape::Pieces);
+    EXPECT_TRUE(reading.joints.empty());
+    ASSERT_EQ(reading.curves.size(), 2U);
+    EXPECT_LT(reading.curves[0].curve->GetEnd().Distance({80.0, 33.0}), 5.0);
+    EXPECT_LT(reading.curves[1].maxDeviation, 5.0);
+}
+
+TEST(InkInterpretation, ScribblesAreNoDrawing) {
+    std::vector<Point> zigzag;
+    for (int i = 0; i < 9; ++i)
+        zigzag.emplace_back(12.0 * i, i % 2 == 0 ? 0.0 : 90.0);
+    SketchRecognizerPreferences preferences;
+    const InkReading scribble = InterpretInk(DrawThrough(zigzag, false), preferences);
+    EXPECT_EQ(scribble.shape, InkShape::Scribble);
+    EXPECT_TRUE(scribble.curves.empty());
+    EXPECT_GE(scribble.cusps, 3);
+    preferences.SetDoScribble(false);
+    EXPECT_EQ(InterpretInk(DrawThrough(zigzag, false), preferences).shape, InkShape::Polyline);
+}
+
+struct CornerRates {
+    int strokes = 0;
+    int right = 0; ///< every corner found, none extra
+};
+
+CornerRates RateCorners(InkPlan (RandomPlans::*plan)(), unsigned seed) {
+    RandomPlans plans(seed);
+    SketchRecognizerPreferences preferences;
+    preferences.SetRegularPolygonRecognition(false); // it moves corners on purpose
+    CornerRates rates;
+    for (; rates.strokes < 200; ++rates.strokes) {
+        const InkPlan drawing = (plans.*plan)();
+        const Hand hand = plans.AnyHand();
+        const Testing::Planned planned = drawing.Draw(plans.Rng(), hand);
+        std::vector<Point> found;
+        for (const InkJoint& joint : InterpretInk(planned.ink, preferences).joints)
+            if (joint.kind == JointKind::Corner)
+                found.push_back(joint.position);
+        bool all = found.size() == planned.corners.size();
+        for (const Point& corner : planned.corners)
+            all = all && std::any_of(found.begin(), found.end(), [&](const Point& p) {
+                      return p.Distance(corner) < 0.06 * planned.size;
+                  });
+        rates.right += all ? 1 : 0;
+    }
+    return rates;
+}
+
+// Floors below the rates measured when the plans were first drawn: a change that loses corners shows.
+TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
+    EXPECT_GE(RateCorners(&RandomPlans::Polyline, 7).right, 184);
+    EXPECT_GE(RateCorners(&RandomPlans::Polygon, 7).right, 150);
+    EXPECT_GE(RateCorners(&RandomPlans::Smooth, 7).right, 170);
 }
 
 TEST(InkInterpretation, ArcsOfEitherSenseKeepTheirEnds) {
