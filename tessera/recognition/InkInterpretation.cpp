@@ -20,6 +20,7 @@
 #include "tessera/recognition/internal/RoundShape.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/SmoothJoints.h"
+#include "tessera/recognition/internal/ThinWall.h"
 
 namespace Tessera::Geometry {
 
@@ -104,8 +105,21 @@ InkShape ShapeOf(const ExactChain& chain) {
     return lines ? InkShape::Polyline : InkShape::Chain;
 }
 
+bool ReadThinWall(const PricedPath& ink, const SketchRecognizerPreferences& preferences, const Chain& chain,
+                  InkReading& reading) {
+    const bool asSides = preferences.GetThinWallRecognition();
+    const std::vector<ExactPiece> sides = FindThinWall(ink, chain, asSides);
+    for (const ExactPiece& side : sides)
+        AppendChain(ink.path, {{side}, false}, reading);
+    if (!sides.empty())
+        reading.shape = asSides ? InkShape::ThinWall : InkShape::Line;
+    return !sides.empty();
+}
+
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
                std::span<Curve* const> earlier, Chain chain, InkReading& reading) {
+    if (preferences.GetCurveTidy() && ReadThinWall(ink, preferences, chain, reading))
+        return;
     ExactChain exact = MakeExact(ink, chain);
     reading.shape = ShapeOf(exact);
     if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())

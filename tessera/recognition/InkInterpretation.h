@@ -2,17 +2,19 @@
 // them.
 //
 // The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
-// trying to draw. Whole hypotheses (one curve, a closed round shape, a chain of lines and arcs, the rules'
-// own pieces) are compared by what it costs to describe the ink with them, and the cheapest is made exact:
-// corners where neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
+// trying to draw. Whole hypotheses (a chain of lines and arcs, for a usual and for a careful hand; closed or
+// open; one closed round shape) are compared by what it costs to describe the ink with them, and the cheapest
+// is made exact: corners where neighbours intersect, tangent joints, closed shapes that close, rectangles
+// with right angles.
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
 // Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
-//             curveTidy (closing, hooks), changeCurveType (closed round strokes become circles and
-//             ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and regular
-//             polygons made exact), snapping (directions of axes, ends onto
-//             key points of earlier curves), doScribble.
+//             curveTidy (closing, hooks; a line drawn forth and back along itself becomes its centre line, or
+//             with thinWallRecognition the two sides of a wall), changeCurveType (closed round strokes become
+//             circles and ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and
+//             regular polygons made exact), snapping (directions of axes, ends onto key points of earlier
+//             curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite". Nothing is changed then.
 // Cost        linear in the samples.
@@ -46,7 +48,7 @@ struct InkStroke {
 enum class InkShape : std::int32_t {
     Nothing,  ///< no two different positions: no curves
     Scribble, ///< the gesture that erases: no curves
-    Retrace,  ///< an earlier curve drawn over: see InkReading::retraced
+    Retrace,  ///< an earlier curve drawn over; not found yet: such ink is read as new
     ThinWall, ///< drawn forth and back along itself
     Line,
     Arc,         ///< a circular arc
@@ -116,7 +118,7 @@ struct InkReading {
     int retraced = -1; ///< index of the earlier curve that curves[0] is the new form of, or -1
     int cusps = 0;     ///< inner cusps of a scribble
     bool isClosed = false;
-    double handSpread = 0.0; ///< how far this hand strays from what it draws (one sigma), model units
+    double handSpread = 0.0; ///< root mean square distance of the ink from the curves, model units
 };
 
 /// Reads one stroke.

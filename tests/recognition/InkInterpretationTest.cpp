@@ -194,6 +194,26 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Smooth, 7).right, 170);
 }
 
+TEST(InkInterpretation, ForthAndBackIsACentreLineOrAWall) {
+    const InkStroke ink = DrawThrough({{0, 0}, {200, 100}, {-3, 7}}, false);
+    SketchRecognizerPreferences preferences;
+    const InkReading line = InterpretInk(ink, preferences);
+    EXPECT_EQ(line.shape, InkShape::Line);
+    ASSERT_EQ(line.curves.size(), 1U);
+    EXPECT_LT(line.curves[0].curve->GetStart().Distance({-1.5, 3.5}), 6.0);
+    preferences.SetThinWallRecognition(true);
+    const InkReading wall = InterpretInk(ink, preferences);
+    EXPECT_EQ(wall.shape, InkShape::ThinWall);
+    ASSERT_EQ(wall.curves.size(), 2U);
+    EXPECT_TRUE(wall.joints.empty());
+    const auto& forth = static_cast<const Line&>(*wall.curves[0].curve);
+    const auto& back = static_cast<const Line&>(*wall.curves[1].curve);
+    EXPECT_TRUE(forth.IsParallel(&back));
+    EXPECT_NEAR(forth.Length(), back.Length(), 1e-9);
+    const InkStroke caret = DrawThrough({{0, 0}, {200, 100}, {10, 60}}, false);
+    EXPECT_EQ(InterpretInk(caret, preferences).shape, InkShape::Polyline);
+}
+
 TEST(InkInterpretation, ArcsOfEitherSenseKeepTheirEnds) {
     InkStroke ink = DrawRound(50, 50, 150, 0.0);
     for (const bool backwards : {false, true}) {

@@ -142,14 +142,20 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
 
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
     const int n = static_cast<int>(samples.size());
+    double sumSq = 0.0;
+    int measured = 0;
     for (InterpretedCurve& made : reading.curves) {
         const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
                                                               : made.lastSample + n - made.firstSample;
         for (int i = 0; i <= count; ++i) {
             const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
-            made.maxDeviation = std::max(made.maxDeviation, made.curve->DistanceBounded({s.x, s.y}));
+            const double distance = made.curve->DistanceBounded({s.x, s.y});
+            made.maxDeviation = std::max(made.maxDeviation, distance);
+            sumSq += distance * distance;
         }
+        measured += count + 1;
     }
+    reading.handSpread = measured > 0 ? std::sqrt(sumSq / measured) : 0.0;
 }
 
 } // namespace Tessera::Geometry

@@ -15,7 +15,7 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
 /// Appends one full circle or ellipse.
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
 
-/// Fills the largest distance of each curve's samples from it.
+/// Fills the largest distance of each curve's samples from it, and the spread of the hand.
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading);
 
 } // namespace Tessera::Geometry
