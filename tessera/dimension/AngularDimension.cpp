@@ -95,8 +95,9 @@ void AngularDimension::AssignDimension(const AngularDimension* other) {
     SetParamUsed(other->paramUsed_);
     SetAnnotCenterParamOffset(other->paramOffset_);
     SetAnnotCenterDistOffset(other->distOffset_);
-    SetIsFinalized(other->GetIsFinalized());
+    // The flag last: while it holds, lines report that they lose or gain this dimension.
     FollowParents(former);
+    SetIsFinalized(other->GetIsFinalized());
 }
 
 bool AngularDimension::Replace(Core::TaggedObject* other) {

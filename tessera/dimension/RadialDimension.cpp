@@ -105,10 +105,8 @@ void RadialDimension::AssignDimension(const RadialDimension* other) {
 }
 
 bool RadialDimension::Replace(Core::TaggedObject* other) {
-    return ReplaceBy<RadialDimension>(other, [this](const RadialDimension* source) {
-        AssignDimension(source);
-        SetIsFinalized(source->GetIsFinalized());
-    });
+    return ReplaceBy<RadialDimension>(other,
+                                      [this](const RadialDimension* source) { AssignDimension(source); });
 }
 
 void RadialDimension::Transform(double m[3][3]) {

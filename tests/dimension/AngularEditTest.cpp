@@ -283,6 +283,13 @@ TEST(AngularEdit, ReplacingLinesMovesTheAttachment) {
     EXPECT_TRUE(source.first.HasDimension(&corner.dim));
     EXPECT_EQ(other.GetNumDimensions(), 0);
     EXPECT_NE(corner.dim.GetDimensionArc(), source.dim.GetDimensionArc());
+    Corner preview(10, 20);
+    corner.dim.SetIsFinalized(true);
+    ChangeLog log;
+    EXPECT_TRUE(corner.dim.Replace(&preview.dim));
+    EXPECT_FALSE(corner.dim.GetIsFinalized());
+    EXPECT_EQ(source.first.GetNumDimensions(), 1);
+    EXPECT_GE(log.Take(source.first), 1) << "a line reports that it loses a finalized dimension";
     AngularDimension read;
     read.AddGeometry(&source.first);
     read.AddGeometry(&source.first);
