@@ -102,10 +102,13 @@ bool AngularDimension::MoveDimDeco(const DragData* drag) {
     if (!(radius > layout.tolerance && std::isfinite(radius)))
         return false;
     const double mid = layout.range.Mid();
-    const double angle = toText.IsZero() ? layout.param : std::atan2(toText.y, toText.x);
-    double offset = NearestTurn(angle, mid) - mid;
-    if (SnapsToMiddle(*drag, std::fabs(layout.param - mid) * radius, std::fabs(offset) * radius))
+    // Counted on from where the text stood, so that it may be taken all the way round.
+    const double angle = toText.IsZero() ? param_ : NearestTurn(std::atan2(toText.y, toText.x), param_);
+    double offset = angle - mid;
+    const double fromMid = std::fabs(NearestTurn(offset, 0.0));
+    if (SnapsToMiddle(*drag, std::fabs(layout.param - mid) * radius, fromMid * radius))
         offset = 0.0;
+    TakePendingEdit(); // the measured value shown while dragging replaces a typed one
     LogForChange();
     arc_->SetRadius(radius);
     StoreLineParams();

@@ -67,6 +67,7 @@ bool RadialDimension::MoveDimDeco(const DragData* drag) {
     const Vector fromCentre(arc_->GetCenter(), leaderEnd);
     if (!std::isfinite(fromCentre.Length()))
         return false;
+    TakePendingEdit(); // the measured value shown while dragging replaces a typed one
     if (!fromCentre.IsZero())
         PlaceFoot(std::atan2(fromCentre.y, fromCentre.x));
     const double offset = fromCentre.Length() - arc_->GetRadius();

@@ -173,6 +173,33 @@ TEST(AngularEdit, TheTextFollowsThePointer) {
     }
 }
 
+TEST(AngularEdit, TheTextMayBeTakenAllTheWayRound) {
+    Corner corner(30, 60);
+    for (const double turn : {100.0, 200.0, 300.0}) {
+        Drag(corner.dim, {FromCentre(20, 60 + turn - 100), FromCentre(20, 60 + turn)});
+        EXPECT_NEAR(corner.dim.GetParam() * kDeg, 60 + turn, 1e-9);
+        EXPECT_NEAR(corner.dim.GetAnnotCenterParamOffset() * kDeg, turn, 1e-9);
+        EXPECT_NEAR(corner.dim.GetAnnotCenterDistOffset(), 20 * turn / kDeg, 1e-9);
+    }
+    EXPECT_EQ(corner.dim.GetOutsideSide(), 1);
+    Drag(corner.dim, {FromCentre(20, 360), FromCentre(20, 418)}, 1.0);
+    EXPECT_EQ(corner.dim.GetParam(), corner.dim.GetDimensionArc()->GetMidParam()) << "snaps from there too";
+    EXPECT_EQ(corner.dim.GetAnnotCenterParamOffset(), 0.0);
+}
+
+TEST(AngularEdit, ADragDropsATypedValue) {
+    Corner corner(0, 40);
+    corner.dim.SetUpdateSide(2);
+    corner.dim.SetAnnotation(60.0);
+    Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(25, 10)});
+    EXPECT_NEAR(corner.dim.GetAnnotation(), 40.0, 1e-9);
+    Line moved(FromCentre(0, 0), FromCentre(50, 15));
+    ASSERT_TRUE(corner.first.CopyCurveData(&moved));
+    corner.dim.UpdateDimension();
+    EXPECT_NEAR(corner.dim.GetAnnotation(), 25.0, 1e-9) << "measured, nothing moved";
+    EXPECT_EQ(corner.second.GetStart(), FromCentre(40, 40));
+}
+
 TEST(AngularEdit, TextBeyondAnEndIsReachedByTheArc) {
     for (const double at : {-170.0, 10.0}) {
         for (const bool isBeyondEnd : {true, false}) {

@@ -300,6 +300,32 @@ TEST(RadialDimension, TheLeaderFollowsThePointer) {
     }
 }
 
+TEST(RadialDimension, ADragDropsATypedValue) {
+    Arc arc = ArcOf(10, 30, 100);
+    RadialDimension dim(&arc, 4.0);
+    dim.SetUpdateSide(1);
+    dim.SetAnnotation(25.0);
+    Drag(dim, {FromCentre(30, 65), FromCentre(35, 70)});
+    EXPECT_EQ(dim.GetAnnotation(), 10.0);
+    arc.SetRadius(15.0);
+    dim.UpdateDimension();
+    EXPECT_EQ(arc.GetRadius(), 15.0);
+    EXPECT_EQ(dim.GetAnnotation(), 15.0);
+}
+
+TEST(RadialDimension, AnArcReportsThatItLosesAFinalizedDimension) {
+    Arc arc = ArcOf(10, 30, 100);
+    Arc other = ArcOf(20, 30, 100);
+    RadialDimension dim(&arc, 4.0);
+    RadialDimension preview(&other, 4.0);
+    dim.SetIsFinalized(true);
+    ChangeLog log;
+    EXPECT_TRUE(dim.Replace(&preview));
+    EXPECT_FALSE(dim.GetIsFinalized());
+    EXPECT_EQ(arc.GetNumDimensions(), 0);
+    EXPECT_GE(log.Take(arc), 1);
+}
+
 TEST(RadialDimension, FieldsReportOnceAndBeforeTheyAreStored) {
     Arc arc = ArcOf(10, 0, 90);
     Arc other = ArcOf(5, 0, 90);
