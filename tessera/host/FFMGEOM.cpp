@@ -239,7 +239,7 @@ std::int32_t InkToModel(const HostInkStroke& ink, HostDocument* document, Geomet
     stroke.hasTimes = ink.times != nullptr;
     stroke.samples.reserve(static_cast<std::size_t>(ink.pointCount));
     for (int i = 0; i < ink.pointCount; ++i) {
-        const double time = stroke.hasTimes ? ink.times[i] : 0.0;
+        const double time = ink.times != nullptr ? ink.times[i] : 0.0;
         const bool isLate = i == 0 || time >= stroke.samples.back().t;
         if (!IsFinite(ink.points[i]) || !std::isfinite(time) || !isLate) {
             return TESSERA_REPORT(kErrorInvalidArgument, kName);
