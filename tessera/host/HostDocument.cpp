@@ -104,7 +104,11 @@ void CommitDocument(HostDocument& document) {
 using namespace Tessera::Host;
 
 HostDocument* TesseraHost_CreateDocument(void) {
-    return new (std::nothrow) HostDocument;
+    try {
+        return new HostDocument;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 void TesseraHost_DeleteDocument(HostDocument* document) {
