@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "tessera/dimension/internal/AngleRange.h"
+#include "tessera/dimension/internal/CopyOf.h"
 #include "tessera/dimension/internal/MoveCurves.h"
 #include "tessera/geometry/Arc.h"
 
@@ -21,11 +22,6 @@ using Geometry::Vector;
 namespace {
 
 constexpr double kDefaultHeightOffset = 15.0; // model units
-
-template <class T>
-std::unique_ptr<T> CopyOf(const std::unique_ptr<T>& object) {
-    return std::unique_ptr<T>(object ? new T(*object) : nullptr);
-}
 
 } // namespace
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/dimension/internal/CopyOf.h"
 #include "tessera/dimension/internal/MoveCurves.h"
 #include "tessera/dimension/internal/RadialLayout.h"
 #include "tessera/dimension/internal/SharedDimension.h"
@@ -25,10 +26,6 @@ constexpr double kClearance = 0.25;    // of the text from the leader, font heig
 constexpr double kRadiusPrefix = 0.25; // room for the prefix, font heights
 constexpr double kDiameterPrefix = 0.5;
 constexpr double kDefaultTextOffset = 2.0; // lengths of the text
-
-std::unique_ptr<RadialDimDeco> CopyOf(const std::unique_ptr<RadialDimDeco>& deco) {
-    return std::unique_ptr<RadialDimDeco>(deco ? new RadialDimDeco(*deco) : nullptr);
-}
 
 } // namespace
 
