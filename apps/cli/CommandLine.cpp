@@ -18,6 +18,7 @@ struct RawOptions {
     std::string format;
     std::string inkScale = "auto";
     std::vector<std::string> preferences;
+    std::vector<std::string> dimensions;
     bool asksScribbles = false;
     bool hasNoScribbles = false;
 };
@@ -35,6 +36,7 @@ std::string RecognizeFooter() {
         "  tessera recognize --to json strokes.ndjson > curves.ndjson\n"
         "  tessera recognize -o pictures/ *.json\n"
         "  tessera recognize --no-scribble hatching.svg\n"
+        "  tessera recognize --dimension length,angular,radial sketch.inkml -o sketch.svg\n"
         "  tessera recognize --preference AskTangentAngleThreshold=40 sketch.inkml\n\n"
         "Preferences and their defaults (lengths at the working size that --ink-scale brings the ink to):\n";
     for (const std::string& preference : ListPreferences()) {
@@ -79,6 +81,15 @@ void DefineRecognize(CLI::App& command, RawOptions& raw) {
     command.add_flag("--no-scribble", raw.hasNoScribbles,
                      "Read every stroke as geometry; without this a scribble erases what it covers of the "
                      "strokes before it");
+    command
+        .add_option("--dimension", raw.dimensions,
+                    "Annotate pictures and JSON with dimensions: length, horizontal and vertical of each "
+                    "line, angular at corners, radial of arcs and circles, linear between parallel lines of "
+                    "a stroke; several are separated by commas; may be repeated")
+        ->type_name("all|KIND,...")
+        ->take_all()
+        ->expected(1)
+        ->trigger_on_parse(false);
     command.footer(RecognizeFooter());
 }
 
@@ -132,7 +143,12 @@ std::string CompleteOptions(RawOptions& raw) {
         for (const std::string& preference : raw.preferences) {
             SetPreference(raw.line.options.preferences, preference);
         }
-    } catch (const PreferenceError& error) {
+        for (const std::string& names : raw.dimensions) {
+            const DimensionKinds kinds = ParseDimensionKinds(names);
+            std::vector<Dimension::DimensionType_e>& all = raw.line.options.dimensions;
+            all.insert(all.end(), kinds.begin(), kinds.end());
+        }
+    } catch (const std::exception& error) {
         return error.what();
     }
     raw.line.options.useScribbles = !raw.hasNoScribbles;

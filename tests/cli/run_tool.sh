@@ -77,6 +77,10 @@ expect 0 "10 lines" recognize --no-scribble scratched.json
 expect 2 "--no-scribble" scribble --no-scribble scratched.json
 expect 0 'class="scribbles"' recognize --to svg scratched.json
 expect 0 "stroke 5: scribble, 6 cusps, erases from stroke 3" scribble "$examples/correction.json"
+expect 0 '>100</text>' recognize --to svg --dimension length,angular good.json
+expect 0 '"dimensions":[{"kind":"linear","value":80.0,' recognize --to json --dimension linear --dimension linear good.json
+expect 2 'not ""' recognize --dimension length, good.json
+expect 2 'not "width"' recognize --dimension length,width good.json
 expect 0 "" recognize -o picture.svg good.json
 check grep -q '<line x1=' picture.svg
 expect 2 "cannot be written" recognize -o no/such/place.svg good.json

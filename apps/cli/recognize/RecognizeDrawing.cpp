@@ -137,6 +137,9 @@ RecognizedDrawing RecognizeDrawing(Drawing drawing, const RecognizeOptions& opti
     if (canScale) {
         EraseScribbled(recognized, options);
     }
+    if (!options.dimensions.empty()) {
+        AddDimensions(recognized, options.dimensions);
+    }
     return recognized;
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "apps/cli/ink/Ink.h"
+#include "apps/cli/recognize/Dimensions.h"
 #include "apps/cli/recognize/RecognizedDrawing.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 
@@ -14,6 +15,7 @@ struct RecognizeOptions {
     std::optional<double> inkScale; ///< nothing: the drawing is brought to the working size
     bool useRulesOnly = false;      ///< samples as they are, at scale 1 unless inkScale says otherwise
     bool useScribbles = true;       ///< scribbles erase instead of becoming curves
+    DimensionKinds dimensions;      ///< to annotate with; none without any
 };
 
 /// At the working size, which is made for telling shapes apart, splines are fitted a second time at a size at

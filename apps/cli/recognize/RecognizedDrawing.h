@@ -1,6 +1,8 @@
 // What the recogniser found in a drawing, in ink units, free of the library's objects.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -83,9 +85,23 @@ struct RecognizedStroke {
     std::string problem;     ///< why the stroke was not recognised; empty when it was
 };
 
+/// A dimension as it is drawn. The text is centred on its position and reads along `textAngle`.
+struct DrawnDimension {
+    std::string kind;
+    double value = 0.0; ///< ink units; degrees for angles; a diameter where the text shows one
+    std::string text;   ///< UTF-8: "12.5", "R4"; with the degree or diameter sign
+    Position position;
+    double textAngle = 0.0;
+    double fontHeight = 0.0;                         ///< ink units
+    std::vector<std::array<int, 2>> curves;          ///< what it measures: stroke, and curve in the stroke
+    std::vector<CurveShape> lines;                   ///< extension lines, dimension lines or arc, leader
+    std::vector<std::array<Position, 3>> arrowheads; ///< filled; the tip first
+};
+
 struct RecognizedDrawing { // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
     Drawing ink;
     std::vector<RecognizedStroke> strokes;
+    std::optional<std::vector<DrawnDimension>> dimensions; ///< nothing when they were not asked for
 };
 
 } // namespace Tessera::Tool

@@ -67,6 +67,27 @@ Json CurveObject(const RecognizedCurve& curve) {
     return json;
 }
 
+Json DimensionObject(const DrawnDimension& dimension) {
+    Json json = {{"kind", dimension.kind},
+                 {"value", dimension.value},
+                 {"text", dimension.text},
+                 {"curves", dimension.curves},
+                 {"position", Pair(dimension.position)},
+                 {"text_angle", dimension.textAngle},
+                 {"font_height", dimension.fontHeight},
+                 {"lines", Json::array()},
+                 {"arrowheads", Json::array()}};
+    for (const CurveShape& line : dimension.lines) {
+        Json shape = {{"kind", kCurveKindNames[line.index()]}};
+        std::visit(ShapeFields{shape}, line);
+        json["lines"].push_back(std::move(shape));
+    }
+    for (const auto& [tip, left, right] : dimension.arrowheads) {
+        json["arrowheads"].push_back(Json::array({Pair(tip), Pair(left), Pair(right)}));
+    }
+    return json;
+}
+
 Json StrokeObject(const RecognizedStroke& stroke) {
     Json json = {{"index", stroke.index}, {"points", stroke.points}, {"curves", Json::array()}};
     for (const RecognizedCurve& curve : stroke.curves) {
@@ -110,6 +131,12 @@ public:
         Json json = {{"id", drawing.ink.id}, {"strokes", Json::array()}};
         for (const RecognizedStroke& stroke : drawing.strokes) {
             json["strokes"].push_back(strokeObject_(stroke));
+        }
+        if (drawing.dimensions) {
+            json["dimensions"] = Json::array();
+            for (const DrawnDimension& dimension : *drawing.dimensions) {
+                json["dimensions"].push_back(DimensionObject(dimension));
+            }
         }
         if (!drawing.ink.problem.empty()) {
             json["error"] = drawing.ink.problem;

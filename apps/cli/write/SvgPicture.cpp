@@ -8,6 +8,7 @@
 
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/SvgCurve.h"
+#include "apps/cli/write/SvgDimension.h"
 
 namespace Tessera::Tool {
 
@@ -49,6 +50,21 @@ void AddShape(const CurveShape& shape, Extent& extent) {
         const double s = std::sin(ellipse->rotation);
         extent.AddAround(ellipse->center, std::hypot(ellipse->radii[0] * c, ellipse->radii[1] * s),
                          std::hypot(ellipse->radii[0] * s, ellipse->radii[1] * c));
+    }
+}
+
+void AddDimension(const DrawnDimension& dimension, Extent& extent) {
+    const double reach = 0.25 * dimension.fontHeight * static_cast<double>(dimension.text.size());
+    extent.AddAround(dimension.position,
+                     reach * std::fabs(std::cos(dimension.textAngle)) + 0.5 * dimension.fontHeight,
+                     reach * std::fabs(std::sin(dimension.textAngle)) + 0.5 * dimension.fontHeight);
+    for (const CurveShape& shape : dimension.lines) {
+        AddShape(shape, extent);
+    }
+    for (const auto& arrowhead : dimension.arrowheads) {
+        for (const Position& p : arrowhead) {
+            extent.Add(p.x, p.y);
+        }
     }
 }
 
@@ -125,6 +141,11 @@ PictureBox FitPicture(const RecognizedDrawing& drawing) {
             AddShape(curve.shape, extent);
         }
     }
+    if (drawing.dimensions) {
+        for (const DrawnDimension& dimension : *drawing.dimensions) {
+            AddDimension(dimension, extent);
+        }
+    }
     if (extent.minX > extent.maxX) {
         return {0.0, 0.0, 1.0, 1.0};
     }
@@ -174,8 +195,8 @@ std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box,
         }
     }
     svg += "</g>\n<g class=\"breaks\" fill=\"#ffffff\" stroke=\"#222222\" stroke-width=\"" +
-           pixels(0.5 * lineWidth) + "\">\n" + BreakMarks(drawing, 1.3 * lineWidth * inkPerPixel) +
-           "</g>\n</svg>\n";
+           pixels(0.5 * lineWidth) + "\">\n" + BreakMarks(drawing, 1.3 * lineWidth * inkPerPixel) + "</g>\n" +
+           DrawDimensions(drawing, pixels(0.3 * lineWidth)) + "</svg>\n";
     return svg;
 }
 
