@@ -92,7 +92,7 @@ std::string Fixed(double value, int decimals) {
 
 std::string TextOf(const DimensionBase& dimension) {
     const int decimals = dimension.GetNumDigitsAfterDecimalPoint(dimension.GetNumDigitsRequired());
-    const std::string number = Fixed(dimension.GetDisplayedValue(), decimals);
+    std::string number = Fixed(dimension.GetDisplayedValue(), decimals);
     if (dimension.GetType() == Dimension::Angular) {
         return number + "\xC2\xB0";
     }
