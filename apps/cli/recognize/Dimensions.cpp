@@ -268,9 +268,12 @@ private:
         if (layout == nullptr) {
             return;
         }
-        cost += board_.Cost(*layout);
         cost += IsInsideStroke(layout->text.center) ? inside : 0.0;
         cost -= kTowardsMiddle * Distance(layout->text.center, middle_) / size_;
+        if (best_ != nullptr && cost >= bestCost_) {
+            return; // the board can only add to it
+        }
+        cost += board_.Cost(*layout);
         if (best_ == nullptr || cost < bestCost_) {
             bestCost_ = cost;
             best_ = std::move(layout);
