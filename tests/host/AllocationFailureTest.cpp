@@ -29,6 +29,10 @@ long failing = 0; // the allocation that fails; 0: none
         return block;
     throw std::bad_alloc();
 }
+// The standard library's temporary buffers come from here: without memory they do without.
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return ++allocations == failing ? nullptr : std::malloc(size > 0 ? size : 1);
+}
 [[gnu::noinline]] void operator delete(void* block) noexcept {
     std::free(block);
 }

@@ -36,13 +36,13 @@ constexpr double kLeastSpread = 0.004; // no hand is more careful, sizes
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
 int TrimOf(int points) {
-    return std::min(kTrimMost, static_cast<int>(kTrimShare * points + 0.5));
+    return std::min(kTrimMost, static_cast<int>(std::lround(kTrimShare * points)));
 }
 
 double TurnAt(const InkPath& path, int i, int k) {
     const Point& at = path.pts[static_cast<std::size_t>(i)];
-    const Point before = at - path.pts[static_cast<std::size_t>(i - k)];
-    const Point after = path.pts[static_cast<std::size_t>(i + k)] - at;
+    const Point before = at - path.pts[static_cast<std::size_t>(i) - static_cast<std::size_t>(k)];
+    const Point after = path.pts[static_cast<std::size_t>(i) + static_cast<std::size_t>(k)] - at;
     return std::atan2(before.Cross(after), before.Dot(after));
 }
 
@@ -258,9 +258,9 @@ Chain SearchChain(const PricedPath& ink) {
 
 Chain SearchForHand(PricedPath& ink) {
     const InkPrices usual = ink.prices;
-    const Chain loose = SearchChain(ink);
+    Chain loose = SearchChain(ink);
     ink.prices.squared *= kCare;
-    const Chain strict = SearchChain(ink);
+    Chain strict = SearchChain(ink);
     ink.prices = usual;
     if (strict.pieces.size() <= loose.pieces.size() || ShortestOf(strict) < kCrumb || HasDent(strict))
         return loose;

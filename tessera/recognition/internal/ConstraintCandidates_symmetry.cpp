@@ -122,6 +122,7 @@ void FindSymmetryCandidates(CandidateList& list) {
     std::vector<KeyPoint> points = list.ends;
     points.insert(points.end(), list.centres.begin(), list.centres.end());
     std::vector<Point> positions;
+    positions.reserve(points.size());
     for (const KeyPoint& p : points)
         positions.push_back(p.at);
     const PointGrid grid(positions, list.options.toleranceZone);

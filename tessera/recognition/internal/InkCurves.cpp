@@ -54,7 +54,8 @@ std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) 
                                                        : path.pts[static_cast<std::size_t>(i)]);
         pts.push_back({p.x, p.y, 0.0});
     }
-    for (double tol = kSplineShare * path.scale; tol < path.scale; tol *= 2.0) {
+    double tol = kSplineShare * path.scale;
+    while (tol < path.scale) {
         int status = 1;
         double err[3];
         KC_CURVE_struct_s* record =
@@ -62,6 +63,7 @@ std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) 
                                       BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
         if (record != nullptr)
             return std::make_unique<Spline>(record);
+        tol *= 2.0;
     }
     return nullptr;
 }

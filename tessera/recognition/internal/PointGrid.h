@@ -23,12 +23,12 @@ private:
     struct Cell {
         std::int64_t x;
         std::int64_t y;
-        auto operator<=>(const Cell&) const = default;
+        auto operator<=>(const Cell&) const = default; // NOLINT(modernize-use-nullptr): not a pointer
     };
     struct Entry {
         Cell cell;
         int point;
-        auto operator<=>(const Entry&) const = default;
+        auto operator<=>(const Entry&) const = default; // NOLINT(modernize-use-nullptr): as above
     };
     Cell CellOf(const Point& p) const;
 
