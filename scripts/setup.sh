@@ -3,7 +3,7 @@
 # RequirePackages NAME...  installs those that are missing, without a question, and does nothing otherwise.
 
 BUILD_PACKAGES="g++ cmake make libcli11-dev nlohmann-json3-dev libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev"
-CHECK_PACKAGES="clang-format clang-tidy pkg-config python3 libslvs1-dev"
+CHECK_PACKAGES="git clang-format clang-tidy pkg-config python3 libslvs1-dev"
 
 RequirePackages() {
     local package missing=""
