@@ -33,7 +33,7 @@ class NearestPart {
 public:
     explicit NearestPart(const Geometry::Point& p) : p_(p) {}
 
-    /// The text is part 0; its distance is 0 inside the box, else that to the edges.
+    /// Index 0 stands for the text; its distance is 0 inside the box, else that to the edges.
     void OfferText(const std::vector<Geometry::Point>& corners);
     void OfferSegment(const Geometry::Point& a, const Geometry::Point& b, int part) {
         Offer(DistanceToSegment(p_, a, b), part);
