@@ -53,7 +53,7 @@ struct Piece {
 
 Piece MakePiece(const BezierSpan& span) {
     assert(span.degree >= 1 && span.degree <= Bernstein::kMaxSpanDegree);
-    Piece piece;
+    Piece piece{};
     piece.degree = span.degree;
     piece.polynomial = span.polynomial;
     piece.from = 0.0;
