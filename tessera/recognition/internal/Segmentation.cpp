@@ -17,6 +17,7 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kStraightAgain = 1.2;     // times the threshold's cosine
+constexpr std::size_t kFetchAhead = 160;   // samples: past the end of a page, where the processor's own stops
 constexpr int kEndMargin = 3;              // samples at each end without speed breaks
 constexpr double kFastFactor = 10.0;       // times the slow threshold: where the search for a minimum starts
 constexpr std::size_t kMinSlowSamples = 3; // of a run that is judged
@@ -67,6 +68,7 @@ void FindContinuityBreaks(std::span<const StrokePoint> pts, int minGap, double a
     std::size_t slot = 0; // of the direction that ends at sample i
     Turn turn;
     for (std::size_t i = reach; i + reach < n; ++i) {
+        __builtin_prefetch(&pts[std::min(i + kFetchAhead, n - 1)]);
         const Vex::Math::Vector2 ahead = Direction(pts[i], pts[i + reach], lengthTol);
         const double cosine = ring[slot].x * ahead.x + ring[slot].y * ahead.y;
         ring[slot] = ahead;

@@ -30,9 +30,10 @@ bool StrokePiece::Normalize(std::span<const StrokePoint> samples, std::vector<Po
 
     origin = low;
     scale = side;
-    buffer.resize(samples.size());
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        buffer[i] = {(samples[i].x - low.x) / side, (samples[i].y - low.y) / side};
+    buffer.clear();
+    buffer.reserve(samples.size());
+    for (const StrokePoint& p : samples)
+        buffer.push_back({(p.x - low.x) / side, (p.y - low.y) / side});
     pts = buffer;
     return true;
 }
