@@ -40,7 +40,7 @@ struct HostGeometryHandle {
     std::uint8_t typeCode = kHostUnfilled;
     std::uint8_t reserved[7] = {};
 };
-static_assert(sizeof(HostGeometryHandle) == 16);
+static_assert(sizeof(HostGeometryHandle) == 16 || sizeof(void*) < 8); // 12 in a browser
 
 /// Block of a circle or ellipse, written by the library itself.
 struct HostEllipseBlock {
