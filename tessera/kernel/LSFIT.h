@@ -52,11 +52,11 @@ TESSERA_API void LSFIT_circle_to_points_2d(Vex::Math::Point2* pts, int n, Vex::M
 /// @param status  [out] 1 for fewer than 5 points, points on a line, points that follow a hyperbola, an axis
 ///                ratio b / a below 1e-4, or a above 1000 times the longer side of the points' box.
 /// @param err     [out] three deviations; 1e19 each on failure. err[0] is exact to 1e-15 of a. err[1] and
-///                err[2] are exact to first order: taken, for points within some 5 % of the
-///                ellipse |F| / |grad F| of its implicit equation, farther out the distance to a foot found
-///                by one step along the gradient, never below the true distance.
+///                err[2] are exact up to 512 points; beyond, to first order: taken, for points within some 5
+///                % of the ellipse |F| / |grad F| of its implicit equation, farther out the distance to a
+///                foot found by one step along the gradient, never below the true distance.
 ///
-/// The start is the direct algebraic fit; Levenberg-Marquardt steps on orthogonal distances follow. Beyond
+/// The start is the direct algebraic fit; damped Newton steps on orthogonal distances follow. Beyond
 /// 512 points the iteration sees 512 samples, evenly spaced by index with both ends; the deviations are
 /// always those of all points. Points that no ellipse describes, rms distance above 3 % of their box after a
 /// few steps that did not settle, keep the ellipse reached by then. Source: R. Halir, J. Flusser, Proc. WSCG
@@ -71,7 +71,8 @@ constexpr int LSFIT_MAX_PARAMETERS = 8;
 ///
 /// @param context  what the caller handed in.
 /// @param params   the parameters to evaluate at.
-/// @param jtj      [out] J^T J, m x m row by row, J the Jacobian of the residuals; lower triangle suffices.
+/// @param jtj      [out] J^T J, m x m row by row, J the Jacobian of the residuals; or half the Hessian of the
+///                 sum where that is positive definite. The lower triangle suffices.
 /// @param jtr      [out] J^T r, m values.
 /// @param sumSq    [out] sum of squared residuals.
 /// @return 1, or 0 when the parameters are inadmissible (the step is then shortened).
@@ -81,10 +82,11 @@ using LSFIT_model_t = int (*)(void* context, const double* params, double* jtj, 
 ///
 /// @param m             number of parameters, 1 ... LSFIT_MAX_PARAMETERS.
 /// @param params        m parameters: in the start, out the best found; unchanged when the start fails.
-/// @param maxIterations limit on evaluations of the model after the first.
-/// @param relativeTol, absoluteTol  converged when a step promises to lower the sum by at most
-///                      relativeTol times the sum plus absoluteTol.
-/// @param sumSq         [out] sum of squares at params.
+/// @param maxIterations limit on evaluations of the model after the first, inadmissible ones not counted.
+/// @param relativeTol, absoluteTol  converged when an undamped step promises to lower the sum by at most
+///                      relativeTol times the sum plus absoluteTol; or when it follows from the fall of the
+///                      promises that the next step will, and then this one is taken unseen.
+/// @param sumSq         [out] sum of squares at params, to the tolerance.
 /// @param status        [out] 0 converged; 1 when m is out of range, the start inadmissible or the limit met.
 ///
 /// Source: K. Levenberg, Quart. Appl. Math. 2 (1944) 164-168; D. W. Marquardt, SIAM J. 11 (1963) 431-441.

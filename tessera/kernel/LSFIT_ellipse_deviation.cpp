@@ -5,30 +5,30 @@
 #include "tessera/kernel/internal/EllipseFoot.h"
 #include "tessera/kernel/internal/PointSums.h"
 
-// The exact foot of every point would cost more than the rest of the fit. The mean and the root mean square
-// take first-order distances. The largest distance starts from some points spread over the stroke, solved
-// exactly; then every point is bounded from above, first by its distance along the ray to the centre (no
-// root, no division), then by the distance parallel to the minor axis, last by the distance to a foot one
-// gradient step away, and only a point that still beats the maximum so far is solved exactly.
+// Few points are solved exactly. The exact foot of every one of many would cost more than the rest of the
+// fit: then the mean and the root mean square take first-order distances, and the largest distance starts
+// from some points spread over the stroke, solved exactly; every point is bounded from above, first by its
+// distance along the ray to the centre (no root, no division), then by the distance parallel to the minor
+// axis, last by the distance to a foot one gradient step away, and only a point that still beats the maximum
+// so far is solved exactly.
 
 using Vex::Math::Point2;
 
 namespace {
 
 constexpr double kNearLevel = 0.1; // |F| of points within some 5 % of the ellipse: first-order distances hold
-constexpr int kSolvedFirst = 64;   // a maximum from here spares deviations that grow along the stroke
+constexpr int kAllSolved = 512;    // points: no more than the iteration solved several times
 constexpr double kResolution = 1e-15; // of the axis a: below, deviations are rounding and not worth a foot
 
 class EllipseDeviations : public DeviationSums {
 public:
-    explicit EllipseDeviations(const EllipseShape& e)
+    // largestSoFar: of some of the points; spares deviations that grow along the stroke.
+    EllipseDeviations(const EllipseShape& e, double largestSoFar)
         : a_(e.a), b_(e.b), inverseA_(1.0 / e.a), inverseB_(1.0 / e.b), cos_(std::cos(e.angle)),
           sin_(std::sin(e.angle)), resolution_(kResolution * e.a) {
-        SetThreshold(resolution_);
+        largest = largestSoFar;
+        SetThreshold(std::max(resolution_, largest));
     }
-
-    // Raises the maximum only.
-    void AddExactly(double dx, double dy) { SolveExactly(cos_ * dx + sin_ * dy, cos_ * dy - sin_ * dx); }
 
     void Add(double dx, double dy) {
         const double u = cos_ * dx + sin_ * dy, v = cos_ * dy - sin_ * dx; // in the ellipse's axes
@@ -90,15 +90,56 @@ private:
     double threshold_ = 0.0, thresholdSq_ = 0.0, sumSq_ = 0.0;
 };
 
+// Exact distances of every stride-th point.
+struct ExactDeviations : DeviationSums {
+    double sumSq = 0.0;
+    ExactDeviations(const Point2* pts, int count, int stride, const EllipseShape& e) {
+        const double c = std::cos(e.angle), s = std::sin(e.angle);
+        for (int from = 0; from < count; from += kEllipseFootBlock) {
+            const int size = std::min(kEllipseFootBlock, count - from);
+            double u[kEllipseFootBlock], v[kEllipseFootBlock];
+            for (int i = 0; i < size; ++i) {
+                const Point2& p = pts[static_cast<std::ptrdiff_t>(from + i) * stride];
+                const double dx = p.x - e.centre.x, dy = p.y - e.centre.y;
+                u[i] = c * dx + s * dy;
+                v[i] = c * dy - s * dx;
+            }
+            AddBlock(e.a, e.b, size, u, v);
+        }
+    }
+
+private:
+    void AddBlock(double a, double b, int size, const double* u, const double* v) {
+        double roots[kEllipseFootBlock], cosT[kEllipseFootBlock], sinT[kEllipseFootBlock];
+        std::fill(roots, roots + size, 1.0);
+        FindEllipseFeet(a, b, size, u, v, roots, cosT, sinT);
+        for (int i = 0; i < size; ++i) {
+            const double du = u[i] - a * cosT[i], dv = v[i] - b * sinT[i], distanceSq = du * du + dv * dv;
+            AddDeviation(std::sqrt(distanceSq));
+            sumSq += distanceSq;
+        }
+    }
+};
+
 } // namespace
 
 void MeasureEllipseDeviations(const Point2* pts, int n, const EllipseShape& ellipse, double err[3]) {
-    EllipseDeviations start(ellipse);
-    for (int i = 0; i < n; i += std::max(1, n / kSolvedFirst))
-        start.AddExactly(pts[i].x - ellipse.centre.x, pts[i].y - ellipse.centre.y);
-    const EllipseDeviations deviations = SumOverPoints(pts, n, ellipse.centre, start);
-    err[0] = deviations.largest;
+    double sumSq = 0.0;
+    DeviationSums total;
+    if (n <= kAllSolved) {
+        const ExactDeviations exact(pts, n, 1, ellipse);
+        total = exact;
+        sumSq = exact.sumSq;
+    } else {
+        const int stride = n / kEllipseFootBlock;
+        const ExactDeviations first(pts, kEllipseFootBlock, stride, ellipse);
+        const EllipseDeviations all =
+            SumOverPoints(pts, n, ellipse.centre, EllipseDeviations(ellipse, first.largest));
+        total = all;
+        sumSq = all.SumSq();
+    }
+    err[0] = total.largest;
     // First-order distances may exceed the true ones by a little: never report a mean above the maximum.
-    err[1] = std::min(std::sqrt(deviations.SumSq() / n), deviations.largest);
-    err[2] = std::min(deviations.sum / n, err[1]);
+    err[1] = std::min(std::sqrt(sumSq / n), total.largest);
+    err[2] = std::min(total.sum / n, err[1]);
 }

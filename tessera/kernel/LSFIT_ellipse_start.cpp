@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "tessera/kernel/NR.h"
-#include "tessera/kernel/internal/EllipseFit.h"
+#include "tessera/kernel/internal/EllipseDistances.h"
 
 // Halir and Flusser's direct fit: minimise the squares of A x^2 + B x y + C y^2 + D x + E y + F under
 // 4 A C - B^2 = 1. The linear coefficients are eliminated first, which leaves a 3 x 3 problem. The constraint
@@ -19,31 +19,17 @@ constexpr double kLineRatio = 1e-12;        // of the variances: points within 1
 constexpr double kShift = 1e-15;            // of the trace: keeps the factor of points exactly on a conic
 constexpr double kHyperbolaAdvantage = 1e2; // a hyperbola with a tenth of the ellipse's rms residual wins
 
-// (x, y) = mean + u spread[0] axis[0] + v spread[1] axis[1].
-struct Whitening {
-    Point2 mean{0.0, 0.0};
-    double axis[2][2], spread[2];
-
-    Point2 Forward(Point2 p) const {
-        const double dx = p.x - mean.x, dy = p.y - mean.y;
-        return {(axis[0][0] * dx + axis[0][1] * dy) / spread[0],
-                (axis[1][0] * dx + axis[1][1] * dy) / spread[1]};
-    }
-    Point2 Backward(double u, double v) const {
-        const double p = u * spread[0], q = v * spread[1];
-        return {mean.x + p * axis[0][0] + q * axis[1][0], mean.y + p * axis[0][1] + q * axis[1][1]};
-    }
-};
-
-// False when the points coincide or lie on a line.
-bool FindWhitening(const Point2* pts, int m, Whitening* w) {
+// Turns the points to their principal axes. False when they coincide or lie on a line.
+bool TurnToPrincipalAxes(EllipseSamples* samples) {
+    const int m = samples->count;
+    double sumX = 0.0, sumY = 0.0, scatter[4] = {}, values[2], vectors[4];
     for (int i = 0; i < m; ++i) {
-        w->mean.x += pts[i].x / m;
-        w->mean.y += pts[i].y / m;
+        sumX += samples->x[i];
+        sumY += samples->y[i];
     }
-    double scatter[4] = {}, values[2], vectors[4];
+    samples->mean = {sumX / m, sumY / m};
     for (int i = 0; i < m; ++i) {
-        const double dx = pts[i].x - w->mean.x, dy = pts[i].y - w->mean.y;
+        const double dx = samples->x[i] -= samples->mean.x, dy = samples->y[i] -= samples->mean.y;
         scatter[0] += dx * dx;
         scatter[1] += dx * dy;
         scatter[3] += dy * dy;
@@ -53,9 +39,17 @@ bool FindWhitening(const Point2* pts, int m, Whitening* w) {
     for (int j = 0; j < 2; ++j) {
         if (!(values[j] > kLineRatio * (values[0] + values[1])))
             return false;
-        w->spread[j] = std::sqrt(values[j] / m);
-        w->axis[j][0] = vectors[j];
-        w->axis[j][1] = vectors[2 + j];
+        samples->spread[j] = std::sqrt(values[j] / m);
+    }
+    // The eigenvectors make a rotation, so that angles keep their sense.
+    const double c = vectors[0], s = vectors[2];
+    samples->axis[0][0] = samples->axis[1][1] = c;
+    samples->axis[0][1] = s;
+    samples->axis[1][0] = -s;
+    for (int i = 0; i < m; ++i) {
+        const double dx = samples->x[i], dy = samples->y[i];
+        samples->x[i] = c * dx + s * dy;
+        samples->y[i] = c * dy - s * dx;
     }
     return true;
 }
@@ -64,9 +58,10 @@ bool FindWhitening(const Point2* pts, int m, Whitening* w) {
 // squares, which the fourth powers of a slender shape would show.
 struct Moments {
     double quartic[5] = {}, cubic[4] = {}, square[3] = {};
-    Moments(const Point2* pts, int m, const Whitening& w) {
-        for (int i = 0; i < m; ++i) {
-            const Point2 p = w.Forward(pts[i]);
+    explicit Moments(const EllipseSamples& samples) {
+        const double inverse0 = 1.0 / samples.spread[0], inverse1 = 1.0 / samples.spread[1];
+        for (int i = 0; i < samples.count; ++i) {
+            const Point2 p{samples.x[i] * inverse0, samples.y[i] * inverse1};
             const double uu = p.x * p.x, uv = p.x * p.y, vv = p.y * p.y;
             quartic[0] += uu * uu;
             quartic[1] += uu * uv;
@@ -154,32 +149,18 @@ bool FindConic(const Moments& s, int m, Conic* conic) {
     return true;
 }
 
-// Centre and axes of a conic given in whitened coordinates; false when no real ellipse.
-bool ConvertConic(const Conic& conic, const Whitening& w, EllipseShape* ellipse) {
-    const double a = conic.quadratic[0], b = conic.quadratic[1], c = conic.quadratic[2];
-    const double d = conic.linear[0], e = conic.linear[1], determinant = 4.0 * a * c - b * b;
-    const double u = (b * e - 2.0 * c * d) / determinant, v = (b * d - 2.0 * a * e) / determinant;
-    const double level = -(conic.constant + 0.5 * (d * u + e * v));
-    // p^T Q p = 1 about the centre, in whitened axes and then in the plane's.
-    const double white[3] = {a / level, 0.5 * b / level, c / level};
-    const double s0 = w.spread[0], s1 = w.spread[1];
-    const double turned[3] = {white[0] / (s0 * s0), white[1] / (s0 * s1), white[2] / (s1 * s1)};
-    double q[4] = {turned[0], turned[1], turned[1], turned[2]}, values[2], vectors[4];
-    if (!NR_jacobi_eigen(2, q, kJacobiSweeps, values, vectors) || !(values[0] > 0.0) || !(values[1] > 0.0))
-        return false;
-    const double p0 = vectors[0], p1 = vectors[2]; // direction of the axis a along the principal axes
-    ellipse->centre = w.Backward(u, v);
-    ellipse->a = 1.0 / std::sqrt(values[0]);
-    ellipse->b = 1.0 / std::sqrt(values[1]);
-    ellipse->angle = std::atan2(p0 * w.axis[0][1] + p1 * w.axis[1][1], p0 * w.axis[0][0] + p1 * w.axis[1][0]);
-    return std::isfinite(ellipse->a) && std::isfinite(ellipse->b);
-}
-
 } // namespace
 
-bool FindStartEllipse(const Point2* pts, int m, EllipseShape* ellipse) {
-    Whitening whitening;
+bool FindStartConic(EllipseSamples* samples, double params[kEllipseParameters]) {
     Conic conic;
-    return FindWhitening(pts, m, &whitening) && FindConic(Moments(pts, m, whitening), m, &conic) &&
-           ConvertConic(conic, whitening, ellipse);
+    if (!TurnToPrincipalAxes(samples) || !FindConic(Moments(*samples), samples->count, &conic))
+        return false;
+    const double* q = conic.quadratic;
+    const double inverse = 1.0 / (q[0] + q[2]); // not 0: 4 A C exceeds B^2
+    params[0] = (q[0] - q[2]) * inverse;
+    params[1] = q[1] * inverse;
+    params[2] = conic.linear[0] * inverse;
+    params[3] = conic.linear[1] * inverse;
+    params[4] = conic.constant * inverse;
+    return true;
 }

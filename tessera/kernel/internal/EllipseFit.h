@@ -1,4 +1,4 @@
-// Stages of the ellipse fit: direct start and deviations.
+// The ellipse fit with a limit, and its last stage, the deviations.
 #pragma once
 
 #include "tessera/kernel/VexMath.h"
@@ -9,9 +9,10 @@ struct EllipseShape {
     double angle; // direction of the axis a, radians
 };
 
-/// Direct least-squares ellipse of m points in one unit or so about the origin; false for points on a line,
-/// points that follow a hyperbola, and data without a real ellipse.
-bool FindStartEllipse(const Vex::Math::Point2* pts, int m, EllipseShape* ellipse);
+/// LSFIT_ellipse_to_points_2d for a caller without use for an ellipse that passes some point at more than
+/// `limit`: false then too, often much sooner. The shape as described there; undefined when false.
+bool FitEllipseWithin(const Vex::Math::Point2* pts, int n, double limit, EllipseShape* ellipse,
+                      double err[3]);
 
 /// Largest, root mean square and mean distance of n >= 1 points from an ellipse with a >= b > 0, as described
 /// at LSFIT_ellipse_to_points_2d.

@@ -16,6 +16,7 @@ constexpr int kNewtonSteps =
 constexpr int kBisections =
     80; // geometric: 10 bring any two doubles within a factor of 2, 53 more to the last bit
 constexpr double kStepTol = 1e-9; // relative: the error left is its square
+constexpr int kBlockSteps = 6;    // of a block; whoever needs more is solved alone
 constexpr double kOnMajorAxis =
     1e-290; // y / b; below it u would near the denormal numbers and lose its digits
 
@@ -87,4 +88,44 @@ EllipseFoot FindEllipseFoot(double a, double b, double px, double py) {
         std::swap(foot.cosT, foot.sinT);
     // Zero counts as positive, negative zero too.
     return {px < 0.0 ? -foot.cosT : foot.cosT, py < 0.0 ? -foot.sinT : foot.sinT};
+}
+
+void FindEllipseFeet(double a, double b, int count, const double* px, const double* py, double* roots,
+                     double* cosT, double* sinT) {
+    const double ratio = a / b, k = (ratio - 1.0) * (ratio + 1.0), scale = ratio / b, inverseB = 1.0 / b;
+    double n[kEllipseFootBlock], z[kEllipseFootBlock], lo[kEllipseFootBlock], step[kEllipseFootBlock];
+    for (int i = 0; i < count; ++i) {
+        n[i] = std::fabs(px[i]) * scale;
+        z[i] = std::fabs(py[i]) * inverseB;
+        lo[i] = z[i] > n[i] - k ? z[i] : n[i] - k;
+        roots[i] = roots[i] > lo[i] ? roots[i] : lo[i];
+    }
+    bool isSettled = false;
+    for (int round = 0; round < kBlockSteps && !isSettled; ++round) {
+        for (int i = 0; i < count; ++i) {
+            const double u = roots[i], shifted = u + k, inverse = 1.0 / (u * shifted);
+            const double p = u * inverse, q = shifted * inverse, c = n[i] * p, s = z[i] * q;
+            const double cc = c * c, ss = s * s, lengthSq = cc + ss;
+            const double wanted = u + lengthSq * (std::sqrt(lengthSq) - 1.0) / (cc * p + ss * q);
+            const double next = wanted > lo[i] ? wanted : lo[i];
+            step[i] = std::fabs(next - u) - kStepTol * u;
+            roots[i] = next;
+        }
+        isSettled = true;
+        for (int i = 0; i < count; ++i)
+            isSettled &= step[i] <= 0.0;
+    }
+    for (int i = 0; i < count; ++i) {
+        const double c = n[i] / (roots[i] + k), s = z[i] / roots[i];
+        const double inverse = 1.0 / std::sqrt(c * c + s * s);
+        cosT[i] = std::copysign(c * inverse, px[i]);
+        sinT[i] = std::copysign(s * inverse, py[i]);
+    }
+    for (int i = 0; i < count; ++i)
+        if (!(step[i] <= 0.0 && z[i] > kOnMajorAxis)) {
+            const EllipseFoot foot = FindEllipseFoot(a, b, px[i], py[i]);
+            cosT[i] = foot.cosT;
+            sinT[i] = foot.sinT;
+            roots[i] = 1.0;
+        }
 }

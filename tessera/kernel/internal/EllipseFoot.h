@@ -18,3 +18,16 @@ struct EllipseFoot {
 /// Source: D. Eberly, Distance from a Point to an Ellipse, an Ellipsoid, or a Hyperellipsoid (2013), with the
 /// bisection replaced by Newton's method, which is monotone on a convex function.
 EllipseFoot FindEllipseFoot(double a, double b, double px, double py);
+
+/// Points of one call of FindEllipseFeet at most.
+inline constexpr int kEllipseFootBlock = 64;
+
+/// FindEllipseFoot for a block of points, many times faster where they lie near the ellipse.
+///
+/// @param a, b   semi-axes, a >= b > 0.
+/// @param count  number of points, up to kEllipseFootBlock.
+/// @param roots  [in, out] per point where to start: 1 at first, then what the call for a similar ellipse
+/// left.
+/// @param cosT, sinT  [out] the feet.
+void FindEllipseFeet(double a, double b, int count, const double* px, const double* py, double* roots,
+                     double* cosT, double* sinT);

@@ -7,6 +7,7 @@
 
 #include "tessera/kernel/EQ.h"
 #include "tessera/kernel/LSFIT.h"
+#include "tessera/kernel/internal/EllipseFit.h"
 #include "tessera/recognition/internal/AngularCover.h"
 #include "tessera/strokes/internal/SegmentTree.h"
 
@@ -89,26 +90,22 @@ std::unique_ptr<Arc> RecognizeArc(std::span<Point2> pts, bool full, double close
 }
 
 std::unique_ptr<Ellipse> RecognizeEllipse(std::span<Point2> pts, bool full, double limit, double* maxDev) {
-    Point2 centre{};
-    double a = 0.0;
-    double b = 0.0;
-    double rotation = 0.0;
-    int status = 0;
+    EllipseShape fit;
     double err[3] = {};
-    LSFIT_ellipse_to_points_2d(pts.data(), CountOf(pts), &centre, &a, &b, &rotation, &status, err);
-    if (status != 0)
+    if (!FitEllipseWithin(pts.data(), CountOf(pts), limit, &fit, err))
         return nullptr;
     *maxDev = err[0];
-    if (!(err[0] <= limit))
-        return nullptr;
+    const Point2 centre = fit.centre;
+    const double a = fit.a;
+    const double b = fit.b;
     double centre2[2] = {centre.x, centre.y};
     double radii[2] = {a, b};
     if (full)
-        return std::make_unique<Ellipse>(centre2, radii, rotation, 0.0, kTurn);
+        return std::make_unique<Ellipse>(centre2, radii, fit.angle, 0.0, kTurn);
 
     // The eccentric angle of a point is the polar angle after the ellipse is squeezed to a circle.
-    const double c = std::cos(rotation);
-    const double s = std::sin(rotation);
+    const double c = std::cos(fit.angle);
+    const double s = std::sin(fit.angle);
     AngularCover cover;
     for (const Point2& p : pts) {
         const double x = p.x - centre.x;
@@ -119,7 +116,7 @@ std::unique_ptr<Ellipse> RecognizeEllipse(std::span<Point2> pts, bool full, doub
     const AngularRange range = cover.Covered();
     if (range.end - range.start > kMaxEllipseSweep)
         return nullptr;
-    return std::make_unique<Ellipse>(centre2, radii, rotation, range.start, range.end);
+    return std::make_unique<Ellipse>(centre2, radii, fit.angle, range.start, range.end);
 }
 
 bool CheckEllipse(std::span<const Point2> pts, double tol, const Ellipse& ellipse) {
