@@ -2,11 +2,13 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <random>
 #include <sstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "apps/cli/recognize/DimensionBoard.h"
 #include "apps/cli/recognize/Dimensions.h"
 #include "apps/cli/write/DrawingWriter.h"
 
@@ -106,6 +108,57 @@ TEST(Dimensions, KindsMeasureWhatTheyName) {
                                                   1},
                                                  {"radial R45", 1}}));
     EXPECT_THROW(ParseDimensionKinds("length,width"), std::invalid_argument);
+}
+
+TEST(Dimensions, NearlyUprightTextReadsUpwards) {
+    for (const double lean : {-9.0, -3.0, 0.0, 3.0, 9.0}) {
+        RecognizedDrawing drawing = DrawingOf({LineShape{{0, 0}, {lean, 60}}});
+        AddDimensions(drawing, ParseDimensionKinds("length"));
+        EXPECT_LT(std::sin(drawing.dimensions->at(0).textAngle), -0.9) << lean;
+    }
+}
+
+TEST(Dimensions, ExtentsOfASlopingLineStandBesideIt) {
+    for (const double fall : {-50.0, 50.0}) {
+        // What stands above and to the left drives them to the other sides.
+        RecognizedDrawing drawing = DrawingOf(
+            {LineShape{{0, 0}, {90, fall}}, LineShape{{-1, -60}, {-1, 60}}, LineShape{{0, -65}, {90, -65}}});
+        AddDimensions(drawing, ParseDimensionKinds("horizontal,vertical"));
+        for (const DrawnDimension& dimension : *drawing.dimensions) {
+            const Position at = dimension.position;
+            const bool isBeside =
+                at.x < 0.0 || at.x > 90.0 || at.y < std::min(0.0, fall) || at.y > std::max(0.0, fall);
+            EXPECT_TRUE(isBeside) << dimension.kind << ' ' << fall;
+        }
+    }
+}
+
+// All items in one cell: every one is looked at.
+TEST(DimensionBoard, CellsDoNotChangeTheCost) {
+    std::mt19937 rng(2718);
+    std::uniform_real_distribution<double> at(0.0, 40.0);
+    const auto layout = [&] {
+        DimensionLayout made;
+        const Geometry::Point p(at(rng), at(rng));
+        made.text = {p, at(rng), 2.0, 0.5};
+        made.segments = {{{p.x - 8.0, p.y}, {p.x - 3.0, at(rng)}},
+                         {{p.x + 3.0, p.y}, {p.x + 3.0, p.y + 5.0}}};
+        return made;
+    };
+    DimensionBoard boards[] = {DimensionBoard(2.0), DimensionBoard(7.3), DimensionBoard(1e6)};
+    for (int i = 0; i < 30; ++i) {
+        const Segment line = {{at(rng), at(rng)}, {at(rng), at(rng)}};
+        const DimensionLayout placed = layout();
+        for (DimensionBoard& board : boards) {
+            board.AddGeometry(line);
+            board.Add(placed);
+        }
+        const DimensionLayout asked = layout();
+        const double cost = boards[2].Cost(asked, 1e9);
+        EXPECT_EQ(boards[0].Cost(asked, 1e9), cost);
+        EXPECT_EQ(boards[1].Cost(asked, 1e9), cost);
+        EXPECT_GE(boards[0].Cost(asked, 0.5 * cost), 0.5 * cost) << "told when it is enough";
+    }
 }
 
 TEST(Dimensions, EmptyDrawingsAndWriters) {

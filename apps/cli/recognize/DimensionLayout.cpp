@@ -11,11 +11,6 @@ namespace {
 using Geometry::Curve;
 using Geometry::Point;
 
-constexpr double kTextOnGeometry = 10.0;
-constexpr double kTextOnText = 10.0;
-constexpr double kTextOnDecoration = 5.0;
-constexpr double kCrossing = 0.5;
-constexpr double kAir = 1.2; ///< height that text keeps free, in font heights
 constexpr int kArcChords = 24;
 
 /// Part of the segment at which the coordinate, going from p to q, lies within +-half: cuts [from, to].
@@ -31,40 +26,14 @@ bool Clip(double p, double q, double half, double& from, double& to) {
     return from <= to;
 }
 
-double Turn(const Point& a, const Point& b, const Point& c) {
-    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
-}
-
-/// The box that a layout fills; what lies outside cannot meet it.
-struct Extent {
-    Point low, high;
-
-    explicit Extent(const DimensionLayout& layout) : low(layout.text.center), high(layout.text.center) {
-        const auto take = [this](const Segment& segment) {
-            for (const Point& p : {segment.a, segment.b}) {
-                low = Point(std::min(low.x, p.x), std::min(low.y, p.y));
-                high = Point(std::max(high.x, p.x), std::max(high.y, p.y));
-            }
-        };
-        std::for_each(layout.segments.begin(), layout.segments.end(), take);
-        TextBox text = layout.text;
-        text.halfWidth += (kAir - 1.0) * 2.0 * text.halfHeight;
-        text.halfHeight *= kAir;
-        const auto outline = text.Outline();
-        std::for_each(outline.begin(), outline.end(), take);
-    }
-    bool MayMeet(const Segment& s) const {
-        return std::max(s.a.x, s.b.x) >= low.x && std::min(s.a.x, s.b.x) <= high.x &&
-               std::max(s.a.y, s.b.y) >= low.y && std::min(s.a.y, s.b.y) <= high.y;
-    }
-};
-
-/// They pass through each other; touching does not count.
-bool Cross(const Segment& s, const Segment& t) {
-    return Turn(s.a, s.b, t.a) * Turn(s.a, s.b, t.b) < 0.0 && Turn(t.a, t.b, s.a) * Turn(t.a, t.b, s.b) < 0.0;
-}
-
 } // namespace
+
+void Segment::Widen(Point& low, Point& high) const {
+    for (const Point& p : {a, b}) {
+        low = Point(std::min(low.x, p.x), std::min(low.y, p.y));
+        high = Point(std::max(high.x, p.x), std::max(high.y, p.y));
+    }
+}
 
 bool TextBox::Meets(const Segment& segment) const {
     const double c = std::cos(angle);
@@ -132,43 +101,6 @@ std::unique_ptr<DimensionLayout> LayOut(const Dimension::DimensionBase& dimensio
     text.halfHeight = 0.5 * dimension.GetFontHeight();
     text.halfWidth = std::sqrt(std::max(0.25 * diagonal * diagonal - text.halfHeight * text.halfHeight, 0.0));
     return std::isfinite(diagonal) ? std::move(layout) : nullptr;
-}
-
-void DimensionBoard::Add(const DimensionLayout& layout) {
-    decoration_.insert(decoration_.end(), layout.segments.begin(), layout.segments.end());
-    texts_.push_back(layout.text);
-}
-
-double DimensionBoard::Cost(const DimensionLayout& layout) const {
-    TextBox text = layout.text;
-    text.halfWidth += (kAir - 1.0) * 2.0 * text.halfHeight;
-    text.halfHeight *= kAir;
-    const Extent extent(layout);
-    double cost = 0.0;
-    const auto crossings = [&](const Segment& drawn) {
-        return kCrossing * static_cast<double>(
-                               std::count_if(layout.segments.begin(), layout.segments.end(),
-                                             [&](const Segment& segment) { return Cross(segment, drawn); }));
-    };
-    const auto meet = [&](const std::vector<Segment>& segments, double textCost) {
-        for (const Segment& drawn : segments) {
-            if (extent.MayMeet(drawn)) {
-                cost += (text.Meets(drawn) ? textCost : 0.0) + crossings(drawn);
-            }
-        }
-    };
-    meet(geometry_, kTextOnGeometry);
-    meet(decoration_, kTextOnDecoration);
-    for (const TextBox& drawn : texts_) {
-        cost += drawn.Meets(text) ? kTextOnText : 0.0;
-        for (const Segment& segment : layout.segments) {
-            cost += drawn.Meets(segment) ? kTextOnDecoration : 0.0;
-        }
-    }
-    for (const Segment& segment : layout.segments) { // its own extension lines and arrows
-        cost += layout.text.Meets(segment) ? kTextOnDecoration : 0.0;
-    }
-    return cost;
 }
 
 } // namespace Tessera::Tool

@@ -1,9 +1,8 @@
-// Where the parts of a drawn dimension lie, and how badly they cover what is drawn already.
+// Where the parts of a drawn dimension lie.
 #pragma once
 
 #include <array>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "tessera/dimension/DimensionBase.h"
@@ -13,6 +12,9 @@ namespace Tessera::Tool {
 
 struct Segment {
     Geometry::Point a, b;
+
+    /// Makes the box from low to high hold the segment.
+    void Widen(Geometry::Point& low, Geometry::Point& high) const;
 };
 
 /// A rectangle turned by an angle (radians, counter-clockwise).
@@ -41,21 +43,5 @@ std::unique_ptr<DimensionLayout> LayOut(const Dimension::DimensionBase& dimensio
 
 /// Chords of the curve: one for a line, `count` for others.
 void AppendChords(const Geometry::Curve& curve, int count, std::vector<Segment>& segments);
-
-/// What a drawing holds: geometry, and the dimensions placed so far.
-class DimensionBoard {
-public:
-    void AddGeometry(const Segment& segment) { geometry_.push_back(segment); }
-    void Add(const DimensionLayout& layout);
-
-    /// Counts meetings: text on geometry or other text weighs most, text on decoration less, decoration that
-    /// crosses lines least. 0 when the layout stands free.
-    double Cost(const DimensionLayout& layout) const;
-
-private:
-    std::vector<Segment> geometry_;
-    std::vector<Segment> decoration_;
-    std::vector<TextBox> texts_;
-};
 
 } // namespace Tessera::Tool

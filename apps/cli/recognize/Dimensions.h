@@ -21,6 +21,9 @@ using DimensionKinds = std::vector<Dimension::DimensionType_e>;
 /// @throw std::invalid_argument with a message for a name that is none.
 DimensionKinds ParseDimensionKinds(const std::string& names);
 
+/// "length", "horizontal" ...
+const char* NameOf(Dimension::DimensionType_e kind);
+
 /// Fills drawing.dimensions. Ink is read as pictures show it, y down: text stands upright there.
 void AddDimensions(RecognizedDrawing& drawing, const DimensionKinds& kinds);
 
