@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "tessera/kernel/CurveInversion.h"
 #include "tessera/kernel/internal/BCLS.h"
@@ -47,8 +48,9 @@ constexpr double kBisectionError = 5.0;
 // spans, as every count costs a solution. A pure number and a count.
 constexpr double kLuckyError = 2.0;
 constexpr int kMostLuckySpans = 16;
-// Foot points of samples are found to this share of the tolerance; their distances are exact to third order.
-constexpr double kFootResolution = 0.25;
+// A step to a foot point below this share of the tolerance is the last; the distance is exact to third order
+// in it, and the measurement of all points looks closer.
+constexpr double kFootResolution = 1.0;
 // Samples off the curve for which a solution looks for a better foot point farther away. A count.
 constexpr int kMostSearches = 8;
 // Points measured while pole counts are compared; all are measured at the end. A count.
@@ -79,6 +81,8 @@ struct Fit {
     int numBreaks = 0; // of adaptive knots; 0: uniform
     int numUsed = 0, numEvenUsed = 0;
     int bestPoles = 0;
+    int bestSolutions = 0;         // that the best curve took
+    std::uint32_t failedSpans = 0; // bit by number of uniform spans, of those below 32
     BCRVFIT_deviation_t bestDeviation, deviation;
 };
 
@@ -187,8 +191,9 @@ void MoveBeyondFeet(Fit& fit) {
     }
 }
 
-void KeepBest(Fit& fit) {
+void KeepBest(Fit& fit, int solutions) {
     fit.bestPoles = fit.curve.numPoles;
+    fit.bestSolutions = solutions;
     fit.bestDeviation = fit.deviation;
     std::copy_n(fit.curve.knots, fit.curve.numPoles + fit.curve.order, fit.work.bestKnots);
     std::copy_n(&fit.curve.poles[0][0], 3 * fit.curve.numPoles, &fit.work.bestPoles[0][0]);
@@ -206,11 +211,17 @@ bool HoldsForAllPoints(Fit& fit) {
     return fit.deviation.largest <= fit.tol;
 }
 
+// The largest error, in tolerances as `before` is, that falls below 1 in `more` solutions at the rate from
+// before.
+double ReachableError(double before, int more) {
+    return std::isfinite(before) ? std::max(1.0, std::pow(before, more / (more + 1.0))) : HUGE_VAL;
+}
+
 // Fits a curve of the given number of spans. Returns its error: at most tol when all measured points are
 // within tol, and then the curve is kept as the best. Gives up after the first solution when a sample is more
-// than `hopeless` tolerances off.
-double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
-                double hopeless = kHopelessError) {
+// than `hopeless` tolerances off; goes on to `fewestSolutions` where the first are good enough.
+double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks, double hopeless = kHopelessError,
+                int fewestSolutions = 1) {
     BCLS_set_knots(fit.curve, numSpans, numBreaks, breaks);
     ChooseSamples(fit);
     // Uniform spans grow no faster however large the error; adaptive ones are judged one by one.
@@ -221,19 +232,18 @@ double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
         if (!BCLS_solve(fit.curve, fit.numUsed, fit.work.points, fit.work.tau, fit.first, fit.last,
                         fit.work.scratch))
             return error;
-        const double before = error;
-        error = FindFeet(fit, giveUp * fit.tol);
-        const bool isSettled = i + 1 >= kFewestSolutions || error <= kExactError * fit.tol;
+        const double before = error, reachable = ReachableError(before / fit.tol, kMaxSolutions - 1 - i);
+        error = FindFeet(fit, (breaks ? giveUp : std::min(giveUp, reachable)) * fit.tol);
+        const bool isSettled = i + 1 >= fewestSolutions || error <= kExactError * fit.tol;
         if (error <= fit.tol && isSettled) {
             if (HoldsForAllPoints(fit)) {
-                KeepBest(fit);
+                KeepBest(fit, i + 1);
                 return fit.deviation.largest;
             }
             error = fit.deviation.largest;
         } else if (error <= fit.tol) {
-            // Good enough, and a correction or two make it better still.
-        } else if (error > hopeless * fit.tol ||
-                   !(error * std::pow(error / before, kMaxSolutions - 1 - i) < fit.tol || i == 0)) {
+            // Good enough; a correction or two make it better still.
+        } else if (error > std::min(hopeless, reachable) * fit.tol) {
             return error;
         }
         MoveBeyondFeet(fit);
@@ -241,11 +251,19 @@ double TrySpans(Fit& fit, int numSpans, int numBreaks, const double* breaks,
     return std::max(error, std::nextafter(fit.tol, HUGE_VAL));
 }
 
+double TryUniform(Fit& fit, int numSpans, double hopeless) {
+    const double error = TrySpans(fit, numSpans, 0, nullptr, hopeless);
+    if (error > fit.tol && numSpans < 32)
+        fit.failedSpans |= std::uint32_t{1} << numSpans;
+    return error;
+}
+
 // The fewest spans above `low` (which failed) and up to `high` (which held).
-void BisectSpans(Fit& fit, int low, int high, int numBreaks, const double* breaks) {
+template <class Try>
+void BisectSpans(const Fit& fit, int low, int high, Try trySpans) {
     while (high - low > 1) {
         const int middle = low + (high - low) / 2;
-        if (TrySpans(fit, middle, numBreaks, breaks, kBisectionError) <= fit.tol)
+        if (trySpans(middle) <= fit.tol)
             high = middle;
         else
             low = middle;
@@ -266,14 +284,14 @@ void TryLuckySpans(Fit& fit, int fewest) {
     if (high > kMostLuckySpans)
         return;
     for (int spans = std::max(fewest, high / 2); spans < high; ++spans)
-        if (TrySpans(fit, spans, 0, nullptr, kLuckyError) <= fit.tol)
+        if ((fit.failedSpans >> spans & 1U) == 0 && TryUniform(fit, spans, kLuckyError) <= fit.tol)
             return;
 }
 
 bool FitUniform(Fit& fit, int fewest) {
     int low = fewest - 1, spans = fewest;
     while (true) {
-        const double error = TrySpans(fit, spans, 0, nullptr);
+        const double error = TryUniform(fit, spans, kHopelessError);
         if (error <= fit.tol)
             break;
         if (spans >= fit.maxSpans)
@@ -281,7 +299,7 @@ bool FitUniform(Fit& fit, int fewest) {
         low = spans;
         spans = PredictSpans(fit, spans, error);
     }
-    BisectSpans(fit, low, spans, 0, nullptr);
+    BisectSpans(fit, low, spans, [&fit](int n) { return TryUniform(fit, n, kBisectionError); });
     TryLuckySpans(fit, fewest);
     return true;
 }
@@ -316,23 +334,27 @@ bool FitAdaptive(Fit& fit, int fewest) {
         spans = more;
     }
     fit.numBreaks = spans;
-    BisectSpans(fit, fewest - 1, spans, spans, fit.work.breaks);
+    BisectSpans(fit, fewest - 1, spans,
+                [&fit, spans](int n) { return TrySpans(fit, n, spans, fit.work.breaks, kBisectionError); });
     return true;
 }
 
-// Searches with some of the points measured, then measures all of them and adds spans while any is off.
+// Searches with some of the points measured, then measures all of them and adds spans while any is off. The
+// last curve is corrected a few times even where its first solution holds.
 bool FitAllPoints(Fit& fit, BCRVFIT_knots_t knots, int fewest) {
     const bool isAdaptive = knots == BCRVFIT_KNOTS_ADAPTIVE;
     fit.samples.stride = std::max(1, fit.samples.count / kMeasuredInSearch);
     if (!(isAdaptive ? FitAdaptive(fit, fewest) : FitUniform(fit, fewest)))
         return false;
-    if (fit.samples.stride == 1)
+    const bool isFound = fit.samples.stride == 1;
+    if (isFound && fit.bestSolutions >= kFewestSolutions)
         return true;
     fit.samples.stride = 1;
     const double* breaks = isAdaptive ? fit.work.breaks : nullptr;
     const int found = fit.bestPoles - fit.curve.order + 1;
     for (int spans = found; spans <= fit.maxSpans; spans += 1 + (spans - found) / 2)
-        if (TrySpans(fit, spans, fit.numBreaks, breaks) <= fit.tol)
+        if (TrySpans(fit, spans, fit.numBreaks, breaks, kHopelessError, kFewestSolutions) <= fit.tol ||
+            isFound)
             return true;
     return false;
 }
@@ -418,6 +440,7 @@ KC_CURVE_struct_s* BCRVFIT_least_squares_fit(int n, const Point3* pts, int nChec
     CarveWorkspace(fit, block.get(), n, hasCheck ? nCheck : 0, u, t);
     if (!BCRVFIT_prepare_samples(fit.samples, n, pts, u, hasCheck ? t : u))
         return nullptr;
+    fit.curve.isPlanar = fit.samples.isPlanar;
     fit.tol = tol / fit.samples.size * (1.0 - kRoundingShare);
     const Point3 &first = pts[0], &last = fit.curve.closed ? pts[0] : pts[n - 1];
     const Point3 ends[2] = {fit.samples.InUnitBox(first), fit.samples.InUnitBox(last)};

@@ -136,6 +136,7 @@ bool BCRVFIT_prepare_samples(BCRVFIT_samples_t& samples, int n, const Point3* pt
     if (!(box.finite == 0.0) || !std::isfinite(size))
         return false;
     samples.origin = {box.lo[0] + 0.5 * extent[0], box.lo[1] + 0.5 * extent[1], box.lo[2] + 0.5 * extent[2]};
+    samples.isPlanar = extent[2] == 0.0;
     // All points in one place: any size serves.
     samples.size = size > 0.0 ? size : 1.0;
     if (!std::isfinite(1.0 / samples.size))

@@ -106,8 +106,9 @@ void NR_band_cholesky_solve(int n, int half, const double* l, int columns, doubl
             from[c] -= factor * other[c];
     };
     const auto divide = [columns](double* values, double by) {
+        const double inverse = 1.0 / by;
         for (int c = 0; c < columns; ++c)
-            values[c] /= by;
+            values[c] *= inverse;
     };
     for (int i = 0; i < n; ++i) {
         for (int k = std::max(0, i - half); k < i; ++k)

@@ -30,11 +30,16 @@ void MultiplyLinear(double* f, int count, double a, double b) {
     f[0] *= a;
 }
 
+// Templates on kFixed take the order from there, unless it is 0: loops of known length unroll.
+
 // The order basis functions that live on one span, as powers of v (Cox and de Boor's recurrence on
 // polynomials).
-void ExpandSpan(const double* knots, int order, int s, double* basis) {
+template <int kFixed>
+void ExpandSpan(const double* knots, int numOrder, int s, double* basis) {
+    constexpr int kMost = kFixed > 0 ? kFixed : kBclsMaxOrder;
+    const int order = kFixed > 0 ? kFixed : numOrder;
     const double mid = 0.5 * (knots[s] + knots[s + 1]), half = 0.5 * (knots[s + 1] - knots[s]);
-    double now[kBclsMaxOrder][kBclsMaxOrder + 1], next[kBclsMaxOrder][kBclsMaxOrder + 1];
+    double now[kMost][kMost + 1], next[kMost][kMost + 1];
     now[0][0] = 1.0;
     for (int degree = 1; degree < order; ++degree) {
         for (int j = 0; j <= degree; ++j)
@@ -43,7 +48,7 @@ void ExpandSpan(const double* knots, int order, int s, double* basis) {
         for (int j = 0; j < degree; ++j) {
             const int i = s - degree + 1 + j;
             const double width = knots[i + degree] - knots[i];
-            double rising[kBclsMaxOrder + 1], falling[kBclsMaxOrder + 1];
+            double rising[kMost + 1], falling[kMost + 1];
             std::copy(now[j], now[j] + degree, rising);
             std::copy(now[j], now[j] + degree, falling);
             MultiplyLinear(rising, degree, (mid - knots[i]) / width, half / width);
@@ -64,9 +69,15 @@ int SpanOf(const BCLS_curve_t& curve, double tau) {
     return std::clamp(static_cast<int>(tau), 0, curve.numSpans - 1);
 }
 
+template <int kFixed>
+int OrderOf(const BCLS_curve_t& curve) {
+    return kFixed > 0 ? kFixed : curve.order;
+}
+
+template <int kFixed>
 void CollectMoments(const BCLS_curve_t& curve, int n, const Point3* pts, const double* tau,
                     const BCLS_scratch_t& scratch) {
-    const int order = curve.order, powers = 2 * order - 1;
+    const int order = OrderOf<kFixed>(curve), powers = 2 * order - 1;
     std::fill_n(scratch.moments, curve.numSpans * powers, 0.0);
     std::fill_n(scratch.loads, curve.numSpans * order * 3, 0.0);
     for (int i = 0; i < n; ++i) {
@@ -86,13 +97,14 @@ void CollectMoments(const BCLS_curve_t& curve, int n, const Point3* pts, const d
     }
 }
 
+template <int kFixed>
 void AssembleSpan(const BCLS_curve_t& curve, int s, const BCLS_scratch_t& scratch) {
-    const int order = curve.order;
+    const int order = OrderOf<kFixed>(curve);
     const double* basis = curve.basis + s * order * order;
     const double* moment = scratch.moments + s * (2 * order - 1);
     const double* load = scratch.loads + s * order * 3;
     for (int a = 0; a < order; ++a) {
-        double row[kBclsMaxOrder] = {}; // basis function a against the powers
+        double row[kFixed > 0 ? kFixed : kBclsMaxOrder] = {}; // basis function a against the powers
         double* rhs = scratch.rhs + 4 * (s + a);
         for (int i = 0; i < order; ++i) {
             const double weight = basis[a * order + i];
@@ -198,8 +210,9 @@ bool SolveClosed(BCLS_curve_t& curve, const BCLS_scratch_t& scratch) {
     return true;
 }
 
+template <int kFixed>
 void FillPowerForm(BCLS_curve_t& curve) {
-    const int order = curve.order;
+    const int order = OrderOf<kFixed>(curve);
     for (int s = 0; s < curve.numSpans; ++s) {
         const double* basis = curve.basis + s * order * order;
         double(*power)[3] = curve.power + s * order;
@@ -213,6 +226,24 @@ void FillPowerForm(BCLS_curve_t& curve) {
     }
 }
 
+template <int kFixed>
+bool Solve(BCLS_curve_t& curve, int n, const Point3* pts, const double* tau, const double first[3],
+           const double last[3], const BCLS_scratch_t& scratch) {
+    std::fill_n(scratch.band, curve.numPoles * curve.order, 0.0);
+    std::fill_n(scratch.rhs, curve.numPoles * 4, 0.0);
+    std::copy_n(first, 3, curve.poles[0]);
+    std::copy_n(last, 3, curve.poles[curve.numPoles - 1]);
+    CollectMoments<kFixed>(curve, n, pts, tau, scratch);
+    for (int s = 0; s < curve.numSpans; ++s)
+        AssembleSpan<kFixed>(curve, s, scratch);
+    AddSmoothing(curve, kSmoothing * n / curve.numPoles, scratch.band);
+    // A poly-line has no tangent to keep at its seam.
+    if (!(curve.closed && curve.order > 2 ? SolveClosed(curve, scratch) : SolveOpen(curve, scratch)))
+        return false;
+    FillPowerForm<kFixed>(curve);
+    return true;
+}
+
 // Squared distance of a point from the curve, and the derivatives of half of it by tau.
 struct Jet {
     double distSq = 0.0;
@@ -221,18 +252,29 @@ struct Jet {
     double speedSq = 0.0; // C' C'
 };
 
-inline Jet JetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
+// The recogniser's curves: order 3, in the plane z = 0.
+inline Jet PlanarJetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
+    const int s = SpanOf(curve, tau);
+    const double v = 2.0 * (tau - s) - 1.0;
+    const double(*power)[3] = curve.power + 3 * static_cast<std::ptrdiff_t>(s);
+    const double ex = 2.0 * power[2][0], ey = 2.0 * power[2][1];
+    const double dx = power[1][0] + v * ex, dy = power[1][1] + v * ey;
+    const double rx = power[0][0] + v * (power[1][0] + v * power[2][0]) - p.x;
+    const double ry = power[0][1] + v * (power[1][1] + v * power[2][1]) - p.y;
+    Jet jet;
+    jet.distSq = rx * rx + ry * ry;
+    jet.slope = 2.0 * (rx * dx + ry * dy);
+    jet.speedSq = 4.0 * (dx * dx + dy * dy);
+    jet.bend = jet.speedSq + 4.0 * (rx * ex + ry * ey);
+    return jet;
+}
+
+inline Jet GeneralJetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
     const int order = curve.order, s = SpanOf(curve, tau);
     const double v = 2.0 * (tau - s) - 1.0;
-    const double(*power)[3] = curve.power + s * order;
+    const double(*power)[3] = curve.power + static_cast<std::ptrdiff_t>(s) * order;
     double r[3], d[3], e[3];
-    for (int c = 0; order == 3 && c < 3; ++c) { // the recogniser's order
-        const double twice = 2.0 * power[2][c];
-        r[c] = power[0][c] + v * (power[1][c] + v * power[2][c]);
-        d[c] = power[1][c] + v * twice;
-        e[c] = twice;
-    }
-    for (int c = 0; order != 3 && c < 3; ++c) {
+    for (int c = 0; c < 3; ++c) {
         double value = power[order - 1][c], slope = 0.0, half = 0.0;
         for (int i = order - 2; i >= 0; --i) {
             half = half * v + slope;
@@ -252,6 +294,10 @@ inline Jet JetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
     jet.speedSq = 4.0 * (d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
     jet.bend = jet.speedSq + 4.0 * (r[0] * e[0] + r[1] * e[1] + r[2] * e[2]);
     return jet;
+}
+
+inline Jet JetAt(const BCLS_curve_t& curve, const Point3& p, double tau) {
+    return curve.order == 3 && curve.isPlanar ? PlanarJetAt(curve, p, tau) : GeneralJetAt(curve, p, tau);
 }
 
 // Degree 1: the exact foot points on the own and the neighbouring segments.
@@ -274,12 +320,46 @@ double FootOnPolyline(const BCLS_curve_t& curve, const Point3& p, double& tau) {
     return best;
 }
 
+template <Jet (*kJetAt)(const BCLS_curve_t&, const Point3&, double)>
+double FootNear(const BCLS_curve_t& curve, const Point3& p, double resolution, double& tau) {
+    constexpr int kMaxSteps = 12;
+    constexpr double kLongestStep = 0.75; // spans: a longer one leaves the neighbourhood of the start
+    const double end = curve.numSpans;
+    Jet jet = kJetAt(curve, p, tau);
+    for (int i = 0; i < kMaxSteps; ++i) {
+        // Newton where the squared distance is clearly convex, Gauss-Newton elsewhere.
+        const bool isConvex = jet.bend > 0.1 * jet.speedSq;
+        const double curvature = isConvex ? jet.bend : jet.speedSq;
+        if (!(curvature > 0.0))
+            break;
+        const double wanted = -jet.slope / curvature;
+        double next = std::clamp(tau + std::clamp(wanted, -kLongestStep, kLongestStep), 0.0, end);
+        const double step = next - tau;
+        if (step * step * jet.speedSq <= resolution * resolution) {
+            tau = next;
+            // The minimum of the parabola through the last jet: exact to third order in the step.
+            return std::max(0.0, jet.distSq + step * (2.0 * jet.slope + step * jet.bend));
+        }
+        Jet trial = kJetAt(curve, p, next);
+        for (int halving = 0; halving < 4 && trial.distSq > jet.distSq; ++halving) {
+            next = 0.5 * (next + tau);
+            trial = kJetAt(curve, p, next);
+        }
+        if (trial.distSq >= jet.distSq)
+            break;
+        tau = next;
+        jet = trial;
+    }
+    return jet.distSq;
+}
+
 } // namespace
 
 void BCLS_set_knots(BCLS_curve_t& curve, int numSpans, int numBreaks, const double* breaks) {
     const int degree = curve.order - 1;
     curve.numSpans = numSpans;
     curve.numPoles = numSpans + degree;
+    curve.isUniform = breaks == nullptr;
     std::fill_n(curve.knots, curve.order, 0.0);
     for (int i = 1; i < numSpans; ++i) {
         double knot = static_cast<double>(i) / numSpans;
@@ -297,12 +377,16 @@ void BCLS_set_knots(BCLS_curve_t& curve, int numSpans, int numBreaks, const doub
         const bool repeats = !breaks && s >= curve.order - 1 && s <= numSpans - curve.order;
         if (repeats)
             std::copy_n(curve.basis + (s - 1) * size, size, curve.basis + s * size);
+        else if (curve.order == 3)
+            ExpandSpan<3>(curve.knots, 3, s + degree, curve.basis + s * size);
         else
-            ExpandSpan(curve.knots, curve.order, s + degree, curve.basis + s * size);
+            ExpandSpan<0>(curve.knots, curve.order, s + degree, curve.basis + s * size);
     }
 }
 
 double BCLS_ask_tau(const BCLS_curve_t& curve, double t) {
+    if (curve.isUniform)
+        return std::clamp(t, 0.0, 1.0) * curve.numSpans;
     const double* first = curve.knots + curve.order; // end of span 0
     const double* end = first + (curve.numSpans - 1);
     const int s = static_cast<int>(std::upper_bound(first, end, t) - first);
@@ -312,57 +396,19 @@ double BCLS_ask_tau(const BCLS_curve_t& curve, double t) {
 
 bool BCLS_solve(BCLS_curve_t& curve, int n, const Point3* pts, const double* tau, const double first[3],
                 const double last[3], const BCLS_scratch_t& scratch) {
-    std::fill_n(scratch.band, curve.numPoles * curve.order, 0.0);
-    std::fill_n(scratch.rhs, curve.numPoles * 4, 0.0);
-    std::copy_n(first, 3, curve.poles[0]);
-    std::copy_n(last, 3, curve.poles[curve.numPoles - 1]);
-    CollectMoments(curve, n, pts, tau, scratch);
-    for (int s = 0; s < curve.numSpans; ++s)
-        AssembleSpan(curve, s, scratch);
-    AddSmoothing(curve, kSmoothing * n / curve.numPoles, scratch.band);
-    // A poly-line has no tangent to keep at its seam.
-    if (!(curve.closed && curve.order > 2 ? SolveClosed(curve, scratch) : SolveOpen(curve, scratch)))
-        return false;
-    FillPowerForm(curve);
-    return true;
+    return curve.order == 3 ? Solve<3>(curve, n, pts, tau, first, last, scratch)
+                            : Solve<0>(curve, n, pts, tau, first, last, scratch);
 }
 
 double BCLS_foot_near(const BCLS_curve_t& curve, const Point3& p, double resolution, double& tau) {
     if (curve.order == 2)
         return FootOnPolyline(curve, p, tau);
-    constexpr int kMaxSteps = 12;
-    constexpr double kLongestStep = 0.75; // spans: a longer one leaves the neighbourhood of the start
-    const double end = curve.numSpans;
-    Jet jet = JetAt(curve, p, tau);
-    for (int i = 0; i < kMaxSteps; ++i) {
-        // Newton where the squared distance is clearly convex, Gauss-Newton elsewhere.
-        const bool isConvex = jet.bend > 0.1 * jet.speedSq;
-        const double curvature = isConvex ? jet.bend : jet.speedSq;
-        if (!(curvature > 0.0))
-            break;
-        const double wanted = -jet.slope / curvature;
-        double next = std::clamp(tau + std::clamp(wanted, -kLongestStep, kLongestStep), 0.0, end);
-        const double step = next - tau;
-        if (step * step * jet.speedSq <= resolution * resolution) {
-            tau = next;
-            // The minimum of the parabola through the last jet: exact to third order in the step.
-            return std::max(0.0, jet.distSq + step * (2.0 * jet.slope + step * jet.bend));
-        }
-        Jet trial = JetAt(curve, p, next);
-        for (int halving = 0; halving < 4 && trial.distSq > jet.distSq; ++halving) {
-            next = 0.5 * (next + tau);
-            trial = JetAt(curve, p, next);
-        }
-        if (trial.distSq >= jet.distSq)
-            break;
-        tau = next;
-        jet = trial;
-    }
-    return jet.distSq;
+    return curve.order == 3 && curve.isPlanar ? FootNear<PlanarJetAt>(curve, p, resolution, tau)
+                                              : FootNear<GeneralJetAt>(curve, p, resolution, tau);
 }
 
 double BCLS_foot_around(const BCLS_curve_t& curve, const Point3& p, double resolution, double& tau) {
-    constexpr int kReach = 2, kSamplesPerSpan = 4;
+    constexpr int kReach = 2, kSamplesPerSpan = 2;
     const double end = curve.numSpans;
     double bestTau = tau, bestSq = JetAt(curve, p, tau).distSq;
     for (int i = -kReach * kSamplesPerSpan; i <= kReach * kSamplesPerSpan; ++i) {

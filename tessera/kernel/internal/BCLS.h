@@ -14,6 +14,8 @@ struct BCLS_curve_t {
     int numPoles = 0;
     int numSpans = 0;        ///< numPoles - order + 1
     bool closed = false;     ///< last pole = first pole, P1 and P[n-2] mirror images about it
+    bool isUniform = false;  ///< knots spread evenly
+    bool isPlanar = false;   ///< data and poles lie in the plane z = 0
     double* knots = nullptr; ///< numPoles + order, from 0 to 1
     double (*poles)[3] = nullptr;
     double* basis = nullptr;      ///< span x order x order: basis function by power of v

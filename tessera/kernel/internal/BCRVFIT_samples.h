@@ -21,7 +21,8 @@ struct BCRVFIT_samples_t {
     const double* t = nullptr;              ///< their chord-length parameters, ascending from 0 to 1
     Vex::Math::Point3 origin{};             ///< unit box: (p - origin) / size
     double size = 1.0;
-    int stride = 1; ///< every so many points are measured
+    bool isPlanar = false; ///< z is 0 in the unit box
+    int stride = 1;        ///< every so many points are measured
     int numEven = 0;
     BCRVFIT_sample_t* even = nullptr; ///< kMaxEvenSamples
     int numMissed = 0;
