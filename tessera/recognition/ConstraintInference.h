@@ -1,19 +1,18 @@
 // ConstraintInference - which geometric constraints a person meant by a drawn sketch.
 //
 // In         curves of any kind; nothing is known of a host. Model units, angles in degrees where so named.
-// Out        an ordered list of constraints, none redundant and no two in conflict, and a copy of the curves
-// that
-//            satisfies all of them with no point moved by the tolerance zone or more.
+// Out        an ordered list of constraints, none redundant and no two in conflict, and a copy of the
+//            curves that satisfies all of them with no point moved by the tolerance zone or more.
 // Method     Pairs that nearly satisfy a constraint are found by sorting and hashing. Each gets a deviation
-// in units
-//            of the spread of a hand; three spreads is the limit. Strongest first, a candidate enters only
-//            when its equations raise the rank of the Jacobian of those already in, and when the sketch can
-//            be adjusted to satisfy it with them (minimum-motion Gauss-Newton steps).
+//            in units of the spread of a hand; three spreads is the limit. Strongest first, a candidate
+//            enters only when its equations raise the rank of the Jacobian of those already in, and when the
+//            sketch can be adjusted to satisfy it with them (minimum-motion Gauss-Newton steps).
+//            docs/constraints.md tells the whole.
 // Errors     thrown as char* texts (see ThrowMessage) before anything is changed.
 // Ownership  curves handed in are borrowed for the call; adjusted copies belong to the result.
-// Cost       near-linear search; a sketch of 20 curves in separate shapes takes one or two milliseconds. Many
-// curves
-//            in one joined outline cost more: each constraint that enters may move all of them.
+// Cost       near-linear search; what enters costs what is connected with it. 250 separate rectangles take
+//            a quarter of a second, a chain of 20 joined lines half a millisecond, one of 100 lines in any
+//            direction 20 milliseconds.
 #pragma once
 
 #include <array>

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 // Gauss-Newton in the minimum-motion norm. The rows of the accepted equations are kept factored (RowSpace),
 // and a candidate's step is solved with the factor at hand: the sketch moves by a few hundredths of its size,
@@ -11,8 +10,8 @@
 // looked at again.
 //
 // The rank is a property of the satisfied sketch: rows taken elsewhere hide dependencies. When the sketch has
-// moved since the rows were evaluated and a new row comes close to their span, the rows are evaluated anew
-// before the decision is made.
+// moved since the rows were evaluated and a new row comes close to their span, the rows that are connected
+// with it are evaluated anew before the decision is made.
 
 namespace Tessera::Geometry {
 
@@ -20,14 +19,27 @@ namespace {
 
 /// Sine of the angle between a row and the span of the others below which it adds nothing: a motion of the
 /// zone in the one direction that is left would take one of fifty zones. A dependent row at a satisfied
-/// sketch leaves 1e-8; between the two lie the neighbours of singular shapes, such as the third parallel pair
+/// sketch leaves 1e-6; between the two lie the neighbours of singular shapes, such as the third parallel pair
 /// of an equilateral hexagon, which solvers find redundant as well.
 constexpr double kLeastSine = 0.02;
 /// A sine above this many drifts is trusted although the rows are not fresh.
 constexpr double kDriftMargin = 2.0;
-/// Residuals are zero below this part of the tolerance zone, or below rounding of the coordinates.
-constexpr double kAccuracy = 1e-9;
+/// Components of a unit row below this are left out: far less than the drift that rows endure, and what a
+/// line that is horizontal to the accuracy of trials leaves in its other direction, which would tie the two
+/// directions of a drawing together.
+constexpr double kNegligible = 1e-6;
+/// Rows with a smaller part in a combination are left out of it.
+constexpr double kLeastShare = 1e-5;
+/// Residuals are zero below this part of the tolerance zone while constraints are tried, and at the end; or
+/// below rounding of the coordinates.
+constexpr double kTrialAccuracy = 1e-6;
+constexpr double kFinalAccuracy = 1e-9;
 constexpr double kRounding = 256.0 * std::numeric_limits<double>::epsilon();
+/// Of the accuracy: curves that would move by less stay.
+constexpr double kLeastStep = 0.01;
+/// Of the largest residual: less of a step is not carried on from row to row; what that leaves open the next
+/// step mends.
+constexpr double kLeastInfluence = 1e-4;
 constexpr int kMostSteps = 30;
 /// A step that does not bring the residual below this part of the one before counts as a failure of the
 /// iteration.
@@ -66,6 +78,7 @@ ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZon
       constraintsOf_(static_cast<std::size_t>(sketch.CurveCount())), rows_(sketch.ParameterCount()),
       driftOf_(static_cast<std::size_t>(sketch.CurveCount()), 0.0),
       step_(static_cast<std::size_t>(sketch.ParameterCount()), 0.0),
+      isTouched_(static_cast<std::size_t>(sketch.ParameterCount()), 0),
       isChanged_(static_cast<std::size_t>(sketch.CurveCount()), 0),
       saved_(static_cast<std::size_t>(sketch.ParameterCount())) {
     double largest = 0.0;
@@ -76,119 +89,227 @@ ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZon
         for (int k = 0; k < c.count; ++k)
             largest = std::max(largest, std::fabs(sketch.Of(i)[k]));
     }
-    accuracy_ = std::max(kAccuracy * zone_, kRounding * largest);
+    rounding_ = kRounding * largest;
 }
 
 bool ConstraintSolver::TryAdd(const InferredConstraint& c) {
-    return Attempt(c) == Outcome::Accepted;
+    const double drift = DriftNear(c);
+    AnchorAt(c);
+    double sine = Enter(c);
+    if (sine < kDriftMargin * drift) {
+        if (sine > kLeastSine)
+            Leave();
+        if (IsCombination(c))
+            return false;
+        Renew();
+        sine = Enter(c);
+    }
+    if (!(sine > kLeastSine))
+        return false;
+    const int renewalsBefore = renewals_;
+    if (Converge(kTrialAccuracy) == Outcome::Accepted && MotionsHold(zone_)) {
+        NoteDrift();
+        return true;
+    }
+    Undo();
+    Leave();
+    if (renewals_ != renewalsBefore)
+        Renew(); // the rows were taken at a place that the sketch has left
+    return false;
 }
 
-void ConstraintSolver::Enlist(int number) {
-    const InferredConstraint& c = accepted_[number];
+// --- The set --------------------------------------------------------------------------------------------
+
+/// Calls visit for each curve that the constraint names, once.
+template <class Visit>
+void ConstraintSolver::ForCurvesOf(const InferredConstraint& c, Visit visit) const {
     for (int e = 0; e < c.elementCount; ++e) {
-        std::vector<int>& list = constraintsOf_[c.elements[e].curve];
-        if (list.empty() || list.back() != number)
-            list.push_back(number);
+        bool isFirst = true;
+        for (int k = 0; k < e; ++k)
+            isFirst = isFirst && c.elements[k].curve != c.elements[e].curve;
+        if (isFirst)
+            visit(c.elements[e].curve);
     }
 }
 
-void ConstraintSolver::DropLast() {
-    const InferredConstraint& c = accepted_.back();
-    const int number = static_cast<int>(accepted_.size()) - 1;
-    for (int e = 0; e < c.elementCount; ++e) {
-        std::vector<int>& list = constraintsOf_[c.elements[e].curve];
-        if (!list.empty() && list.back() == number)
-            list.pop_back();
-    }
-    DropRows(firstRow_.back());
+/// Adds the constraint to the set if its rows are independent. Returns the smallest of their sines.
+double ConstraintSolver::Enter(const InferredConstraint& c) {
+    const int number = static_cast<int>(accepted_.size());
+    accepted_.push_back(c);
+    firstRow_.push_back(rows_.RowCount());
+    isSeen_.push_back(0);
+    for (int part = 0; part < EquationCount(c); ++part)
+        sources_.push_back({number, part, 0.0});
+    rows_.Extend(EquationCount(c));
+    residuals_.resize(sources_.size());
+    ForCurvesOf(c, [&](int curve) { constraintsOf_[curve].push_back(number); });
+    open_.clear();
+    double sine = 0.0;
+    if (!Fill(number, &sine))
+        Leave();
+    return sine;
+}
+
+/// Takes back the last constraint.
+void ConstraintSolver::Leave() {
+    ForCurvesOf(accepted_.back(), [&](int curve) { constraintsOf_[curve].pop_back(); });
+    rows_.Truncate(firstRow_.back());
+    sources_.resize(static_cast<std::size_t>(firstRow_.back()));
+    residuals_.resize(sources_.size());
     accepted_.pop_back();
     firstRow_.pop_back();
+    isSeen_.pop_back();
+    std::erase(lost_, static_cast<int>(accepted_.size()));
 }
 
-ConstraintSolver::Outcome ConstraintSolver::Attempt(const InferredConstraint& c) {
-    const int number = static_cast<int>(accepted_.size());
-    int rowsBefore = rows_.RowCount();
-    double sine = 1.0;
-    bool independent = AppendRows(c, number, &sine);
-    if (sine < kDriftMargin * DriftNear(c)) {
-        Rebuild();
-        rowsBefore = rows_.RowCount();
-        independent = AppendRows(c, number, &sine);
-    }
-    if (!independent) {
-        DropRows(rowsBefore);
-        return Outcome::Dependent;
-    }
-    accepted_.push_back(c);
-    firstRow_.push_back(rowsBefore);
-    Enlist(number);
-    changed_.clear();
-    const int renewalsBefore = renewals_;
-    Outcome outcome = Converge(rowsBefore);
-    if (outcome == Outcome::Accepted && !MotionsHold(zone_))
-        outcome = Outcome::TooFar;
-    if (outcome == Outcome::Accepted) {
-        NoteDrift();
-    } else {
-        Undo();
-        DropLast();
-        if (renewals_ != renewalsBefore)
-            Rebuild(); // the rows were taken at a place that the sketch has left
-    }
-    return outcome;
-}
-
-/// Appends the rows of a constraint; false at the first that is dependent. The smallest sine is told.
-bool ConstraintSolver::AppendRows(const InferredConstraint& c, int number, double* leastSine) {
+/// The rows of a constraint at the present sketch. Returns their number.
+int ConstraintSolver::UnitRows(const InferredConstraint& c, UnitRow* unit) const {
     EquationRow rows[kMostEquations];
     EvaluateRows(c, sketch_, rows);
-    *leastSine = 1.0;
     for (int part = 0; part < EquationCount(c); ++part) {
-        EquationRow& row = rows[part];
+        const EquationRow& row = rows[part];
         // What cannot move has no column. A constraint between fixed curves has no row, and is never taken.
+        double lengthSq = 0.0;
         for (int i = 0; i < row.count; ++i)
-            row.value[i] = row.index[i] < movable_ ? 0.0 : row.value[i];
-        const double length = std::sqrt(std::inner_product(row.value, row.value + row.count, row.value, 0.0));
-        if (!(length > 0.0)) {
-            *leastSine = 0.0;
+            lengthSq += row.index[i] < movable_ ? 0.0 : row.value[i] * row.value[i];
+        const double length = std::sqrt(lengthSq);
+        unit[part].count = 0;
+        for (int i = 0; i < row.count; ++i)
+            if (row.index[i] >= movable_ && std::fabs(row.value[i]) > kNegligible * length)
+                unit[part].entries[unit[part].count++] = {row.index[i], row.value[i] / length};
+        unit[part].scale = 1.0 / length;
+        unit[part].residual = row.residual / length;
+    }
+    return EquationCount(c);
+}
+
+/// Evaluates the rows of a constraint and fills their places, which become open; none when one is dependent.
+bool ConstraintSolver::Fill(int number, double* leastSine) {
+    UnitRow rows[kMostEquations];
+    const int parts = UnitRows(accepted_[number], rows);
+    *leastSine = 1.0;
+    for (int part = 0; part < parts; ++part) {
+        const UnitRow& row = rows[part];
+        const int place = firstRow_[number] + part;
+        const double sine = rows_.Fill(place, {row.entries, static_cast<std::size_t>(row.count)}, kLeastSine);
+        *leastSine = std::min(*leastSine, sine);
+        if (!(sine > kLeastSine)) {
+            for (int filled = part; filled-- > 0;) {
+                rows_.Empty(firstRow_[number] + filled);
+                open_.pop_back();
+            }
             return false;
         }
-        for (int i = 0; i < row.count; ++i)
-            row.value[i] /= length;
-        const double sine = rows_.Append({row.index, static_cast<std::size_t>(row.count)},
-                                         {row.value, static_cast<std::size_t>(row.count)}, kLeastSine);
-        *leastSine = std::min(*leastSine, sine);
-        if (!(sine > kLeastSine))
-            return false;
-        sources_.push_back({number, part, 1.0 / length});
-        residuals_.push_back(row.residual / length);
+        sources_[place].scale = row.scale;
+        residuals_[place] = row.residual;
+        open_.push_back(place);
     }
     return true;
 }
 
-void ConstraintSolver::DropRows(int rowCount) {
-    rows_.Truncate(rowCount);
-    sources_.resize(static_cast<std::size_t>(rowCount));
-    residuals_.resize(static_cast<std::size_t>(rowCount));
+/// Whether one of the constraint's rows is certainly dependent at the present sketch, as far as can be told
+/// without evaluating and factoring everything that is connected with it anew.
+bool ConstraintSolver::IsCombination(const InferredConstraint& c) {
+    UnitRow rows[kMostEquations];
+    const int parts = UnitRows(c, rows);
+    for (int part = 0; part < parts; ++part)
+        if (IsCombination(rows[part]))
+            return true;
+    return false;
 }
 
-/// Evaluates all rows at the present sketch. Returns the constraints that are dependent on earlier ones, in
-/// order; they keep their places but have no rows.
-std::vector<int> ConstraintSolver::Rebuild() {
-    std::vector<int> dependent;
-    ++renewals_;
-    DropRows(0);
-    for (int number = 0; number < static_cast<int>(accepted_.size()); ++number) {
-        const int before = rows_.RowCount();
-        firstRow_[number] = before;
-        double sine = 0.0;
-        if (!AppendRows(accepted_[number], number, &sine)) {
-            DropRows(before);
-            dependent.push_back(number);
-        }
+/// Any combination of fresh rows bounds the sine from above. The one asked for is found with the factor of
+/// the rows as they were, which takes off all but a few hundredths each time.
+bool ConstraintSolver::IsCombination(const UnitRow& row) {
+    AddToStep(row, 1.0);
+    double rest = 1.0;
+    double before = 4.0;
+    while (rest > kLeastSine && rest < kLeastProgress * before) {
+        rows_.Combine(touched_, step_, kLeastShare, combination_);
+        for (const SparseEntry& e : combination_)
+            if (std::fabs(e.value) > kLeastShare) {
+                UnitRow rows[kMostEquations];
+                UnitRows(accepted_[sources_[e.at].constraint], rows);
+                AddToStep(rows[sources_[e.at].part], -e.value);
+            }
+        before = rest;
+        double restSq = 0.0;
+        for (int column : touched_)
+            restSq += step_[column] * step_[column];
+        rest = std::sqrt(restSq);
     }
-    std::fill(driftOf_.begin(), driftOf_.end(), 0.0);
-    return dependent;
+    for (int column : touched_)
+        step_[column] = isTouched_[column] = 0;
+    touched_.clear();
+    return rest <= kLeastSine;
+}
+
+void ConstraintSolver::AddToStep(const UnitRow& row, double factor) {
+    for (int i = 0; i < row.count; ++i) {
+        const int column = row.entries[i].at;
+        if (isTouched_[column] == 0) {
+            isTouched_[column] = 1;
+            touched_.push_back(column);
+        }
+        step_[column] += factor * row.entries[i].value;
+    }
+}
+
+void ConstraintSolver::AnchorAt(const InferredConstraint& c) {
+    anchor_.clear();
+    AddToAnchor(c);
+}
+
+void ConstraintSolver::AddToAnchor(const InferredConstraint& c) {
+    ForCurvesOf(c, [&](int curve) {
+        for (int k = 0; k < sketch_.At(curve).count; ++k)
+            anchor_.push_back(sketch_.At(curve).first + k);
+    });
+}
+
+/// The rows connected with the anchor, constraints whole, and the places that have lost theirs, which may
+/// come back.
+void ConstraintSolver::CollectComponent() {
+    for (int number : lost_)
+        AddToAnchor(accepted_[number]);
+    std::size_t known = 0;
+    do { // the two rows of a constraint may belong to different components
+        known = anchor_.size();
+        rows_.CollectConnected(anchor_, component_);
+        for (int row : component_)
+            ++isSeen_[sources_[row].constraint];
+        for (int row : component_) {
+            const InferredConstraint& c = accepted_[sources_[row].constraint];
+            char& seen = isSeen_[sources_[row].constraint];
+            if (seen != 0 && seen < EquationCount(c))
+                AddToAnchor(c);
+            seen = 0;
+        }
+    } while (anchor_.size() > known);
+    for (int number : lost_)
+        for (int part = 0; part < EquationCount(accepted_[number]); ++part)
+            component_.push_back(firstRow_[number] + part);
+    std::sort(component_.begin(), component_.end());
+}
+
+/// Evaluates the rows that are connected with the anchor at the present sketch, and opens them. Constraints
+/// that are dependent on earlier ones lose their rows; false when there are any.
+bool ConstraintSolver::Renew() {
+    ++renewals_;
+    CollectComponent();
+    rows_.EmptyComponents(component_);
+    open_.clear();
+    lost_.clear();
+    for (int row : component_) {
+        const int number = sources_[row].constraint;
+        if (sources_[row].part != 0)
+            continue;
+        double sine = 0.0;
+        if (!Fill(number, &sine))
+            lost_.push_back(number);
+        ForCurvesOf(accepted_[number], [&](int curve) { driftOf_[curve] = 0.0; });
+    }
+    return lost_.empty();
 }
 
 /// Largest drift of the constraint's curves and of those that share a constraint with them: theirs are the
@@ -242,24 +363,23 @@ void ConstraintSolver::NoteDrift() {
     changed_.clear();
 }
 
-/// Applies step_ to the curves of touched_ and clears both; false without a change when the step is longer
-/// than the limit (or no number).
-bool ConstraintSolver::MoveBy(double limit) {
-    double lengthSq = 0.0;
-    std::sort(touched_.begin(), touched_.end());
-    touched_.erase(std::unique(touched_.begin(), touched_.end()), touched_.end());
-    for (int column : touched_)
-        lengthSq = std::max(lengthSq, step_[column] * step_[column]);
-    const bool fits = lengthSq <= limit * limit;
-    const double negligible = 0.01 * accuracy_;
-    for (std::size_t i = 0; i < touched_.size();) {
-        const int curve = curveOfParameter_[touched_[i]];
+/// Applies step_ to the curves of touched_ that it moves by more than is negligible and clears both; false
+/// without a change when the step is longer than the limit (or no number).
+bool ConstraintSolver::MoveBy(double limit, double negligible) {
+    double largest = 0.0;
+    bool fits = true;
+    for (int column : touched_) {
+        largest = std::max(largest, std::fabs(step_[column]));
+        fits = fits && !std::isnan(step_[column]);
+    }
+    fits = fits && largest <= limit;
+    for (int column : touched_) {
+        const int curve = curveOfParameter_[column];
         const SketchCurve& c = sketch_.At(curve);
-        double largest = 0.0;
-        for (; i < touched_.size() && touched_[i] < c.first + c.count; ++i)
-            largest = std::max(largest, std::fabs(step_[touched_[i]]));
-        double* step = step_.data() + c.first;
-        if (fits && largest > negligible) {
+        double* step = step_.data() + c.first; // all zero when the curve has been moved already
+        const bool moves =
+            std::any_of(step, step + c.count, [&](double s) { return std::fabs(s) > negligible; });
+        if (fits && moves) {
             MarkChanged(curve);
             sketch_.UnwhitenStep(curve, step);
             for (int k = 0; k < c.count; ++k)
@@ -271,55 +391,56 @@ bool ConstraintSolver::MoveBy(double limit) {
     return fits;
 }
 
-/// Residuals of the constraints on changed curves. Returns the largest; *firstRow the first row that has one.
-double ConstraintSolver::UpdateResiduals(int* firstRow) {
-    double largest = 0.0;
-    *firstRow = rows_.RowCount();
+/// Opens the rows of the constraints on changed curves. Returns the largest of their residuals.
+double ConstraintSolver::UpdateResiduals() {
+    open_.clear();
     for (int curve : changed_)
         for (int number : constraintsOf_[curve]) {
+            if (isSeen_[number] != 0 || !rows_.IsFilled(firstRow_[number]))
+                continue;
+            isSeen_[number] = 1;
             double f[kMostEquations];
             EvaluateResiduals(accepted_[number], sketch_, f);
             for (int part = 0; part < EquationCount(accepted_[number]); ++part) {
                 const int row = firstRow_[number] + part;
-                if (row >= rows_.RowCount() || sources_[row].constraint != number)
-                    continue; // found dependent by Rebuild
                 residuals_[row] = f[part] * sources_[row].scale;
-                *firstRow = std::min(*firstRow, row);
-                largest = std::max(largest, std::fabs(residuals_[row]));
-                if (std::isnan(f[part]))
-                    return std::numeric_limits<double>::infinity();
+                open_.push_back(row);
             }
         }
-    return largest;
-}
-
-/// Steps until all residuals vanish; those of rows before firstRow do so at the start. Chord steps, with
-/// fresh rows where these gain too little.
-ConstraintSolver::Outcome ConstraintSolver::Converge(int firstRow) {
-    std::fill(residuals_.begin(), residuals_.begin() + firstRow, 0.0);
-    double before = LargestResidual();
-    int renewals = 0;
-    for (int step = 0; step < kMostSteps && before > accuracy_; ++step) {
-        rows_.ShortestStep(residuals_, firstRow, step_, touched_);
-        if (!MoveBy(kLongestStep * zone_) || !MotionsHold(kOvershoot * zone_))
-            return Outcome::TooFar;
-        double now = UpdateResiduals(&firstRow);
-        if (now > kLeastProgress * before && now > accuracy_) {
-            if (++renewals > kMostRenewals || !Rebuild().empty())
-                return Outcome::Diverged;
-            firstRow = 0;
-            now = LargestResidual();
-        }
-        before = now;
-    }
-    return before <= accuracy_ ? Outcome::Accepted : Outcome::Diverged;
+    for (int row : open_)
+        isSeen_[sources_[row].constraint] = 0;
+    return LargestResidual();
 }
 
 double ConstraintSolver::LargestResidual() const {
     double largest = 0.0;
-    for (double r : residuals_)
-        largest = std::max(largest, std::fabs(r));
+    for (int row : open_) {
+        if (std::isnan(residuals_[row]))
+            return std::numeric_limits<double>::infinity();
+        largest = std::max(largest, std::fabs(residuals_[row]));
+    }
     return largest;
+}
+
+/// Steps until all residuals vanish; those of rows that are not open do. Chord steps, with fresh rows where
+/// these gain too little.
+ConstraintSolver::Outcome ConstraintSolver::Converge(double relativeAccuracy) {
+    const double accuracy = std::max(relativeAccuracy * zone_, rounding_);
+    double before = LargestResidual();
+    int renewals = 0;
+    for (int step = 0; step < kMostSteps && before > accuracy; ++step) {
+        rows_.ShortestStep(open_, residuals_, kLeastInfluence, step_, touched_);
+        if (!MoveBy(kLongestStep * zone_, kLeastStep * accuracy) || !MotionsHold(kOvershoot * zone_))
+            return Outcome::TooFar;
+        double now = UpdateResiduals();
+        if (now > kLeastProgress * before && now > accuracy) {
+            if (++renewals > kMostRenewals || !Renew())
+                return Outcome::Diverged;
+            now = LargestResidual();
+        }
+        before = now;
+    }
+    return before <= accuracy ? Outcome::Accepted : Outcome::Diverged;
 }
 
 bool ConstraintSolver::MotionsHold(double limit) const {
@@ -329,64 +450,84 @@ bool ConstraintSolver::MotionsHold(double limit) const {
     return true;
 }
 
-/// From wherever the sketch is: fresh rows, then steps.
-bool ConstraintSolver::ConvergeAll() {
-    for (int round = 0; round < 3; ++round) {
-        Rebuild();
-        if (Converge(0) == Outcome::Accepted)
-            return true;
-    }
-    return false;
-}
-
-void ConstraintSolver::Settle() {
-    const std::vector<int> dependent = Rebuild();
-    for (std::size_t i = dependent.size(); i-- > 0;) {
-        accepted_.erase(accepted_.begin() + dependent[i]);
-        firstRow_.pop_back();
-    }
-    for (std::vector<int>& list : constraintsOf_)
-        list.clear();
-    for (int number = 0; number < static_cast<int>(accepted_.size()); ++number)
-        Enlist(number);
-    Rebuild();
-    for (int round = 0; round < kRelaxations && Relax() > kRelaxed * zone_; ++round) {
-    }
-}
-
-/// One step towards the drawing along the constraints, then back onto them. Returns its size, 0 when it was
-/// taken back.
-double ConstraintSolver::Relax() {
-    std::vector<double> back(step_.size());
-    for (int curve = 0; curve < sketch_.CurveCount(); ++curve) {
-        const SketchCurve& c = sketch_.At(curve);
-        for (int k = 0; k < c.count; ++k)
-            back[c.first + k] = sketch_.StartValuesOf(curve)[k] - sketch_.Of(curve)[k];
-        sketch_.WhitenStep(curve, back.data() + c.first);
-    }
-    rows_.RemoveRowSpace(back);
-    double largest = 0.0;
-    for (double v : back)
-        largest = std::max(largest, std::fabs(v));
-    step_ = back;
-    touched_.resize(step_.size());
-    std::iota(touched_.begin(), touched_.end(), 0);
-    changed_.clear();
-    if (MoveBy(kLongestStep * zone_) && ConvergeAll() && MotionsHold(zone_)) {
-        NoteDrift();
-        Rebuild();
-        return largest;
-    }
-    Undo();
-    Rebuild();
-    return 0.0;
-}
-
 double ConstraintSolver::LargestMotion() const {
     double largest = 0.0;
     for (int curve = 0; curve < sketch_.CurveCount(); ++curve)
         largest = std::max(largest, sketch_.Motion(curve));
     return largest;
+}
+
+// --- The end --------------------------------------------------------------------------------------------
+
+void ConstraintSolver::Settle() {
+    ReplayAll();
+    std::vector<char> isSettled(sources_.size(), 0);
+    for (int row = 0; row < rows_.RowCount(); ++row) {
+        if (isSettled[row] != 0)
+            continue;
+        AnchorAt(accepted_[sources_[row].constraint]);
+        SettleComponent();
+        for (int member : component_)
+            isSettled[member] = 1;
+    }
+}
+
+/// Enters the constraints that still have rows again, in order, at the present sketch.
+void ConstraintSolver::ReplayAll() {
+    std::vector<InferredConstraint> held;
+    for (std::size_t number = 0; number < accepted_.size(); ++number)
+        if (rows_.IsFilled(firstRow_[number]))
+            held.push_back(accepted_[number]);
+    while (!accepted_.empty())
+        Leave();
+    for (const InferredConstraint& c : held)
+        Enter(c);
+}
+
+/// Settles what is connected with the anchor.
+void ConstraintSolver::SettleComponent() {
+    lost_.clear();
+    CollectComponent();
+    open_ = component_; // evaluated by ReplayAll
+    if (Converge(kFinalAccuracy) == Outcome::Accepted && MotionsHold(zone_))
+        NoteDrift();
+    else
+        Undo();
+    for (int round = 0; round < kRelaxations && Relax() > kRelaxed * zone_; ++round) {
+    }
+}
+
+std::vector<int> ConstraintSolver::CurvesOfComponent() const {
+    std::vector<int> curves;
+    for (int row : component_)
+        ForCurvesOf(accepted_[sources_[row].constraint], [&](int curve) { curves.push_back(curve); });
+    std::sort(curves.begin(), curves.end());
+    curves.erase(std::unique(curves.begin(), curves.end()), curves.end());
+    return curves;
+}
+
+/// One step towards the drawing along the constraints, then back onto them. Returns its size, 0 when it was
+/// taken back.
+double ConstraintSolver::Relax() {
+    double largest = 0.0;
+    for (int curve : CurvesOfComponent()) {
+        const SketchCurve& c = sketch_.At(curve);
+        for (int k = 0; k < c.count; ++k) {
+            step_[c.first + k] = sketch_.StartValuesOf(curve)[k] - sketch_.Of(curve)[k];
+            touched_.push_back(c.first + k);
+        }
+        sketch_.WhitenStep(curve, step_.data() + c.first);
+    }
+    rows_.RemoveSpan(component_, step_);
+    for (int column : touched_)
+        largest = std::max(largest, std::fabs(step_[column]));
+    const bool hasMoved = MoveBy(kLongestStep * zone_, 0.0);
+    if (hasMoved && Renew() && Converge(kFinalAccuracy) == Outcome::Accepted && MotionsHold(zone_)) {
+        NoteDrift();
+        return largest;
+    }
+    Undo();
+    return 0.0;
 }
 
 } // namespace Tessera::Geometry

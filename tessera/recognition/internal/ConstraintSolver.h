@@ -2,6 +2,7 @@
 //
 // Invariant: between calls the sketch satisfies every accepted constraint, the rows of their equations are
 // linearly independent, and no point has moved by the tolerance zone or more since the sketch was read.
+// An attempt costs what the connected part of the sketch costs that it touches.
 #pragma once
 
 #include <vector>
@@ -20,8 +21,9 @@ public:
     /// equations do not all raise the rank, or the sketch cannot satisfy it with the others inside the
     /// tolerance zone.
     bool TryAdd(const InferredConstraint& c);
-    /// Moves the sketch to the point nearest to the drawing (least squares of the motions) among those that
-    /// satisfy all constraints, and drops any constraint that has become dependent on earlier ones.
+    /// Moves every connected part of the sketch to the point nearest to the drawing (least squares of the
+    /// motions) among those that satisfy all constraints, and drops any constraint that has become dependent
+    /// on earlier ones. The last call.
     void Settle();
 
     const std::vector<InferredConstraint>& Accepted() const { return accepted_; }
@@ -32,31 +34,50 @@ private:
     struct RowSource {
         int constraint;
         int part;
-        double scale; ///< 1 / length of the gradient: residual times this is a distance
+        double scale; ///< as in UnitRow
+    };
+    /// A row over what can move.
+    struct UnitRow {
+        int count = 0; ///< of entries; 0: nothing that the equation speaks of can move
+        SparseEntry entries[kMaxDualSize];
+        double residual = 0.0;
+        double scale = 0.0; ///< 1 / length of the gradient: residual times this is a distance
     };
 
-    bool AppendRows(const InferredConstraint& c, int number, double* leastSine);
-    void DropRows(int rowCount);
-    std::vector<int> Rebuild();
-    Outcome Attempt(const InferredConstraint& c);
-    void Enlist(int number);
-    void DropLast();
-    Outcome Converge(int firstRow);
-    bool ConvergeAll();
-    bool MoveBy(double limit);
-    double UpdateResiduals(int* firstRow);
+    // The set.
+    double Enter(const InferredConstraint& c);
+    bool IsCombination(const InferredConstraint& c);
+    int UnitRows(const InferredConstraint& c, UnitRow* rows) const;
+    bool Fill(int number, double* leastSine);
+    bool IsCombination(const UnitRow& row);
+    void AddToStep(const UnitRow& row, double factor);
+    void Leave();
+    void AnchorAt(const InferredConstraint& c);
+    void AddToAnchor(const InferredConstraint& c);
+    void CollectComponent();
+    bool Renew();
+    double DriftNear(const InferredConstraint& c) const;
+    template <class Visit>
+    void ForCurvesOf(const InferredConstraint& c, Visit visit) const;
+    // Moving the sketch.
+    Outcome Converge(double accuracy);
+    bool MoveBy(double limit, double negligible);
+    double UpdateResiduals();
     double LargestResidual() const;
     bool MotionsHold(double limit) const;
-    double Relax();
-    void Undo();
     void MarkChanged(int curve);
+    void Undo();
     void NoteDrift();
-    double DriftNear(const InferredConstraint& c) const;
+    // The end.
+    void ReplayAll();
+    void SettleComponent();
+    double Relax();
+    std::vector<int> CurvesOfComponent() const;
 
     SketchParameters& sketch_;
     double zone_;
     int movable_;     ///< index of the first parameter that may change
-    double accuracy_; ///< model units: residuals below it are zero
+    double rounding_; ///< model units: what no residual can be expected to go below
     std::vector<int> curveOfParameter_;
     std::vector<double> extent_; ///< per curve: the length that turns a motion into an angle
     std::vector<InferredConstraint> accepted_;
@@ -64,17 +85,23 @@ private:
     std::vector<std::vector<int>> constraintsOf_; ///< per curve
     std::vector<RowSource> sources_;              ///< per row
     RowSpace rows_;
-    /// Per curve: radians, how far its directions may have turned since the rows were evaluated.
+    /// Per curve: radians, how far its directions may have turned since its rows were evaluated.
     std::vector<double> driftOf_;
-    ///< were evaluated
-    int renewals_ = 0; ///< how often the rows were evaluated anew
+    std::vector<int> lost_; ///< constraints whose rows were found dependent when last evaluated
+    int renewals_ = 0;      ///< how often rows were evaluated anew
     // One attempt.
+    std::vector<int> anchor_;       ///< parameters; what is connected with them may move
+    std::vector<int> component_;    ///< rows connected with the anchor, when last asked for
     std::vector<double> residuals_; ///< per row, distances
-    std::vector<double> step_;      ///< per parameter, whitened
-    std::vector<int> touched_;
+    std::vector<int> open_;         ///< the rows whose residuals need not be 0
+    std::vector<double> step_;      ///< per parameter, whitened; zero between steps
+    std::vector<int> touched_;      ///< parameters of the step
+    std::vector<char> isTouched_;
+    std::vector<SparseEntry> combination_;
     std::vector<int> changed_; ///< curves
     std::vector<char> isChanged_;
     std::vector<double> saved_; ///< per parameter
+    std::vector<char> isSeen_;  ///< per constraint; zero between uses
 };
 
 } // namespace Tessera::Geometry

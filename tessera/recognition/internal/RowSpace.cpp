@@ -3,136 +3,222 @@
 #include <algorithm>
 #include <cmath>
 
+// Everything a row meets in the factor lies on the way from the rows that it shares a column with to the root
+// of their tree. Products are not thinned out where they happen to vanish: that keeps the trees and the
+// components that share columns the same.
+
 namespace Tessera::Geometry {
 
-namespace {
+void RowSpace::Extend(int places) {
+    count_ += places;
+    const auto size = static_cast<std::size_t>(count_);
+    if (rows_.size() < size) {
+        rows_.resize(size);
+        work_.resize(size, 0.0);
+        isReached_.resize(size, 0);
+    }
+}
 
-/// Components of a unit vector below this are rounding; dropping them keeps the basis sparse. Unit-free.
-constexpr double kNegligible = 1e-14;
+/// Adds the row and its ancestors to those reached.
+void RowSpace::Reach(int place) {
+    for (; place >= 0 && isReached_[place] == 0; place = rows_[place].parent) {
+        isReached_[place] = 1;
+        reached_.push_back(place);
+    }
+}
 
-} // namespace
+/// L work = work on the rows reached, which are put in order.
+void RowSpace::SolveForward() {
+    std::sort(reached_.begin(), reached_.end());
+    for (int place : reached_) {
+        const Row& row = rows_[place];
+        const double z = work_[place] / row.diagonal;
+        work_[place] = z;
+        for (const SparseEntry& e : row.later)
+            work_[e.at] -= e.value * z;
+    }
+}
 
-RowSpace::RowSpace(int columns)
-    : rowsOfColumn_(static_cast<std::size_t>(columns)), work_(static_cast<std::size_t>(columns), 0.0),
-      columnUsed_(static_cast<std::size_t>(columns), 0) {}
-
-/// The rows that share a column with the index list, in order; the others have no component in common with
-/// it.
-void RowSpace::CollectOverlap(std::span<const int> index) {
-    overlap_.clear();
-    rowUsed_.resize(rows_.size(), 0);
-    coefficient_.resize(rows_.size(), 0.0);
-    for (int column : index)
-        for (int row : rowsOfColumn_[column])
-            if (rowUsed_[row] == 0) {
-                rowUsed_[row] = 1;
-                coefficient_[row] = 0.0;
-                overlap_.push_back(row);
+double RowSpace::Fill(int place, std::span<const SparseEntry> entries, double leastSine) {
+    reached_.clear();
+    double restSq = 0.0;
+    for (const SparseEntry& e : entries) {
+        restSq += e.value * e.value;
+        for (const SparseEntry& other : columns_[e.at]) {
+            Reach(other.at);
+            work_[other.at] += e.value * other.value;
+        }
+    }
+    SolveForward();
+    for (int earlier : reached_)
+        restSq -= work_[earlier] * work_[earlier];
+    const double sine = std::sqrt(std::max(restSq, 0.0));
+    const bool isFilled = sine > leastSine;
+    Row& row = rows_[place];
+    for (int earlier : reached_) {
+        Row& met = rows_[earlier];
+        if (isFilled) {
+            met.later.push_back({place, work_[earlier]});
+            if (met.parent < 0) {
+                met.parent = place;
+                met.nextChild = row.firstChild;
+                row.firstChild = earlier;
             }
-    for (int row : overlap_)
-        rowUsed_[row] = 0;
-    std::sort(overlap_.begin(), overlap_.end());
-}
-
-double RowSpace::Dot(const SparseVector& q) const {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < q.index.size(); ++i)
-        sum += work_[q.index[i]] * q.value[i];
-    return sum;
-}
-
-void RowSpace::Subtract(int row) {
-    const SparseVector& q = rows_[row].q;
-    const double along = Dot(q);
-    coefficient_[row] += along;
-    for (std::size_t i = 0; i < q.index.size(); ++i) {
-        const int column = q.index[i];
-        if (columnUsed_[column] == 0) {
-            columnUsed_[column] = 1;
-            workColumns_.push_back(column);
         }
-        work_[column] -= along * q.value[i];
+        work_[earlier] = 0.0;
+        isReached_[earlier] = 0;
     }
+    if (isFilled) {
+        row.entries.assign(entries.begin(), entries.end());
+        row.earlier = reached_;
+        row.diagonal = sine;
+        for (const SparseEntry& e : entries)
+            columns_[e.at].push_back({place, e.value});
+    }
+    return sine;
 }
 
-void RowSpace::StoreRemainder(double norm) {
-    Row row;
-    row.diagonal = norm;
-    const int number = RowCount();
-    for (int column : workColumns_)
-        if (std::fabs(work_[column]) > kNegligible) {
-            row.q.index.push_back(column);
-            row.q.value.push_back(work_[column] / norm);
-            rowsOfColumn_[column].push_back(number);
-        }
-    for (int earlier : overlap_)
-        if (std::fabs(coefficient_[earlier]) > kNegligible) {
-            row.r.index.push_back(earlier);
-            row.r.value.push_back(coefficient_[earlier]);
-        }
-    rows_.push_back(std::move(row));
+void RowSpace::Clear(Row& row) {
+    row.entries.clear();
+    row.earlier.clear();
+    row.later.clear();
+    row.diagonal = 1.0;
+    row.parent = row.firstChild = row.nextChild = -1;
 }
 
-double RowSpace::Append(std::span<const int> index, std::span<const double> value, double leastSine) {
-    for (std::size_t i = 0; i < index.size(); ++i) {
-        work_[index[i]] = value[i];
-        columnUsed_[index[i]] = 1;
-        workColumns_.push_back(index[i]);
+void RowSpace::Empty(int place) {
+    Row& row = rows_[place];
+    for (const SparseEntry& e : row.entries)
+        columns_[e.at].pop_back();
+    for (int earlier : row.earlier) {
+        Row& met = rows_[earlier];
+        met.later.pop_back();
+        if (met.parent == place)
+            met.parent = met.nextChild = -1;
     }
-    CollectOverlap(index);
-    for (int pass = 0; pass < 2; ++pass)
-        for (int row : overlap_)
-            Subtract(row);
-    double normSq = 0.0;
-    for (int column : workColumns_)
-        normSq += work_[column] * work_[column];
-    const double norm = std::sqrt(normSq);
-    if (norm > leastSine)
-        StoreRemainder(norm);
-    for (int column : workColumns_) {
-        work_[column] = 0.0;
-        columnUsed_[column] = 0;
+    Clear(row);
+}
+
+void RowSpace::EmptyComponents(std::span<const int> places) {
+    for (int place : places) {
+        for (const SparseEntry& e : rows_[place].entries)
+            columns_[e.at].clear();
+        Clear(rows_[place]);
     }
-    workColumns_.clear();
-    return norm;
 }
 
 void RowSpace::Truncate(int rowCount) {
-    while (RowCount() > rowCount) {
-        for (int column : rows_.back().q.index)
-            rowsOfColumn_[column].pop_back(); // the last row is the last entry of each of its columns
-        rows_.pop_back();
-    }
-    rowUsed_.resize(rows_.size());
+    while (count_ > rowCount)
+        Empty(--count_);
 }
 
-void RowSpace::ShortestStep(std::span<const double> residuals, int firstRow, std::vector<double>& step,
-                            std::vector<int>& touched) const {
-    std::vector<double> z(rows_.size(), 0.0);
-    for (std::size_t i = static_cast<std::size_t>(firstRow); i < rows_.size(); ++i) {
-        const Row& row = rows_[i];
-        double rest = -residuals[i];
-        for (std::size_t k = 0; k < row.r.index.size(); ++k)
-            rest -= row.r.value[k] * z[row.r.index[k]];
-        z[i] = rest / row.diagonal;
-        if (z[i] == 0.0)
-            continue;
-        for (std::size_t k = 0; k < row.q.index.size(); ++k) {
-            step[row.q.index[k]] += z[i] * row.q.value[k];
-            touched.push_back(row.q.index[k]);
-        }
+/// Begins the tree of a row unless it has been begun.
+void RowSpace::PushRoot(int place) {
+    while (rows_[place].parent >= 0)
+        place = rows_[place].parent;
+    if (isReached_[place] == 0) {
+        isReached_[place] = 1;
+        tree_.push_back(place);
     }
 }
 
-void RowSpace::RemoveRowSpace(std::vector<double>& vector) const {
-    for (int pass = 0; pass < 2; ++pass)
-        for (const Row& row : rows_) {
-            double along = 0.0;
-            for (std::size_t k = 0; k < row.q.index.size(); ++k)
-                along += vector[row.q.index[k]] * row.q.value[k];
-            for (std::size_t k = 0; k < row.q.index.size(); ++k)
-                vector[row.q.index[k]] -= along * row.q.value[k];
+/// Adds all descendants of the roots.
+void RowSpace::PushTree() {
+    for (int place : tree_)
+        isReached_[place] = 0;
+    for (std::size_t i = 0; i < tree_.size(); ++i)
+        for (int child = rows_[tree_[i]].firstChild; child >= 0; child = rows_[child].nextChild)
+            tree_.push_back(child);
+}
+
+void RowSpace::CollectConnected(std::span<const int> columns, std::vector<int>& places) {
+    tree_.clear();
+    for (int column : columns)
+        if (!columns_[column].empty())
+            PushRoot(columns_[column].front().at);
+    PushTree();
+    places = tree_;
+    std::sort(places.begin(), places.end());
+}
+
+/// L^T work = work on the components of the rows reached, whose rows go to tree_. What a row below takes over
+/// comes from rows that the one above it knows, too: where all of these have next to nothing, the descent
+/// ends.
+void RowSpace::SolveBackward(double leastWeight) {
+    tree_.clear();
+    for (int place : reached_)
+        if (rows_[place].parent < 0)
+            tree_.push_back(place);
+    for (std::size_t i = 0; i < tree_.size(); ++i) {
+        const Row& row = rows_[tree_[i]];
+        double rest = work_[tree_[i]];
+        double largest = 0.0;
+        for (const SparseEntry& e : row.later) {
+            rest -= e.value * work_[e.at];
+            largest = std::max(largest, std::fabs(work_[e.at]));
         }
+        rest /= row.diagonal;
+        work_[tree_[i]] = rest;
+        if (isReached_[tree_[i]] != 0 || std::max(largest, std::fabs(rest)) > leastWeight)
+            for (int child = row.firstChild; child >= 0; child = rows_[child].nextChild)
+                tree_.push_back(child);
+    }
+    for (int place : reached_)
+        isReached_[place] = 0;
+}
+
+void RowSpace::ShortestStep(std::span<const int> places, std::span<const double> residuals, double leastShare,
+                            std::vector<double>& step, std::vector<int>& touched) {
+    reached_.clear();
+    double largest = 0.0;
+    for (int place : places)
+        if (IsFilled(place)) {
+            Reach(place);
+            work_[place] = -residuals[place];
+            largest = std::max(largest, std::fabs(residuals[place]));
+        }
+    SolveForward();
+    SolveBackward(leastShare * largest);
+    isTouched_.resize(columns_.size(), 0);
+    const std::size_t touchedBefore = touched.size();
+    for (int place : tree_) {
+        for (const SparseEntry& e : rows_[place].entries) {
+            step[e.at] += work_[place] * e.value;
+            if (isTouched_[e.at] == 0) {
+                isTouched_[e.at] = 1;
+                touched.push_back(e.at);
+            }
+        }
+        work_[place] = 0.0;
+    }
+    for (std::size_t i = touchedBefore; i < touched.size(); ++i)
+        isTouched_[touched[i]] = 0;
+}
+
+void RowSpace::Combine(std::span<const int> columns, std::span<const double> vector, double leastShare,
+                       std::vector<SparseEntry>& combination) {
+    reached_.clear();
+    for (int column : columns)
+        for (const SparseEntry& e : columns_[column]) {
+            Reach(e.at);
+            work_[e.at] += e.value * vector[column];
+        }
+    SolveForward();
+    SolveBackward(leastShare);
+    combination.clear();
+    for (int place : tree_) {
+        combination.push_back({place, work_[place]});
+        work_[place] = 0.0;
+    }
+}
+
+void RowSpace::RemoveSpan(std::span<const int> places, std::vector<double>& vector) {
+    std::vector<double> along(static_cast<std::size_t>(count_), 0.0);
+    for (int place : places)
+        for (const SparseEntry& e : rows_[place].entries)
+            along[place] += e.value * vector[e.at];
+    std::vector<int> touched;
+    ShortestStep(places, along, 0.0, vector, touched);
 }
 
 } // namespace Tessera::Geometry

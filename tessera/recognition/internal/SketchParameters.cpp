@@ -193,6 +193,13 @@ SketchParameters::SketchParameters(std::span<const Curve* const> curves)
     for (const Curve* curve : curves)
         ReadCurve(*curve);
     startValues_ = values_;
+    for (int i = 0; i < CurveCount(); ++i) {
+        startSamplesAt_.push_back(static_cast<int>(startSamples_.size()));
+        for (int k = 0; k < SampleCount(At(i)); ++k) {
+            const Pair<double> at = SampleOf(At(i), Of(i), k);
+            startSamples_.emplace_back(at.x, at.y);
+        }
+    }
     metricAt_.assign(curves.size(), -1);
     for (int i = 0; i < CurveCount(); ++i)
         if (curves_[i].HasCentre())
@@ -317,10 +324,11 @@ double SketchParameters::Motion(int curve) const {
     if (!IsSound(c, now, before))
         return std::numeric_limits<double>::infinity();
     double largestSq = 0.0;
+    const Point* start = startSamples_.data() + startSamplesAt_[static_cast<std::size_t>(curve)];
     const int samples = SampleCount(c);
     for (int i = 0; i < samples; ++i) {
-        const Pair<double> shift = SampleOf(c, now, i) - SampleOf(c, before, i);
-        largestSq = std::max(largestSq, DotOf(shift, shift));
+        const Pair<double> at = SampleOf(c, now, i);
+        largestSq = std::max(largestSq, start[i].Distance2({at.x, at.y}));
     }
     return std::sqrt(largestSq);
 }

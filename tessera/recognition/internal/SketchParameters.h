@@ -83,6 +83,8 @@ private:
     std::vector<SketchCurve> curves_;
     std::vector<double> values_;
     std::vector<double> startValues_;
+    std::vector<int> startSamplesAt_; ///< where a curve's begin
+    std::vector<Point> startSamples_;
     std::vector<int> metricAt_;   ///< where a curve's factor begins in metrics_; -1: the identity
     std::vector<double> metrics_; ///< lower triangles L, count x count each
 };
