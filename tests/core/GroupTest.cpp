@@ -2,43 +2,20 @@
 
 #include <gmock/gmock.h>
 
-#include "tessera/core/DisplayableObject.h"
 #include "tessera/geometry/XYBox.h"
 #include "tests/support/ChangeLog.h"
+#include "tests/support/DrawnStrokes.h"
 
 namespace Tessera::Core {
 namespace {
 
 using Geometry::Point;
+using Geometry::Stroke;
 using Geometry::XYBox;
 using Testing::ChangeLog;
 using ::testing::ElementsAre;
+using Testing::StrokeThrough;
 using ::testing::UnorderedElementsAre;
-
-// The smallest displayable: a point that counts how often it is moved.
-class Dot : public DisplayableObject {
-public:
-    Dot(double x, double y) : at(x, y) {}
-    Dot(const Dot&) = default;
-    Dot& operator=(const Dot&) = default;
-
-    int AskClass() const override { return 77; }
-    Dot* Copy() const override { return new Dot(*this); }
-    bool Replace(TaggedObject* /*other*/) override { return false; }
-    void Transform(double m[3][3]) override {
-        at.Transform(m);
-        ++moves;
-    }
-    bool AskXYBox(XYBox& box) const override {
-        box = XYBox(at, at);
-        return true;
-    }
-    bool IsInPolygon(int /*count*/, double* /*xs*/, double* /*ys*/) override { return false; }
-    bool IsCrossPolygon(int /*count*/, double* /*xs*/, double* /*ys*/) override { return false; }
-
-    Point at;
-    int moves = 0;
-};
 
 std::vector<TaggedObject*> MembersOf(const Group& group) {
     std::vector<TaggedObject*> members;
@@ -46,51 +23,46 @@ std::vector<TaggedObject*> MembersOf(const Group& group) {
     return members;
 }
 
-TEST(DisplayableObject, CopiesGetAFreshIdentifierAndNoGroup) {
-    Group group;
-    Dot dot(1, 2);
-    dot.SetWidth(5.0);
-    dot.SetHidden(true);
-    dot.SetGroup(&group);
-    const Dot copy(dot);
-    EXPECT_NE(copy.GetId(), dot.GetId());
-    EXPECT_EQ(copy.GetDisplayData(), dot.GetDisplayData());
-    EXPECT_TRUE(copy.IsHidden());
-    EXPECT_FALSE(copy.IsGrouped());
-
-    Group other;
-    Dot assigned(0, 0);
+TEST(DisplayableObject, CopiesGetAFreshIdentifierAndAssignmentLeavesTheGroup) {
+    Group group, other;
+    Stroke given = StrokeThrough({{1, 2}}), assigned;
+    given.SetWidth(5.0);
+    given.SetHidden(true);
+    given.SetGroup(&group);
+    const Stroke copy(given);
+    EXPECT_NE(copy.GetId(), given.GetId());
+    EXPECT_EQ(copy.GetDisplayData(), given.GetDisplayData());
+    EXPECT_TRUE(copy.IsHidden() && !copy.IsGrouped());
     assigned.SetGroup(&other);
-    assigned = dot;
-    EXPECT_EQ(assigned.GetId(), dot.GetId());
-    EXPECT_EQ(assigned.AskWidth(), 5.0);
-    EXPECT_EQ(assigned.AskGroup(), &other) << "assignment leaves the group";
+    assigned = given;
+    EXPECT_EQ(assigned.GetId(), given.GetId());
+    EXPECT_TRUE(assigned.AskWidth() == 5.0 && assigned.AskGroup() == &other);
 }
 
 TEST(DisplayableObject, EverySetterReportsBeforeItStores) {
     Group group;
-    Dot dot(0, 0);
-    DisplayData stored = dot.GetDisplayData();
-    stored.SetColor(ColorType_Red);
+    Stroke stroke;
+    DisplayData red = stroke.GetDisplayData();
+    red.SetColor(ColorType_Red);
     const std::function<void()> setters[] = {
-        [&] { dot.SetDisplayData(stored); }, [&] { dot.SetWidth(3.0); },    [&] { dot.SetHighlight(true); },
-        [&] { dot.SetHidden(true); },        [&] { dot.SetGroup(&group); },
+        [&] { stroke.SetDisplayData(red); }, [&] { stroke.SetWidth(3.0); },
+        [&] { stroke.SetHighlight(true); },  [&] { stroke.SetHidden(true); },
+        [&] { stroke.SetGroup(&group); },
     };
     ChangeLog log;
     for (const auto& set : setters) {
-        const DisplayData before = dot.GetDisplayData();
-        log.onChange = [&] { EXPECT_TRUE(dot.GetDisplayData() == before && !dot.IsGrouped()); };
+        const DisplayData before = stroke.GetDisplayData();
+        log.onChange = [&] { EXPECT_TRUE(stroke.GetDisplayData() == before && !stroke.IsGrouped()); };
         set();
-        EXPECT_EQ(log.Take(dot), 1);
-        EXPECT_TRUE(dot.GetDisplayData() != before || dot.AskGroup() == &group);
+        EXPECT_EQ(log.Take(stroke), 1);
+        EXPECT_TRUE(stroke.GetDisplayData() != before || stroke.AskGroup() == &group);
     }
-    EXPECT_TRUE(dot.AskWidth() == 3.0 && dot.AskHighlight() && dot.IsHidden());
-    EXPECT_EQ(dot.GetDisplayData().GetRGBColor(), Color::Red());
+    EXPECT_TRUE(stroke.AskWidth() == 3.0 && stroke.AskHighlight() && stroke.IsHidden());
+    EXPECT_EQ(stroke.GetDisplayData().GetRGBColor(), Color::Red());
 }
 
 TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
-    Dot a(5, 6), b(9, 2);
-    const XYBox untouched(Point(-1, -1), Point(1, 1));
+    Stroke a = StrokeThrough({{5, 6}}), b = StrokeThrough({{9, 2}});
     struct Row {
         std::vector<DisplayableObject*> objects;
         Point min, max;
@@ -101,7 +73,7 @@ TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
         {{nullptr}, {-1, -1}, {1, 1}},   {{}, {-1, -1}, {1, 1}},
     };
     for (Row row : rows) {
-        XYBox box = untouched;
+        XYBox box(Point(-1, -1), Point(1, 1));
         DisplayableObject::AskXYBox(static_cast<int>(row.objects.size()), row.objects.data(), box);
         EXPECT_EQ(box.min, row.min);
         EXPECT_EQ(box.max, row.max);
@@ -109,16 +81,12 @@ TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
 }
 
 TEST(Group, MembershipAndItsReports) {
-    Dot a(0, 0), b(1, 1);
+    Stroke a, b;
     Group group;
     ChangeLog log;
-    EXPECT_TRUE(group.AddObject(&a));
-    EXPECT_FALSE(group.AddObject(&a));
-    EXPECT_FALSE(group.RemoveObject(&b));
+    EXPECT_TRUE(group.AddObject(&a) && !group.AddObject(&a) && !group.RemoveObject(&b));
     EXPECT_EQ(log.Take(group), 3) << "failed changes of real objects report too";
-    EXPECT_FALSE(group.AddObject(nullptr));
-    EXPECT_FALSE(group.RemoveObject(nullptr));
-    EXPECT_FALSE(group.FindObject(nullptr));
+    EXPECT_FALSE(group.AddObject(nullptr) || group.RemoveObject(nullptr) || group.FindObject(nullptr));
     EXPECT_EQ(log.Take(group), 0);
     std::vector<TaggedObject*> more = {&a, nullptr, &b};
     group.AddObjects(more);
@@ -134,33 +102,24 @@ TEST(Group, MembershipAndItsReports) {
     EXPECT_EQ(log.Take(group), 2);
 }
 
-TEST(Group, CopyConstructionSharesWhereCopyDoesNot) {
-    Dot a(0, 0);
-    Group group;
+TEST(Group, CopyConstructionSharesWhereCopyAndReplaceDoNot) {
+    Stroke a, b;
+    Group group, other;
     const Group shared(group);
     const std::unique_ptr<Group> independent(group.Copy());
     group.AddObject(&a);
-    EXPECT_EQ(shared.AskCount(), 1);
-    EXPECT_EQ(independent->AskCount(), 0);
-}
-
-TEST(Group, ReplaceTakesMembersOfGroupsOnly) {
-    Dot a(0, 0), b(1, 1);
-    Group group, other;
-    group.AddObject(&a);
     other.AddObject(&b);
-    EXPECT_FALSE(group.Replace(nullptr));
-    EXPECT_FALSE(group.Replace(&a));
+    EXPECT_TRUE(shared.AskCount() == 1 && independent->AskCount() == 0);
+    EXPECT_FALSE(group.Replace(nullptr) || group.Replace(&a));
     EXPECT_TRUE(group.Replace(&group));
     EXPECT_THAT(MembersOf(group), ElementsAre(&a));
     EXPECT_TRUE(group.Replace(&other));
-    EXPECT_THAT(MembersOf(group), ElementsAre(&b));
     other.Clear();
-    EXPECT_EQ(group.AskCount(), 1) << "the sets stay apart";
+    EXPECT_THAT(MembersOf(group), ElementsAre(&b)) << "the sets stay apart";
 }
 
 TEST(Group, DeepCopyTakesTheSelectedMembersAlong) {
-    Dot taken(1, 2), left(3, 4);
+    Stroke taken, left;
     Group inner, outer;
     inner.AddObject(&taken);
     std::vector<TaggedObject*> members = {&taken, &left, &inner, &outer}; // contains itself
@@ -169,12 +128,11 @@ TEST(Group, DeepCopyTakesTheSelectedMembersAlong) {
     std::map<int, TaggedObject*> copies;
     Group* copy = outer.DeepCopy(ids, copies);
     ASSERT_EQ(copies.size(), 3U);
-    EXPECT_EQ(copy->GetId(), outer.GetId());
-    auto* dotCopy = dynamic_cast<Dot*>(copies.at(taken.GetId()));
+    auto* takenCopy = dynamic_cast<Stroke*>(copies.at(taken.GetId()));
     auto* innerCopy = dynamic_cast<Group*>(copies.at(inner.GetId()));
-    EXPECT_THAT(MembersOf(*copy), UnorderedElementsAre(dotCopy, innerCopy, copy));
-    EXPECT_THAT(MembersOf(*innerCopy), ElementsAre(dotCopy)) << "shared members stay shared";
-    EXPECT_TRUE(dotCopy->AskGroup() == copy || dotCopy->AskGroup() == innerCopy);
+    EXPECT_THAT(MembersOf(*copy), UnorderedElementsAre(takenCopy, innerCopy, copy));
+    EXPECT_THAT(MembersOf(*innerCopy), ElementsAre(takenCopy)) << "shared members stay shared";
+    EXPECT_TRUE(takenCopy->AskGroup() == copy || takenCopy->AskGroup() == innerCopy);
     EXPECT_EQ(outer.AskCount(), 4) << "the source keeps its members";
     for (const auto& [id, object] : copies) {
         EXPECT_EQ(object->GetId(), id);
@@ -183,16 +141,14 @@ TEST(Group, DeepCopyTakesTheSelectedMembersAlong) {
 }
 
 TEST(Group, TransformMovesEveryLeafOnce) {
-    Dot shared(1, 0);
+    Stroke shared = StrokeThrough({{1, 0}, {2, 0}});
     Group inner, outer;
-    inner.AddObject(&shared);
-    inner.AddObject(&outer); // a cycle
-    outer.AddObject(&shared);
-    outer.AddObject(&inner);
+    std::vector<TaggedObject*> members = {&shared, &inner, &outer}; // cycles
+    inner.AddObjects(members);
+    outer.AddObjects(members);
     double shift[3][3] = {{1, 0, 10}, {0, 1, 20}, {0, 0, 1}};
     outer.Transform(shift);
-    EXPECT_EQ(shared.moves, 1);
-    EXPECT_EQ(shared.at, Point(11, 20));
+    EXPECT_EQ(shared.GetPoint(0), Point(11, 20));
 }
 
 } // namespace

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
-#include <numbers>
 #include <random>
 
 #include "tessera/geometry/Point.h"
@@ -14,8 +12,7 @@ namespace {
 
 using Geometry::Point;
 
-Point Moved(double m[3][3], double x, double y) {
-    Point p(x, y);
+Point Moved(double m[3][3], Point p) {
     p.Transform(m);
     return p;
 }
@@ -38,103 +35,85 @@ TEST(FindMeanAndStdDev, KnownLists) {
          std::sqrt(900.0 / 13 - 900.0 / 169)},
     };
     for (Row& row : rows) {
-        double mean = -1, stdDev = -1;
-        ASSERT_TRUE(FindMeanAndStdDev(row.values, &mean, &stdDev));
-        EXPECT_NEAR(mean, row.mean, 1e-12);
-        EXPECT_NEAR(stdDev, row.stdDev, 1e-12);
-        ASSERT_TRUE(FindMeanAndStdDevWithOutlierRejection(row.values, &mean, &stdDev));
-        EXPECT_NEAR(mean, row.meanKept, 1e-12);
-        EXPECT_NEAR(stdDev, row.stdDevKept, 1e-12);
+        double all[2] = {-1, -1}, kept[2] = {-1, -1};
+        EXPECT_TRUE(FindMeanAndStdDev(row.values, &all[0], &all[1]));
+        EXPECT_TRUE(FindMeanAndStdDevWithOutlierRejection(row.values, &kept[0], &kept[1]));
+        EXPECT_NEAR(all[0], row.mean, 1e-12);
+        EXPECT_NEAR(all[1], row.stdDev, 1e-12);
+        EXPECT_NEAR(kept[0], row.meanKept, 1e-12);
+        EXPECT_NEAR(kept[1], row.stdDevKept, 1e-12);
         EXPECT_TRUE(FindMeanAndStdDev(row.values, nullptr, nullptr));
-        EXPECT_TRUE(FindMeanAndStdDevWithOutlierRejection(row.values, nullptr, nullptr));
     }
 }
 
 TEST(FindMeanAndStdDev, NothingToSayLeavesTheAnswersAlone) {
-    std::vector<double> empty;
-    std::vector<double> notNumbers = {1.0, std::numeric_limits<double>::quiet_NaN()};
+    std::vector<double> empty, notNumbers = {1.0, NAN}, values = {2, -7, 3, 11, -1};
     double answers[2] = {-1, -2};
     EXPECT_FALSE(FindMeanAndStdDev(empty, &answers[0], &answers[1]));
-    EXPECT_FALSE(FindMeanAndStdDevWithOutlierRejection(empty, &answers[0], &answers[1]));
-    EXPECT_FALSE(FindMeanAndStdDevWithOutlierRejection(notNumbers, &answers[0], &answers[1]));
+    for (std::vector<double>* list : {&empty, &notNumbers})
+        EXPECT_FALSE(FindMeanAndStdDevWithOutlierRejection(*list, &answers[0], &answers[1]));
     EXPECT_FALSE(FindRange(empty, answers));
     EXPECT_TRUE(answers[0] == -1 && answers[1] == -2);
-    std::vector<double> values = {2, -7, 3, 11, -1};
     EXPECT_TRUE(FindRange(values, nullptr));
     EXPECT_TRUE(FindRange(values, answers) && answers[0] == -7 && answers[1] == 11);
 }
 
 TEST(ComposeScaleTransform, CarriesTheScaleInTheLastElement) {
-    double centre[2] = {1, 1};
-    double m[3][3];
+    double centre[2] = {1, 1}, other[2] = {-250, 1}, m[3][3];
     ComposeScaleTransform(centre, 2.0, m);
     EXPECT_TRUE(m[0][0] == 1.0 && m[2][2] == 0.5);
-    EXPECT_EQ(Moved(m, 2, 1), Point(3, 1));
+    EXPECT_EQ(Moved(m, {2, 1}), Point(3, 1));
     ComposeScaleTransform(centre, 0.0, m); // not guarded
     EXPECT_TRUE(std::isinf(m[2][2]));
-    centre[0] = -250.0;
-    ComposeScaleTransform(centre, 0.125, m);
-    EXPECT_EQ(Moved(m, -170, 9), Point(-240, 2));
+    ComposeScaleTransform(other, 0.125, m);
+    EXPECT_EQ(Moved(m, {-170, 9}), Point(-240, 2));
 }
 
 TEST(ComposeMirrorTransform, ReflectsAcrossTheLine) {
     std::mt19937 rng(5);
-    std::uniform_real_distribution<double> coordinate(-50, 50);
+    std::uniform_real_distribution<double> at(-50, 50);
+    double m[3][3];
     for (int trial = 0; trial < 200; ++trial) {
-        const Point a(coordinate(rng), coordinate(rng)), b(coordinate(rng), coordinate(rng));
-        const Point p(coordinate(rng), coordinate(rng));
-        double m[3][3];
+        const Point a(at(rng), at(rng)), b(at(rng), at(rng)), p(at(rng), at(rng));
         ComposeMirrorTransform(a, b, m);
-        const Point image = Moved(m, p.x, p.y);
-        EXPECT_NEAR(Moved(m, image.x, image.y).Distance(p), 0.0, 1e-12);
+        const Point image = Moved(m, p);
+        EXPECT_NEAR(Moved(m, image).Distance(p), 0.0, 1e-12);
         EXPECT_NEAR((image - p).Dot(b - a), 0.0, 1e-10) << "moved straight across";
         EXPECT_NEAR(((p + image) / 2.0 - a).Cross(b - a), 0.0, 1e-10) << "halfway on the line";
         EXPECT_TRUE(m[2][0] == 0 && m[2][1] == 0 && m[2][2] == 1);
     }
-    double m[3][3];
     ComposeMirrorTransform(Point(3, 3), Point(3, 3), m);
-    EXPECT_EQ(Moved(m, 8, -2), Point(8, -2)) << "no line, no reflection";
+    EXPECT_EQ(Moved(m, {8, -2}), Point(8, -2)) << "no line, no reflection";
 }
 
-// Oracle: the angles under which the edges are seen add up to a full turn inside and to none outside.
-bool IsEnclosed(double x, double y, const std::vector<double>& xs, const std::vector<double>& ys) {
-    double turn = 0.0;
-    for (std::size_t i = 0, j = xs.size() - 1; i < xs.size(); j = i++) {
-        const double ux = xs[j] - x, uy = ys[j] - y, vx = xs[i] - x, vy = ys[i] - y;
-        turn += std::atan2(ux * vy - uy * vx, ux * vx + uy * vy);
-    }
-    return std::fabs(turn) > std::numbers::pi;
-}
-
-TEST(PointInPolygon, AgreesWithTheWindingOfStars) {
-    std::mt19937 rng(11);
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
-    for (int trial = 0; trial < 50; ++trial) {
-        const int n = 3 + trial % 9;
-        std::vector<double> xs, ys;
-        for (int i = 0; i < n; ++i) { // star-shaped about the origin, with notches
-            const double angle = 2 * std::numbers::pi * (i + 0.9 * unit(rng)) / n;
-            const double radius = 0.2 + unit(rng);
-            xs.push_back(radius * std::cos(angle));
-            ys.push_back(radius * std::sin(angle));
-        }
-        for (int probe = 0; probe < 100; ++probe) {
-            const double x = 3 * unit(rng) - 1.5, y = 3 * unit(rng) - 1.5;
-            EXPECT_EQ(PointInPolygon(x, y, n, xs.data(), ys.data()), IsEnclosed(x, y, xs, ys));
-        }
-    }
-}
-
-TEST(PointInPolygon, EdgesFallByTheRule) {
-    double xs[] = {0, 1, 1, 0};
-    double ys[] = {0, 0, 1, 1};
-    EXPECT_TRUE(PointInPolygon(0.5, 0.5, 4, xs, ys));
-    EXPECT_FALSE(PointInPolygon(2.0, 0.5, 4, xs, ys));
-    EXPECT_FALSE(PointInPolygon(0.5, 0.5, 2, xs, ys));
-    EXPECT_TRUE(PointInPolygon(0.0, 0.5, 4, xs, ys));  // left edge
-    EXPECT_FALSE(PointInPolygon(1.0, 0.5, 4, xs, ys)); // right edge
-    EXPECT_TRUE(PointInPolygon(0.5, 0.0, 4, xs, ys));  // lower edge
-    EXPECT_FALSE(PointInPolygon(0.5, 1.0, 4, xs, ys)); // upper edge
+TEST(PointInPolygon, SlopesNotchesAndEdgesByTheRule) {
+    double xs[] = {0, 4, 4, 2, 0}, ys[] = {0, 0, 4, 2, 4}; // a square with a notch from above
+    struct Row {
+        const char* name;
+        Point p;
+        bool inside;
+    };
+    const Row rows[] = {
+        {"below the notch", {2, 1}, true},
+        {"in the notch", {2, 3}, false},
+        {"left of its slope", {0.9, 3}, true},
+        {"right of it", {1.1, 3}, false},
+        {"right horn", {3.1, 3}, true},
+        {"beside it", {2.9, 3}, false},
+        {"left edge", {0, 1}, true},
+        {"right edge", {4, 1}, false},
+        {"lower edge", {2, 0}, true},
+        {"level with the horns", {1, 4}, false},
+        {"level with the notch", {1, 2}, true},
+        {"outside, level with it", {-1, 2}, false},
+        {"on the left slope", {1, 3}, false},
+        {"on the right slope", {3, 3}, true},
+        {"level with the base", {-1, 0}, false},
+        {"far to the right", {9, 1}, false},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(PointInPolygon(row.p.x, row.p.y, 5, xs, ys), row.inside) << row.name;
+    EXPECT_FALSE(PointInPolygon(1, 0.5, 2, xs, ys)) << "two vertices enclose nothing";
 }
 
 } // namespace
