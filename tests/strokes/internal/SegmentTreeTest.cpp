@@ -6,6 +6,7 @@
 #include <random>
 
 #include "tessera/kernel/VexMath.h"
+#include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
 
 namespace Tessera::Geometry {
@@ -15,15 +16,9 @@ using Vex::Math::Point2;
 using Points = std::span<const Point2>;
 
 std::vector<Point2> Walk(std::mt19937& rng, int n) {
-    std::uniform_real_distribution<double> step(-1, 1);
     std::vector<Point2> points;
-    Point2 at{0, 0};
-    for (int i = 0; i < n; ++i) {
-        points.push_back(at);
-        if (i % 7 != 3) { // now and then a repeated sample
-            at = {at.x + step(rng), at.y + step(rng)};
-        }
-    }
+    for (const Point& p : Testing::RandomWalk(rng, n))
+        points.push_back(points.size() % 7 == 4 ? points.back() : Point2{p.x, p.y}); // now and then repeated
     return points;
 }
 
@@ -53,9 +48,8 @@ TEST(SegmentTree, DistanceAndProximityAgreeWithAScan) {
 
 TEST(SegmentTree, ProximityFindsWhatLiesFarFromTheHint) {
     std::vector<Point2> points;
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < 5000; ++i)
         points.push_back({i * 1.0, 0.0});
-    }
     SegmentProximity<Point2> proximity(points, 0.5);
     EXPECT_TRUE(proximity.IsWithin(4000.25, 0.5)) << "the tolerance is included";
     EXPECT_EQ(proximity.LastHit(), 4000);
