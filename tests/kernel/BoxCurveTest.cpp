@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Records.h"
 
+using records::DefinitionOf;
+using records::ParameterAt;
 using std::numbers::pi;
 
 namespace {
@@ -20,10 +20,10 @@ struct Box {
     double centre[3], half[3][3];
 };
 
-Box BoxOf(KC_CURVE_struct_s* c, double from, double to) {
+Box BoxOf(const RecordPtr& c, double from, double to) {
     Box box;
     const double limits[2] = {from, to};
-    EXPECT_EQ(BoxCurve(c, limits, &box.dimension, box.centre, box.half), 0);
+    EXPECT_EQ(BoxCurve(c.get(), limits, &box.dimension, box.centre, box.half), 0);
     return box;
 }
 
@@ -43,102 +43,105 @@ double Outside(const Box& box, const std::vector<double>& p) {
     return std::max(worst, std::hypot(rest[0], rest[1], rest[2]));
 }
 
-void ExpectContains(KC_CURVE_struct_s* c, double from, double to) {
+void ExpectContains(const RecordPtr& c, double from, double to) {
     const Box box = BoxOf(c, from, to);
     for (int i = 0; i <= 300; ++i)
         EXPECT_LT(Outside(box, Evaluate(c, from + (to - from) * i / 300)), 1e-8);
+}
+
+/// Even parameters and the knots, where a curve may have a kink.
+std::vector<double> DenseParameters(const RecordPtr& c, const double limits[2], int n) {
+    std::vector<double> t;
+    for (int i = 0; i <= n; ++i)
+        t.push_back(limits[0] + (limits[1] - limits[0]) * i / n);
+    if (c->form == kFormBCurve) {
+        const BCURVE_DATA& d = DefinitionOf(c);
+        const double low = d.knots[d.degree], high = d.knots[d.numPoles];
+        for (int i = d.degree; i <= d.numPoles; ++i)
+            t.push_back(std::clamp((d.knots[i] - low) / (high - low), limits[0], limits[1]));
+    }
+    return t;
 }
 
 } // namespace
 
 TEST(BoxCurve, ContainsEveryForm) {
     records::Random random(51);
-    for (int kind = 0; kind < records::Random::kKinds; ++kind)
-        for (int trial = 0; trial < 20; ++trial) {
-            SCOPED_TRACE(kind);
-            const RecordPtr c = random.Record(kind, 10, {3, 4});
-            double limits[2];
-            evcrvp(c.get(), limits);
-            ExpectContains(c.get(), limits[0], limits[1]);
-            ExpectContains(c.get(), 0.7 * limits[0] + 0.3 * limits[1], 0.2 * limits[0] + 0.8 * limits[1]);
-        }
-}
-
-/// Even parameters and the knots, where a curve may have a kink.
-std::vector<double> DenseParameters(KC_CURVE_struct_s* c, const double limits[2], int n) {
-    std::vector<double> t;
-    for (int i = 0; i <= n; ++i)
-        t.push_back(limits[0] + (limits[1] - limits[0]) * i / n);
-    if (c->form == kFormBCurve) {
-        const BCURVE_DATA* d = static_cast<EVC_bcurve_s*>(c->data)->definition;
-        const double low = d->knots[d->degree], high = d->knots[d->numPoles];
-        for (int i = d->degree; i <= d->numPoles; ++i)
-            t.push_back(std::clamp((d->knots[i] - low) / (high - low), limits[0], limits[1]));
+    for (int trial = 0; trial < 20 * records::Random::kKinds; ++trial) {
+        SCOPED_TRACE(trial);
+        const RecordPtr c = random.Record(trial % records::Random::kKinds, 10, {3, 4});
+        ExpectContains(c, ParameterAt(c, 0.0), ParameterAt(c, 1.0));
+        ExpectContains(c, ParameterAt(c, 0.3), ParameterAt(c, 0.8));
     }
-    return t;
+    // Weights of both signs, yet a positive denominator: the poles' hull would not do.
+    const RecordPtr c = records::Bcurve(4, {{0, 0, 1}, {1, 5, -0.2}, {2, -3, 1}, {3, 1, 1}});
+    ExpectContains(c, 0, 1);
+    ExpectContains(c, 0.1, 0.6);
 }
 
 // Independent bound: the extremes of a dense sampling, whose gap to the truth shrinks with its square.
 TEST(BoxCurve, ExtentsAreTight) {
     records::Random random(52);
-    for (int kind = 0; kind < records::Random::kKinds; ++kind)
-        for (int trial = 0; trial < 6; ++trial) {
-            SCOPED_TRACE(kind);
-            const RecordPtr c = random.Record(kind, 1, {3, 4});
-            double range[2], low[2], high[2];
-            evcrvp(c.get(), range);
-            const double limits[2] = {0.8 * range[0] + 0.2 * range[1], 0.1 * range[0] + 0.9 * range[1]};
-            ASSERT_EQ(BoxCurveXY(c.get(), limits, low, high), 0);
-            double sampledLow[2] = {1e9, 1e9}, sampledHigh[2] = {-1e9, -1e9};
-            for (double t : DenseParameters(c.get(), limits, 20000)) {
-                const std::vector<double> p = Evaluate(c.get(), t);
-                for (int k = 0; k < 2; ++k) {
-                    sampledLow[k] = std::min(sampledLow[k], p[k]);
-                    sampledHigh[k] = std::max(sampledHigh[k], p[k]);
-                }
-            }
+    for (int trial = 0; trial < 6 * records::Random::kKinds; ++trial) {
+        SCOPED_TRACE(trial);
+        const RecordPtr c = random.Record(trial % records::Random::kKinds, 1, {3, 4});
+        double low[2], high[2], sampledLow[2] = {1e9, 1e9}, sampledHigh[2] = {-1e9, -1e9};
+        const double limits[2] = {ParameterAt(c, 0.2), ParameterAt(c, 0.9)};
+        ASSERT_EQ(BoxCurveXY(c.get(), limits, low, high), 0);
+        for (const double t : DenseParameters(c, limits, 20000)) {
+            const std::vector<double> p = Evaluate(c, t);
             for (int k = 0; k < 2; ++k) {
-                EXPECT_GT(sampledLow[k], low[k] - 1e-12);
-                EXPECT_LT(sampledHigh[k], high[k] + 1e-12);
-                EXPECT_NEAR(low[k], sampledLow[k], 1e-6);
-                EXPECT_NEAR(high[k], sampledHigh[k], 1e-6);
+                sampledLow[k] = std::min(sampledLow[k], p[k]);
+                sampledHigh[k] = std::max(sampledHigh[k], p[k]);
             }
         }
+        for (int k = 0; k < 2; ++k) {
+            EXPECT_TRUE(sampledLow[k] > low[k] - 1e-12 && sampledLow[k] < low[k] + 1e-6);
+            EXPECT_TRUE(sampledHigh[k] < high[k] + 1e-12 && sampledHigh[k] > high[k] - 1e-6);
+        }
+    }
 }
 
 TEST(BoxCurve, Dimensions) {
+    using namespace records;
     const double p[3] = {1, 2, 3};
-    EXPECT_EQ(BoxOf(RecordPtr(ev02p0(p)).get(), 0, 0).dimension, 0);
-    EXPECT_EQ(BoxOf(records::Line(0, 0, 3, 4).get(), 0, 1).dimension, 1);
-    EXPECT_EQ(BoxOf(records::Line(1, 1, 1, 1).get(), 0, 1).dimension, 0);
-    EXPECT_EQ(BoxOf(records::Line(1, 1, 1 + 1e-10, 1).get(), 0, 1).dimension, 0);
-    EXPECT_EQ(BoxOf(records::Arc(0, 0, 1).get(), 0, 6).dimension, 2);
-    EXPECT_EQ(BoxOf(records::Arc(0, 0, 1e-11).get(), 0, 6).dimension, 0);
-    EXPECT_EQ(BoxOf(records::Ellipse(0, 0, 2, 0, 0).get(), 0, 6).dimension, 1);
-    EXPECT_EQ(BoxOf(records::Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}).get(), 0, 1).dimension, 2);
-    EXPECT_EQ(BoxOf(records::Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 2, 1}}).get(), 0, 1).dimension, 1);
-    EXPECT_EQ(BoxOf(records::Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}).get(), 0.5, 0.5).dimension, 0);
     std::mt19937 rng(53);
-    EXPECT_EQ(BoxOf(RandomOpen(rng, 4, 7, true).Record().get(), 0, 1).dimension, 3);
+    struct Row {
+        const char* name;
+        RecordPtr c;
+        double from, to;
+        int dimension;
+    };
+    const Row rows[] = {
+        {"point", RecordPtr(ev02p0(p)), 0, 0, 0},
+        {"line", Line(0, 0, 3, 4), 0, 1, 1},
+        {"line of no length", Line(1, 1, 1, 1), 0, 1, 0},
+        {"line below the tolerance", Line(1, 1, 1 + 1e-10, 1), 0, 1, 0},
+        {"arc", Arc(0, 0, 1), 0, 6, 2},
+        {"arc below the tolerance", Arc(0, 0, 1e-11), 0, 6, 0},
+        {"flat ellipse", Ellipse(0, 0, 2, 0, 0), 0, 6, 1},
+        {"parabola", Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}), 0, 1, 2},
+        {"straight B-curve", Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 2, 1}}), 0, 1, 1},
+        {"place on a B-curve", Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}), 0.5, 0.5, 0},
+        {"B-curve in space", RandomOpen(rng, 4, 7, true), 0, 1, 3},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(BoxOf(row.c, row.from, row.to).dimension, row.dimension) << row.name;
     KC_CURVE_struct_s odd{nullptr, 4, 0, 1, 0};
     Box box;
-    EXPECT_EQ(BoxCurve(&odd, p, &box.dimension, box.centre, box.half), 1);
-    EXPECT_EQ(BoxCurve(nullptr, p, &box.dimension, box.centre, box.half), 1);
+    for (KC_CURVE_struct_s* c : {&odd, static_cast<KC_CURVE_struct_s*>(nullptr)})
+        EXPECT_EQ(BoxCurve(c, p, &box.dimension, box.centre, box.half), 1);
 }
 
-TEST(BoxCurve, ShortArcsLieAlongTheirChord) {
-    const Box box = BoxOf(records::Arc(0, 0, 2, 0.2, 0.2 + pi).get(), 0.2, 0.2 + pi);
-    const double lengths[2] = {std::hypot(box.half[0][0], box.half[0][1]),
-                               std::hypot(box.half[1][0], box.half[1][1])};
-    EXPECT_NEAR(lengths[0] * lengths[1], 2 * 1, 1e-12); // diameter times sagitta, halved twice
-    const Box round = BoxOf(records::Arc(0, 0, 2, 0, 2 * pi).get(), 0, 2 * pi);
-    EXPECT_NEAR(round.half[0][0], 2, 1e-12);
-    EXPECT_NEAR(round.half[1][1], 2, 1e-12);
-}
-
-// Weights of both signs, yet a positive denominator: the poles' hull would not do.
-TEST(BoxCurve, NegativeWeights) {
-    const RecordPtr c = records::Bcurve(4, {{0, 0, 1}, {1, 5, -0.2}, {2, -3, 1}, {3, 1, 1}});
-    ExpectContains(c.get(), 0, 1);
-    ExpectContains(c.get(), 0.1, 0.6);
+TEST(BoxCurve, ArcsUpToHalfATurnLieAlongTheirChord) {
+    for (const double sweep : {1.0, 0.95 * pi, pi, 0.99 * 2 * pi}) {
+        const Box box = BoxOf(records::Arc(0, 0, 2, 0.2, 0.2 + sweep), 0.2, 0.2 + sweep);
+        const double half = sweep / 2, area = std::hypot(box.half[0][0], box.half[0][1]) *
+                                              std::hypot(box.half[1][0], box.half[1][1]);
+        if (sweep <= pi) {
+            EXPECT_NEAR(area, 2 * std::sin(half) * (1 - std::cos(half)), 1e-12); // chord and sagitta, halved
+        } else {
+            EXPECT_EQ(box.half[0][1], 0.0) << "along the axes of the plane";
+        }
+    }
 }

@@ -2,17 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include "tessera/kernel/CurveInversion.h"
 #include "tessera/kernel/SM.h"
-#include "tessera/kernel/internal/SmFault.h"
-#include "tests/support/AllocationFaults.h"
 #include "tests/support/Records.h"
 
 namespace {
 
-using records::At;
-using records::Distance;
-using records::Xy;
+using namespace records;
 
 constexpr double kPi = std::numbers::pi;
 
@@ -33,20 +28,11 @@ Hits Intersect(const RecordPtr& a, const RecordPtr& b, double tol = 1e-9,
     return out;
 }
 
-struct Sampled {
-    std::vector<double> t;
-    std::vector<Xy> p;
-};
-
-Sampled Sample(KC_CURVE_struct_s* c, int n) {
-    Sampled s;
-    double limits[2];
-    evcrvp(c, limits);
-    for (int i = 0; i <= n; ++i) {
-        s.t.push_back(limits[0] + (limits[1] - limits[0]) * i / n);
-        s.p.push_back(At(c, s.t.back()));
-    }
-    return s;
+std::vector<Xy> Sample(const RecordPtr& c, int n) {
+    std::vector<Xy> points;
+    for (int i = 0; i <= n; ++i)
+        points.push_back(At(c, ParameterAt(c, static_cast<double>(i) / n)));
+    return points;
 }
 
 double Cross(Xy a, Xy b, Xy c) {
@@ -54,63 +40,61 @@ double Cross(Xy a, Xy b, Xy c) {
 }
 
 // Sharpens a crossing of the sampled curves by Newton steps; false when it was none.
-bool Sharpen(KC_CURVE_struct_s* a, KC_CURVE_struct_s* b, double& t, double& u, double size) {
-    double la[2], lb[2], p[6], q[6];
-    evcrvp(a, la);
-    evcrvp(b, lb);
+bool Sharpen(const RecordPtr& a, const RecordPtr& b, double t, double u, double size, Xy* crossing) {
+    const auto la = LimitsOf(a), lb = LimitsOf(b);
+    double p[6], q[6];
     for (int k = 0; k < 30; ++k) {
-        evcrve(a, 1, t, p);
-        evcrve(b, 1, u, q);
+        evcrve(a.get(), 1, t, p);
+        evcrve(b.get(), 1, u, q);
         const double det = p[3] * q[4] - p[4] * q[3], ex = q[0] - p[0], ey = q[1] - p[1];
         t = std::clamp(t + (ex * q[4] - ey * q[3]) / det, la[0], la[1]);
         u = std::clamp(u + (ex * p[4] - ey * p[3]) / det, lb[0], lb[1]);
     }
-    return Distance(At(a, t), At(b, u)) < 1e-10 * size;
+    *crossing = At(a, t);
+    return Distance(*crossing, At(b, u)) < 1e-10 * size;
 }
 
 // Brute force: every pair of chords that cross properly, sharpened.
-std::vector<Xy> SampledCrossings(KC_CURVE_struct_s* a, KC_CURVE_struct_s* b, double size) {
+std::vector<Xy> SampledCrossings(const RecordPtr& a, const RecordPtr& b, double size) {
     constexpr int kSamples = 700, kBlock = 25;
-    const Sampled s = Sample(a, kSamples), r = Sample(b, kSamples);
+    const std::vector<Xy> s = Sample(a, kSamples), r = Sample(b, kSamples);
     std::vector<Xy> found;
-    const auto reach = [](const Sampled& c, int from) { // radius about the first point of a block
+    const auto reach = [](const std::vector<Xy>& p, int from) { // radius about the first point of a block
         double most = 0.0;
         for (int i = from; i <= from + kBlock; ++i)
-            most = std::max(most, Distance(c.p[i], c.p[from]));
+            most = std::max(most, Distance(p[i], p[from]));
         return most;
     };
-    for (int bi = 0; bi < kSamples; bi += kBlock) {
-        for (int bj = 0; bj < kSamples; bj += kBlock) {
-            if (Distance(s.p[bi], r.p[bj]) > reach(s, bi) + reach(r, bj))
-                continue;
-            for (int i = bi; i < bi + kBlock; ++i) {
-                for (int j = bj; j < bj + kBlock; ++j) {
-                    const double c1 = Cross(s.p[i], s.p[i + 1], r.p[j]),
-                                 c2 = Cross(s.p[i], s.p[i + 1], r.p[j + 1]);
-                    const double c3 = Cross(r.p[j], r.p[j + 1], s.p[i]),
-                                 c4 = Cross(r.p[j], r.p[j + 1], s.p[i + 1]);
-                    if (c1 * c2 >= 0.0 || c3 * c4 >= 0.0)
-                        continue;
-                    double t = s.t[i] + (s.t[i + 1] - s.t[i]) * c3 / (c3 - c4),
-                           u = r.t[j] + (r.t[j + 1] - r.t[j]) * c1 / (c1 - c2);
-                    if (Sharpen(a, b, t, u, size))
-                        found.push_back(At(a, t));
-                }
-            }
-        }
-    }
+    const auto cross = [&](int i, int j) { // of chords i and j
+        const double c1 = Cross(s[i], s[i + 1], r[j]), c2 = Cross(s[i], s[i + 1], r[j + 1]);
+        const double c3 = Cross(r[j], r[j + 1], s[i]), c4 = Cross(r[j], r[j + 1], s[i + 1]);
+        Xy crossing;
+        if (c1 * c2 < 0.0 && c3 * c4 < 0.0 &&
+            Sharpen(a, b, ParameterAt(a, (i + c3 / (c3 - c4)) / kSamples),
+                    ParameterAt(b, (j + c1 / (c1 - c2)) / kSamples), size, &crossing))
+            found.push_back(crossing);
+    };
+    for (int bi = 0; bi < kSamples; bi += kBlock)
+        for (int bj = 0; bj < kSamples; bj += kBlock)
+            if (Distance(s[bi], r[bj]) <= reach(s, bi) + reach(r, bj))
+                for (int k = 0; k < kBlock * kBlock; ++k)
+                    cross(bi + k / kBlock, bj + k % kBlock);
     return found;
 }
 
+double NearestHit(const Hits& hits, Xy p) {
+    double nearest = 1e300;
+    for (const CRV_TOPOL_hit_t& h : hits.list)
+        nearest = std::min(nearest, Distance(p, {h.point[0], h.point[1]}));
+    return nearest;
+}
+
 void ExpectSound(const Hits& hits, const RecordPtr& a, const RecordPtr& b, double tol, double size) {
-    double la[2], lb[2];
-    evcrvp(a.get(), la);
-    evcrvp(b.get(), lb);
+    const auto la = LimitsOf(a), lb = LimitsOf(b);
     for (std::size_t i = 0; i < hits.list.size(); ++i) {
         const CRV_TOPOL_hit_t& h = hits.list[i];
         const Xy p{h.point[0], h.point[1]};
-        EXPECT_LE(Distance(At(a.get(), h.t1), p), tol);
-        EXPECT_LE(Distance(At(b.get(), h.t2), p), tol);
+        EXPECT_TRUE(Distance(At(a, h.t1), p) <= tol && Distance(At(b, h.t2), p) <= tol);
         EXPECT_TRUE(h.t1 >= la[0] && h.t1 <= la[1] && h.t2 >= lb[0] && h.t2 <= lb[1]);
         for (std::size_t j = 0; j < i; ++j)
             EXPECT_GT(Distance(p, {hits.list[j].point[0], hits.list[j].point[1]}), 0.5e-9 * size);
@@ -121,41 +105,35 @@ void ExpectSound(const Hits& hits, const RecordPtr& a, const RecordPtr& b, doubl
 // Every pair of forms at three sizes: all that brute force finds is there, all that is there is real, and
 // swapping the arguments changes nothing.
 TEST(Intersect, AgreesWithBruteForce) {
+    constexpr int kKinds = records::Random::kKinds;
     records::Random random(17);
     int crossings = 0;
     for (const double size : {1.0, 1e-3, 1e6}) {
-        for (int trial = 0; trial < records::Random::kKinds * records::Random::kKinds * 2; ++trial) {
-            const int first = trial % records::Random::kKinds,
-                      second = trial / records::Random::kKinds % records::Random::kKinds;
-            SCOPED_TRACE(testing::Message()
-                         << "size " << size << " trial " << trial << " kinds " << first << ", " << second);
+        for (int trial = 0; trial < kKinds * kKinds * 2; ++trial) {
+            SCOPED_TRACE(testing::Message() << "size " << size << " trial " << trial);
             const Xy at{size * random.In(-2, 2), size * random.In(-2, 2)};
-            const RecordPtr a = random.Record(first, size, at), b = random.Record(second, size, at);
+            const RecordPtr a = random.Record(trial % kKinds, size, at),
+                            b = random.Record(trial / kKinds % kKinds, size, at);
             const double tol = 1e-9 * size;
             const Hits hits = Intersect(a, b, tol), swapped = Intersect(b, a, tol);
             ASSERT_EQ(hits.status, 0);
             ExpectSound(hits, a, b, tol, size);
-            for (const Xy& p : SampledCrossings(a.get(), b.get(), size)) {
+            for (const Xy& p : SampledCrossings(a, b, size)) {
                 ++crossings;
-                double nearest = 1e300;
-                for (const CRV_TOPOL_hit_t& h : hits.list)
-                    nearest = std::min(nearest, Distance(p, {h.point[0], h.point[1]}));
-                EXPECT_LE(nearest, 1e-8 * size) << "missed (" << p.x << ", " << p.y << ")";
+                EXPECT_LE(NearestHit(hits, p), 1e-8 * size) << "missed (" << p.x << ", " << p.y << ")";
             }
             ASSERT_EQ(swapped.list.size(), hits.list.size());
-            for (const CRV_TOPOL_hit_t& h : hits.list) {
-                double nearest = 1e300;
-                for (const CRV_TOPOL_hit_t& g : swapped.list)
-                    nearest = std::min(nearest, std::hypot(g.t1 - h.t2, g.t2 - h.t1));
-                EXPECT_LE(nearest, 1e-12);
-            }
+            for (const CRV_TOPOL_hit_t& h : hits.list)
+                EXPECT_TRUE(
+                    std::any_of(swapped.list.begin(), swapped.list.end(), [&](const CRV_TOPOL_hit_t& g) {
+                        return std::hypot(g.t1 - h.t2, g.t2 - h.t1) <= 1e-12;
+                    }));
         }
     }
     EXPECT_GT(crossings, 2000);
 }
 
 TEST(Intersect, KnownPairs) {
-    using namespace records;
     const RecordPtr parabola = Bcurve(3, {{0, 0, 1}, {1, 2, 1}, {2, 0, 1}}); // top (1, 1)
     const RecordPtr roof = Bcurve(2, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}});
     struct Row {
@@ -192,22 +170,18 @@ TEST(Intersect, KnownPairs) {
         {"the same ellipse", Ellipse(0, 0, 3, 1, 0.7), Ellipse(0, 0, 3, 1, 0.7), 0, 0},
         {"ellipses touching outside", Ellipse(0, 0, 3, 1, 0), Ellipse(5, 0, 2, 1, 0), 1, 1},
         {"osculating at the apex and crossing", Ellipse(0, 0, 2, 1, 0), Arc(1.5, 0, 0.5), 1, 1},
-        {"line over a parabola", Line(-1, 1, 3, 1), RecordPtr(evcrvCopy(parabola.get())), 1, 1},
-        {"line through it", Line(-1, 0.5, 3, 0.5), RecordPtr(evcrvCopy(parabola.get())), 2, 0},
-        {"chord of its ends", Line(0, 0, 2, 0), RecordPtr(evcrvCopy(parabola.get())), 2, 0},
-        {"circle on a parabola", Arc(1, 3, 2), RecordPtr(evcrvCopy(parabola.get())), 1, 1},
-        {"parabolas top to top", Bcurve(3, {{0, 2, 1}, {1, 0, 1}, {2, 2, 1}}),
-         RecordPtr(evcrvCopy(parabola.get())), 1, 1},
+        {"line over a parabola", Line(-1, 1, 3, 1), Copy(parabola), 1, 1},
+        {"line through it", Line(-1, 0.5, 3, 0.5), Copy(parabola), 2, 0},
+        {"chord of its ends", Line(0, 0, 2, 0), Copy(parabola), 2, 0},
+        {"circle on a parabola", Arc(1, 3, 2), Copy(parabola), 1, 1},
+        {"parabolas top to top", Bcurve(3, {{0, 2, 1}, {1, 0, 1}, {2, 2, 1}}), Copy(parabola), 1, 1},
         {"parabolas top to top, turned cubic",
-         Bcurve(4, {{0, 2, 1}, {2.0 / 3, 2.0 / 3, 1}, {4.0 / 3, 2.0 / 3, 1}, {2, 2, 1}}),
-         RecordPtr(evcrvCopy(parabola.get())), 1, 1},
-        {"the same parabola", RecordPtr(evcrvCopy(parabola.get())), RecordPtr(evcrvCopy(parabola.get())), 0,
-         0},
-        {"corner on a line", Line(-1, 1, 3, 1), RecordPtr(evcrvCopy(roof.get())), 1, 0},
-        {"corner on a parabola", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 2, 1}}),
-         RecordPtr(evcrvCopy(parabola.get())), 1, 0},
-        {"corner to corner", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 3, 1}}), RecordPtr(evcrvCopy(roof.get())),
-         1, 0},
+         Bcurve(4, {{0, 2, 1}, {2.0 / 3, 2.0 / 3, 1}, {4.0 / 3, 2.0 / 3, 1}, {2, 2, 1}}), Copy(parabola), 1,
+         1},
+        {"the same parabola", Copy(parabola), Copy(parabola), 0, 0},
+        {"corner on a line", Line(-1, 1, 3, 1), Copy(roof), 1, 0},
+        {"corner on a parabola", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 2, 1}}), Copy(parabola), 1, 0},
+        {"corner to corner", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 3, 1}}), Copy(roof), 1, 0},
     };
     for (Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -221,16 +195,16 @@ TEST(Intersect, KnownPairs) {
                                           : Intersect(a, b, 1e-9 * scale, row.extent);
                 EXPECT_EQ(hits.status, 0);
                 EXPECT_EQ(static_cast<int>(hits.list.size()), row.count) << "scale " << scale;
-                int tangents = 0;
-                for (const CRV_TOPOL_hit_t& h : hits.list)
-                    tangents += h.tangent;
-                EXPECT_EQ(tangents, row.tangents) << "scale " << scale;
+                const auto isTangent = [](const CRV_TOPOL_hit_t& h) { return h.tangent == 1; };
+                EXPECT_EQ(std::count_if(hits.list.begin(), hits.list.end(), isTangent), row.tangents)
+                    << "scale " << scale;
             }
         }
     }
 }
 
-// Tangencies made on purpose: a circle set on a random point of a random curve, on the outside of its bend.
+// Tangencies made on purpose: a circle set on a random point of a random curve, on the outside of its bend;
+// the same against that circle as a B-curve.
 TEST(Intersect, EveryTouchOnceAndMarked) {
     records::Random random(23);
     int touches = 0;
@@ -238,29 +212,23 @@ TEST(Intersect, EveryTouchOnceAndMarked) {
         const int kind = trial % records::Random::kKinds;
         SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
         const RecordPtr c = random.Record(kind, 1.0, {0, 0});
-        double limits[2], d[9];
-        evcrvp(c.get(), limits);
-        const double t = limits[0] + (limits[1] - limits[0]) * random.In(0.05, 0.95);
-        evcrve(c.get(), 2, t, d);
+        double d[9];
+        evcrve(c.get(), 2, ParameterAt(c, random.In(0.05, 0.95)), d);
         const double speed = std::hypot(d[3], d[4]),
                      bend = (d[3] * d[7] - d[4] * d[6]) / (speed * speed * speed);
         if (speed < 1e-2 || std::fabs(bend) > 1e3 || (kind > 0 && std::fabs(bend) < 0.05))
             continue;
         const double r = random.In(0.05, 0.5), side = bend > 0.0 ? -r : r;
-        const RecordPtr circle = records::Arc(d[0] - side * d[4] / speed, d[1] + side * d[3] / speed, r);
-        // The same tangency against a circle, and against that circle as a B-curve.
-        const RecordPtr spline(ev09p1(em0960(circle.get())));
+        const RecordPtr circle = records::Arc(d[0] - side * d[4] / speed, d[1] + side * d[3] / speed, r),
+                        spline = AsBcurve(circle);
         for (const RecordPtr* other : {&circle, &spline}) {
             const Hits hits = Intersect(c, *other);
             ASSERT_EQ(hits.status, 0);
+            EXPECT_LE(NearestHit(hits, {d[0], d[1]}), 1e-6);
             int here = 0;
-            for (const CRV_TOPOL_hit_t& h : hits.list) {
-                if (Distance({h.point[0], h.point[1]}, {d[0], d[1]}) < 3e-5) {
-                    ++here;
-                    EXPECT_EQ(h.tangent, 1);
-                    EXPECT_NEAR(Distance({h.point[0], h.point[1]}, {d[0], d[1]}), 0.0, 1e-6);
-                }
-            }
+            for (const CRV_TOPOL_hit_t& h : hits.list)
+                if (Distance({h.point[0], h.point[1]}, {d[0], d[1]}) < 3e-5)
+                    here += h.tangent == 1 ? 1 : 100;
             EXPECT_EQ(here, 1);
             touches += here;
             ExpectSound(hits, c, *other, 1e-9, 1.0);
@@ -269,51 +237,20 @@ TEST(Intersect, EveryTouchOnceAndMarked) {
     EXPECT_GT(touches, 500);
 }
 
-// Coincident curves come back soon and with the places they cross themselves at most.
+// Coincident curves come back soon and with the places they cross themselves, and a shared seam, at most.
 TEST(Intersect, CoincidentStretchesAreNotAFlood) {
     records::Random random(61);
     for (int trial = 0; trial < 40; ++trial) {
-        const int kind = trial % records::Random::kKinds;
-        SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
-        const RecordPtr c = random.Record(kind, 1.0, {0, 0});
-        double l[2];
-        evcrvp(c.get(), l);
-        const double head[2] = {l[0], l[0] + 0.6 * (l[1] - l[0])},
-                     tail[2] = {l[0] + 0.3 * (l[1] - l[0]), l[1]};
-        const RecordPtr a(em0941(c.get(), head)), b(em0941(c.get(), tail));
-        for (const Hits& hits : {Intersect(a, b), Intersect(c, RecordPtr(ev09p1(em0960(c.get()))))}) {
-            EXPECT_EQ(hits.status, 0);
-            for (const CRV_TOPOL_hit_t& h :
-                 hits.list) // places where the curve crosses itself, and a shared seam
+        SCOPED_TRACE(trial);
+        const RecordPtr c = random.Record(trial % records::Random::kKinds, 1.0, {0, 0});
+        const RecordPtr a = Part(c, ParameterAt(c, 0.0), ParameterAt(c, 0.6)),
+                        b = Part(c, ParameterAt(c, 0.3), ParameterAt(c, 1.0));
+        for (const Hits& hits : {Intersect(a, b), Intersect(c, AsBcurve(c))}) {
+            EXPECT_TRUE(hits.status == 0 && hits.list.size() <= 30u);
+            for (const CRV_TOPOL_hit_t& h : hits.list)
                 EXPECT_TRUE(h.tangent == 0 || c->closed);
-            EXPECT_LE(hits.list.size(), 30u);
         }
     }
-}
-
-TEST(Intersect, EveryAllocationFailureIsReported) {
-    const RecordPtr line = records::Line(-1, 0.1, 1, 0.05), ellipse = records::Ellipse(0, 0, 0.9, 0.3, 1.0);
-    records::Random random(7);
-    const RecordPtr splines[] = {random.Spline(4, 1.0, {0, 0}), random.Spline(4, 1.0, {0, 0}),
-                                 random.Spline(4, 1.0, {0, 0})};
-    const std::pair<const RecordPtr&, const RecordPtr&> pairs[] = {
-        {line, ellipse}, {line, splines[0]}, {ellipse, splines[1]}, {splines[1], splines[2]}};
-    for (const auto& [a, b] : pairs) {
-        FailEachAllocation([&, &a = a, &b = b] {
-            int n = 0;
-            CRV_TOPOL_hit_t* hits = nullptr;
-            const int status =
-                CRV_TOPOL_intersect(a.get(), CRV_TOPOL_BOUNDED, b.get(), CRV_TOPOL_BOUNDED, 1e-9, &n, &hits);
-            EXPECT_TRUE(status == 0 || hits == nullptr);
-            SM_free(hits);
-            return status == 0;
-        });
-    }
-    FailEachAllocation([&] {
-        CRV_TOPOL_state_t state = CRV_TOPOL_SEPARATE;
-        return CRV_TOPOL_overlap(splines[1].get(), splines[1].get(), 1e-8, 1e-6, 1e-6, &state, nullptr,
-                                 nullptr) == 0;
-    });
 }
 
 TEST(Intersect, BadInputIsRefused) {
@@ -341,30 +278,27 @@ TEST(Intersect, LongPolylines) {
     const RecordPtr bent = records::Bcurve(2, {{0, 0.1, 1}, {100, 0.11, 1}, {200, 0.12, 1}});
     EXPECT_EQ(static_cast<int>(Intersect(line, poly).list.size()), expected);
     EXPECT_EQ(static_cast<int>(Intersect(poly, bent).list.size()), expected);
-    EXPECT_EQ(Intersect(poly, RecordPtr(evcrvCopy(poly.get()))).list.size(), 0u);
+    EXPECT_EQ(Intersect(poly, Copy(poly)).list.size(), 0u);
 }
 
 // Curves at other heights, and a B-curve that climbs, meet where their views from above do: ends too, whose
 // nearest point in space is another one.
-TEST(CrvTopol, HeightsAreIgnored) {
+TEST(Intersect, HeightsAreIgnored) {
     records::Random rng(77);
     for (int trial = 0; trial < 300; ++trial) {
         SCOPED_TRACE(trial);
         const RecordPtr a = rng.Record(trial % 11, 10.0, {}), b = rng.Record(trial / 11 % 11, 10.0, {});
-        double limits[2], lift[3] = {0.0, 0.0, 7.0};
-        evcrvp(b.get(), limits);
-        const Xy from = At(b.get(), limits[0]);
+        const Xy from = At(b, ParameterAt(b, 0.0));
         const RecordPtr stub = records::Line(from.x, from.y, from.x + 30.0, from.y + 1.0); // begins on b
-        double climb[3][3] = {{1, 0, 0}, {0, 1, 0}, {b->form == kFormBCurve ? 0.8 : 0.0, 0, 1}};
+        double climb[3][3] = {{1, 0, 0}, {0, 1, 0}, {b->form == kFormBCurve ? 0.8 : 0.0, 0, 1}},
+               lift[3] = {0.0, 0.0, 7.0};
         const RecordPtr raised(evcrvx(b.get(), climb, lift));
         for (const RecordPtr* other : {&a, &stub}) {
             const Hits flat = Intersect(*other, b), high = Intersect(*other, raised);
-            ASSERT_EQ(high.status, 0);
-            ASSERT_EQ(high.list.size(), flat.list.size());
+            ASSERT_TRUE(high.status == 0 && high.list.size() == flat.list.size());
             for (std::size_t i = 0; i < flat.list.size(); ++i) {
-                EXPECT_EQ(high.list[i].t1, flat.list[i].t1);
-                EXPECT_EQ(high.list[i].t2, flat.list[i].t2);
-                EXPECT_EQ(high.list[i].point[2], 0.0);
+                const CRV_TOPOL_hit_t &f = flat.list[i], &h = high.list[i];
+                EXPECT_TRUE(h.t1 == f.t1 && h.t2 == f.t2 && h.point[2] == 0.0);
             }
         }
     }

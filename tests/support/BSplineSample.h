@@ -2,75 +2,54 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 #include <vector>
 
-#include "tessera/kernel/CurveRecord.h"
-#include "tessera/kernel/internal/RecordPtr.h"
-
-struct BSplineSample {
-    int order = 0, periodic = 0;
-    std::vector<double> knots;
-    std::vector<double> poles; // x, y, z, weight
-
-    int NumPoles() const { return static_cast<int>(poles.size() / 4); }
-    RecordPtr Record() {
-        int sizes[3] = {NumPoles(), order, periodic};
-        BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(poles.data())));
-        RecordPtr c(ev09p1(d.get()));
-        if (c)
-            (void)d.release(); // the record owns it now
-        return c;
-    }
-};
+#include "tests/support/Records.h"
 
 /// Open curve on knots from 2 to 5, inner knots repeated here and there.
-inline BSplineSample RandomOpen(std::mt19937& rng, int order, int numPoles, bool rational) {
+inline RecordPtr RandomOpen(std::mt19937& rng, int order, int numPoles, bool rational) {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
-    BSplineSample s;
-    s.order = order;
-    s.knots.assign(static_cast<std::size_t>(order), 2.0);
+    std::vector<double> knots(static_cast<std::size_t>(order), 2.0), poles;
     int repeats = 1;
     for (int i = order; i < numPoles; ++i) {
-        const double last = s.knots.back();
+        const double last = knots.back();
         repeats = i > order && repeats < order - 1 && unit(rng) < 0.4 ? repeats + 1 : 1;
-        s.knots.push_back(repeats > 1 ? last : last + (5.0 - last) * (0.1 + 0.3 * unit(rng)));
+        knots.push_back(repeats > 1 ? last : last + (5.0 - last) * (0.1 + 0.3 * unit(rng)));
     }
-    s.knots.insert(s.knots.end(), static_cast<std::size_t>(order), 5.0);
+    knots.insert(knots.end(), static_cast<std::size_t>(order), 5.0);
     for (int i = 0; i < numPoles; ++i)
         for (int c = 0; c < 4; ++c)
-            s.poles.push_back(c < 3 ? 10.0 * unit(rng) : (rational ? 0.5 + unit(rng) : 1.0));
-    return s;
+            poles.push_back(c < 3 ? 10.0 * unit(rng) : (rational ? 0.5 + unit(rng) : 1.0));
+    return records::Bcurve(order, 0, knots, poles);
 }
 
 /// Periodic curve with wrapped poles and uneven knots that repeat with the period.
-inline BSplineSample RandomPeriodic(std::mt19937& rng, int order, int segments, bool rational) {
+inline RecordPtr RandomPeriodic(std::mt19937& rng, int order, int segments, bool rational) {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     const int degree = order - 1, n = segments + degree;
     std::vector<double> steps(static_cast<std::size_t>(segments));
     for (double& step : steps)
         step = 0.2 + unit(rng);
-    BSplineSample s;
-    s.order = order;
-    s.periodic = 1;
-    s.knots.assign(static_cast<std::size_t>(n) + order, 0.0);
+    std::vector<double> knots(static_cast<std::size_t>(n) + order, 0.0), poles;
     for (int i = degree + 1; i < n + order; ++i)
-        s.knots[i] = s.knots[i - 1] + steps[(i - degree - 1) % segments];
+        knots[i] = knots[i - 1] + steps[(i - degree - 1) % segments];
     for (int i = degree - 1; i >= 0; --i)
-        s.knots[i] = s.knots[i + 1] - steps[((i - degree) % segments + segments) % segments];
+        knots[i] = knots[i + 1] - steps[((i - degree) % segments + segments) % segments];
     for (int i = 0; i < 4 * n; ++i) {
         const bool isWeight = i % 4 == 3;
-        s.poles.push_back(i >= 4 * segments ? s.poles[i - 4 * segments]
-                          : isWeight        ? (rational ? 0.5 + unit(rng) : 1.0)
-                                            : 10.0 * unit(rng));
+        poles.push_back(i >= 4 * segments ? poles[i - 4 * segments]
+                        : isWeight        ? (rational ? 0.5 + unit(rng) : 1.0)
+                                          : 10.0 * unit(rng));
     }
-    return s;
+    return records::Bcurve(order, 1, knots, poles);
 }
 
 /// Cox-de Boor recursion in long double, straight from the definition; t in [0, 1].
-inline std::vector<long double> DeBoor(const BSplineSample& s, long double t) {
-    const int degree = s.order - 1, n = s.NumPoles();
+inline std::vector<long double> DeBoor(const BCURVE_DATA& s, long double t) {
+    const int degree = s.degree, n = s.numPoles;
     const long double low = s.knots[degree], high = s.knots[n], u = low + t * (high - low);
     int span = degree;
     for (int i = degree; i < n; ++i)
@@ -78,7 +57,7 @@ inline std::vector<long double> DeBoor(const BSplineSample& s, long double t) {
             span = i;
     std::vector<std::vector<long double>> q(static_cast<std::size_t>(s.order));
     for (int i = 0; i <= degree; ++i) {
-        const double* pole = s.poles.data() + 4 * (span - degree + i);
+        const double* pole = s.poles[span - degree + i];
         const long double w = pole[3];
         q[i] = {pole[0] * w, pole[1] * w, pole[2] * w, w};
     }
@@ -93,20 +72,21 @@ inline std::vector<long double> DeBoor(const BSplineSample& s, long double t) {
     return {h[0] / h[3], h[1] / h[3], h[2] / h[3]};
 }
 
-inline std::vector<double> Evaluate(KC_CURVE_struct_s* c, double t, int nderiv = 0) {
+inline std::vector<double> Evaluate(const RecordPtr& c, double t, int nderiv = 0) {
     std::vector<double> out(3 * (static_cast<std::size_t>(nderiv) + 1));
-    evcrve(c, nderiv, t, out.data());
+    evcrve(c.get(), nderiv, t, out.data());
     return out;
 }
 
+inline double Apart(const std::vector<double>& p, const std::vector<double>& q) {
+    return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
+}
+
 /// Largest distance between c over [a, b] and other over [u, v], both sampled evenly.
-inline double LargestGap(KC_CURVE_struct_s* c, double a, double b, KC_CURVE_struct_s* other, double u,
-                         double v) {
+inline double LargestGap(const RecordPtr& c, double a, double b, const RecordPtr& other, double u, double v) {
     double gap = 0.0;
-    for (int i = 0; i <= 100; ++i) {
-        const std::vector<double> p = Evaluate(c, a + (b - a) * i / 100),
-                                  q = Evaluate(other, u + (v - u) * i / 100);
-        gap = std::max(gap, std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]));
-    }
+    for (int i = 0; i <= 100; ++i)
+        gap =
+            std::max(gap, Apart(Evaluate(c, a + (b - a) * i / 100), Evaluate(other, u + (v - u) * i / 100)));
     return gap;
 }

@@ -33,6 +33,16 @@ inline RecordPtr Ellipse(double x, double y, double r1, double r2, double rotati
     return RecordPtr(ev06p0(c, r1, r2, rotation, start, end));
 }
 
+/// Poles (x, y, z, weight) one after the other.
+inline RecordPtr Bcurve(int order, int periodic, std::vector<double> knots, std::vector<double> poles) {
+    int sizes[3] = {static_cast<int>(poles.size() / 4), order, periodic};
+    BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(poles.data())));
+    RecordPtr record(ev09p1(d.get()));
+    if (record)
+        (void)d.release(); // the record owns it now
+    return record;
+}
+
 /// Poles (x, y, weight) over the given knots; clamped uniform knots when none are given.
 inline RecordPtr Bcurve(int order, const std::vector<std::array<double, 3>>& poles,
                         std::vector<double> knots = {}) {
@@ -43,12 +53,38 @@ inline RecordPtr Bcurve(int order, const std::vector<std::array<double, 3>>& pol
     std::vector<double> flat;
     for (const auto& p : poles)
         flat.insert(flat.end(), {p[0], p[1], 0.0, p[2]});
-    int sizes[3] = {n, order, 0};
-    BcurveDataPtr d(ev091p(sizes, knots.data(), reinterpret_cast<double(*)[4]>(flat.data())));
-    RecordPtr record(ev09p1(d.get()));
-    if (record)
-        (void)d.release(); // the record owns it now
-    return record;
+    return Bcurve(order, 0, knots, flat);
+}
+
+inline RecordPtr Copy(const RecordPtr& c) {
+    return RecordPtr(evcrvCopy(c.get()));
+}
+
+/// The range as a record of its own; null when there is none.
+inline RecordPtr Part(const RecordPtr& c, double from, double to) {
+    const double limits[2] = {from, to};
+    return RecordPtr(em0941(c.get(), limits));
+}
+
+/// The same curve as a B-curve.
+inline RecordPtr AsBcurve(const RecordPtr& c) {
+    return RecordPtr(ev09p1(em0960(c.get())));
+}
+
+inline std::array<double, 2> LimitsOf(const RecordPtr& c) {
+    std::array<double, 2> limits{};
+    evcrvp(c.get(), limits.data());
+    return limits;
+}
+
+/// Parameter at a fraction of the range.
+inline double ParameterAt(const RecordPtr& c, double fraction) {
+    const std::array<double, 2> limits = LimitsOf(c);
+    return limits[0] + fraction * (limits[1] - limits[0]);
+}
+
+inline BCURVE_DATA& DefinitionOf(const RecordPtr& c) {
+    return *static_cast<EVC_bcurve_s*>(c->data)->definition;
 }
 
 class Random {
@@ -105,9 +141,9 @@ private:
     std::mt19937 rng_;
 };
 
-inline Xy At(KC_CURVE_struct_s* c, double t) {
+inline Xy At(const RecordPtr& c, double t) {
     double out[3] = {};
-    evcrve(c, 0, t, out);
+    evcrve(c.get(), 0, t, out);
     return {out[0], out[1]};
 }
 

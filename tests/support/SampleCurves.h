@@ -19,6 +19,14 @@ using Geometry::Curve;
 using Geometry::Point;
 using CurvePtr = std::unique_ptr<Curve>;
 
+inline CurvePtr MakeLine(const Point& start, const Point& end) {
+    return std::make_unique<Geometry::Line>(start, end);
+}
+
+inline CurvePtr MakeCircle(const Point& centre, double radius) {
+    return std::make_unique<Geometry::Arc>(centre, radius);
+}
+
 inline CurvePtr MakeEllipse(const Point& centre, double r1, double r2, double rotation, double start,
                             double end) {
     double at[2] = {centre.x, centre.y};
@@ -53,10 +61,10 @@ struct Sample {
 /// One or two of every kind, none of them symmetric about an axis.
 inline std::vector<Sample> SampleCurves() {
     std::vector<Sample> all;
-    all.push_back({"line", std::make_unique<Geometry::Line>(Point(1, 2), Point(-3, 5))});
+    all.push_back({"line", MakeLine({1, 2}, {-3, 5})});
     all.push_back({"arc", MakeArc({1, -2}, 3, 0.3, 2.1)});
     all.push_back({"arc across the zero angle", MakeArc({-1, 1}, 2, -0.4, 3.6)});
-    all.push_back({"circle", std::make_unique<Geometry::Arc>(Point(2, 1), 1.5)});
+    all.push_back({"circle", MakeCircle({2, 1}, 1.5)});
     all.push_back({"elliptic arc", MakeEllipse({0.5, 1}, 3, 1, 0.4, 0.2, 4.0)});
     all.push_back({"ellipse", MakeEllipse({-1, 0.3}, 2, 0.7, 2.5, 0.0, 2.0 * 3.14159265358979323846)});
     all.push_back({"cubic", MakeSpline(4, {{0, 0}, {1, 3}, {2, -2}, {4, 1}, {5, 3}, {3, 4}})});
@@ -75,7 +83,7 @@ inline CurvePtr RandomCurve(std::mt19937& rng, int kind) {
     const Point centre(at(rng), at(rng));
     switch (kind % 4) {
     case 0:
-        return std::make_unique<Geometry::Line>(centre, Point(at(rng), at(rng)));
+        return MakeLine(centre, Point(at(rng), at(rng)));
     case 1:
         return MakeArc(centre, size(rng), start, end);
     case 2:
