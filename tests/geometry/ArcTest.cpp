@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <numbers>
 #include <random>
 
-#include "tessera/kernel/EQ.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"
 
@@ -79,7 +76,7 @@ TEST(Arc, NumberOfDisplaySegments) {
         {0, 1, 0.1, 1},       // no radius
         {1, 1, 0, 0},
         {1, 1, -1, 0},
-        {1, 1, std::numeric_limits<double>::quiet_NaN(), 0},
+        {1, 1, NAN, 0},
     };
     for (const Row& row : rows)
         EXPECT_EQ(Arc::ComputeNumberOfDisplaySegments(row.radius, row.sweep, row.tol), row.expected)
@@ -92,49 +89,54 @@ TEST(Arc, NumberOfDisplaySegments) {
 TEST(Arc, ParametersOfPlainAndWrappedArcs) {
     struct Row {
         const char* name;
-        double start, end, mid, theta, relative;
+        double start, end, theta, relative;
     };
     const Row rows[] = {
-        {"inside", 1, 3, 2, 1.5, 0.25},
-        {"before, nearer the start", 1, 3, 2, 0.5, 0.0},
-        {"after, nearer the end", 1, 3, 2, 3.5, 1.0},
-        {"at the start", 1, 3, 2, 1, 0.0},
-        {"at the end", 1, 3, 2, 3, 1.0},
-        {"wrapped", 5, 1, 3 - kPi, 0.5, (0.5 + 2 * kPi - 5) / (1 + 2 * kPi - 5)},
-        {"wrapped, first stretch lifted all the same", 5, 1, 3 - kPi, 5.5, 1.0},
+        {"inside", 1, 3, 1.5, 0.25},
+        {"before, nearer the start", 1, 3, 0.5, 0.0},
+        {"after, nearer the end", 1, 3, 3.5, 1.0},
+        {"at the start", 1, 3, 1, 0.0},
+        {"at the end", 1, 3, 3, 1.0},
+        {"wrapped", 5, 1, 0.5, (0.5 + 2 * kPi - 5) / (1 + 2 * kPi - 5)},
+        {"wrapped, first stretch lifted all the same", 5, 1, 5.5, 1.0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Arc arc = AnglesArc(row.start, row.end);
-        EXPECT_NEAR(arc.GetMidParam(), row.start > row.end ? 3.0 + kPi - 2 * kPi : row.mid, 1e-14);
-        EXPECT_NEAR(arc.GetRelativeParam(row.theta), row.relative, 1e-14);
-    }
-    const Arc plain = AnglesArc(1, 3);
+    for (const Row& row : rows)
+        EXPECT_NEAR(AnglesArc(row.start, row.end).GetRelativeParam(row.theta), row.relative, 1e-14)
+            << row.name;
+    const Arc plain = AnglesArc(1, 3), wrapped = AnglesArc(5, 1);
+    EXPECT_NEAR(plain.GetMidParam(), 2.0, 1e-14);
+    EXPECT_NEAR(wrapped.GetMidParam(), 3.0 - kPi, 1e-14);
     EXPECT_NEAR(plain.GetParamFromRelativeParam(0.25), 1.5, 1e-15);
     EXPECT_NEAR(plain.GetParamFromRelativeParam(-0.9e-10), 1.0, 1e-9);
     EXPECT_EQ(plain.GetParamFromRelativeParam(-1.1e-10), 0.0);
     EXPECT_EQ(plain.GetParamFromRelativeParam(1.0 + 1.1e-10), 0.0);
-    const Arc wrapped = AnglesArc(5, 1);
     EXPECT_NEAR(wrapped.GetParamFromRelativeParam(0.25), 5 + 0.25 * (2 * kPi - 4), 1e-14);
     EXPECT_NEAR(wrapped.GetParamFromRelativeParam(1.0), 1.0, 1e-14);
-    EXPECT_FALSE(AnglesArc(0, kPi).IsMajorArc());
-    EXPECT_TRUE(AnglesArc(0, kPi + 2e-10).IsMajorArc());
+    EXPECT_TRUE(!AnglesArc(0, kPi).IsMajorArc() && AnglesArc(0, kPi + 2e-10).IsMajorArc());
 }
 
 TEST(Arc, WithinBoundsComparesAngles) {
-    const Arc third(Point(-1, 0), Point(0, -1), Point(0, 0));
-    EXPECT_TRUE(third.WithinBounds(Point(-1, 0)));
-    EXPECT_TRUE(third.WithinBounds(Point(-1, -1e-300)));
-    EXPECT_TRUE(third.WithinBounds(Point(-7, -7)));
-    EXPECT_FALSE(third.WithinBounds(Point(1, 1)));
-    const Arc across = AnglesArc(-0.5, 0.5);
-    EXPECT_TRUE(across.WithinBounds(At(0.5 + 0.9e-10)));
-    EXPECT_FALSE(across.WithinBounds(At(0.5 + 1.2e-10)));
-    const Arc seam = AnglesArc(3.0, 3.5);
-    EXPECT_TRUE(seam.WithinBounds(At(-3.0)));
-    EXPECT_TRUE(seam.WithinBounds(At(3.1)));
-    EXPECT_FALSE(seam.WithinBounds(At(2.9)));
-    EXPECT_FALSE(seam.WithinBounds(At(-2.7)));
+    const Arc third(Point(-1, 0), Point(0, -1), Point(0, 0)), across = AnglesArc(-0.5, 0.5),
+                                                              seam = AnglesArc(3.0, 3.5);
+    struct Row {
+        const Arc& arc;
+        Point p;
+        bool within;
+    };
+    const Row rows[] = {
+        {third, {-1, 0}, true},
+        {third, {-1, -1e-300}, true},
+        {third, {-7, -7}, true},
+        {third, {1, 1}, false},
+        {across, At(0.5 + 0.9e-10), true},
+        {across, At(0.5 + 1.2e-10), false},
+        {seam, At(-3.0), true},
+        {seam, At(3.1), true},
+        {seam, At(2.9), false},
+        {seam, At(-2.7), false},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(row.arc.WithinBounds(row.p), row.within) << row.p.x << ", " << row.p.y;
 }
 
 TEST(Arc, IntersectionsOfCircles) {
@@ -152,6 +154,7 @@ TEST(Arc, IntersectionsOfCircles) {
         {"apart", {3, 0}, 1, {}},
         {"inside", {0.2, 0}, 0.5, {}},
         {"touching from inside", {0.7, 0}, 0.3, {{1, 0}, {1, 0}}},
+        {"touching from inside, rounded outwards", {0.07, 0.24}, 0.75, {{0.28, 0.96}, {0.28, 0.96}}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -160,34 +163,6 @@ TEST(Arc, IntersectionsOfCircles) {
         ASSERT_EQ(out.size(), row.expected.size());
         for (std::size_t i = 0; i < out.size(); ++i)
             EXPECT_NEAR(out[i].Distance(row.expected[i]), 0.0, 1e-7);
-    }
-    std::vector<Point> once;
-    Arc(Point(0, 0), 1.0).IntersectBounded(Arc(Point(0.7, 0), 0.3), once);
-    EXPECT_EQ(once.size(), 1U);
-}
-
-TEST(Arc, SetLimits) {
-    struct Row {
-        const char* name;
-        double oldStart, oldEnd, a, b, start, end;
-    };
-    const Row rows[] = {
-        {"plain", 0, 3, 1, 2, 1, 2},
-        {"reversed", 0, 3, 2, 1, 2, 1 + 2 * kPi},
-        {"one lift only", 0, 3, -1, -2, -1, 2 * kPi - 2},
-        {"both negative", 0, 3, -2, -1, 2 * kPi - 2, 2 * kPi - 1},
-        {"coincident on a large arc closes", 0, kPi, 1, 1, 0, 2 * kPi},
-        {"coincident on a small arc", 0, 3, 1, 1, 1, 1},
-        {"coincident across the seam closes", 0, 4, kPi, -kPi, 0, 2 * kPi},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        Arc arc = AnglesArc(row.oldStart, row.oldEnd, 2.0, Point(3, -1));
-        ChangeLog log;
-        arc.SetLimits(Point(3, -1) + 5.0 * At(row.a), Point(3, -1) + 0.5 * At(row.b));
-        EXPECT_EQ(log.Take(arc), arc.IsClosed() ? 2 : 1) << "closing is a change of its own";
-        ExpectLimits(arc, row.start, row.end, 1e-14);
-        EXPECT_DOUBLE_EQ(arc.GetRadius(), 2.0);
     }
 }
 
@@ -220,62 +195,26 @@ TEST(Arc, MergeTakesTheUnion) {
         {"gap bridged the short way", 0, 1, {{1.5, 2}}, 0, 2},
         {"across the seam", 0, 1, {{6, 6.2}}, 6, 1 + 2 * kPi},
         {"negative start", -1, 1, {{0, 2}}, 2 * kPi - 1, 2 + 2 * kPi},
-        {"covered circle", 0, 3, {{2, 5}, {4, 7}}, 0, 2 * kPi},
+        {"covered circle", 1, 3, {{2, 5}, {4, 7.5}}, 0, 2 * kPi},
         {"contained", 0, 3, {{1, 2}}, 0, 3},
         {"three with the largest gap between the first two", 0, 0.5, {{3, 4}, {5, 6}}, 3, 0.5 + 2 * kPi},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         Arc arc = AnglesArc(row.start, row.end);
-        std::vector<std::unique_ptr<Arc>> others;
+        std::vector<CurvePtr> others;
         std::unordered_set<Curve*> set = {&arc, nullptr};
         for (const auto& [start, end] : row.others) {
-            double at[3] = {0, 0, 0};
-            others.push_back(std::make_unique<Arc>(at, 1.0, start, end));
+            others.push_back(MakeArc({0, 0}, 1, start, end));
             set.insert(others.back().get());
         }
         EXPECT_TRUE(arc.Merge(set));
         ExpectLimits(arc, row.mergedStart, row.mergedEnd);
     }
-    Arc arc = AnglesArc(0, 1);
-    Arc larger = AnglesArc(0, 3, 1.5);
-    Arc shifted = AnglesArc(0, 3, 1.0, Point(0.1, 0));
+    Arc arc = AnglesArc(0, 1), larger = AnglesArc(0, 3, 1.5), shifted = AnglesArc(0, 3, 1.0, Point(0.1, 0));
     Line line(Point(0, 0), Point(1, 0));
     EXPECT_FALSE(arc.Merge({&arc, &larger, &shifted, &line}));
     ExpectLimits(arc, 0, 1);
-}
-
-TEST(Arc, SameCurveModuloFullTurns) {
-    const Arc arc = AnglesArc(1, 2);
-    EXPECT_TRUE(arc.IsSameCurve(&arc));
-    struct Row {
-        double start, end, radius;
-        bool same;
-    };
-    const Row rows[] = {
-        {1 + 2 * kPi, 2 + 2 * kPi, 1, true},
-        {1 - 4 * kPi, 2 - 4 * kPi, 1, true},
-        {1 - 0.9e-10, 2, 1, true},
-        {1 + 0.9e-10, 2, 1, true},
-        {1 + 1.1e-10, 2, 1, false},
-        {1, 2.1, 1, false},
-        {1, 2, 1 + 2e-9, true},
-        {1, 2, 1 + 3e-9, false},
-    };
-    for (const Row& row : rows) {
-        const Arc other = AnglesArc(row.start, row.end, row.radius);
-        EXPECT_EQ(arc.IsSameCurve(&other), row.same) << row.start << " " << row.end;
-    }
-    const Line line(Point(0, 0), Point(1, 1));
-    EXPECT_FALSE(arc.IsSameCurve(&line));
-}
-
-TEST(Arc, ZeroLengthAtItsTolerances) {
-    const double t = EQ_ask_length_tolerance();
-    EXPECT_TRUE(AnglesArc(0, 1, 0.99 * t).IsZeroLength());
-    EXPECT_FALSE(AnglesArc(0, 1, 1.01 * t).IsZeroLength());
-    EXPECT_TRUE(AnglesArc(1, 1 + 0.99 * t).IsZeroLength());
-    EXPECT_FALSE(AnglesArc(1, 1 + 1.01 * t).IsZeroLength());
 }
 
 TEST(Arc, ForeignRecordsComeIntoTheUnturnedFrame) {

@@ -54,43 +54,38 @@ TEST(CurvePolygon, Traps) {
     const double turn = 2 * std::numbers::pi;
     struct Row {
         const char* name;
-        const Polygon* polygon;
+        const Polygon& polygon;
         CurvePtr curve;
         Side side;
     };
-    std::vector<Row> rows;
-    const auto add = [&](const char* name, const Polygon& polygon, CurvePtr curve, Side side) {
-        rows.push_back({name, &polygon, std::move(curve), side});
+    const Row rows[] = {
+        {"line ending on the border", square, MakeLine({5, 5}, {10, 5}), kCrossing},
+        {"line ending just before it", square, MakeLine({5, 5}, {10 - 1e-8, 5}), kInside},
+        {"line along the border", square, MakeLine({2, 0}, {4, 0}), kCrossing},
+        {"both ends inside, over the notch", notch, MakeLine({1, 5}, {9, 5}), kCrossing},
+        {"in the notch", notch, MakeLine({4.9, 8}, {5.1, 8}), kOutside},
+        {"arc bulging over an edge", square, std::make_unique<Arc>(Point(8, 9.5), Point(2, 9.5), Point(5, 8)),
+         kCrossing},
+        {"arc bulging up to just below it", square,
+         std::make_unique<Arc>(Point(8, 5), Point(2, 5), Point(5, 5 - 1e-6)), kInside},
+        {"circle touching the border from inside", square, MakeCircle({5, 5}, 5.0), kCrossing},
+        {"ellipse around the polygon", square, MakeEllipse({5, 5}, 9, 8, 0.3, 0, turn), kOutside},
+        {"elliptic arc whose missing part would cross", square, MakeEllipse({5, 9}, 4, 2, 0, 3.2, 6.2),
+         kInside},
+        {"circle pierced by a needle", needle, MakeCircle({5, 6}, 3.0), kCrossing},
+        {"line pierced by a needle", needle, MakeLine({0, 5}, {10, 5}), kCrossing},
+        {"line just above its tip", needle, MakeLine({0, 6.001}, {10, 6.001}), kOutside},
+        {"ellipse pierced by a needle", needle, MakeEllipse({5, 6}, 6, 3, 0.2, 0, turn), kCrossing},
+        {"spline pierced by a needle", needle, MakeSpline(4, {{0, 5}, {3, 4}, {7, 6}, {10, 5}}), kCrossing},
+        {"line across a slit", slit, MakeLine({2, 8}, {8, 8}), kCrossing},
+        {"line below a slit", slit, MakeLine({2, 4}, {8, 4}), kInside},
+        // Comes down, runs along the bottom edge and goes up again: the edge holds none of its ends.
+        {"spline along an edge", square, MakeSpline(2, {{2, 4}, {3, 0}, {6, 0}, {7, 4}}), kCrossing},
+        {"spline with poles outside only", square, MakeSpline(3, {{1, 5}, {5, 13}, {9, 5}}), kInside},
     };
-    add("line ending on the border", square, std::make_unique<Line>(Point(5, 5), Point(10, 5)), kCrossing);
-    add("line ending just before it", square, std::make_unique<Line>(Point(5, 5), Point(10 - 1e-8, 5)),
-        kInside);
-    add("line along the border", square, std::make_unique<Line>(Point(2, 0), Point(4, 0)), kCrossing);
-    add("both ends inside, over the notch", notch, std::make_unique<Line>(Point(1, 5), Point(9, 5)),
-        kCrossing);
-    add("in the notch", notch, std::make_unique<Line>(Point(4.9, 8), Point(5.1, 8)), kOutside);
-    add("arc bulging over an edge", square, std::make_unique<Arc>(Point(8, 9.5), Point(2, 9.5), Point(5, 8)),
-        kCrossing);
-    add("arc bulging up to just below it", square,
-        std::make_unique<Arc>(Point(8, 5), Point(2, 5), Point(5, 5 - 1e-6)), kInside);
-    add("circle touching the border from inside", square, std::make_unique<Arc>(Point(5, 5), 5.0), kCrossing);
-    add("ellipse around the polygon", square, MakeEllipse({5, 5}, 9, 8, 0.3, 0, turn), kOutside);
-    add("elliptic arc whose missing part would cross", square, MakeEllipse({5, 9}, 4, 2, 0, 3.2, 6.2),
-        kInside);
-    add("circle pierced by a needle", needle, std::make_unique<Arc>(Point(5, 6), 3.0), kCrossing);
-    add("line pierced by a needle", needle, std::make_unique<Line>(Point(0, 5), Point(10, 5)), kCrossing);
-    add("line just above its tip", needle, std::make_unique<Line>(Point(0, 6.001), Point(10, 6.001)),
-        kOutside);
-    add("ellipse pierced by a needle", needle, MakeEllipse({5, 6}, 6, 3, 0.2, 0, turn), kCrossing);
-    add("spline pierced by a needle", needle, MakeSpline(4, {{0, 5}, {3, 4}, {7, 6}, {10, 5}}), kCrossing);
-    add("line across a slit", slit, std::make_unique<Line>(Point(2, 8), Point(8, 8)), kCrossing);
-    add("line below a slit", slit, std::make_unique<Line>(Point(2, 4), Point(8, 4)), kInside);
-    // Comes down, runs along the bottom edge and goes up again: the edge holds none of its ends.
-    add("spline along an edge", square, MakeSpline(2, {{2, 4}, {3, 0}, {6, 0}, {7, 4}}), kCrossing);
-    add("spline with poles outside only", square, MakeSpline(3, {{1, 5}, {5, 13}, {9, 5}}), kInside);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        Polygon polygon = *row.polygon;
+        Polygon polygon = row.polygon;
         EXPECT_EQ(polygon.Holds(*row.curve), row.side == kInside);
         EXPECT_EQ(polygon.Crosses(*row.curve), row.side == kCrossing);
     }
@@ -99,9 +94,7 @@ TEST(CurvePolygon, Traps) {
 TEST(CurvePolygon, NothingHappensInBrokenPolygons) {
     Line line(Point(0.2, 0.2), Point(0.3, 0.3));
     Polygon two = {{0, 0}, {1, 1}};
-    EXPECT_FALSE(two.Holds(line));
-    EXPECT_FALSE(two.Crosses(line));
-    EXPECT_FALSE(line.IsInPolygon(5, nullptr, nullptr));
+    EXPECT_FALSE(two.Holds(line) || two.Crosses(line) || line.IsInPolygon(5, nullptr, nullptr));
     Polygon repeated = {{0, 0}, {0, 0}, {1, 0}, {1, 1}, {1, 1}, {0, 1}};
     EXPECT_TRUE(repeated.Holds(line));
 }
@@ -109,8 +102,7 @@ TEST(CurvePolygon, NothingHappensInBrokenPolygons) {
 TEST(CurvePolygon, RandomPolygonsAgainstSamples) {
     std::mt19937 rng(404);
     std::uniform_real_distribution<double> radius(1.5, 9.0);
-    int inside = 0;
-    int crossing = 0;
+    int inside = 0, crossing = 0;
     for (int trial = 0; trial < 400; ++trial) {
         SCOPED_TRACE(trial);
         Polygon polygon = {};
@@ -121,8 +113,7 @@ TEST(CurvePolygon, RandomPolygonsAgainstSamples) {
         const CurvePtr curve = RandomCurve(rng, trial);
         const std::vector<Point> points = DensePoints(*curve, 500);
         const std::vector<Point> border = polygon.Border();
-        bool someIn = false;
-        bool someOut = false;
+        bool someIn = false, someOut = false;
         double gap = 1e300;
         for (const Point& p : points) {
             (polygon.Holds(p) ? someIn : someOut) = true;

@@ -7,9 +7,11 @@
 #include <memory>
 #include <numbers>
 
+#include "tessera/kernel/EQ.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/AllocationFaults.h"
 #include "tests/support/ChangeLog.h"
+#include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/SlotOf.h"
 #include "tests/support/ThrownMessage.h"
@@ -25,39 +27,19 @@ constexpr double kPi = std::numbers::pi;
 
 TEST(Curve, VirtualOperationsKeepTheirSlots) {
     using C = Curve;
-    const std::ptrdiff_t slots[] = {SlotOf(&C::Intersect),
-                                    SlotOf(&C::Length),
-                                    SlotOf(&C::Distance),
-                                    SlotOf(&C::DistanceBounded),
-                                    SlotOf(&C::Project),
-                                    SlotOf(&C::WithinBounds),
-                                    SlotOf(&C::GetClosestPoint),
-                                    SlotOf(&C::AskNumberOfSampledPoints),
-                                    SlotOf(&C::IsZeroLength),
-                                    SlotOf(&C::CreatePolylinePoints),
-                                    SlotOf(&C::IntersectBounded),
-                                    SlotOf(&C::SetLimits),
-                                    SlotOf(&C::GetStart),
-                                    SlotOf(&C::GetEnd),
-                                    SlotOf(&C::GetMidPoint),
-                                    SlotOf(&C::GetMajorRadiusPoint),
-                                    SlotOf(&C::GetMinorRadiusPoint),
-                                    SlotOf(&C::GetPointAtParameter),
-                                    SlotOf(&C::EvaluateAtParameter),
-                                    SlotOf(&C::GetParametersAtPoint),
-                                    SlotOf(&C::IsPeriodic),
-                                    SlotOf(&C::IsClosed),
-                                    SlotOf(&C::GetType),
-                                    SlotOf(&C::Merge),
-                                    SlotOf(&C::GetInvalidDimensions),
-                                    SlotOf(&C::CreateExtensionCurve),
-                                    SlotOf(&C::IsSameCurve)};
+    const std::vector<std::ptrdiff_t> slots =
+        SlotsOf(&C::Intersect, &C::Length, &C::Distance, &C::DistanceBounded, &C::Project, &C::WithinBounds,
+                &C::GetClosestPoint, &C::AskNumberOfSampledPoints, &C::IsZeroLength, &C::CreatePolylinePoints,
+                &C::IntersectBounded, &C::SetLimits, &C::GetStart, &C::GetEnd, &C::GetMidPoint,
+                &C::GetMajorRadiusPoint, &C::GetMinorRadiusPoint, &C::GetPointAtParameter,
+                &C::EvaluateAtParameter, &C::GetParametersAtPoint, &C::IsPeriodic, &C::IsClosed, &C::GetType,
+                &C::Merge, &C::GetInvalidDimensions, &C::CreateExtensionCurve, &C::IsSameCurve);
     std::ptrdiff_t expected = 12; // after those of DisplayableObject
     for (const std::ptrdiff_t slot : slots)
         EXPECT_EQ(slot, expected++);
-    EXPECT_EQ(SlotOf(&Line::AngleBetween), expected);
-    EXPECT_EQ(SlotOf(&Arc::SetCenter), expected);
-    EXPECT_EQ(SlotOf(&Spline::AskSampledParameters), expected);
+    for (const std::ptrdiff_t slot :
+         SlotsOf(&Line::AngleBetween, &Arc::SetCenter, &Spline::AskSampledParameters))
+        EXPECT_EQ(slot, expected);
 }
 
 TEST(Curve, ParameterRange) {
@@ -88,54 +70,146 @@ TEST(Curve, ParameterRange) {
 }
 
 TEST(Curve, CopiesAreIndependent) {
+    double m[3][3] = {{1, 0, 3}, {0, 1, 0}, {0, 0, 1}};
     for (const Sample& sample : SampleCurves()) {
         SCOPED_TRACE(sample.name);
+        const Curve& curve = *sample.curve;
         sample.curve->SetWidth(4.0);
-        const CurvePtr copy(sample.curve->Copy());
-        EXPECT_EQ(copy->GetType(), sample.curve->GetType());
-        EXPECT_NE(copy->GetId(), sample.curve->GetId());
-        EXPECT_EQ(copy->AskWidth(), 4.0);
-        EXPECT_EQ(copy->AskGroup(), nullptr);
-        EXPECT_NE(copy->AskCurveData(), sample.curve->AskCurveData());
-        EXPECT_TRUE(copy->IsSameCurve(sample.curve.get()));
-        double m[3][3] = {{1, 0, 3}, {0, 1, 0}, {0, 0, 1}};
+        const CurvePtr copy(curve.Copy());
+        EXPECT_TRUE(copy->GetType() == curve.GetType() && copy->AskCurveData() != curve.AskCurveData());
+        EXPECT_TRUE(copy->GetId() != curve.GetId() && copy->AskWidth() == 4.0 && !copy->IsGrouped());
+        EXPECT_TRUE(copy->IsSameCurve(&curve));
         copy->Transform(m);
-        EXPECT_FALSE(copy->IsSameCurve(sample.curve.get()));
+        EXPECT_FALSE(copy->IsSameCurve(&curve));
         std::set<int> ids;
         std::map<int, Tessera::Core::TaggedObject*> copies;
-        const CurvePtr deep(sample.curve->DeepCopy(ids, copies));
-        EXPECT_EQ(deep->GetId(), sample.curve->GetId());
-        EXPECT_EQ(sample.curve->DeepCopy(ids, copies), deep.get());
+        const CurvePtr deep(curve.DeepCopy(ids, copies));
+        EXPECT_EQ(deep->GetId(), curve.GetId());
+        EXPECT_EQ(curve.DeepCopy(ids, copies), deep.get());
+    }
+}
+
+// Ends, radii and angles, each just inside and just outside.
+TEST(Curve, SameWithinItsTolerances) {
+    const CurvePtr line = MakeLine({0, 0}, {1, 2}), arc = MakeArc({0, 0}, 1, 1, 2);
+    const CurvePtr oval = MakeEllipse({1, -2}, 3, 1, 0.5, 0.2, 2),
+                   spline = MakeSpline(3, {{0, 0}, {1, 2}, {2, -1}, {3, 3}});
+    struct Row {
+        const CurvePtr& curve;
+        CurvePtr other;
+        bool same;
+    };
+    const Row rows[] = {
+        {line, MakeLine({1e-9, 0}, {1, 2}), true},
+        {line, MakeLine({1, 2}, {0, 0}), false}, // direction matters
+        {line, MakeLine({0, 0}, {2, 4}), false},
+        {line, MakeLine({0.5, 1}, {1, 2}), false},
+        {line, nullptr, false},
+        {arc, MakeArc({0, 0}, 1, 1 + 2 * kPi, 2 + 2 * kPi), true}, // modulo full turns
+        {arc, MakeArc({0, 0}, 1, 1 - 4 * kPi, 2 - 4 * kPi), true},
+        {arc, MakeArc({0, 0}, 1, 1 - 0.9e-10, 2), true},
+        {arc, MakeArc({0, 0}, 1, 1 + 0.9e-10, 2), true},
+        {arc, MakeArc({0, 0}, 1, 1 + 1.1e-10, 2), false},
+        {arc, MakeArc({0, 0}, 1, 1, 2.1), false},
+        {arc, MakeArc({0, 0}, 1 + 2e-9, 1, 2), true},
+        {arc, MakeArc({0, 0}, 1 + 3e-9, 1, 2), false},
+        {oval, MakeEllipse({1, -2}, 3 + 2e-9, 1, 0.5, 0.2, 2), true},
+        {oval, MakeEllipse({1, -2}, 3 + 3e-9, 1, 0.5, 0.2, 2), false},
+        {oval, MakeEllipse({1, -2}, 3, 1, 0.5 + 0.9e-10, 0.2, 2), true},
+        {oval, MakeEllipse({1, -2}, 3, 1, 0.5 + 1.2e-10, 0.2, 2), false},
+        {oval, MakeEllipse({1, -2}, 3, 1, 0.5, 0.2 + 0.9e-10, 2), true},
+        {oval, MakeEllipse({1, -2}, 3, 1, 0.5, 0.2, 2 + 1.2e-10), false},
+        {oval, MakeEllipse({1, -2}, 3, 1, 0.5, 0.2 + 2 * kPi, 2 + 2 * kPi), false},
+        {spline, MakeSpline(3, {{0, 0}, {1, 2 + 2e-9}, {2, -1}, {3, 3}}), true},
+        {spline, MakeSpline(3, {{0, 0}, {1, 2 + 3e-9}, {2, -1}, {3, 3}}), false},
+        {spline, MakeSpline(4, {{0, 0}, {1, 2}, {2, -1}, {3, 3}}), false},
+        {spline, MakeSpline(3, {{0, 0}, {1, 2}, {2, -1}, {3, 3}}, {1, 1, 1.001, 1}), false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        EXPECT_EQ(row.curve->IsSameCurve(row.other.get()), row.same);
+        EXPECT_TRUE(row.curve->IsSameCurve(row.curve.get()));
+        EXPECT_FALSE(row.curve->IsSameCurve(row.curve == line ? arc.get() : line.get()));
+    }
+}
+
+TEST(Curve, ZeroLengthAtItsTolerances) {
+    const double t = EQ_ask_length_tolerance();
+    const std::pair<CurvePtr, bool> rows[] = {
+        {MakeArc({0, 0}, 0.99 * t, 0, 1), true},
+        {MakeArc({0, 0}, 1.01 * t, 0, 1), false},
+        {MakeArc({0, 0}, 1, 1, 1 + 0.99 * t), true},
+        {MakeArc({0, 0}, 1, 1, 1 + 1.01 * t), false},
+        {MakeEllipse({0, 0}, 0.9 * t, 0.9 * t, 0, 0, 1), true},
+        {MakeEllipse({0, 0}, 0.9 * t, 1.1 * t, 0, 0, 1), false},
+        {MakeEllipse({0, 0}, 2, 1, 0, 1, 1 + 0.9 * t), true},
+        {MakeEllipse({0, 0}, 2, 1, 0, 1, 1 + 1.1 * t), false},
+        {MakeSpline(2, {{1, 1}, {1, 1 + 0.9 * t}}), true},
+        {MakeSpline(2, {{1, 1}, {1, 1 + 1.1 * t}}), false},
+    };
+    for (const auto& [curve, zero] : rows)
+        EXPECT_EQ(curve->IsZeroLength(), zero) << &curve - &rows[0].first;
+}
+
+TEST(Curve, SetLimitsOfArcsAndEllipses) {
+    struct Row {
+        const char* name;
+        CurvePtr curve;
+        double a, b, start, end;
+    };
+    const Point centre(3, -1);
+    const Row rows[] = {
+        {"arc", MakeArc(centre, 2, 0, 3), 1, 2, 1, 2},
+        {"arc reversed", MakeArc(centre, 2, 0, 3), 2, 1, 2, 1 + 2 * kPi},
+        {"one lift only", MakeArc(centre, 2, 0, 3), -1, -2, -1, 2 * kPi - 2},
+        {"both negative", MakeArc(centre, 2, 0, 3), -2, -1, 2 * kPi - 2, 2 * kPi - 1},
+        {"coincident on a large arc closes", MakeArc(centre, 2, 0, kPi), 1, 1, 0, 2 * kPi},
+        {"coincident on a small arc", MakeArc(centre, 2, 0, 3), 1, 1, 1, 1},
+        {"coincident across the seam closes", MakeArc(centre, 2, 0, 4), kPi, -kPi, 0, 2 * kPi},
+        {"ellipse", MakeEllipse(centre, 3, 1, 0.7, 0, 2 * kPi), 1, 2, 1, 2},
+        {"through the zero angle", MakeEllipse(centre, 3, 1, 0.7, 0, 2 * kPi), 5, 1, 5, 1 + 2 * kPi},
+        {"beyond the present limits", MakeEllipse(centre, 3, 1, 0.7, 0.1, 0.2), 3, 4, 3, 4},
+        {"coincident makes a full turn", MakeEllipse(centre, 3, 1, 0.7, 0.5, 1), 2, 2, 2, 2 + 2 * kPi},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Curve& curve = *row.curve;
+        const Point a = curve.GetPointAtParameter(row.a, true), b = curve.GetPointAtParameter(row.b, true);
+        // Only the direction counts for an arc.
+        const double stretch = curve.GetType() == CurveType_Arc ? 2.5 : 1.0;
+        ChangeLog log;
+        curve.SetLimits(centre + stretch * (a - centre), b);
+        double limits[2];
+        curve.AskRange(limits);
+        EXPECT_NEAR(limits[0], std::min(row.start, row.end), 1e-9);
+        EXPECT_NEAR(limits[1], std::max(row.start, row.end), 1e-9);
+        EXPECT_EQ(curve.IsClosed(), row.end - row.start > 2 * kPi - 1e-10);
+        EXPECT_EQ(log.Take(curve), curve.IsClosed() && curve.GetType() == CurveType_Arc ? 2 : 1)
+            << "closing an arc is a change of its own";
     }
 }
 
 TEST(Curve, ReplaceTakesOnlyItsOwnKind) {
-    Line line(Point(0, 0), Point(1, 0));
-    Line other(Point(5, 5), Point(6, 8));
+    Line line(Point(0, 0), Point(1, 0)), other(Point(5, 5), Point(6, 8));
+    Arc arc(Point(0, 0), 1);
     other.SetWidth(9);
     other.SetIsReflectCenterLine(true);
-    Arc arc(Point(0, 0), 1);
     const int id = line.GetId();
     ChangeLog log;
-    EXPECT_FALSE(line.Replace(nullptr));
-    EXPECT_FALSE(line.Replace(&arc));
+    EXPECT_FALSE(line.Replace(nullptr) || line.Replace(&arc) || arc.CopyCurveData(&line));
     EXPECT_EQ(log.Take(line), 0);
     EXPECT_EQ(line.GetEnd().x, 1.0);
     EXPECT_TRUE(line.Replace(&other));
     EXPECT_EQ(log.Take(line), 1);
-    EXPECT_TRUE(line.IsSameCurve(&other));
-    EXPECT_NE(line.AskCurveData(), other.AskCurveData());
-    EXPECT_EQ(line.GetId(), id);
-    EXPECT_EQ(line.AskWidth(), 9);
-    EXPECT_TRUE(line.IsReflectCenterLine());
+    EXPECT_TRUE(line.IsSameCurve(&other) && line.AskCurveData() != other.AskCurveData());
+    EXPECT_TRUE(line.GetId() == id && line.AskWidth() == 9 && line.IsReflectCenterLine());
     EXPECT_EQ(line.GetCachedBasePoint().x, 5.5);
-    EXPECT_TRUE(line.Replace(&line));
-    EXPECT_TRUE(line.IsSameCurve(&other));
-    EXPECT_FALSE(arc.CopyCurveData(&line));
+    EXPECT_TRUE(line.Replace(&line) && line.IsSameCurve(&other));
     log.Take(line);
     line.SetIsReflectCenterLine(false);
-    EXPECT_EQ(log.Take(line), 1);
-    EXPECT_FALSE(line.IsReflectCenterLine());
+    EXPECT_TRUE(log.Take(line) == 1 && !line.IsReflectCenterLine());
+    line.SetCurveData(records::Line(90, 0, 91, 0).release());
+    EXPECT_TRUE(line.IsPointOnObject(Point(90.5, 0), 1e-6)) << "the box is that of the new record";
 }
 
 TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
@@ -194,13 +268,11 @@ TEST(Curve, MessagesWithoutARecord) {
     const CurvePtr splinePtr = MakeSpline(2, {{0, 0}, {1, 1}});
     auto& ellipse = static_cast<Ellipse&>(*ellipsePtr);
     auto& spline = static_cast<Spline&>(*splinePtr);
-    for (Curve* curve :
-         {static_cast<Curve*>(&line), static_cast<Curve*>(&arc), ellipsePtr.get(), splinePtr.get()})
+    for (Curve* curve : std::initializer_list<Curve*>{&line, &arc, &ellipse, &spline})
         curve->SetCurveData(nullptr);
     Point p;
     Vector v;
-    double t = 0;
-    double pair[2];
+    double t = 0, pair[2];
     int i = 0;
     std::vector<double> knots;
     std::vector<Point*> poles;
@@ -314,14 +386,13 @@ TEST(Curve, RunningOutOfMemoryChangesNothing) {
 TEST(Curve, LinesAndArcsMeasureWithoutAllocating) {
     const Line line(Point(-5, 1), Point(5, 2));
     const Arc arc(Point(3, 0), Point(0, 3), Point(0, 0));
+    const Point p(2, 5);
     std::vector<Point> out;
     out.reserve(16);
     SM_fail_nth(0);
-    for (const Curve* curve : {static_cast<const Curve*>(&line), static_cast<const Curve*>(&arc)}) {
-        const Point p(2, 5);
+    for (const Curve* curve : std::initializer_list<const Curve*>{&line, &arc}) {
         EXPECT_GE(curve->DistanceBounded(p), curve->Distance(p));
-        EXPECT_NEAR(curve->GetClosestPoint(p).Distance(p), curve->DistanceBounded(p), 1e-9);
-        EXPECT_NEAR(curve->Project(p).Distance(p), curve->Distance(p), 1e-12);
+        EXPECT_GE(curve->GetClosestPoint(p).Distance(p), curve->Project(p).Distance(p) - 1e-12);
         curve->IntersectBounded(line, out);
         curve->IntersectBounded(arc, out);
     }
