@@ -165,7 +165,8 @@ protected:
     double KernelDistance(const Point& p) const;
     double KernelDistanceBounded(const Point& p) const;
     Point KernelProject(const Point& p) const;
-    void KernelIntersect(const Curve& other, std::vector<Point>& out) const;
+    /// Throws the text when the other curve is of none of the four kinds.
+    void KernelIntersect(const Curve& other, std::vector<Point>& out, Core::StaticText ifUnknown) const;
 
     KC_CURVE_struct_s* curve_ = nullptr;
 

@@ -81,6 +81,17 @@ bool FindHits(KC_CURVE_struct_s* a, KC_CURVE_struct_s* b, CRV_TOPOL_extent_t ext
     return status == 0;
 }
 
+bool IsOfKnownKind(const Curve& curve) {
+    switch (curve.GetType()) {
+    case CurveType_Line:
+    case CurveType_Arc:
+    case CurveType_Ellipse:
+    case CurveType_Spline:
+        return true;
+    }
+    return false;
+}
+
 /// Nothing of the curve's carrier lies outside its limits.
 bool CoversItsCarrier(const Curve& curve) {
     return curve.GetType() == CurveType_Spline || curve.IsPeriodic();
@@ -254,7 +265,9 @@ bool Curve::IsConnected(Curve* other) const {
 
 // --- Against another curve
 
-void Curve::KernelIntersect(const Curve& other, std::vector<Point>& out) const {
+void Curve::KernelIntersect(const Curve& other, std::vector<Point>& out, Core::StaticText ifUnknown) const {
+    if (!IsOfKnownKind(other))
+        Core::ThrowMessage(ifUnknown);
     Hits hits;
     if (!FindHits(&Record("Curve::Intersect - CURVE cannot be NULL"),
                   &other.Record("Curve::Intersect - CURVE cannot be NULL"), CRV_TOPOL_CARRIER,

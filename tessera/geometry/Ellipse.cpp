@@ -124,10 +124,6 @@ Point Ellipse::GetRotateHandleLocation() const {
 
 // --- Measures
 
-double Ellipse::Length() const {
-    return KernelLength();
-}
-
 bool Ellipse::IsZeroLength() const {
     const EVC_conic_s& conic = ConicData(Record("Ellipse::AskRadii: Invalid Ellipse object"));
     const double t = EQ_ask_length_tolerance();
@@ -143,24 +139,6 @@ int Ellipse::AskNumberOfSampledPoints(double tol) const {
     const double span = std::fabs(conic.endAngle - conic.startAngle);
     const double radius = std::fmax(std::fabs(conic.radius1), std::fabs(conic.radius2));
     return SamplesOfSweep(Arc::ComputeNumberOfDisplaySegments(radius, span, tol), span, IsClosed());
-}
-
-// --- Points against the ellipse
-
-double Ellipse::Distance(const Point& p) const {
-    return KernelDistance(p);
-}
-
-double Ellipse::DistanceBounded(const Point& p) const {
-    return KernelDistanceBounded(p);
-}
-
-Point Ellipse::Project(const Point& p) const {
-    return KernelProject(p);
-}
-
-bool Ellipse::WithinBounds(const Point& /*p*/) const {
-    return true;
 }
 
 // --- Against other curves
@@ -184,15 +162,7 @@ bool Ellipse::IsSameCurve(const Curve* other) const {
 }
 
 void Ellipse::Intersect(const Curve& other, std::vector<Point>& out) const {
-    switch (other.GetType()) {
-    case CurveType_Line:
-    case CurveType_Arc:
-    case CurveType_Ellipse:
-    case CurveType_Spline:
-        KernelIntersect(other, out);
-        return;
-    }
-    Core::ThrowMessage("Ellipse::Intersect: Unsupported yet");
+    KernelIntersect(other, out, "Ellipse::Intersect: Unsupported yet");
 }
 
 // --- Changes

@@ -21,11 +21,11 @@ public:
     Ellipse* Copy() const override;
     void Transform(double m[3][3]) override;
     void Intersect(const Curve& other, std::vector<Point>& out) const override;
-    double Length() const override;
-    double Distance(const Point& p) const override;
-    double DistanceBounded(const Point& p) const override;
-    Point Project(const Point& p) const override;
-    bool WithinBounds(const Point& p) const override; ///< always true
+    double Length() const override { return KernelLength(); }
+    double Distance(const Point& p) const override { return KernelDistance(p); }
+    double DistanceBounded(const Point& p) const override { return KernelDistanceBounded(p); }
+    Point Project(const Point& p) const override { return KernelProject(p); }
+    bool WithinBounds(const Point& /*p*/) const override { return true; }
     int AskNumberOfSampledPoints(double tol) const override;
     /// Both radii, or the sweep in radians, within the length tolerance.
     bool IsZeroLength() const override;

@@ -138,28 +138,6 @@ bool Spline::IsG1Closed() const {
            std::fabs(leaving.Cross(arriving)) <= kTangentSine;
 }
 
-// --- Measures and points against the spline
-
-double Spline::Length() const {
-    return KernelLength();
-}
-
-double Spline::Distance(const Point& p) const {
-    return KernelDistance(p);
-}
-
-double Spline::DistanceBounded(const Point& p) const {
-    return KernelDistanceBounded(p);
-}
-
-Point Spline::Project(const Point& p) const {
-    return KernelProject(p);
-}
-
-bool Spline::WithinBounds(const Point& /*p*/) const {
-    return true;
-}
-
 // --- Sampling
 
 int Spline::AskNumberOfSampledPoints(int minimum) const {
@@ -212,15 +190,7 @@ bool Spline::IsSameCurve(const Curve* other) const {
 }
 
 void Spline::Intersect(const Curve& other, std::vector<Point>& out) const {
-    switch (other.GetType()) {
-    case CurveType_Line:
-    case CurveType_Arc:
-    case CurveType_Ellipse:
-    case CurveType_Spline:
-        KernelIntersect(other, out);
-        return;
-    }
-    Core::ThrowMessage("Spline::Intersect: Unsupported yet");
+    KernelIntersect(other, out, "Spline::Intersect: Unsupported yet");
 }
 
 // --- Changes

@@ -19,11 +19,11 @@ public:
 
     Spline* Copy() const override;
     void Intersect(const Curve& other, std::vector<Point>& out) const override;
-    double Length() const override;
-    double Distance(const Point& p) const override;
-    double DistanceBounded(const Point& p) const override;
-    Point Project(const Point& p) const override;
-    bool WithinBounds(const Point& p) const override; ///< always true
+    double Length() const override { return KernelLength(); }
+    double Distance(const Point& p) const override { return KernelDistance(p); }
+    double DistanceBounded(const Point& p) const override { return KernelDistanceBounded(p); }
+    Point Project(const Point& p) const override { return KernelProject(p); }
+    bool WithinBounds(const Point& /*p*/) const override { return true; }
     /// Ignores the tolerance: AskNumberOfSampledPoints(20).
     int AskNumberOfSampledPoints(double tol) const override;
     void CreatePolylinePoints(int n, std::vector<Point>& pts) const override;
