@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "tessera/kernel/internal/CholeskyRows.h"
+
 // Factorisations and triangular solves of full matrices. Row-oriented throughout, so that the inner loops run
 // over consecutive elements.
 
@@ -96,23 +98,7 @@ int NR_generalized_eigen(int n, const double* c, const double* m, int maxSweeps,
 }
 
 int NR_cholesky_decomp(int n, double* a) {
-    for (int i = 0; i < n; ++i) {
-        double* row = Row(a, n, i);
-        const double diagonal = row[i];
-        for (int j = 0; j <= i; ++j) {
-            const double* other = Row(a, n, j);
-            double value = row[j];
-            for (int k = 0; k < j; ++k)
-                value -= row[k] * other[k];
-            if (j < i)
-                row[j] = value / other[j];
-            else if (value > kEpsilon * diagonal && std::isfinite(value))
-                row[i] = std::sqrt(value);
-            else
-                return 0;
-        }
-    }
-    return 1;
+    return CholeskyRows(n, n - 1, [=](int i) { return Row(a, n, i); });
 }
 
 void NR_cholesky_solve(int n, const double* l, double* b) {

@@ -1,16 +1,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 #include "tessera/kernel/NR.h"
+#include "tessera/kernel/internal/CholeskyRows.h"
 
 // Band solvers. bandec shifts every row so that its first kept element stands in column 0; after step k row k
 // holds U(k, k) first. Exchanges may fill up to lower more diagonals on the right, hence the width of U.
 
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 // Rows near the top start left of the matrix: shift them so that column 0 of row i is A(i, max(0, i -
 // lower)), and zero every place that lies outside the matrix.
@@ -77,24 +75,7 @@ void banbks(int n, int lower, int upper, const double* a, const double* l, const
 
 int NR_band_cholesky_decomp(int n, int half, double* a) {
     const std::ptrdiff_t width = static_cast<std::ptrdiff_t>(half) + 1;
-    for (int i = 0; i < n; ++i) {
-        const int first = std::max(0, i - half);
-        double* row = a + i * width + (half - i); // row[j] is element (i, j)
-        const double diagonal = row[i];
-        for (int j = first; j <= i; ++j) {
-            const double* other = a + j * width + (half - j);
-            double value = row[j];
-            for (int k = std::max(first, j - half); k < j; ++k)
-                value -= row[k] * other[k];
-            if (j < i)
-                row[j] = value / other[j];
-            else if (value > kEpsilon * diagonal && std::isfinite(value))
-                row[i] = std::sqrt(value);
-            else
-                return 0;
-        }
-    }
-    return 1;
+    return CholeskyRows(n, half, [=](int i) { return a + i * width + (half - i); });
 }
 
 void NR_band_cholesky_solve(int n, int half, const double* l, int columns, double* b) {
