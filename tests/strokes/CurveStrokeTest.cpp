@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"

@@ -1,10 +1,6 @@
 #include "tessera/strokes/Stroke.h"
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
-#include <memory>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -171,30 +167,29 @@ TEST(StrokeHull, DegenerateStrokes) {
 
 // --- Simplify
 
-// The rule itself, by recursion over plain scans.
+// The rule itself, by recursion over plain scans: the farthest sample beside the chord and the farthest
+// beyond its ends stay when they exceed the tolerance.
 void MarkByRule(const std::vector<Point>& p, int from, int to, double tol, std::vector<bool>& kept) {
-    if (to - from < 2)
-        return;
-    int beside = -1, beyond = -1;
-    double besideDistance = tol, beyondDistance = tol;
+    const Point chord = p[to] - p[from];
+    int farthest[2] = {-1, -1};
+    double distance[2] = {tol, tol};
     for (int i = from + 1; i < to; ++i) {
-        const double along =
-            (p[i].x - p[from].x) * (p[to].x - p[from].x) + (p[i].y - p[from].y) * (p[to].y - p[from].y);
-        const bool isBeside = along >= 0 && along <= p[from].Distance2(p[to]) && p[from].Distance2(p[to]) > 0;
-        const double d = SegmentDistance(p[i], p[from], p[to]);
-        if (d > (isBeside ? besideDistance : beyondDistance)) {
-            (isBeside ? beside : beyond) = i;
-            (isBeside ? besideDistance : beyondDistance) = d;
+        const double along = (p[i] - p[from]).Dot(chord), d = SegmentDistance(p[i], p[from], p[to]);
+        const int kind = along >= 0 && along <= chord.Dot(chord) && chord.Dot(chord) > 0 ? 0 : 1;
+        if (d > distance[kind]) {
+            distance[kind] = d;
+            farthest[kind] = i;
         }
     }
-    int previous = from;
-    for (const int split : {std::min(beside, beyond), std::max(beside, beyond), to}) {
-        if (split >= 0 && split > previous && (split != to || previous != from)) {
-            kept[split] = true;
-            MarkByRule(p, previous, split, tol, kept);
-            previous = split;
+    kept[from] = kept[to] = true;
+    std::sort(farthest, farthest + 2);
+    for (const int split : farthest)
+        if (split > 0) {
+            MarkByRule(p, from, split, tol, kept);
+            from = split;
         }
-    }
+    if (farthest[1] > 0)
+        MarkByRule(p, from, to, tol, kept);
 }
 
 TEST(Simplify, KeepsWhatTheRuleKeeps) {
@@ -206,7 +201,6 @@ TEST(Simplify, KeepsWhatTheRuleKeeps) {
             points.back() = points.front();
         const double tol = 0.5 + trial % 7 * 4;
         std::vector<bool> kept(points.size(), false);
-        kept.front() = kept.back() = true;
         MarkByRule(points, 0, static_cast<int>(points.size()) - 1, tol, kept);
         Stroke stroke = StrokeThrough(points);
         ASSERT_TRUE(stroke.Simplify(tol));

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <random>
-
 #include "tessera/kernel/VexMath.h"
 #include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
