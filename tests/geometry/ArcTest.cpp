@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <numbers>
-#include <random>
-
 #include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"
 
@@ -14,8 +9,6 @@ using namespace Tessera::Geometry;
 using namespace Tessera::Testing;
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 Arc AnglesArc(double start, double end, double radius = 1.0, const Point& centre = Point(0, 0)) {
     double at[3] = {centre.x, centre.y, 0.0};
@@ -154,7 +147,6 @@ TEST(Arc, IntersectionsOfCircles) {
         {"apart", {3, 0}, 1, {}},
         {"inside", {0.2, 0}, 0.5, {}},
         {"touching from inside", {0.7, 0}, 0.3, {{1, 0}, {1, 0}}},
-        {"touching from inside, rounded outwards", {0.07, 0.24}, 0.75, {{0.28, 0.96}, {0.28, 0.96}}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -164,23 +156,24 @@ TEST(Arc, IntersectionsOfCircles) {
         for (std::size_t i = 0; i < out.size(); ++i)
             EXPECT_NEAR(out[i].Distance(row.expected[i]), 0.0, 1e-7);
     }
+    for (double r = 0.05; r < 1.0; r += 0.05) { // from inside the root may be rounded below zero
+        std::vector<Point> out;
+        Arc(Point(0, 0), 1.0).Intersect(Arc(Point(1 - r, 0), r), out);
+        EXPECT_NEAR(out.at(0).x, 1.0, 1e-7) << r;
+    }
 }
 
 TEST(Arc, ChangesKeepTheRest) {
     Arc arc = AnglesArc(0.5, 1.5, 2.0, Point(1, 1));
+    const Arc changed = AnglesArc(0.5, 1.5, 3.0, Point(-3, 4));
     arc.SetCenter(Point(-3, 4));
-    EXPECT_NEAR(arc.GetStart().Distance(Point(-3, 4) + 2.0 * At(0.5)), 0.0, 1e-15);
     arc.SetRadius(3.0);
-    EXPECT_NEAR(arc.GetEnd().Distance(Point(-3, 4) + 3.0 * At(1.5)), 0.0, 1e-15);
-    EXPECT_DOUBLE_EQ(arc.GetRadius(), 3.0);
-    double curvature = 0.0;
-    EXPECT_TRUE(arc.ComputeCurvature(1.0, &curvature));
-    EXPECT_NEAR(curvature, 1.0 / 3, 1e-14);
+    EXPECT_TRUE(arc.IsSameCurve(&changed));
     arc.SetClosed();
     ExpectLimits(arc, 0, 2 * kPi);
     EXPECT_DOUBLE_EQ(arc.Length(), 6 * kPi);
-    EXPECT_NEAR(arc.GetPointFromArcDistance(1.5 * kPi).Distance(Point(-3, 7)), 0.0, 1e-14);
-    EXPECT_NEAR(arc.Project(Point(-3, 4)).Distance(Point(-3, 4)), 3.0, 1e-15) << "the centre has a foot too";
+    EXPECT_EQ(arc.GetPointFromArcDistance(1.5 * kPi), Point(-3, 7));
+    EXPECT_EQ(arc.Project(Point(-3, 4)), Point(0, 4)) << "the centre has a foot too";
 }
 
 TEST(Arc, MergeTakesTheUnion) {

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <random>
-
 #include "tessera/geometry/Point.h"
 #include "tests/support/Records.h"
 #include "tests/support/ThrownMessage.h"
@@ -99,8 +96,7 @@ TEST(BoundingBox, IntersectionAtItsTolerance) {
         const BoundingBox &a, &b;
         double gap;
     };
-    for (const Row& row :
-         {Row{origin, near, 0.5}, {origin, box, 1.0}, {box, above, 1.0}})
+    for (const Row& row : {Row{origin, near, 0.5}, {origin, box, 1.0}, {box, above, 1.0}})
         for (const double tol : {row.gap - 0.1, row.gap + 0.1}) {
             EXPECT_EQ(row.a.IsIntersecting(&row.b, tol), tol > row.gap);
             EXPECT_EQ(row.b.IsIntersecting(&row.a, tol), tol > row.gap);

@@ -1,22 +1,12 @@
 // What curves answer through the kernel: pieces, measures, and how they lie to each other.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <numbers>
-#include <random>
-
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;
-
-namespace {
-
-constexpr double kPi = std::numbers::pi;
-
-} // namespace
 
 TEST(CurveKernel, MeasuresAgreeWithSamples) {
     std::mt19937 rng(21);

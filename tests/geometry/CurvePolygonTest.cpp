@@ -1,11 +1,6 @@
 // Curves against polygons: hand-made traps first, then random polygons against dense sampling.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <numbers>
-#include <random>
-
 #include "tessera/core/NumericHelpers.h"
 #include "tests/support/SampleCurves.h"
 

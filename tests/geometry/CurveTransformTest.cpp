@@ -2,9 +2,7 @@
 // about itself must rebuild the curve that it evaluates to.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
-#include <numbers>
 
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
@@ -14,8 +12,6 @@ using namespace Tessera::Geometry;
 using namespace Tessera::Testing;
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 struct Matrix {
     const char* name;
@@ -46,23 +42,18 @@ void Apply(Shape& shape, const Matrix& matrix) {
     shape.Transform(m);
 }
 
-/// A new curve from nothing but what the accessors tell.
+/// A new curve from nothing but what the accessors tell; a copy of a spline.
 CurvePtr Rebuilt(const Curve& curve) {
-    switch (curve.GetType()) {
-    case CurveType_Line:
-        return std::make_unique<Line>(curve.GetStart(), curve.GetEnd());
-    case CurveType_Arc: {
-        const auto& arc = static_cast<const Arc&>(curve);
-        return MakeArc(arc.GetCenter(), arc.GetRadius(), arc.GetStartAngle(), arc.GetEndAngle());
-    }
-    case CurveType_Ellipse: {
-        double centre[2], radii[2], rotation = 0, start = 0, end = 0;
-        static_cast<const Ellipse&>(curve).AskEllipseData(centre, radii, &rotation, &start, &end);
-        return MakeEllipse(Point(centre), radii[0], radii[1], rotation, start, end);
-    }
-    default:
+    if (curve.GetType() == CurveType_Line)
+        return MakeLine(curve.GetStart(), curve.GetEnd());
+    if (const auto* arc = dynamic_cast<const Arc*>(&curve))
+        return MakeArc(arc->GetCenter(), arc->GetRadius(), arc->GetStartAngle(), arc->GetEndAngle());
+    const auto* ellipse = dynamic_cast<const Ellipse*>(&curve);
+    if (ellipse == nullptr)
         return CurvePtr(curve.CopyCurveOnly());
-    }
+    double centre[2], radii[2], rotation = 0, start = 0, end = 0;
+    ellipse->AskEllipseData(centre, radii, &rotation, &start, &end);
+    return MakeEllipse(Point(centre), radii[0], radii[1], rotation, start, end);
 }
 
 } // namespace

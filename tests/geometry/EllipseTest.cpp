@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <numbers>
-
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
 
@@ -13,8 +9,6 @@ using namespace Tessera::Geometry;
 using namespace Tessera::Testing;
 
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 struct Data {
     double centre[2], radii[2], rotation, start, end;

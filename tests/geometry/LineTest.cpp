@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <memory>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/kernel/EQ.h"
 #include "tests/support/Records.h"

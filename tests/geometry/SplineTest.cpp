@@ -2,11 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <functional>
-#include <memory>
-#include <random>
 
 #include "tessera/kernel/EQ.h"
 #include "tests/support/BSplineSample.h"

@@ -1,7 +1,5 @@
 #include "tessera/kernel/BCEV.h"
 
-#include <cmath>
-
 #include <gtest/gtest.h>
 
 #include "tests/support/BSplineSample.h"

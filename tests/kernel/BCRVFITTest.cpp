@@ -1,12 +1,6 @@
 #include "tessera/kernel/BCRVFIT.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
 #include <functional>
-#include <numbers>
-#include <random>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -118,6 +112,12 @@ void ExpectSoundRecord(const Fitted& f, const std::vector<Point3>& pts, const Re
     const Point3& last = r.closed ? pts.front() : pts.back();
     EXPECT_TRUE(d.poles[0][0] == pts[0].x && d.poles[0][1] == pts[0].y);
     EXPECT_TRUE(d.poles[d.numPoles - 1][0] == last.x && d.poles[d.numPoles - 1][1] == last.y);
+    if (r.closed && r.order > 2) { // the seam is smooth
+        const double *a = d.poles[1], *s = d.poles[0], *b = d.poles[d.numPoles - 2];
+        const double ax = a[0] - s[0], ay = a[1] - s[1], bx = s[0] - b[0], by = s[1] - b[1];
+        EXPECT_NEAR(ax * by - ay * bx, 0.0, 1e-11 * std::hypot(ax, ay) * std::hypot(bx, by));
+        EXPECT_GT(ax * bx + ay * by, 0.0);
+    }
 }
 
 TEST(BCRVFIT, EveryOrderAndShapeKeepsToleranceAndReportsTheTrueDeviation) {
@@ -141,22 +141,6 @@ TEST(BCRVFIT, EveryOrderAndShapeKeepsToleranceAndReportsTheTrueDeviation) {
                 EXPECT_LE(f.err[2], f.err[1]);
                 EXPECT_TRUE(order != 3 || f.Data().numPoles <= shape.mostPoles);
             }
-}
-
-TEST(BCRVFIT, ClosedSeamIsSmooth) {
-    for (const int order : {3, 4, 5, 6})
-        for (const auto curve : {Eight, Round}) {
-            const std::vector<Point3> pts = Sample(200, curve);
-            const Fitted f = Fit(pts, {order, true, BCRVFIT_KNOTS_UNIFORM, 0.008, {}});
-            ASSERT_TRUE(f.record);
-            const BCURVE_DATA& d = f.Data();
-            const double *a = d.poles[1], *s = d.poles[0], *b = d.poles[d.numPoles - 2];
-            const double ax = a[0] - s[0], ay = a[1] - s[1], bx = s[0] - b[0], by = s[1] - b[1];
-            const double product = std::hypot(ax, ay) * std::hypot(bx, by);
-            EXPECT_GT(product, 1e-6);
-            EXPECT_NEAR(ax * by - ay * bx, 0.0, 1e-12 * product + 1e-15);
-            EXPECT_GT(ax * bx + ay * by, 0.0);
-        }
 }
 
 TEST(BCRVFIT, KnownSplinesNeedNoMorePolesThanTheyHave) {

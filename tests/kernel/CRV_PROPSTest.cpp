@@ -6,10 +6,7 @@
 
 namespace {
 
-using records::At;
-using records::ParameterAt;
-
-constexpr double kPi = std::numbers::pi;
+using namespace records;
 
 double Length(const RecordPtr& c, double from, double to) {
     const double limits[2] = {from, to};
@@ -34,9 +31,9 @@ long double SpeedIntegral(const RecordPtr& c, long double from, long double to) 
 }
 
 TEST(ArcLength, AgreesWithAnotherQuadrature) {
-    records::Random random(1234);
+    Random random(1234);
     for (int trial = 0; trial < 66; ++trial) {
-        const int kind = trial % records::Random::kKinds;
+        const int kind = trial % Random::kKinds;
         const double size = trial % 3 == 0 ? 1e-3 : (trial % 3 == 1 ? 1.0 : 1e6);
         SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
         const RecordPtr c = random.Record(kind, size, {size, -size});
@@ -47,7 +44,7 @@ TEST(ArcLength, AgreesWithAnotherQuadrature) {
         for (int i = 1; kind < 5 && from + i * kPi / 64 < to; ++i)
             breaks.push_back(from + i * kPi / 64);
         if (kind >= 5) {
-            const BCURVE_DATA& d = records::DefinitionOf(c);
+            const BCURVE_DATA& d = DefinitionOf(c);
             const double lo = d.knots[d.degree], hi = d.knots[d.numPoles];
             for (int i = d.degree + 1; i < d.numPoles; ++i) {
                 const double t = (d.knots[i] - lo) / (hi - lo);
@@ -68,7 +65,6 @@ TEST(ArcLength, AgreesWithAnotherQuadrature) {
 }
 
 TEST(ArcLength, KnownLengths) {
-    using namespace records;
     const RecordPtr cusp = Bcurve(4, {{0, 0, 1}, {2, 2, 1}, {0, 2, 1}, {2, 0, 1}});
     const RecordPtr parabola = Bcurve(3, {{0, 0, 1}, {1, 2, 1}, {2, 0, 1}});
     const double parabolaLength = std::sqrt(5.0) + std::asinh(2.0) / 2;
@@ -103,8 +99,8 @@ TEST(ArcLength, ManySmallSpansFarAway) {
         near.push_back({0.001 * i, std::sin(0.01 * i), 1.0});
         far.push_back({1e6 + near.back()[0], 1e6 + near.back()[1], 1.0});
     }
-    const double length = Length(records::Bcurve(4, near), 0, 1);
-    EXPECT_NEAR(Length(records::Bcurve(4, far), 0, 1), length, 1e-7 * length);
+    const double length = Length(Bcurve(4, near), 0, 1);
+    EXPECT_NEAR(Length(Bcurve(4, far), 0, 1), length, 1e-7 * length);
 }
 
 TEST(ArcLength, PeriodicCurvesOverTheSeam) {
@@ -117,28 +113,28 @@ TEST(ArcLength, PeriodicCurvesOverTheSeam) {
 }
 
 TEST(Curvature, AgreesWithTheCircleThroughThreePoints) {
-    records::Random random(88);
+    Random random(88);
     for (int trial = 0; trial < 110; ++trial) {
         SCOPED_TRACE(trial);
-        const RecordPtr c = random.Record(trial % records::Random::kKinds, 1.0, {0, 0});
+        const RecordPtr c = random.Record(trial % Random::kKinds, 1.0, {0, 0});
         const double t = ParameterAt(c, random.In(0.1, 0.9)), h = 1e-5;
         double k = -9.0;
         ASSERT_EQ(CRV_PROPS_curvature(c.get(), t, &k), 0);
-        const records::Xy a = At(c, t - h), b = At(c, t), d = At(c, t + h);
-        const double sides = records::Distance(a, b) * records::Distance(b, d) * records::Distance(d, a);
+        const Xy a = At(c, t - h), b = At(c, t), d = At(c, t + h);
+        const double sides = Distance(a, b) * Distance(b, d) * Distance(d, a);
         const double turned = 2.0 * ((b.x - a.x) * (d.y - a.y) - (b.y - a.y) * (d.x - a.x)) / sides;
         EXPECT_NEAR(k, turned, 1e-3 * (1.0 + std::fabs(k) * (1.0 + std::fabs(k))));
     }
     double k = 0.0;
-    EXPECT_EQ(CRV_PROPS_curvature(records::Arc(9, 9, 4).get(), 1.0, &k), 0);
+    EXPECT_EQ(CRV_PROPS_curvature(Arc(9, 9, 4).get(), 1.0, &k), 0);
     EXPECT_NEAR(k, 0.25, 1e-15);
 }
 
 TEST(CurveProperties, FailuresWriteNothing) {
     double value = 42.0;
     const double limits[2] = {0, 1}, reversed[2] = {1, 0}, origin[3] = {};
-    const RecordPtr point(ev02p0(origin)), dot = records::Line(1, 1, 1, 1), line = records::Line(0, 0, 1, 0);
-    const RecordPtr cusp = records::Bcurve(4, {{0.1, 0.7, 1}, {2.1, 2.7, 1}, {0.1, 2.7, 1}, {2.1, 0.7, 1}});
+    const RecordPtr point(ev02p0(origin)), dot = Line(1, 1, 1, 1), line = Line(0, 0, 1, 0);
+    const RecordPtr cusp = Bcurve(4, {{0.1, 0.7, 1}, {2.1, 2.7, 1}, {0.1, 2.7, 1}, {2.1, 0.7, 1}});
     for (const RecordPtr* c : {&point, &dot, &cusp})
         EXPECT_EQ(CRV_PROPS_curvature(c->get(), 0.5, &value), 1);
     EXPECT_EQ(CRV_PROPS_arc_length(nullptr, limits, &value), 1);

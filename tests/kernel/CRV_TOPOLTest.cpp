@@ -9,8 +9,6 @@ namespace {
 
 using namespace records;
 
-constexpr double kPi = std::numbers::pi;
-
 struct Hits {
     int status = -1;
     std::vector<CRV_TOPOL_hit_t> list;

@@ -7,8 +7,6 @@ namespace {
 
 using namespace records;
 
-constexpr double kPi = std::numbers::pi;
-
 struct Overlap {
     int status = -1;
     CRV_TOPOL_state_t state = CRV_TOPOL_SEPARATE;

@@ -1,12 +1,9 @@
-#include <cmath>
-#include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/BSplineSample.h"
 
 using namespace records;
-using std::numbers::pi;
 
 namespace {
 
@@ -83,12 +80,12 @@ TEST(CurveExtraction, LinesAndConics) {
         const RecordPtr piece = Part(c, 5, 7); // across the seam
         EXPECT_TRUE(piece->start == 5.0 && piece->span == 2.0 && piece->closed == 0);
         EXPECT_LT(LargestGap(c, 5, 7, piece, 5, 7), 1e-15);
-        EXPECT_EQ(Part(c, 1, 1 + 2 * pi)->closed, 1);
+        EXPECT_EQ(Part(c, 1, 1 + 2 * kPi)->closed, 1);
     }
 }
 
 TEST(CurveToBCurve, ConicsAreExactInAscendingLimits) {
-    for (const double sweep : {0.1, 1.0, pi / 2, 2.0, pi, 4.0, 2 * pi - 0.01, 2 * pi, -2.0}) {
+    for (const double sweep : {0.1, 1.0, kPi / 2, 2.0, kPi, 4.0, 2 * kPi - 0.01, 2 * kPi, -2.0}) {
         SCOPED_TRACE(sweep);
         const RecordPtr c = Ellipse(1, 2, 3, 0.5, 0.7, 0.4, 0.4 + sweep), b = AsBcurve(c);
         ASSERT_TRUE(b);

@@ -1,7 +1,6 @@
 #include "tessera/kernel/CurveRecord.h"
 
 #include <functional>
-#include <numbers>
 
 #include <gtest/gtest.h>
 
@@ -12,11 +11,10 @@
 #include "tests/support/AllocationFaults.h"
 #include "tests/support/BSplineSample.h"
 
-using std::numbers::pi;
-
 TEST(CurveRecord, ClosedWithinATinyAngle) {
-    const std::pair<double, int> rows[] = {{2 * pi, 1},        {2 * pi - 9e-11, 1}, {2 * pi + 9e-11, 1},
-                                           {2 * pi - 1e-9, 0}, {-2 * pi, 0},        {4 * pi, 0}};
+    const std::pair<double, int> rows[] = {{2 * records::kPi, 1},         {2 * records::kPi - 9e-11, 1},
+                                           {2 * records::kPi + 9e-11, 1}, {2 * records::kPi - 1e-9, 0},
+                                           {-2 * records::kPi, 0},        {4 * records::kPi, 0}};
     for (const auto& [end, closed] : rows) {
         EXPECT_EQ(records::Arc(0, 0, 1, 0, end)->closed, closed) << end;
         EXPECT_EQ(records::Ellipse(0, 0, 2, 1, 0.3, 0, end)->closed, closed) << end;

@@ -1,12 +1,9 @@
-#include <cmath>
-#include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "tests/support/BSplineSample.h"
 
 using namespace records;
-using std::numbers::pi;
 
 namespace {
 
@@ -97,7 +94,7 @@ TEST(CurveTransform, NormalizedAxesKeepTheCurve) {
                 EXPECT_LT(LargestGap(literal, from[0], from[1], standard, to[turnsRound ? 1 : 0],
                                      to[turnsRound ? 0 : 1]),
                           1e-12);
-                const bool isReduced = standard->start >= 0 && standard->start < 2 * pi;
+                const bool isReduced = standard->start >= 0 && standard->start < 2 * kPi;
                 if (c->form == kFormArc) {
                     const auto* arc = static_cast<EVC_arc_s*>(standard->data);
                     EXPECT_TRUE(arc->xAxis[0] == arc->radius && arc->xAxis[1] == 0.0);

@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <numbers>
-#include <random>
-#include <vector>
 
 #include "tessera/kernel/ARC_SPLINE.h"
 #include "tests/support/FitSamples.h"

@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <random>
-#include <vector>
 
 #include "tessera/kernel/MTX4.h"
 #include "tests/support/SegmentDistance.h"

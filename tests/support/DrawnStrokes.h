@@ -8,6 +8,7 @@
 
 #include "tessera/geometry/Point.h"
 #include "tessera/strokes/Stroke.h"
+#include "tests/support/FitSamples.h"
 
 namespace Tessera::Testing {
 
@@ -33,14 +34,8 @@ inline Samples DrawPath(std::initializer_list<Geometry::Point> corners, int perS
 inline Samples DrawEllipse(const Geometry::Point& centre, double a, double b, double rotation, double start,
                            double end, int n) {
     Samples samples;
-    const double c = std::cos(rotation);
-    const double s = std::sin(rotation);
-    for (int i = 0; i < n; ++i) {
-        const double t = start + (end - start) * i / (n - 1);
-        const double x = a * std::cos(t);
-        const double y = b * std::sin(t);
-        samples.emplace_back(centre.x + c * x - s * y, centre.y + s * x + c * y, 1.0);
-    }
+    for (const auto& p : EllipsePoints({centre.x, centre.y}, a, b, rotation, start, end - start, n))
+        samples.emplace_back(p.x, p.y, 1.0);
     return samples;
 }
 

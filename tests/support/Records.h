@@ -13,6 +13,8 @@
 
 namespace records {
 
+inline constexpr double kPi = std::numbers::pi;
+
 struct Xy {
     double x = 0.0, y = 0.0;
 };
@@ -22,13 +24,13 @@ inline RecordPtr Line(double x0, double y0, double x1, double y1) {
     return RecordPtr(ev03p0(a, b));
 }
 
-inline RecordPtr Arc(double x, double y, double r, double start = 0.0, double end = 2.0 * std::numbers::pi) {
+inline RecordPtr Arc(double x, double y, double r, double start = 0.0, double end = 2.0 * kPi) {
     const double c[3] = {x, y, 0.0};
     return RecordPtr(ev05p0(c, r, start, end));
 }
 
 inline RecordPtr Ellipse(double x, double y, double r1, double r2, double rotation, double start = 0.0,
-                         double end = 2.0 * std::numbers::pi) {
+                         double end = 2.0 * kPi) {
     const double c[3] = {x, y, 0.0};
     return RecordPtr(ev06p0(c, r1, r2, rotation, start, end));
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -14,6 +15,8 @@
 #include "tests/support/SegmentDistance.h"
 
 namespace Tessera::Testing {
+
+inline constexpr double kPi = std::numbers::pi;
 
 using Geometry::Curve;
 using Geometry::Point;
@@ -66,7 +69,7 @@ inline std::vector<Sample> SampleCurves() {
     all.push_back({"arc across the zero angle", MakeArc({-1, 1}, 2, -0.4, 3.6)});
     all.push_back({"circle", MakeCircle({2, 1}, 1.5)});
     all.push_back({"elliptic arc", MakeEllipse({0.5, 1}, 3, 1, 0.4, 0.2, 4.0)});
-    all.push_back({"ellipse", MakeEllipse({-1, 0.3}, 2, 0.7, 2.5, 0.0, 2.0 * 3.14159265358979323846)});
+    all.push_back({"ellipse", MakeEllipse({-1, 0.3}, 2, 0.7, 2.5, 0.0, 2.0 * kPi)});
     all.push_back({"cubic", MakeSpline(4, {{0, 0}, {1, 3}, {2, -2}, {4, 1}, {5, 3}, {3, 4}})});
     all.push_back({"rational", MakeSpline(3, {{-2, 0}, {0, 3}, {2, 1}, {3, -2}}, {1, 2, 0.5, 1})});
     all.push_back({"poly-line", MakeSpline(2, {{-3, -1}, {0, 2}, {1, -1}, {4, 0}})});
