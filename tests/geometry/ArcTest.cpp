@@ -132,37 +132,6 @@ TEST(Arc, WithinBoundsComparesAngles) {
         EXPECT_EQ(row.arc.WithinBounds(row.p), row.within) << row.p.x << ", " << row.p.y;
 }
 
-TEST(Arc, IntersectionsOfCircles) {
-    struct Row {
-        const char* name;
-        Point centre;
-        double radius;
-        std::vector<Point> expected;
-    };
-    const double h = std::sqrt(0.75);
-    const Row rows[] = {
-        {"touching from outside", {2, 0}, 1, {{1, 0}}},
-        {"crossing, in this order", {1, 0}, 1, {{0.5, -h}, {0.5, h}}},
-        {"concentric", {0, 0}, 2, {}},
-        {"apart", {3, 0}, 1, {}},
-        {"inside", {0.2, 0}, 0.5, {}},
-        {"touching from inside", {0.7, 0}, 0.3, {{1, 0}, {1, 0}}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        std::vector<Point> out;
-        Arc(Point(0, 0), 1.0).Intersect(Arc(row.centre, row.radius), out);
-        ASSERT_EQ(out.size(), row.expected.size());
-        for (std::size_t i = 0; i < out.size(); ++i)
-            EXPECT_NEAR(out[i].Distance(row.expected[i]), 0.0, 1e-7);
-    }
-    for (double r = 0.05; r < 1.0; r += 0.05) { // from inside the root may be rounded below zero
-        std::vector<Point> out;
-        Arc(Point(0, 0), 1.0).Intersect(Arc(Point(1 - r, 0), r), out);
-        EXPECT_NEAR(out.at(0).x, 1.0, 1e-7) << r;
-    }
-}
-
 TEST(Arc, ChangesKeepTheRest) {
     Arc arc = AnglesArc(0.5, 1.5, 2.0, Point(1, 1));
     const Arc changed = AnglesArc(0.5, 1.5, 3.0, Point(-3, 4));

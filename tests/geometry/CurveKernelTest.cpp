@@ -85,6 +85,47 @@ TEST(CurveKernel, PointsOnAndEndsAtTheBoundedCurve) {
         << "circles have no ends";
 }
 
+// In this order; the other way round the same for a line, reversed for two circles.
+TEST(CurveKernel, CarriersOfLinesAndCirclesMeetInClosedForm) {
+    const double h = std::sqrt(0.75);
+    struct Row {
+        const char* name;
+        CurvePtr a, b;
+        std::vector<Point> expected;
+    };
+    const Row rows[] = {
+        {"line through the centre", MakeLine({1, 0}, {1, 1}), MakeCircle({1, 2}, 2), {{1, 4}, {1, 0}}},
+        {"far from its own ends", MakeLine({-10, 2}, {-9, 2}), MakeCircle({1, 2}, 2), {{3, 2}, {-1, 2}}},
+        {"tangent", MakeLine({3, 0}, {3, 1}), MakeCircle({1, 2}, 2), {{3, 2}}},
+        {"just outside", MakeLine({3 + 1e-6, 0}, {3 + 1e-6, 1}), MakeCircle({1, 2}, 2), {}},
+        {"lines", MakeLine({0, 0}, {1, 1}), MakeLine({10, 0}, {10, -1}), {{10, 10}}},
+        {"parallel lines", MakeLine({0, 0}, {1, 1}), MakeLine({3, 0}, {5, 2}), {}},
+        {"circles touching from outside", MakeCircle({0, 0}, 1), MakeCircle({2, 0}, 1), {{1, 0}}},
+        {"crossing", MakeCircle({0, 0}, 1), MakeCircle({1, 0}, 1), {{0.5, -h}, {0.5, h}}},
+        {"concentric", MakeCircle({0, 0}, 1), MakeCircle({0, 0}, 2), {}},
+        {"apart", MakeCircle({0, 0}, 1), MakeCircle({3, 0}, 1), {}},
+        {"inside", MakeCircle({0, 0}, 1), MakeCircle({0.2, 0}, 0.5), {}},
+        {"touching from inside", MakeCircle({0, 0}, 1), MakeCircle({0.7, 0}, 0.3), {{1, 0}, {1, 0}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::vector<Point> found, swapped;
+        row.a->Intersect(*row.b, found);
+        row.b->Intersect(*row.a, swapped);
+        if (row.a->GetType() == CurveType_Arc)
+            std::reverse(swapped.begin(), swapped.end());
+        ASSERT_TRUE(found.size() == row.expected.size() && swapped.size() == row.expected.size());
+        for (std::size_t i = 0; i < found.size(); ++i)
+            EXPECT_NEAR(found[i].Distance(row.expected[i]) + swapped[i].Distance(row.expected[i]), 0.0, 1e-7);
+    }
+    std::vector<Point> out;
+    for (int i = 1; i < 20; ++i) // from inside the root may be rounded below zero
+        Arc(Point(0, 0), 1.0).Intersect(Arc(Point(1 - 0.05 * i, 0), 0.05 * i), out);
+    EXPECT_EQ(out.size(), 38U) << "appended";
+    for (const Point& p : out)
+        EXPECT_NEAR(p.Distance(Point(1, 0)), 0.0, 1e-7);
+}
+
 // The kernel's own search, tested against brute force, finds the same for every pair of kinds.
 TEST(CurveKernel, IntersectBoundedAgreesWithTheKernel) {
     std::mt19937 rng(77);
