@@ -14,16 +14,13 @@ namespace Tessera::Core {
 namespace {
 
 using Testing::ChangeLog;
-using Testing::SlotOf;
+using Testing::SlotsOf;
 
 TEST(TaggedObject, VirtualOperationsKeepTheirSlots) {
     using D = DisplayableObject;
     bool (D::*const askXYBox)(Geometry::XYBox&) const = &D::AskXYBox;
-    const std::ptrdiff_t slots[] = {
-        SlotOf(&D::AskClass),    SlotOf(&D::Copy),           SlotOf(&D::IsDisplayable), SlotOf(&D::Transform),
-        SlotOf(&D::DeepCopy),    SlotOf(&D::Replace),        SlotOf(&D::LogForChange),  SlotOf(askXYBox),
-        SlotOf(&D::IsInPolygon), SlotOf(&D::IsCrossPolygon),
-    };
+    const auto slots = SlotsOf(&D::AskClass, &D::Copy, &D::IsDisplayable, &D::Transform, &D::DeepCopy,
+                               &D::Replace, &D::LogForChange, askXYBox, &D::IsInPolygon, &D::IsCrossPolygon);
     EXPECT_THAT(slots, ::testing::ElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
 }
 

@@ -147,21 +147,15 @@ TEST(StrokeHull, ContainsEveryPointAndIsStrictlyConvex) {
                 EXPECT_GE(side.Cross(p - hull[i]), -1e-9);
         }
     }
-}
-
-TEST(StrokeHull, DegenerateStrokes) {
-    struct Row {
-        std::vector<Point> points;
-        int corners;
-    };
-    const Row rows[] = {{{}, 0},
-                        {{{kNan, 0}, {1, 2}, {HUGE_VAL, 3}, {1, kNan}}, 1},
-                        {{{1, 2}}, 1},
-                        {{{1, 2}, {1, 2}, {1, 2}}, 1},
-                        {{{0, 0}, {2, 2}, {1, 1}, {0, 0}}, 2}};
-    for (const Row& row : rows) {
-        const Hull hull(row.points);
-        EXPECT_TRUE(hull.n == row.corners && (hull.x == nullptr) == (row.corners == 0)) << row.points.size();
+    const std::pair<std::vector<Point>, int> degenerate[] = {
+        {{}, 0},
+        {{{kNan, 0}, {1, 2}, {HUGE_VAL, 3}, {1, kNan}}, 1},
+        {{{1, 2}}, 1},
+        {{{1, 2}, {1, 2}, {1, 2}}, 1},
+        {{{0, 0}, {2, 2}, {1, 1}, {0, 0}}, 2}};
+    for (const auto& [points, corners] : degenerate) {
+        const Hull hull(points);
+        EXPECT_TRUE(hull.n == corners && (hull.x == nullptr) == (corners == 0)) << points.size();
     }
 }
 
@@ -216,11 +210,10 @@ TEST(Simplify, KeepsWhatTheRuleKeeps) {
 
 TEST(Simplify, EndCases) {
     EXPECT_FALSE(StrokeThrough({{0, 0}, {1, 0}}).Simplify(1));
-    Stroke exact = StrokeThrough({{0, 0}, {5, 2}, {10, 0}});
-    EXPECT_TRUE(exact.Simplify(2.0)) << "a distance equal to the tolerance is dropped";
-    EXPECT_EQ(exact.AskNumberOfPoints(), 2);
-    Stroke both = StrokeThrough({{0, 0}, {5, 3}, {14, 0}, {10, 0}});
-    both.Simplify(2.0);
+    Stroke exact = StrokeThrough({{0, 0}, {5, 2}, {10, 0}}),
+           both = StrokeThrough({{0, 0}, {5, 3}, {14, 0}, {10, 0}});
+    EXPECT_TRUE(exact.Simplify(2.0) && both.Simplify(2.0));
+    EXPECT_EQ(exact.AskNumberOfPoints(), 2) << "a distance equal to the tolerance is dropped";
     EXPECT_EQ(both.AskNumberOfPoints(), 4) << "one beside the chord and one beyond it are kept at once";
 }
 
