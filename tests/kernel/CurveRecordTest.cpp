@@ -82,6 +82,7 @@ TEST(CurveRecord, UnknownFormsAreIgnored) {
     EXPECT_EQ(evcrvxScale(nullptr, 2), 1);
 }
 
+// Copies, moves and plain pieces of every kind fail in the tests of the curve classes.
 TEST(CurveRecord, SurvivesEveryAllocationFailure) {
     using namespace records;
     std::mt19937 rng(5);
@@ -92,7 +93,6 @@ TEST(CurveRecord, SurvivesEveryAllocationFailure) {
                                  random.Spline(4, 1.0, {0, 0})};
     DefinitionOf(seamed).periodic = 1;
     BCURVE_DATA& d = DefinitionOf(a);
-    double identity[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, zero[3] = {};
     int sizes[3] = {9, 4, 0};
     const auto box = [](const RecordPtr& c, double from, double to) {
         const double limits[2] = {from, to};
@@ -122,14 +122,8 @@ TEST(CurveRecord, SurvivesEveryAllocationFailure) {
             ev0950(e);
             return e != nullptr;
         },
-        [&] { return Copy(a) != nullptr; },
-        [&] { return RecordPtr(evcrvx(a.get(), identity, zero)) != nullptr; },
-        [&] { return RecordPtr(evcrvx(arc.get(), identity, zero)) != nullptr; },
-        [&] { return BcurveDataPtr(em0960(arc.get())) != nullptr; },
-        [&] { return Part(a, 0.2, 0.7) != nullptr; },
         [&] { return Part(b, 0.6, 1.3) != nullptr; },
         [&] { return Part(seamed, 0.6, 1.3) != nullptr; },
-        [&] { return Part(arc, 5, 7) != nullptr; },
         [&] { return box(a, 0, 1); },
         [&] { return box(a, 0.1, 0.4); },
         [&] { return meet(line, ellipse); },

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <numbers>
-#include <random>
-#include <vector>
+#include <numeric>
 
 #include "tessera/kernel/LSFIT.h"
 #include "tessera/kernel/SM.h"
@@ -74,17 +71,16 @@ TEST(EllipseFit, ExactEllipses) {
         const EllipseFit fit =
             FitEllipse(EllipsePoints(row.centre, row.a, row.b, row.angle, 0.4, row.sweep, row.n));
         ASSERT_EQ(fit.status, 0);
-        EXPECT_NEAR(fit.centre.x, row.centre.x, row.tol * row.a);
-        EXPECT_NEAR(fit.centre.y, row.centre.y, row.tol * row.a);
+        const double offset = std::hypot(fit.centre.x - row.centre.x, fit.centre.y - row.centre.y);
+        EXPECT_LE(offset, row.tol * row.a);
         EXPECT_NEAR(fit.a, row.a, row.tol * row.a);
         EXPECT_NEAR(fit.b, row.b, row.tol * row.a);
         EXPECT_NEAR(fit.angle, row.angle, 10 * row.tol);
         EXPECT_LE(fit.err[0], 2 * row.tol * row.a);
     }
-    const EllipseFit circle = FitEllipse(EllipsePoints({1, 2}, 3, 3, 0, 0, kTau, 40));
-    ASSERT_EQ(circle.status, 0);
-    EXPECT_NEAR(circle.a, 3, 1e-12);
-    EXPECT_NEAR(circle.b, 3, 1e-12);
+    const EllipseFit circle = FitEllipse(EllipsePoints({1, 2}, 3, 3, 0, 0, kTau, 40)); // of any angle
+    EXPECT_EQ(circle.status, 0);
+    EXPECT_NEAR(std::hypot(circle.a - 3, circle.b - 3), 0, 1e-12);
 }
 
 // Fits of slightly shifted points lie along the valley of the sum, however flat it is.
@@ -140,23 +136,16 @@ TEST(EllipseFit, DeviationsAreThoseOfAllPoints) {
             const EllipseFit fit = FitEllipse(pts);
             ASSERT_EQ(fit.status, 0);
             const std::vector<double> distances = Distances(pts, fit);
-            double sum = 0.0, sumSq = 0.0;
-            for (double d : distances) {
-                sum += d;
-                sumSq += d * d;
-            }
+            const double mean = std::accumulate(distances.begin(), distances.end(), 0.0) / n;
             EXPECT_NEAR(fit.err[0], *std::max_element(distances.begin(), distances.end()), 2e-15);
-            EXPECT_NEAR(fit.err[1] / std::sqrt(sumSq / n), 1.0, 0.05);
-            EXPECT_NEAR(fit.err[2] / (sum / n), 1.0, 0.05);
-            EXPECT_LE(fit.err[2], fit.err[1]);
-            EXPECT_LE(fit.err[1], fit.err[0]);
+            EXPECT_NEAR(fit.err[1] / std::sqrt(SumOfSquares(pts, fit) / n), 1.0, 0.05);
+            EXPECT_NEAR(fit.err[2] / mean, 1.0, 0.05);
+            EXPECT_TRUE(fit.err[2] <= fit.err[1] && fit.err[1] <= fit.err[0]);
         }
 }
 
 TEST(EllipseFit, RefusesWhatIsNoEllipse) {
     std::mt19937 rng(24);
-    const double nan = std::numeric_limits<double>::quiet_NaN(),
-                 inf = std::numeric_limits<double>::infinity();
     Points2 line, hyperbola, branches, parabola, corner,
         flat = EllipsePoints({0, 0}, 1, 5e-5, 0, 0, kTau, 400);
     for (int i = -30; i <= 30; ++i) {
@@ -170,9 +159,9 @@ TEST(EllipseFit, RefusesWhatIsNoEllipse) {
     AddNoise(rng, 0.01, &corner);
     Points2 noisyHyperbola = hyperbola, badPoint = EllipsePoints({0, 0}, 2, 1, 0, 0, kTau, 700);
     AddNoise(rng, 1e-3, &noisyHyperbola);
-    badPoint[1].y = nan; // not among the samples of the iteration
+    badPoint[1].y = NAN; // not among the samples of the iteration
     Points2 infinite = badPoint;
-    infinite[1].y = inf;
+    infinite[1].y = HUGE_VAL;
     const struct {
         const char* name;
         Points2 pts;
@@ -191,9 +180,7 @@ TEST(EllipseFit, RefusesWhatIsNoEllipse) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const EllipseFit fit = FitEllipse(row.pts);
-        EXPECT_EQ(fit.status, 1);
-        EXPECT_EQ(fit.a, 1e19);
-        EXPECT_GE(fit.err[0], 1e18);
+        EXPECT_TRUE(fit.status == 1 && fit.a == 1e19 && fit.err[0] >= 1e18);
     }
     EXPECT_EQ(FitEllipse(EllipsePoints({0, 0}, 1, 2e-4, 0, 0, kTau, 400)).status, 0); // just inside the ratio
 }
@@ -212,8 +199,7 @@ TEST(EllipseFit, NeverRunsAway) {
         if (fit.status != 0)
             continue;
         ++fitted;
-        EXPECT_LE(fit.a, 2000.0 * 2.2);
-        EXPECT_GE(fit.b, 1e-4 * fit.a);
+        EXPECT_TRUE(fit.a <= 2000.0 * 2.2 && fit.b >= 1e-4 * fit.a);
         EXPECT_TRUE(std::isfinite(fit.err[0] + fit.err[1] + fit.err[2]));
     }
     EXPECT_GE(fitted, 200);
