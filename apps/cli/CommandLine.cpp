@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/cli/recognize/Constraints.h"
 #include "apps/cli/recognize/Preferences.h"
 
 namespace Tessera::Tool {
@@ -19,8 +20,11 @@ struct RawOptions {
     std::string inkScale = "auto";
     std::vector<std::string> preferences;
     std::vector<std::string> dimensions;
+    std::vector<std::string> constraints;
     bool asksScribbles = false;
     bool hasNoScribbles = false;
+    bool hasNoConstraints = false;
+    bool hasNoGlyphs = false;
 };
 
 std::string RecognizeFooter() {
@@ -36,9 +40,10 @@ std::string RecognizeFooter() {
         "  tessera recognize --to json strokes.ndjson > curves.ndjson\n"
         "  tessera recognize -o pictures/ *.json\n"
         "  tessera recognize --no-scribble hatching.svg\n"
+        "  tessera recognize --constraints horizontal,vertical,tangent sketch.inkml -o sketch.svg\n"
         "  tessera recognize --dimension length,angular,radial sketch.inkml -o sketch.svg\n"
         "  tessera recognize --preference AskTangentAngleThreshold=40 sketch.inkml\n\n"
-        "Preferences and their defaults (lengths at the working size that --ink-scale brings the ink to):\n";
+        "Preferences and their defaults (lengths at the size that --ink-scale brings the ink to):\n";
     for (const std::string& preference : ListPreferences()) {
         text += "  " + preference + "\n";
     }
@@ -59,12 +64,16 @@ void DefineCommon(CLI::App& command, RawOptions& raw) {
     command
         .add_option(
             "--ink-scale", raw.inkScale,
-            "auto (default) brings the ink to the size at which the default tolerances work; a number "
-            "multiplies its coordinates; results come back in ink units either way")
+            "auto (default) brings each drawing to the size of a page, 1000 units along its diagonal, "
+            "at which the distances among the preferences are right, and under --rules-only to the "
+            "size at which the rules work; a number multiplies the ink's coordinates instead; results "
+            "come back in ink units either way")
         ->type_name("auto|NUMBER");
-    command.add_flag("--rules-only", raw.line.options.useRulesOnly,
-                     "Hand the samples to the recogniser as they are: neither cleaned nor resampled, and at "
-                     "scale 1 unless --ink-scale gives a number");
+    command.add_flag(
+        "--rules-only", raw.line.options.useRulesOnly,
+        "Let the recogniser's rules read each stroke by itself, without asking what was meant: on "
+        "cleaned and resampled ink, or with a number after --ink-scale on the samples as they "
+        "are");
     command.add_flag("--quiet", raw.line.isQuiet, "No progress bar and no reports of single strokes");
 }
 
@@ -81,6 +90,22 @@ void DefineRecognize(CLI::App& command, RawOptions& raw) {
     command.add_flag("--no-scribble", raw.hasNoScribbles,
                      "Read every stroke as geometry; without this a scribble erases what it covers of the "
                      "strokes before it");
+    CLI::Option* constraints =
+        command
+            .add_option("--constraints", raw.constraints,
+                        "Kinds of constraints to infer, by default all; the geometry is adjusted to satisfy "
+                        "them: " +
+                            ListConstraintKinds() + "; several are separated by commas; may be repeated")
+            ->type_name("all|KIND,...")
+            ->take_all()
+            ->expected(1)
+            ->trigger_on_parse(false);
+    command
+        .add_flag("--no-constraints", raw.hasNoConstraints,
+                  "Infer no constraints: the curves of each stroke stay as they were read")
+        ->excludes(constraints);
+    command.get_option("--rules-only")->excludes(constraints);
+    command.add_flag("--no-glyphs", raw.hasNoGlyphs, "Leave the glyphs of constraints out of pictures");
     command
         .add_option("--dimension", raw.dimensions,
                     "Annotate pictures and JSON with dimensions: length, horizontal and vertical of each "
@@ -148,10 +173,18 @@ std::string CompleteOptions(RawOptions& raw) {
             std::vector<Dimension::DimensionType_e>& all = raw.line.options.dimensions;
             all.insert(all.end(), kinds.begin(), kinds.end());
         }
+        std::uint32_t& chosen = raw.line.options.constraintKinds;
+        if (raw.asksScribbles || raw.hasNoConstraints || !raw.constraints.empty()) {
+            chosen = 0;
+        }
+        for (const std::string& names : raw.constraints) {
+            chosen |= ParseConstraintKinds(names);
+        }
     } catch (const std::exception& error) {
         return error.what();
     }
     raw.line.options.useScribbles = !raw.hasNoScribbles;
+    raw.line.showsGlyphs = !raw.hasNoGlyphs;
     raw.line.format = ChooseFormat(raw);
     return {};
 }

@@ -17,6 +17,7 @@ struct CommandLine {
     std::string output = "-"; ///< file, directory or - for standard output
     OutputFormat format = OutputFormat::Summary;
     RecognizeOptions options;
+    bool showsGlyphs = true;
     bool isQuiet = false;
 };
 

@@ -150,14 +150,14 @@ private:
 
     void OpenOutput(const std::string& name) {
         if (name == "-") {
-            writer_ = MakeWriter(line_.format, out_);
+            writer_ = MakeWriter(line_.format, out_, line_.showsGlyphs);
             return;
         }
         file_.open(name, std::ios::binary | std::ios::trunc);
         if (!file_) {
             throw InkError(std::string("cannot be written: ") + std::strerror(errno));
         }
-        writer_ = MakeWriter(line_.format, file_);
+        writer_ = MakeWriter(line_.format, file_, line_.showsGlyphs);
     }
 
     void CloseOutput() {

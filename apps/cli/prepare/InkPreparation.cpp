@@ -18,6 +18,9 @@ constexpr double kWorkingDiagonal = 35.0;
 constexpr double kSmallestPart = 0.04;
 /// ... and the whole stays below the size at which the absolute tolerances get too tight for a hand.
 constexpr double kLargestDiagonal = 1000.0;
+/// Diagonal of a page: the preferences' distances (an end snaps from 10, a trim reaches for 40) are made for
+/// drawings that fill a screen.
+constexpr double kPageDiagonal = 1000.0;
 /// Steps along the diagonal of a stroke's box, measured likewise: fewer round the ends of ovals into corners,
 /// more miss the rounded corners of squares.
 constexpr double kStepsPerDiagonal = 120.0;
@@ -43,6 +46,7 @@ struct Box {
         maxY = std::max(maxY, p.y);
     }
     double Diagonal() const { return std::hypot(maxX - minX, maxY - minY); }
+    Position Middle() const { return {0.5 * (minX + maxX), 0.5 * (minY + maxY)}; }
 };
 
 template <class P>
@@ -54,6 +58,18 @@ Box BoxOf(const std::vector<P>& points) {
     return box;
 }
 
+Box BoxOf(const Drawing& drawing) {
+    Box whole;
+    for (const InkStroke& stroke : drawing.strokes) {
+        if (stroke.problem.empty()) {
+            for (const Sample& sample : stroke.samples) {
+                whole.Add(sample);
+            }
+        }
+    }
+    return whole;
+}
+
 double Distance(const PreparedSample& a, const PreparedSample& b) {
     return std::hypot(b.x - a.x, b.y - a.y);
 }
@@ -62,6 +78,16 @@ PreparedSample Mix(const PreparedSample& a, const PreparedSample& b, double f) {
     const auto mix = [f](double u, double v) { return u + f * (v - u); };
     return {mix(a.x, b.x), mix(a.y, b.y), mix(a.speed, b.speed), mix(a.timeMs, b.timeMs),
             mix(a.source, b.source)};
+}
+
+std::vector<PreparedSample> PlaceSamples(const InkStroke& stroke, const WorkingFrame& frame) {
+    std::vector<PreparedSample> samples;
+    samples.reserve(stroke.samples.size());
+    for (const Sample& sample : stroke.samples) {
+        const Position p = frame.ToWorking({sample.x, sample.y});
+        samples.push_back({p.x, p.y, 0.0, sample.timeMs, static_cast<double>(samples.size())});
+    }
+    return samples;
 }
 
 /// Drops samples in the place of the one before. The time stays that of the arrival, so a resting pen shows
@@ -195,15 +221,18 @@ std::vector<PreparedSample> Resample(const std::vector<PreparedSample>& samples,
 
 } // namespace
 
+bool WorkingFrame::IsUsable() const {
+    return std::isfinite(1.0 / scale) && std::isfinite(scale) && std::isfinite(origin.x) &&
+           std::isfinite(origin.y);
+}
+
+WorkingFrame PageFrame(const Drawing& drawing) {
+    const Box whole = BoxOf(drawing);
+    return {whole.Middle(), kPageDiagonal / whole.Diagonal()};
+}
+
 WorkingFrame AutomaticFrame(const Drawing& drawing) {
-    Box whole;
-    for (const InkStroke& stroke : drawing.strokes) {
-        if (stroke.problem.empty()) {
-            for (const Sample& sample : stroke.samples) {
-                whole.Add(sample);
-            }
-        }
-    }
+    const Box whole = BoxOf(drawing);
     double smallest = whole.Diagonal();
     for (const InkStroke& stroke : drawing.strokes) {
         const double diagonal = stroke.problem.empty() ? BoxOf(stroke.samples).Diagonal() : 0.0;
@@ -212,7 +241,7 @@ WorkingFrame AutomaticFrame(const Drawing& drawing) {
         }
     }
     const double scale = std::min(kWorkingDiagonal / smallest, kLargestDiagonal / whole.Diagonal());
-    return {{0.5 * (whole.minX + whole.maxX), 0.5 * (whole.minY + whole.maxY)}, scale};
+    return {whole.Middle(), scale};
 }
 
 WorkingFrame FixedFrame(double scale) {
@@ -220,12 +249,7 @@ WorkingFrame FixedFrame(double scale) {
 }
 
 std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame) {
-    std::vector<PreparedSample> samples;
-    samples.reserve(stroke.samples.size());
-    for (const Sample& sample : stroke.samples) {
-        const Position p = frame.ToWorking({sample.x, sample.y});
-        samples.push_back({p.x, p.y, 0.0, sample.timeMs, static_cast<double>(samples.size())});
-    }
+    std::vector<PreparedSample> samples = PlaceSamples(stroke, frame);
     if (stroke.isTimed) {
         ComputeSpeeds(samples);
     }
@@ -233,13 +257,7 @@ std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFr
 }
 
 std::vector<PreparedSample> PrepareStroke(const InkStroke& stroke, const WorkingFrame& frame) {
-    std::vector<PreparedSample> samples;
-    samples.reserve(stroke.samples.size());
-    for (const Sample& sample : stroke.samples) {
-        const Position p = frame.ToWorking({sample.x, sample.y});
-        samples.push_back({p.x, p.y, 0.0, sample.timeMs, static_cast<double>(samples.size())});
-    }
-    samples = WithoutRepeats(samples);
+    std::vector<PreparedSample> samples = WithoutRepeats(PlaceSamples(stroke, frame));
     if (stroke.isTimed) {
         std::vector<PreparedSample> ticks = WithoutEqualTimes(samples);
         if (ticks.size() >= std::min(kFewestTicks, samples.size())) {

@@ -1,10 +1,10 @@
-// Preparation of real ink for the recogniser, whose rules expect shapes some tens of units large, sampled
-// evenly about a hundred times along their size.
+// Frames to compute in, and the preparation of real ink for the recogniser's rules, which expect shapes some
+// tens of units large, sampled evenly about a hundred times along their size.
 //
-// A drawing is brought to a working size, all its strokes alike. Each stroke loses repeated points and equal
-// time stamps, is smoothed when it is sampled far more densely than the rules look, and is resampled evenly
-// by arc length; vertices of sparse poly-lines stay. Speeds are those of the original samples. Every prepared
-// sample knows where in the input it comes from. Linear in the number of samples.
+// For the rules a drawing is brought to a working size, all its strokes alike. Each stroke loses repeated
+// points and equal time stamps, is smoothed when it is sampled far more densely than the rules look, and is
+// resampled evenly by arc length; vertices of sparse poly-lines stay. Speeds are those of the original
+// samples. Every prepared sample knows where in the input it comes from. Linear in the number of samples.
 #pragma once
 
 #include <vector>
@@ -20,6 +20,8 @@ struct WorkingFrame {
 
     Position ToWorking(Position p) const { return {(p.x - origin.x) * scale, (p.y - origin.y) * scale}; }
     Position ToInk(Position p) const { return {p.x / scale + origin.x, p.y / scale + origin.y}; }
+    /// False for a drawing that is too large or too small to compute with.
+    bool IsUsable() const;
 };
 
 struct PreparedSample {
@@ -30,13 +32,17 @@ struct PreparedSample {
     double source = 0.0; ///< index in the input's samples, fractional in between
 };
 
-/// Frame that brings the drawing's strokes to the working size; strokes with a problem are left out.
+/// Frame that brings the whole drawing to the size of a page, at which the distances between strokes that the
+/// preferences hold are right; strokes with a problem are left out.
+WorkingFrame PageFrame(const Drawing& drawing);
+
+/// Frame that brings the drawing's strokes to the working size of the rules, likewise.
 WorkingFrame AutomaticFrame(const Drawing& drawing);
 
 /// Frame about the origin: the input's coordinates times `scale`.
 WorkingFrame FixedFrame(double scale);
 
-/// The stroke's samples as they are, with their speeds: what --rules-only hands to the recogniser.
+/// The stroke's samples as they are, with their speeds.
 std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame);
 
 /// The stroke prepared as described above; the first and the last sample keep their places.

@@ -1,6 +1,8 @@
-// A drawing through preparation, recogniser, closing step and scribbles, and back into ink units.
+// A drawing stroke by stroke through the scribble question and the reading of ink, then through the inference
+// of constraints, and back into ink units.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "apps/cli/ink/Ink.h"
@@ -12,15 +14,16 @@ namespace Tessera::Tool {
 
 struct RecognizeOptions {
     Geometry::SketchRecognizerPreferences preferences;
-    std::optional<double> inkScale; ///< nothing: the drawing is brought to the working size
-    bool useRulesOnly = false;      ///< samples as they are, at scale 1 unless inkScale says otherwise
-    bool useScribbles = true;       ///< scribbles erase instead of becoming curves
-    DimensionKinds dimensions;      ///< to annotate with; none without any
+    /// The preferences' lengths are in ink units times this number. Nothing: the drawing is brought to the
+    /// size of a page, and for the rules to their working size.
+    std::optional<double> inkScale;
+    bool useRulesOnly = false; ///< the rules' reading of each stroke by itself, without constraints
+    bool useScribbles = true;  ///< scribbles erase instead of becoming curves
+    std::uint32_t constraintKinds = Geometry::ConstraintOptions().kinds; ///< to infer; 0 for none
+    DimensionKinds dimensions; ///< to annotate with; none without any
 };
 
-/// At the working size, which is made for telling shapes apart, splines are fitted a second time at a size at
-/// which they follow the ink closely. Strokes with a problem are passed through without curves. Never throws
-/// for what a drawing can hold.
+/// Strokes with a problem are passed through without curves. Never throws for what a drawing can hold.
 RecognizedDrawing RecognizeDrawing(Drawing drawing, const RecognizeOptions& options);
 
 } // namespace Tessera::Tool

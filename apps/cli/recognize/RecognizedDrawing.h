@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "apps/cli/ink/Ink.h"
+#include "tessera/recognition/ConstraintInference.h"
+#include "tessera/recognition/InkInterpretation.h"
 
 namespace Tessera::Tool {
 
@@ -62,9 +64,10 @@ inline constexpr int kCurveKinds = 6;
 
 struct RecognizedCurve {
     CurveShape shape;
-    int from = 0; ///< first and last sample of the input stroke that the curve stands for
-    int to = 0;
+    int from = 0; ///< first and last sample of the input stroke that the curve stands for; the side of a
+    int to = 0;   ///< closed stroke that runs across its start has from > to
     double deviation = 0.0; ///< largest distance of the samples from the curve, ink units
+    int retracedBy = -1;    ///< index of the stroke that gave it a new form, whose samples then count, or -1
 
     const char* KindName() const { return kCurveKindNames[shape.index()]; }
 };
@@ -74,16 +77,62 @@ struct ErasedCurve {
     int by = 0;            ///< index of the scribble
 };
 
+struct CurvePlace {
+    int stroke = 0;
+    int curve = 0; ///< in the stroke
+};
+
+/// A curve of the drawing or one of its points.
+struct CurveElement {
+    CurvePlace place;
+    Geometry::SnapPointType_e point = Geometry::SnapPointType_None;
+};
+
+/// Where an end of one curve of a stroke is an end of another; the pen leaves `before` and enters `after`.
+struct RecognizedJoint {
+    int before = 0;
+    int after = 0;
+    bool isBeforeEnd = true; ///< whether it is the end of `before`, else its start
+    bool isAfterEnd = false;
+    bool isTangent = false;
+    Position position;
+    double turn = 0.0; ///< change of direction, in (-pi, pi]
+};
+
+/// An end of a curve of the stroke that was put onto a key point of an earlier curve.
+struct RecognizedConnection {
+    int curve = 0;
+    bool isEnd = false;
+    CurveElement onto;
+    Position position;
+};
+
 struct RecognizedStroke {
     int index = 0;
     int points = 0;
     std::vector<RecognizedCurve> curves; ///< those that stand in the end
     std::vector<ErasedCurve> erased;
+    std::optional<Geometry::InkShape> shape; ///< what the stroke as a whole was read as; nothing by rules
+    std::vector<RecognizedJoint> joints;     ///< in drawing order
+    std::vector<RecognizedConnection> connections;
+    std::optional<CurvePlace> retraces; ///< the earlier curve that the stroke is drawn over
     bool isScribble = false;
     int cusps = 0;           ///< reversals of the pen, when it was asked about
     std::vector<int> erases; ///< indices of the strokes that the scribble erases something of, ascending
     std::string problem;     ///< why the stroke was not recognised; empty when it was
 };
+
+/// In the order of InkShape.
+inline constexpr const char* kShapeNames[] = {
+    "nothing",       "scribble",      "retrace",         "thin_wall", "line",     "arc",       "elliptic_arc",
+    "circle",        "ellipse",       "spline",          "triangle",  "square",   "rectangle", "rhombus",
+    "parallelogram", "quadrilateral", "regular_polygon", "polygon",   "polyline", "chain",     "pieces"};
+/// In the order of ConstraintKind_e.
+inline constexpr const char* kConstraintNames[Geometry::kConstraintKindCount] = {
+    "coincident", "horizontal",   "vertical",     "parallel",       "perpendicular", "collinear", "tangent",
+    "concentric", "equal_length", "equal_radius", "point_on_curve", "mid_point",     "symmetric"};
+/// In the order of SnapPointType_e.
+inline constexpr const char* kPointNames[] = {"curve", "start", "end", "mid", "center"};
 
 /// A dimension as it is drawn. The text is centred on its position and reads along `textAngle`.
 struct DrawnDimension {
@@ -98,10 +147,18 @@ struct DrawnDimension {
     std::vector<std::array<Position, 3>> arrowheads; ///< filled; the tip first
 };
 
+struct RecognizedConstraint {
+    Geometry::ConstraintKind_e kind = Geometry::ConstraintKind_Coincident;
+    std::vector<CurveElement> elements; ///< 1 to 3, in the kind's order
+    int side = 0;                       ///< of tangents without named ends, as InferredConstraint::side
+    double confidence = 0.0;            ///< 1 exact, 0.011 at the limit
+};
+
 struct RecognizedDrawing { // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
     Drawing ink;
     std::vector<RecognizedStroke> strokes;
-    std::optional<std::vector<DrawnDimension>> dimensions; ///< nothing when they were not asked for
+    std::optional<std::vector<RecognizedConstraint>> constraints; ///< strongest first; nothing when not asked
+    std::optional<std::vector<DrawnDimension>> dimensions;        ///< nothing when they were not asked for
 };
 
 } // namespace Tessera::Tool

@@ -2,12 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <memory>
-#include <set>
 
-#include "apps/cli/recognize/CurveShapes.h"
-#include "tessera/geometry/Curve.h"
 #include "tessera/kernel/SM.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/ScribbleQuestion.h"
@@ -18,12 +14,10 @@ namespace Tessera::Tool {
 namespace {
 
 using Geometry::Curve;
+using Geometry::CurveEnd;
 using Geometry::Point;
 using Geometry::Stroke;
 
-/// Diagonal of the whole drawing when scribbles erase: a page of this size is what the lengths of the
-/// scribble preferences are made for.
-constexpr double kPageDiagonal = 1000.0;
 /// A hand that scratches out an end of a curve does not aim at its last point: a rest below this part of the
 /// curve goes with what was trimmed.
 constexpr double kSmallestRest = 0.05;
@@ -68,29 +62,6 @@ struct ScribbleResult {
         return found;
     }
 };
-
-WorkingFrame PageFrame(const Drawing& drawing, const RecognizeOptions& options) {
-    if (options.inkScale || options.useRulesOnly) {
-        return FixedFrame(options.inkScale.value_or(1.0));
-    }
-    const WorkingFrame working = AutomaticFrame(drawing);
-    double minX = INFINITY;
-    double minY = INFINITY;
-    double maxX = -INFINITY;
-    double maxY = -INFINITY;
-    for (const InkStroke& stroke : drawing.strokes) {
-        if (!stroke.problem.empty()) {
-            continue;
-        }
-        for (const Sample& sample : stroke.samples) {
-            minX = std::min(minX, sample.x);
-            maxX = std::max(maxX, sample.x);
-            minY = std::min(minY, sample.y);
-            maxY = std::max(maxY, sample.y);
-        }
-    }
-    return {working.origin, kPageDiagonal / std::hypot(maxX - minX, maxY - minY)};
-}
 
 std::vector<Point> PointsOf(const InkStroke& ink, const WorkingFrame& frame) {
     std::vector<Point> points;
@@ -154,129 +125,119 @@ std::vector<Range> RestOf(const double limits[2], bool isRound, const std::vecto
     return rest;
 }
 
-CurveShape PieceOf(const Curve& curve, const CurveShape& shape, Range range, const WorkingFrame& frame) {
-    const auto at = [&](double t) {
-        const Point p = curve.GetPointAtParameter(t, true);
-        return frame.ToInk({p.x, p.y});
-    };
-    if (const auto* circle = std::get_if<CircleShape>(&shape)) {
-        return ArcShape{circle->center, circle->radius, range.from, range.to, at(range.from), at(range.to)};
-    }
-    if (const auto* ellipse = std::get_if<EllipseShape>(&shape)) {
-        return EllipticArcShape{*ellipse, range.from, range.to, at(range.from), at(range.to)};
-    }
-    double limits[2] = {range.from, range.to};
-    const std::unique_ptr<Curve> piece(curve.Extract(limits));
-    return piece ? ShapeOf(*piece, frame) : shape;
-}
-
-/// The sample of a curve's ink that lies nearest to the place.
-int NearestSample(const InkStroke& ink, const RecognizedCurve& curve, Position place) {
+/// The sample of a curve's ink that lies nearest to the place (page units).
+int NearestSample(const InkStroke& ink, const SketchCurve& curve, const Point& place,
+                  const WorkingFrame& page) {
+    const Position at = page.ToInk({place.x, place.y});
+    const auto n = static_cast<int>(ink.samples.size());
+    const int count = curve.to >= curve.from ? curve.to - curve.from : curve.to + n - curve.from;
     int nearest = curve.from;
     double least = INFINITY;
-    for (int i = curve.from; i <= curve.to; ++i) {
-        const double distance = std::hypot(ink.samples[i].x - place.x, ink.samples[i].y - place.y);
+    for (int i = 0; i <= count; ++i) {
+        const int index = (curve.from + i) % n;
+        const double distance = std::hypot(ink.samples[index].x - at.x, ink.samples[index].y - at.y);
         if (distance < least) {
             least = distance;
-            nearest = i;
+            nearest = index;
         }
     }
     return nearest;
 }
 
-/// The curve's pieces within the ranges, in its place.
-std::vector<RecognizedCurve> PiecesOf(const Curve& curve, const RecognizedCurve& whole, const InkStroke& ink,
-                                      const std::vector<Range>& ranges, const WorkingFrame& frame) {
-    std::vector<RecognizedCurve> pieces;
-    for (const Range& range : ranges) {
-        RecognizedCurve piece = whole;
-        piece.shape = PieceOf(curve, whole.shape, range, frame);
-        const Point ends[2] = {curve.GetPointAtParameter(range.from, true),
-                               curve.GetPointAtParameter(range.to, true)};
-        const int samples[2] = {NearestSample(ink, whole, frame.ToInk({ends[0].x, ends[0].y})),
-                                NearestSample(ink, whole, frame.ToInk({ends[1].x, ends[1].y}))};
-        piece.from = std::min(samples[0], samples[1]);
-        piece.to = std::max(samples[0], samples[1]);
-        pieces.push_back(std::move(piece));
-    }
-    return pieces;
-}
-
 /// All that one scribble does to the strokes before it.
 class Eraser {
 public:
-    Eraser(RecognizedDrawing& drawing, const RecognizeOptions& options)
-        : drawing_(drawing), options_(options), frame_(PageFrame(drawing.ink, options)) {}
+    Eraser(Sketch& sketch, RecognizedDrawing& drawing, RecognizedStroke& scribble)
+        : sketch_(sketch), drawing_(drawing), scribble_(scribble) {}
 
-    void Apply(RecognizedStroke& scribble) {
-        std::vector<std::vector<std::unique_ptr<Curve>>> curves(static_cast<std::size_t>(scribble.index));
-        std::vector<Curve*> all;
-        for (int i = 0; i < scribble.index; ++i) {
-            for (const RecognizedCurve& curve : drawing_.strokes[i].curves) {
-                all.push_back(curves[i].emplace_back(CurveOf(curve.shape, frame_)).get());
-            }
-        }
-        const std::vector<Point> points = PointsOf(drawing_.ink.strokes[scribble.index], frame_);
+    void Apply(const RecognizeOptions& options) {
+        const std::vector<Point> points = PointsOf(drawing_.ink.strokes[scribble_.index], sketch_.page);
         const std::unique_ptr<Stroke> stroke =
-            options_.useRulesOnly ? BareStroke(points) : Geometry::WithoutTremor(points);
-        ScribbleResult result;
-        if (!result.Ask(*stroke, options_.preferences, all)) {
+            options.useRulesOnly ? BareStroke(points) : Geometry::WithoutTremor(points);
+        std::vector<Curve*> curves = sketch_.Curves();
+        if (!result_.Ask(*stroke, options.preferences, curves)) {
             return;
         }
-        for (int i = 0; i < scribble.index; ++i) {
-            if (EraseFrom(drawing_.strokes[i], curves[i], result, scribble.index)) {
-                scribble.erases.push_back(i);
+        for (int i = 0; i < scribble_.index; ++i) {
+            if (EraseFrom(i)) {
+                scribble_.erases.push_back(i);
             }
         }
     }
 
 private:
-    bool EraseFrom(RecognizedStroke& stroke, const std::vector<std::unique_ptr<Curve>>& curves,
-                   const ScribbleResult& result, int scribble) {
-        const std::size_t before = stroke.erased.size();
-        std::vector<RecognizedCurve> left;
-        for (std::size_t k = 0; k < curves.size(); ++k) {
-            const std::vector<Range> trimmed = result.RangesOf(curves[k]->GetId());
-            if (result.erased.Contains(curves[k]->GetId())) {
-                stroke.erased.push_back({stroke.curves[k], scribble});
+    bool EraseFrom(int index) {
+        std::vector<SketchCurve> left;
+        const std::size_t before = drawing_.strokes[index].erased.size();
+        for (SketchCurve& curve : sketch_.strokes[index].curves) {
+            const std::vector<Range> trimmed = result_.RangesOf(curve.curve->GetId());
+            if (result_.erased.Contains(curve.curve->GetId())) {
+                Tell(index, curve);
             } else if (!trimmed.empty()) {
-                Trim(*curves[k], stroke.curves[k], trimmed, scribble, stroke, left);
+                Trim(index, curve, trimmed, left);
             } else {
-                left.push_back(stroke.curves[k]);
+                left.push_back(std::move(curve));
             }
         }
-        stroke.curves = std::move(left);
-        return stroke.erased.size() > before;
+        sketch_.strokes[index].curves = std::move(left);
+        return drawing_.strokes[index].erased.size() > before;
     }
 
-    void Trim(const Curve& curve, const RecognizedCurve& whole, const std::vector<Range>& ranges,
-              int scribble, RecognizedStroke& stroke, std::vector<RecognizedCurve>& left) const {
-        const InkStroke& ink = drawing_.ink.strokes[stroke.index];
-        const bool isRound = std::holds_alternative<CircleShape>(whole.shape) ||
-                             std::holds_alternative<EllipseShape>(whole.shape);
+    void Tell(int index, const SketchCurve& curve) {
+        drawing_.strokes[index].erased.push_back({DescribeCurve(curve, sketch_.page), scribble_.index});
+    }
+
+    /// An open curve's first and last pieces that are left keep what was said of its ends.
+    void Trim(int index, const SketchCurve& whole, const std::vector<Range>& ranges,
+              std::vector<SketchCurve>& left) {
+        const bool isRound = whole.curve->IsClosed() && whole.curve->GetType() != Geometry::CurveType_Spline;
         double limits[2];
-        curve.AskRange(limits);
+        whole.curve->AskRange(limits);
         const std::vector<Range> trimmed = WithoutCrumbs(limits, isRound, ranges);
-        for (RecognizedCurve& piece : PiecesOf(curve, whole, ink, trimmed, frame_)) {
-            stroke.erased.push_back({std::move(piece), scribble});
+        for (const Range& range : trimmed) {
+            Tell(index, PieceOf(index, whole, range));
         }
-        for (RecognizedCurve& piece : PiecesOf(curve, whole, ink, RestOf(limits, isRound, trimmed), frame_)) {
-            left.push_back(std::move(piece));
+        for (const Range& range : RestOf(limits, isRound, trimmed)) {
+            const SketchCurve& piece = left.emplace_back(PieceOf(index, whole, range));
+            if (range.from == limits[0]) {
+                sketch_.RenameEnd({whole.curve.get(), CurveEnd::Start}, {piece.curve.get(), CurveEnd::Start});
+            }
+            if (range.to == limits[1]) {
+                sketch_.RenameEnd({whole.curve.get(), CurveEnd::End}, {piece.curve.get(), CurveEnd::End});
+            }
         }
     }
 
+    /// The whole curve where there is no such piece.
+    SketchCurve PieceOf(int index, const SketchCurve& whole, const Range& range) const {
+        double limits[2] = {range.from, range.to};
+        SketchCurve piece{std::unique_ptr<Curve>(whole.curve->Extract(limits)), whole.from, whole.to,
+                          whole.deviation, whole.retracedBy};
+        if (!piece.curve) {
+            piece.curve.reset(whole.curve->CopyCurveOnly());
+        }
+        const InkStroke& ink = drawing_.ink.strokes[index];
+        const int first = NearestSample(ink, whole, piece.curve->GetStart(), sketch_.page);
+        const int last = NearestSample(ink, whole, piece.curve->GetEnd(), sketch_.page);
+        piece.from = std::min(first, last);
+        piece.to = std::max(first, last);
+        return piece;
+    }
+
+    Sketch& sketch_;
     RecognizedDrawing& drawing_;
-    const RecognizeOptions& options_;
-    WorkingFrame frame_;
+    RecognizedStroke& scribble_;
+    ScribbleResult result_;
 };
 
 } // namespace
 
-bool AskScribble(const InkStroke& ink, const RecognizeOptions& options, RecognizedStroke& stroke) {
+bool AskScribble(const InkStroke& ink, const RecognizeOptions& options, const WorkingFrame& page,
+                 RecognizedStroke& stroke) {
     if (!options.useScribbles || !options.preferences.GetDoScribble()) {
         return false;
     }
-    const std::vector<Point> points = PointsOf(ink, FixedFrame(options.inkScale.value_or(1.0)));
+    const std::vector<Point> points = PointsOf(ink, page);
     if (options.useRulesOnly) {
         Geometry::SketchRecognizerPreferences preferences = options.preferences;
         stroke.isScribble =
@@ -287,18 +248,9 @@ bool AskScribble(const InkStroke& ink, const RecognizeOptions& options, Recogniz
     return stroke.isScribble;
 }
 
-void EraseScribbled(RecognizedDrawing& drawing, const RecognizeOptions& options) {
-    const bool hasScribble = std::any_of(drawing.strokes.begin(), drawing.strokes.end(),
-                                         [](const RecognizedStroke& stroke) { return stroke.isScribble; });
-    if (!hasScribble) {
-        return;
-    }
-    Eraser eraser(drawing, options);
-    for (RecognizedStroke& stroke : drawing.strokes) {
-        if (stroke.isScribble) {
-            eraser.Apply(stroke);
-        }
-    }
+void EraseScribbled(const RecognizeOptions& options, Sketch& sketch, RecognizedDrawing& drawing,
+                    RecognizedStroke& scribble) {
+    Eraser(sketch, drawing, scribble).Apply(options);
 }
 
 } // namespace Tessera::Tool

@@ -58,6 +58,11 @@ std::string DescribeShape(const CurveShape& shape) {
     return std::visit(ShapeText(), shape);
 }
 
+std::string Spaced(std::string name) {
+    std::replace(name.begin(), name.end(), '_', ' ');
+    return name;
+}
+
 void CountKinds(const RecognizedStroke& stroke, KindCounts& counts) {
     for (const RecognizedCurve& curve : stroke.curves) {
         ++counts[curve.shape.index()];
@@ -70,12 +75,25 @@ std::string DescribeCounts(const KindCounts& counts) {
         if (counts[kind] == 0) {
             continue;
         }
-        std::string name = kCurveKindNames[kind];
-        std::replace(name.begin(), name.end(), '_', ' ');
-        text += (text.empty() ? "" : ", ") + std::to_string(counts[kind]) + " " + name +
-                (counts[kind] == 1 ? "" : "s");
+        text += (text.empty() ? "" : ", ") + std::to_string(counts[kind]) + " " +
+                Spaced(kCurveKindNames[kind]) + (counts[kind] == 1 ? "" : "s");
     }
     return text.empty() ? "nothing" : text;
+}
+
+std::string DescribeConstraints(const std::vector<RecognizedConstraint>& constraints) {
+    std::array<int, Geometry::kConstraintKindCount> counts{};
+    for (const RecognizedConstraint& constraint : constraints) {
+        ++counts[constraint.kind];
+    }
+    std::string text;
+    for (int kind = 0; kind < Geometry::kConstraintKindCount; ++kind) {
+        if (counts[kind] > 0) {
+            text += (text.empty() ? "" : ", ") + std::to_string(counts[kind]) + " " +
+                    Spaced(kConstraintNames[kind]);
+        }
+    }
+    return text.empty() ? "none" : text;
 }
 
 } // namespace Tessera::Tool

@@ -64,6 +64,70 @@ Json CurveObject(const RecognizedCurve& curve) {
     Json json = {
         {"kind", curve.KindName()}, {"from", curve.from}, {"to", curve.to}, {"deviation", curve.deviation}};
     std::visit(ShapeFields{json}, curve.shape);
+    if (curve.retracedBy >= 0) {
+        json["retraced_by"] = curve.retracedBy;
+    }
+    return json;
+}
+
+Json PlacePair(const CurvePlace& place) {
+    return Json::array({place.stroke, place.curve});
+}
+
+/// Stroke and curve, then the name of the point where one is meant.
+Json ElementArray(const CurveElement& element) {
+    Json json = PlacePair(element.place);
+    if (element.point != Geometry::SnapPointType_None) {
+        json.push_back(kPointNames[element.point]);
+    }
+    return json;
+}
+
+const char* EndName(bool isEnd) {
+    return kPointNames[isEnd ? Geometry::SnapPointType_End : Geometry::SnapPointType_Start];
+}
+
+Json JointObject(const RecognizedJoint& joint) {
+    return {{"before", joint.before},
+            {"after", joint.after},
+            {"ends", Json::array({EndName(joint.isBeforeEnd), EndName(joint.isAfterEnd)})},
+            {"kind", joint.isTangent ? "tangent" : "corner"},
+            {"position", Pair(joint.position)},
+            {"turn", joint.turn}};
+}
+
+Json ConnectionObject(const RecognizedConnection& connection) {
+    return {{"curve", connection.curve},
+            {"end", EndName(connection.isEnd)},
+            {"onto", ElementArray(connection.onto)},
+            {"position", Pair(connection.position)}};
+}
+
+/// What interpretation tells of a stroke besides its curves.
+void AddReading(const RecognizedStroke& stroke, Json& json) {
+    json["shape"] = kShapeNames[static_cast<int>(*stroke.shape)];
+    json["joints"] = Json::array();
+    for (const RecognizedJoint& joint : stroke.joints) {
+        json["joints"].push_back(JointObject(joint));
+    }
+    json["connections"] = Json::array();
+    for (const RecognizedConnection& connection : stroke.connections) {
+        json["connections"].push_back(ConnectionObject(connection));
+    }
+    if (stroke.retraces) {
+        json["retraces"] = PlacePair(*stroke.retraces);
+    }
+}
+
+Json ConstraintObject(const RecognizedConstraint& constraint) {
+    Json json = {{"kind", kConstraintNames[constraint.kind]}, {"curves", Json::array()}};
+    for (const CurveElement& element : constraint.elements) {
+        json["curves"].push_back(ElementArray(element));
+    }
+    if (constraint.side != 0) {
+        json["side"] = constraint.side;
+    }
+    json["confidence"] = constraint.confidence;
     return json;
 }
 
@@ -92,6 +156,9 @@ Json StrokeObject(const RecognizedStroke& stroke) {
     Json json = {{"index", stroke.index}, {"points", stroke.points}, {"curves", Json::array()}};
     for (const RecognizedCurve& curve : stroke.curves) {
         json["curves"].push_back(CurveObject(curve));
+    }
+    if (stroke.shape) {
+        AddReading(stroke, json);
     }
     if (stroke.isScribble) {
         json["scribble"] = true;
@@ -132,6 +199,12 @@ public:
         for (const RecognizedStroke& stroke : drawing.strokes) {
             json["strokes"].push_back(strokeObject_(stroke));
         }
+        if (drawing.constraints) {
+            json["constraints"] = Json::array();
+            for (const RecognizedConstraint& constraint : *drawing.constraints) {
+                json["constraints"].push_back(ConstraintObject(constraint));
+            }
+        }
         if (drawing.dimensions) {
             json["dimensions"] = Json::array();
             for (const DrawnDimension& dimension : *drawing.dimensions) {
@@ -161,12 +234,12 @@ std::unique_ptr<DrawingWriter> MakeScribbleJsonWriter(std::ostream& out) {
     return std::make_unique<JsonWriter>(out, AnswerObject);
 }
 
-std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out) {
+std::unique_ptr<DrawingWriter> MakeWriter(OutputFormat format, std::ostream& out, bool showsGlyphs) {
     switch (format) {
     case OutputFormat::Json:
         return MakeJsonWriter(out);
     case OutputFormat::Svg:
-        return MakeSvgWriter(out);
+        return MakeSvgWriter(out, showsGlyphs);
     case OutputFormat::ScribbleSummary:
         return MakeScribbleSummaryWriter(out);
     case OutputFormat::ScribbleJson:

@@ -43,6 +43,9 @@ public:
             CountKinds(stroke, counts);
         }
         out_ << Plural(drawing.strokes.size(), "stroke") << ", " << DescribeCounts(counts) << '\n';
+        if (drawing.constraints) {
+            out_ << "  constraints: " << DescribeConstraints(*drawing.constraints) << '\n';
+        }
         for (const RecognizedStroke& stroke : drawing.strokes) {
             AddStroke(stroke);
         }
@@ -68,6 +71,11 @@ private:
             out_ << ": " << stroke.problem;
         } else if (stroke.isScribble) {
             out_ << ": " << DescribeScribble(stroke);
+        } else if (stroke.retraces) {
+            out_ << ": draws curve " << stroke.retraces->curve << " of stroke " << stroke.retraces->stroke
+                 << " anew";
+        } else if (stroke.shape && *stroke.shape != Geometry::InkShape::Nothing) {
+            out_ << ": " << Spaced(kShapeNames[static_cast<int>(*stroke.shape)]);
         } else if (stroke.curves.empty() && stroke.erased.empty()) {
             out_ << ": nothing recognised";
         }
@@ -83,8 +91,7 @@ private:
     }
 
     void AddCurve(const RecognizedCurve& curve) {
-        std::string kind = curve.KindName();
-        std::replace(kind.begin(), kind.end(), '_', ' ');
+        const std::string kind = Spaced(curve.KindName());
         const std::string range = std::to_string(curve.from) + ".." + std::to_string(curve.to);
         out_ << "    " << std::left << std::setw(13) << kind << std::setw(11) << range
              << DescribeShape(curve.shape) << "; deviation " << ShortNumber(curve.deviation);

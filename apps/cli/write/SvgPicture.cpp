@@ -9,6 +9,7 @@
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/SvgCurve.h"
 #include "apps/cli/write/SvgDimension.h"
+#include "apps/cli/write/SvgGlyph.h"
 
 namespace Tessera::Tool {
 
@@ -18,6 +19,7 @@ namespace {
 constexpr double kMargin = 0.06;
 /// Ink finer than this part of the picture's longer side cannot be seen and is left out.
 constexpr double kFinestInk = 1.0 / 4000.0;
+constexpr double kGlyphSize = 3.75; ///< line widths
 
 struct Extent {
     double minX = std::numeric_limits<double>::infinity();
@@ -110,18 +112,25 @@ std::string CurveElement(const RecognizedCurve& curve, const char* color) {
            TagOf(element) + ">\n";
 }
 
-/// Dots where one piece of a stroke gives way to the next.
+/// Dots where one piece of a stroke gives way to the next: joints where they are known, filled where the
+/// direction does not change, else the samples of the breaks.
 std::string BreakMarks(const RecognizedDrawing& drawing, double radius) {
     std::string marks;
+    const auto mark = [&](double x, double y, bool isSmooth) {
+        marks += "<circle cx=\"" + ExactNumber(x) + "\" cy=\"" + ExactNumber(y) + "\" r=\"" +
+                 ShortNumber(radius) + (isSmooth ? "\" fill=\"#222222\"/>\n" : "\"/>\n");
+    };
     for (const RecognizedStroke& stroke : drawing.strokes) {
-        const std::vector<Sample>& samples = drawing.ink.strokes[stroke.index].samples;
+        for (const RecognizedJoint& joint : stroke.joints) {
+            mark(joint.position.x, joint.position.y, joint.isTangent);
+        }
         std::set<int> breaks;
-        for (std::size_t i = 1; i < stroke.curves.size(); ++i) {
+        for (std::size_t i = 1; i < stroke.curves.size() && !stroke.shape; ++i) {
             breaks.insert(stroke.curves[i].from);
         }
         for (const int index : breaks) {
-            marks += "<circle cx=\"" + ExactNumber(samples[index].x) + "\" cy=\"" +
-                     ExactNumber(samples[index].y) + "\" r=\"" + ShortNumber(radius) + "\"/>\n";
+            const Sample& sample = drawing.ink.strokes[stroke.index].samples[index];
+            mark(sample.x, sample.y, false);
         }
     }
     return marks;
@@ -159,7 +168,8 @@ PictureBox FitPicture(const RecognizedDrawing& drawing) {
 }
 
 std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box, double x, double y,
-                        double width, double height, double lineWidth) {
+                        double width, double height, const PictureStyle& style) {
+    const double lineWidth = style.lineWidth;
     const double inkPerPixel = std::max(box.width / width, box.height / height);
     const double size = std::max(box.width, box.height);
     const auto pixels = [inkPerPixel](double count) { return ShortNumber(count * inkPerPixel); };
@@ -194,7 +204,9 @@ std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box,
             svg += CurveElement(curve, kKindColors[curve.shape.index()]);
         }
     }
-    svg += "</g>\n<g class=\"breaks\" fill=\"#ffffff\" stroke=\"#222222\" stroke-width=\"" +
+    svg += "</g>\n" +
+           (style.showsGlyphs ? DrawGlyphs(drawing, kGlyphSize * lineWidth * inkPerPixel) : std::string()) +
+           "<g class=\"breaks\" fill=\"#ffffff\" stroke=\"#222222\" stroke-width=\"" +
            pixels(0.5 * lineWidth) + "\">\n" + BreakMarks(drawing, 1.3 * lineWidth * inkPerPixel) + "</g>\n" +
            DrawDimensions(drawing, pixels(0.3 * lineWidth)) + "</svg>\n";
     return svg;

@@ -1,5 +1,5 @@
-// The picture of one drawing: ink thin and grey, geometry on top, break points marked, what scribbles erased
-// dashed below them.
+// The picture of one drawing: ink thin and grey, geometry on top, joints marked, constraints as glyphs, what
+// scribbles erased dashed below them.
 #pragma once
 
 #include <string>
@@ -26,10 +26,13 @@ struct PictureBox {
 
 PictureBox FitPicture(const RecognizedDrawing& drawing);
 
+struct PictureStyle {
+    double lineWidth = 1.0; ///< of the geometry, pixels; everything else follows it
+    bool showsGlyphs = true;
+};
+
 /// An `svg` element of the given place and size in pixels, whose view box is the ink's own coordinates.
-///
-/// @param lineWidth  of the geometry, pixels; everything else follows it.
 std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box, double x, double y,
-                        double width, double height, double lineWidth);
+                        double width, double height, const PictureStyle& style);
 
 } // namespace Tessera::Tool

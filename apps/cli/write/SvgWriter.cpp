@@ -8,6 +8,7 @@
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/DrawingWriter.h"
 #include "apps/cli/write/SvgCurve.h"
+#include "apps/cli/write/SvgGlyph.h"
 #include "apps/cli/write/SvgPicture.h"
 
 namespace Tessera::Tool {
@@ -25,13 +26,14 @@ constexpr std::size_t kMostColumns = 8;
 
 class SvgWriter : public DrawingWriter {
 public:
-    explicit SvgWriter(std::ostream& out) : out_(out) {}
+    SvgWriter(std::ostream& out, bool showsGlyphs) : out_(out), showsGlyphs_(showsGlyphs) {}
 
     void Add(const RecognizedDrawing& drawing) override {
         for (const RecognizedStroke& stroke : drawing.strokes) {
             CountKinds(stroke, counts_);
             scribbles_ += stroke.isScribble ? 1 : 0;
         }
+        constraints_ += drawing.constraints && showsGlyphs_ ? drawing.constraints->size() : 0;
         drawings_.push_back(drawing);
     }
 
@@ -53,7 +55,7 @@ private:
         const double height = std::max(box.height * pixelsPerInk, 60.0);
         Open(width, kCaption + height + LegendHeight());
         Caption(drawing, 14.0, 0.0);
-        out_ << DrawPicture(drawing, box, 0.0, kCaption, width, height, 3.2);
+        out_ << DrawPicture(drawing, box, 0.0, kCaption, width, height, {3.2, showsGlyphs_});
         Close(kCaption + height);
     }
 
@@ -70,7 +72,7 @@ private:
             const double y = static_cast<double>(row) * (kTileSide + kCaption);
             Caption(drawings_[i], x + 10.0, y);
             out_ << DrawPicture(drawings_[i], FitPicture(drawings_[i]), x, y + kCaption, kTileSide, kTileSide,
-                                2.0);
+                                {2.0, showsGlyphs_});
         }
         Close(height);
     }
@@ -78,7 +80,8 @@ private:
     /// A second row where the first may not hold all kinds.
     double LegendHeight() const {
         const auto kinds = std::count_if(counts_.begin(), counts_.end(), [](int count) { return count > 0; });
-        return kinds + (scribbles_ > 0 ? 1 : 0) > 3 ? kLegend + kLegendRow : kLegend;
+        return kinds + (scribbles_ > 0 ? 1 : 0) + (constraints_ > 0 ? 1 : 0) > 3 ? kLegend + kLegendRow
+                                                                                 : kLegend;
     }
 
     void Open(double width, double height) {
@@ -136,20 +139,26 @@ private:
             entry(kScribbleColor, "1.5",
                   scribbles_ == 1 ? "1 scribble" : std::to_string(scribbles_) + " scribbles");
         }
+        if (constraints_ > 0) {
+            entry(kGlyphColor, "1.5",
+                  constraints_ == 1 ? "1 constraint" : std::to_string(constraints_) + " constraints");
+        }
         out_ << "</svg>\n";
     }
 
     std::ostream& out_;
+    bool showsGlyphs_;
     std::vector<RecognizedDrawing> drawings_;
     KindCounts counts_{};
     int scribbles_ = 0;
+    std::size_t constraints_ = 0;
     double width_ = 0.0;
 };
 
 } // namespace
 
-std::unique_ptr<DrawingWriter> MakeSvgWriter(std::ostream& out) {
-    return std::make_unique<SvgWriter>(out);
+std::unique_ptr<DrawingWriter> MakeSvgWriter(std::ostream& out, bool showsGlyphs) {
+    return std::make_unique<SvgWriter>(out, showsGlyphs);
 }
 
 } // namespace Tessera::Tool

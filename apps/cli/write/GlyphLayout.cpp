@@ -1,0 +1,309 @@
+#include "apps/cli/write/GlyphLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <tuple>
+#include <unordered_set>
+
+#include "apps/cli/recognize/CurveShapes.h"
+#include "apps/cli/write/CurveText.h"
+
+namespace Tessera::Tool {
+
+namespace {
+
+using Geometry::ConstraintKind_e;
+using Geometry::Curve;
+using Geometry::Point;
+using Geometry::Vector;
+
+// All lengths here are in units of a glyph's size.
+constexpr double kCell = 0.25;
+constexpr double kHalf = 0.55;        ///< of the square that a glyph keeps for itself
+constexpr double kBeside = 0.95;      ///< from the curve to the glyph's middle
+constexpr double kStep = 1.2;         ///< from glyph to glyph in a row, and from row to row
+constexpr int kSteps = 6;             ///< of a row to either side
+constexpr int kRows = 2;              ///< on either side
+constexpr std::size_t kChords = 4000; ///< of one curve at the most
+
+/// Square cells, some of them taken.
+class Cells {
+public:
+    void Take(const Point& p) { taken_.insert(Key(Index(p.x), Index(p.y))); }
+    void TakeSquare(const Point& p) {
+        ForSquare(p, [this](std::int64_t key) { taken_.insert(key); });
+    }
+    int CountTaken(const Point& p) const {
+        int count = 0;
+        ForSquare(p, [&](std::int64_t key) { count += taken_.count(key) > 0 ? 1 : 0; });
+        return count;
+    }
+
+private:
+    static std::int64_t Index(double x) {
+        constexpr double kFarthest = 1e9; // whatever lies beyond shares a cell
+        return static_cast<std::int64_t>(std::floor(std::clamp(x / kCell, -kFarthest, kFarthest)));
+    }
+    static std::int64_t Key(std::int64_t x, std::int64_t y) { return x * (std::int64_t{1} << 32) + y; }
+    template <class Use>
+    static void ForSquare(const Point& p, const Use& use) {
+        for (std::int64_t x = Index(p.x - kHalf); x <= Index(p.x + kHalf); ++x) {
+            for (std::int64_t y = Index(p.y - kHalf); y <= Index(p.y + kHalf); ++y) {
+                use(Key(x, y));
+            }
+        }
+    }
+
+    std::unordered_set<std::int64_t> taken_;
+};
+
+/// What a glyph stands beside, and the direction in which it is best put.
+struct Anchor {
+    Point place;
+    Vector away;
+    bool isOn = false; ///< on the place itself when that is free
+};
+
+Vector Unit(const Vector& v) {
+    const double length = std::hypot(v.x, v.y);
+    return length > 0.0 ? v / length : Vector(0.0, -1.0);
+}
+
+Position CenterOf(const RecognizedCurve& curve) {
+    struct Center {
+        Position operator()(const ArcShape& arc) const { return arc.center; }
+        Position operator()(const CircleShape& circle) const { return circle.center; }
+        Position operator()(const EllipseShape& ellipse) const { return ellipse.center; }
+        Position operator()(const EllipticArcShape& arc) const { return arc.ellipse.center; }
+        Position operator()(const LineShape& line) const { return line.start; }
+        Position operator()(const SplineShape& spline) const { return spline.poles[0]; }
+    };
+    return std::visit(Center(), curve.shape);
+}
+
+/// Upwards in the picture, or else to the right.
+Vector NormalTo(const Vector& slope) {
+    const Vector normal = Unit({slope.y, -slope.x});
+    const bool isDown = normal.y > 1e-9 || (std::fabs(normal.y) <= 1e-9 && normal.x < 0.0);
+    return isDown ? Vector(-normal.x, -normal.y) : normal;
+}
+
+class GlyphBoard {
+public:
+    GlyphBoard(const RecognizedDrawing& drawing, double size)
+        : frame_{Origin(drawing), 1.0 / size}, drawing_(drawing) {
+        for (const RecognizedStroke& stroke : drawing.strokes) {
+            std::vector<std::unique_ptr<Curve>>& curves = curves_.emplace_back();
+            for (const RecognizedCurve& curve : stroke.curves) {
+                curves.push_back(CurveOf(curve.shape, frame_));
+                TakeCurve(*curves.back());
+            }
+        }
+        TakeDimensions();
+    }
+
+    /// The glyphs that show the constraint. One that stands there already stands for this one too.
+    void Add(const RecognizedConstraint& constraint) {
+        const std::string meaning = Meaning(constraint);
+        const auto& elements = constraint.elements;
+        if (IsAtOnePlace(constraint)) {
+            Add(constraint.kind, AnchorOf(constraint), meaning);
+            return;
+        }
+        const std::size_t shown = elements.size() == 3 ? 2 : elements.size(); // an axis stays free
+        for (std::size_t i = 0; i < shown; ++i) {
+            Add(constraint.kind, AnchorOf(elements[i]), meaning);
+        }
+    }
+
+    std::vector<PlacedGlyph> Take() { return std::move(glyphs_); }
+
+private:
+    /// What every coordinate is taken from, so that drawings far from the origin keep their digits.
+    static Position Origin(const RecognizedDrawing& drawing) {
+        for (const InkStroke& stroke : drawing.ink.strokes) {
+            if (!stroke.samples.empty()) {
+                return {stroke.samples[0].x, stroke.samples[0].y};
+            }
+        }
+        return {};
+    }
+
+    void TakeCurve(const Curve& curve) {
+        const double chords = std::ceil(curve.Length() / kCell);
+        const auto n = static_cast<std::size_t>(std::clamp(chords, 2.0, double{kChords}));
+        std::vector<Point> points;
+        curve.CreatePolylinePoints(static_cast<int>(n) + 1, points);
+        for (const Point& p : points) {
+            lines_.Take(p);
+        }
+    }
+
+    void TakeDimensions() {
+        if (!drawing_.dimensions) {
+            return;
+        }
+        for (const DrawnDimension& dimension : *drawing_.dimensions) {
+            const double height = dimension.fontHeight * frame_.scale;
+            const double half = 0.25 * height * static_cast<double>(dimension.text.size());
+            const Position middle = frame_.ToWorking(dimension.position);
+            const Vector along(std::cos(dimension.textAngle), std::sin(dimension.textAngle));
+            for (double s = -half; s < half + kHalf; s += kHalf) {
+                texts_.TakeSquare({middle.x + s * along.x, middle.y + s * along.y});
+            }
+            for (const CurveShape& line : dimension.lines) {
+                TakeCurve(*CurveOf(line, frame_));
+            }
+        }
+    }
+
+    const Curve& CurveAt(const CurvePlace& place) const { return *curves_[place.stroke][place.curve]; }
+
+    Anchor AnchorOf(const CurveElement& element) const {
+        if (element.point == Geometry::SnapPointType_Center) {
+            const Position center =
+                frame_.ToWorking(CenterOf(drawing_.strokes[element.place.stroke].curves[element.place.curve]));
+            return {{center.x, center.y}, {0.0, -1.0}, true};
+        }
+        const Curve& curve = CurveAt(element.place);
+        double limits[2];
+        curve.AskRange(limits);
+        const double middle = curve.IsClosed() ? 0.125 : 0.5;
+        const double t = element.point == Geometry::SnapPointType_Start ? limits[0]
+                         : element.point == Geometry::SnapPointType_End
+                             ? limits[1]
+                             : limits[0] + middle * (limits[1] - limits[0]);
+        Anchor anchor;
+        Vector slope;
+        curve.EvaluateAtParameter(t, anchor.place, slope);
+        anchor.away = NormalTo(slope);
+        return anchor;
+    }
+
+    /// The corner that two lines share, from which they run in the directions u and v.
+    bool FindCorner(const RecognizedConstraint& constraint, Anchor& corner) const {
+        const Curve& a = CurveAt(constraint.elements[0].place);
+        const Curve& b = CurveAt(constraint.elements[1].place);
+        const Point ends[2][2] = {{a.GetStart(), a.GetEnd()}, {b.GetStart(), b.GetEnd()}};
+        constexpr double kSame = 1e-6;
+        for (int i = 0; i < 4; ++i) {
+            const Point& p = ends[0][i % 2];
+            if (p.Distance(ends[1][i / 2]) <= kSame) {
+                const Point u = ends[0][1 - i % 2] - p;
+                const Point v = ends[1][1 - i / 2] - p;
+                corner = {p, Unit(Unit({u.x, u.y}) + Unit({v.x, v.y})), false};
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool IsAtOnePlace(const RecognizedConstraint& constraint) const {
+        Anchor corner;
+        const auto isPoint = [](const CurveElement& e) { return e.point != Geometry::SnapPointType_None; };
+        switch (constraint.kind) {
+        case Geometry::ConstraintKind_Coincident:
+        case Geometry::ConstraintKind_Concentric:
+        case Geometry::ConstraintKind_PointOnCurve:
+        case Geometry::ConstraintKind_MidPoint:
+            return true;
+        case Geometry::ConstraintKind_Tangent:
+            return isPoint(constraint.elements[0]) || isPoint(constraint.elements[1]);
+        case Geometry::ConstraintKind_Perpendicular:
+            return FindCorner(constraint, corner);
+        default:
+            return false;
+        }
+    }
+
+    Anchor AnchorOf(const RecognizedConstraint& constraint) const {
+        Anchor anchor;
+        if (constraint.kind == Geometry::ConstraintKind_Perpendicular && FindCorner(constraint, anchor)) {
+            return anchor;
+        }
+        const bool isSecond = constraint.elements[0].point == Geometry::SnapPointType_None &&
+                              constraint.elements.size() > 1;
+        anchor = AnchorOf(constraint.elements[isSecond ? 1 : 0]);
+        anchor.isOn = anchor.isOn || constraint.kind == Geometry::ConstraintKind_Coincident;
+        return anchor;
+    }
+
+    static std::string Meaning(const RecognizedConstraint& constraint) {
+        std::string text = Spaced(kConstraintNames[constraint.kind]) + ":";
+        for (std::size_t i = 0; i < constraint.elements.size(); ++i) {
+            const CurveElement& element = constraint.elements[i];
+            text += (i == 0 ? " " : " and ") + std::to_string(element.place.stroke) + "." +
+                    std::to_string(element.place.curve);
+            if (element.point != Geometry::SnapPointType_None) {
+                text += std::string(" ") + kPointNames[element.point];
+            }
+        }
+        return text;
+    }
+
+    void Add(ConstraintKind_e kind, const Anchor& anchor, const std::string& meaning) {
+        const auto rounded = [](double x) { return std::floor(x * 100.0 + 0.5); };
+        const auto [known, isNew] = known_.try_emplace(
+            {static_cast<int>(kind), rounded(anchor.place.x), rounded(anchor.place.y)}, glyphs_.size());
+        if (!isNew) {
+            glyphs_[known->second].meaning += "\n" + meaning;
+            return;
+        }
+        const Point center = FindPlace(anchor, kind == Geometry::ConstraintKind_Coincident);
+        glyphs_.push_back({kind, frame_.ToInk({center.x, center.y}), meaning});
+    }
+
+    /// The first place that covers nothing, else the one that covers least geometry.
+    Point FindPlace(const Anchor& anchor, bool isFixed) {
+        Point best = anchor.place;
+        if (isFixed) {
+            texts_.Take(best);
+            return best;
+        }
+        int least = anchor.isOn && texts_.CountTaken(best) == 0 ? 0 : INT32_MAX;
+        const Vector along(anchor.away.y, -anchor.away.x);
+        for (int row = 0; row < 2 * kRows && least > 0; ++row) {
+            const double offset = (row % 2 == 0 ? 1.0 : -1.0) * (kBeside + kStep * (row / 2));
+            for (int step = 0; step <= 2 * kSteps && least > 0; ++step) {
+                const double s = (step % 2 == 0 ? -0.5 : 0.5) * kStep * (step + step % 2);
+                const Point place(anchor.place.x + offset * anchor.away.x + s * along.x,
+                                  anchor.place.y + offset * anchor.away.y + s * along.y);
+                if (texts_.CountTaken(place) == 0 && lines_.CountTaken(place) < least) {
+                    least = lines_.CountTaken(place);
+                    best = place;
+                }
+            }
+        }
+        texts_.TakeSquare(best);
+        return best;
+    }
+
+    WorkingFrame frame_; ///< in which a glyph has the size 1
+    const RecognizedDrawing& drawing_;
+    std::vector<std::vector<std::unique_ptr<Curve>>> curves_;
+    Cells lines_;
+    Cells texts_; ///< and glyphs
+    std::map<std::tuple<int, double, double>, std::size_t> known_; ///< kind and anchor
+    std::vector<PlacedGlyph> glyphs_;
+};
+
+} // namespace
+
+std::vector<PlacedGlyph> PlaceGlyphs(const RecognizedDrawing& drawing, double size) {
+    if (!drawing.constraints || drawing.constraints->empty()) {
+        return {};
+    }
+    GlyphBoard board(drawing, size);
+    for (const bool isDot : {true, false}) { // dots cannot give way
+        for (const RecognizedConstraint& constraint : *drawing.constraints) {
+            if ((constraint.kind == Geometry::ConstraintKind_Coincident) == isDot) {
+                board.Add(constraint);
+            }
+        }
+    }
+    return board.Take();
+}
+
+} // namespace Tessera::Tool
