@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "apps/cli/recognize/Constraints.h"
+
 namespace Tessera::Tool {
 namespace {
 
@@ -72,16 +74,6 @@ TEST(RecognizeDrawing, FreeFormFollowsTheInkAndTellsItsDeviation) {
     EXPECT_LE(curve.deviation, 2.0 + 1e-9); // a hundredth of the longer side
 }
 
-TEST(RecognizeDrawing, PreferencesReachTheRecogniser) {
-    const Drawing bend = DrawingOf([](double u) {
-        return u < 0.5 ? Position{200.0 * u, 0.0} : Position{100.0 + 140.0 * (u - 0.5), 140.0 * (u - 0.5)};
-    });
-    RecognizeOptions options;
-    EXPECT_NE(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U); // 45 degrees: no corner at 50
-    options.preferences.SetTangentAngleThreshold(40.0);
-    EXPECT_EQ(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U);
-}
-
 /// A poly-line drawn by a pen.
 InkStroke Drawn(const std::vector<Position>& corners) {
     InkStroke stroke;
@@ -93,6 +85,103 @@ InkStroke Drawn(const std::vector<Position>& corners) {
         }
     }
     return stroke;
+}
+
+InkStroke Moved(InkStroke stroke, double turn, Position by) {
+    for (Sample& sample : stroke.samples) {
+        const Position p{sample.x, sample.y};
+        sample.x = by.x + p.x * std::cos(turn) - p.y * std::sin(turn);
+        sample.y = by.y + p.x * std::sin(turn) + p.y * std::cos(turn);
+    }
+    return stroke;
+}
+
+Drawing DrawingOf(std::vector<InkStroke> strokes) {
+    Drawing drawing;
+    drawing.strokes = std::move(strokes);
+    return drawing;
+}
+
+const InkStroke kSquare = Drawn({{0, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}});
+
+TEST(RecognizeDrawing, PreferencesReachRulesAndInterpretation) {
+    const Drawing bend = DrawingOf([](double u) {
+        return u < 0.5 ? Position{200.0 * u, 0.0} : Position{100.0 + 140.0 * (u - 0.5), 140.0 * (u - 0.5)};
+    });
+    RecognizeOptions options;
+    options.useRulesOnly = true;
+    EXPECT_NE(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U); // 45 degrees: no corner at 50
+    options.preferences.SetTangentAngleThreshold(40.0);
+    EXPECT_EQ(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U);
+    options = {};
+    options.constraintKinds = 0;
+    const Drawing tilted = DrawingOf({Moved(Drawn({{0, 0}, {100, 0}}), 0.05, {})});
+    const auto slope = [&] {
+        const CurveShape shape = RecognizeDrawing(tilted, options).strokes.at(0).curves.at(0).shape;
+        const auto& line = std::get<LineShape>(shape);
+        return (line.end.y - line.start.y) / (line.end.x - line.start.x);
+    };
+    EXPECT_EQ(slope(), 0.0); // less than three degrees off
+    options.preferences.SetSnapAngleCreate(1.0);
+    EXPECT_NEAR(slope(), std::tan(0.05), 1e-6);
+}
+
+// A square, a line from its corner, a circle about the line's end: everything that is known of them is told.
+TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
+    for (const double size : {1e-6, 1.0, 1e6}) {
+        SCOPED_TRACE(size);
+        const auto circle = DrawingOf([](double u) {
+            return Position{160.0 + 30.0 * std::cos(kTurn * u), 190.0 + 30.0 * std::sin(kTurn * u)};
+        });
+        Drawing drawing = DrawingOf({kSquare, Drawn({{101.5, 99}, {161, 189}}), circle.strokes[0]});
+        for (InkStroke& stroke : drawing.strokes) {
+            for (Sample& sample : stroke.samples) {
+                sample.x *= size;
+                sample.y *= size;
+            }
+        }
+        const RecognizedDrawing told = RecognizeDrawing(drawing, {});
+        const RecognizedStroke& square = told.strokes[0];
+        EXPECT_EQ(square.shape, Geometry::InkShape::Square);
+        ASSERT_EQ(square.joints.size(), 4U);
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(square.joints[i].before, i);
+            EXPECT_EQ(square.joints[i].after, (i + 1) % 4);
+            EXPECT_NEAR(square.joints[i].turn, 0.25 * kTurn, 1e-9);
+            const auto& side = std::get<LineShape>(square.curves[i].shape);
+            EXPECT_NEAR(square.joints[i].position.x, side.end.x, 1e-9 * size);
+            EXPECT_LT(square.curves[i].deviation, 1.0 * size);
+        }
+        EXPECT_EQ(told.strokes[1].shape, Geometry::InkShape::Line);
+        ASSERT_EQ(told.strokes[1].connections.size(), 1U);
+        const RecognizedConnection& onto = told.strokes[1].connections[0];
+        EXPECT_FALSE(onto.isEnd);
+        EXPECT_NEAR(onto.position.x, 100.0 * size, 0.5 * size);
+        EXPECT_NEAR(onto.position.y, 100.0 * size, 0.5 * size);
+        EXPECT_EQ(told.strokes[2].shape, Geometry::InkShape::Circle);
+        // The line's end is put onto the centre: the adjusted geometry is what is told.
+        const auto& line = std::get<LineShape>(told.strokes[1].curves[0].shape);
+        const auto& round = std::get<CircleShape>(told.strokes[2].curves[0].shape);
+        EXPECT_NEAR(line.end.x, round.center.x, 1e-9 * size);
+        EXPECT_NEAR(line.end.y, round.center.y, 1e-9 * size);
+        EXPECT_GT(told.strokes[1].curves[0].deviation, 0.1 * size);
+        EXPECT_EQ(told.constraints->size(), 12U); // 13 equations' worth: all but size, place and direction
+    }
+}
+
+TEST(RecognizeDrawing, OnlyKindsAskedForAreInferred) {
+    const Drawing square = DrawingOf({Moved(kSquare, 0.3, {}), Moved(kSquare, 0.31, {300, 50})});
+    const auto count = [&](std::uint32_t kinds) {
+        RecognizeOptions options;
+        options.constraintKinds = kinds;
+        const RecognizedDrawing told = RecognizeDrawing(square, options);
+        EXPECT_EQ(told.strokes[0].joints.size(), 4U); // joints hold in any case
+        return told.constraints ? static_cast<int>(told.constraints->size()) : -1;
+    };
+    EXPECT_EQ(count(0), -1);
+    EXPECT_EQ(count(ParseConstraintKinds("horizontal,concentric")), 0);
+    EXPECT_EQ(count(ParseConstraintKinds("coincident")), 8);
+    EXPECT_GE(count(ParseConstraintKinds("all")), 14);
 }
 
 /// To and fro between y - half and y + half, from x0 to x1.

@@ -29,6 +29,8 @@ struct InkStroke {
 struct Drawing {       // NOLINT(bugprone-exception-escape): moving a JSON value does not throw
     nlohmann::json id; ///< as the file gave it (string or number), else made from the file's name
     std::vector<InkStroke> strokes;
+    std::string place; ///< where in the file the drawing stands ("line 7: "), for messages; empty for a whole
+                       ///< file
     std::string problem; ///< why nothing of the drawing can be used; empty when some stroke can
 };
 

@@ -42,7 +42,7 @@ void CheckDrawing(Drawing& drawing) {
         return;
     }
     if (drawing.strokes.empty()) {
-        drawing.problem = "no strokes found";
+        drawing.problem = drawing.place + "no strokes found";
         return;
     }
     bool isUsable = false;
@@ -56,7 +56,7 @@ void CheckDrawing(Drawing& drawing) {
         isUsable = isUsable || stroke.problem.empty();
     }
     if (!isUsable) {
-        drawing.problem = "no usable stroke; stroke 0: " + drawing.strokes.front().problem;
+        drawing.problem = drawing.place + "no usable stroke; stroke 0: " + drawing.strokes.front().problem;
     }
 }
 

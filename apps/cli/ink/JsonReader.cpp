@@ -120,6 +120,7 @@ std::vector<Drawing> ReadJsonLines(std::string_view text, const std::string& nam
         if (!drawing.problem.empty()) {
             drawing.problem.insert(0, place);
         }
+        drawing.place = place;
         drawings.push_back(std::move(drawing));
     }
     return drawings;

@@ -11,8 +11,8 @@ namespace {
 using Geometry::Curve;
 using Geometry::Point;
 
-/// The tolerance zone: this part of the usual stroke's diagonal, which is how far a hand misses in drawings of
-/// many small shapes as in one large shape drawn side by side ...
+/// The tolerance zone: this part of the usual stroke's diagonal, which is how far a hand misses in drawings
+/// of many small shapes as in one large shape drawn side by side ...
 constexpr double kZonePerStroke = 0.05;
 /// ... but never more than this part of the whole drawing's.
 constexpr double kLargestZone = 0.035;

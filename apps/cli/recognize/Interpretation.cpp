@@ -37,9 +37,8 @@ void Append(InkReading& reading, const std::vector<Curve*>& earlier, const Worki
             SketchStroke& stroke) {
     const auto curve = [&](int index) { return reading.curves[static_cast<std::size_t>(index)].curve.get(); };
     for (const Geometry::InkJoint& joint : reading.joints) {
-        stroke.joints.push_back({{curve(joint.before), joint.beforeEnd},
-                                 {curve(joint.after), joint.afterEnd},
-                                 joint.kind});
+        stroke.joints.push_back(
+            {{curve(joint.before), joint.beforeEnd}, {curve(joint.after), joint.afterEnd}, joint.kind});
     }
     for (const Geometry::InkConnection& connection : reading.connections) {
         stroke.connections.push_back({{curve(connection.curve), connection.end},
@@ -47,8 +46,8 @@ void Append(InkReading& reading, const std::vector<Curve*>& earlier, const Worki
                                       connection.keyPoint});
     }
     for (Geometry::InterpretedCurve& made : reading.curves) {
-        stroke.curves.push_back({std::move(made.curve), made.firstSample, made.lastSample,
-                                 made.maxDeviation / page.scale, -1});
+        stroke.curves.push_back(
+            {std::move(made.curve), made.firstSample, made.lastSample, made.maxDeviation / page.scale, -1});
     }
 }
 

@@ -83,7 +83,7 @@ struct CurvePlace {
 };
 
 /// A curve of the drawing or one of its points.
-struct CurveElement {
+struct DrawingElement {
     CurvePlace place;
     Geometry::SnapPointType_e point = Geometry::SnapPointType_None;
 };
@@ -103,7 +103,7 @@ struct RecognizedJoint {
 struct RecognizedConnection {
     int curve = 0;
     bool isEnd = false;
-    CurveElement onto;
+    DrawingElement onto;
     Position position;
 };
 
@@ -149,9 +149,9 @@ struct DrawnDimension {
 
 struct RecognizedConstraint {
     Geometry::ConstraintKind_e kind = Geometry::ConstraintKind_Coincident;
-    std::vector<CurveElement> elements; ///< 1 to 3, in the kind's order
-    int side = 0;                       ///< of tangents without named ends, as InferredConstraint::side
-    double confidence = 0.0;            ///< 1 exact, 0.011 at the limit
+    std::vector<DrawingElement> elements; ///< 1 to 3, in the kind's order
+    int side = 0;                         ///< of tangents without named ends, as InferredConstraint::side
+    double confidence = 0.0;              ///< 1 exact, 0.011 at the limit
 };
 
 struct RecognizedDrawing { // NOLINT(bugprone-exception-escape): moving a JSON value does not throw

@@ -66,12 +66,10 @@ void DescribeJoints(const Sketch& sketch, const SketchStroke& from, const CurveP
         if (!(place.Distance(PlaceOf(joint.after)) <= kSamePoint * size)) {
             continue; // drawn over since
         }
-        const double turn = std::remainder(DirectionTo(joint.after) + std::numbers::pi -
-                                               DirectionTo(joint.before),
-                                           2.0 * std::numbers::pi);
+        const double turn = std::remainder(
+            DirectionTo(joint.after) + std::numbers::pi - DirectionTo(joint.before), 2.0 * std::numbers::pi);
         to.joints.push_back({before->curve, after->curve, joint.before.end == CurveEnd::End,
-                             joint.after.end == CurveEnd::End,
-                             joint.kind == Geometry::JointKind::Tangent,
+                             joint.after.end == CurveEnd::End, joint.kind == Geometry::JointKind::Tangent,
                              sketch.page.ToInk({place.x, place.y}), turn});
     }
 }
@@ -83,7 +81,8 @@ void DescribeConnections(const Sketch& sketch, const SketchStroke& from, const C
         const CurvePlace* earlier = places.Find(connection.earlier);
         if (curve != nullptr && earlier != nullptr) {
             const Point place = PlaceOf(connection.end);
-            to.connections.push_back({curve->curve, connection.end.end == CurveEnd::End,
+            to.connections.push_back({curve->curve,
+                                      connection.end.end == CurveEnd::End,
                                       {*earlier, connection.keyPoint},
                                       sketch.page.ToInk({place.x, place.y})});
         }
@@ -129,8 +128,8 @@ void Sketch::RenameEnd(SketchEnd old, SketchEnd now) {
                                connection.keyPoint == Geometry::SnapPointType_End;
             if (isEnd && earlier == old) {
                 connection.earlier = now.curve;
-                connection.keyPoint = now.end == CurveEnd::Start ? Geometry::SnapPointType_Start
-                                                                 : Geometry::SnapPointType_End;
+                connection.keyPoint =
+                    now.end == CurveEnd::Start ? Geometry::SnapPointType_Start : Geometry::SnapPointType_End;
             }
         }
     }

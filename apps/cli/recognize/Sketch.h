@@ -1,8 +1,8 @@
 // A drawing while it is being recognised: its curves as the library's objects, in the units of the page.
 //
 // The page is the frame in which the distances of the preferences mean something: how near an end is to what
-// it snaps to, how far a trim reaches. Joints and connections refer to curves, not to places in lists, so that
-// scribbles may erase what they like in between.
+// it snaps to, how far a trim reaches. Joints and connections refer to curves, not to places in lists, so
+// that scribbles may erase what they like in between.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ namespace Tessera::Tool {
 
 struct SketchCurve {
     std::unique_ptr<Geometry::Curve> curve;
-    int from = 0;           ///< as RecognizedCurve, also the next three
+    int from = 0; ///< as RecognizedCurve, also the next three
     int to = 0;
     double deviation = 0.0; ///< ink units
     int retracedBy = -1;

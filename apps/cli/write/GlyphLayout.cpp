@@ -21,11 +21,13 @@ using Geometry::Vector;
 
 // All lengths here are in units of a glyph's size.
 constexpr double kCell = 0.25;
-constexpr double kHalf = 0.55;        ///< of the square that a glyph keeps for itself
-constexpr double kBeside = 0.95;      ///< from the curve to the glyph's middle
-constexpr double kStep = 1.2;         ///< from glyph to glyph in a row, and from row to row
-constexpr int kSteps = 6;             ///< of a row to either side
-constexpr int kRows = 2;              ///< on either side
+constexpr double kHalf = 0.55;   ///< of the square that a glyph keeps for itself
+constexpr double kBeside = 0.95; ///< from the curve to the glyph's middle
+constexpr double kStep = 1.2;    ///< from glyph to glyph in a row, and from row to row
+constexpr int kSteps = 6;        ///< of a row to either side
+constexpr int kRows = 2;         ///< on either side
+constexpr double kPerStep = 1.0; ///< as bad as covering so many cells of geometry
+constexpr double kPerRow = 1.5;
 constexpr std::size_t kChords = 4000; ///< of one curve at the most
 
 /// Square cells, some of them taken.
@@ -161,10 +163,10 @@ private:
 
     const Curve& CurveAt(const CurvePlace& place) const { return *curves_[place.stroke][place.curve]; }
 
-    Anchor AnchorOf(const CurveElement& element) const {
+    Anchor AnchorOf(const DrawingElement& element) const {
         if (element.point == Geometry::SnapPointType_Center) {
-            const Position center =
-                frame_.ToWorking(CenterOf(drawing_.strokes[element.place.stroke].curves[element.place.curve]));
+            const Position center = frame_.ToWorking(
+                CenterOf(drawing_.strokes[element.place.stroke].curves[element.place.curve]));
             return {{center.x, center.y}, {0.0, -1.0}, true};
         }
         const Curve& curve = CurveAt(element.place);
@@ -202,7 +204,7 @@ private:
 
     bool IsAtOnePlace(const RecognizedConstraint& constraint) const {
         Anchor corner;
-        const auto isPoint = [](const CurveElement& e) { return e.point != Geometry::SnapPointType_None; };
+        const auto isPoint = [](const DrawingElement& e) { return e.point != Geometry::SnapPointType_None; };
         switch (constraint.kind) {
         case Geometry::ConstraintKind_Coincident:
         case Geometry::ConstraintKind_Concentric:
@@ -223,8 +225,8 @@ private:
         if (constraint.kind == Geometry::ConstraintKind_Perpendicular && FindCorner(constraint, anchor)) {
             return anchor;
         }
-        const bool isSecond = constraint.elements[0].point == Geometry::SnapPointType_None &&
-                              constraint.elements.size() > 1;
+        const bool isSecond =
+            constraint.elements[0].point == Geometry::SnapPointType_None && constraint.elements.size() > 1;
         anchor = AnchorOf(constraint.elements[isSecond ? 1 : 0]);
         anchor.isOn = anchor.isOn || constraint.kind == Geometry::ConstraintKind_Coincident;
         return anchor;
@@ -233,7 +235,7 @@ private:
     static std::string Meaning(const RecognizedConstraint& constraint) {
         std::string text = Spaced(kConstraintNames[constraint.kind]) + ":";
         for (std::size_t i = 0; i < constraint.elements.size(); ++i) {
-            const CurveElement& element = constraint.elements[i];
+            const DrawingElement& element = constraint.elements[i];
             text += (i == 0 ? " " : " and ") + std::to_string(element.place.stroke) + "." +
                     std::to_string(element.place.curve);
             if (element.point != Geometry::SnapPointType_None) {
@@ -255,23 +257,28 @@ private:
         glyphs_.push_back({kind, frame_.ToInk({center.x, center.y}), meaning});
     }
 
-    /// The first place that covers nothing, else the one that covers least geometry.
+    /// The place that covers least, near ones before far ones.
     Point FindPlace(const Anchor& anchor, bool isFixed) {
-        Point best = anchor.place;
         if (isFixed) {
-            texts_.Take(best);
-            return best;
+            texts_.Take(anchor.place);
+            return anchor.place;
         }
-        int least = anchor.isOn && texts_.CountTaken(best) == 0 ? 0 : INT32_MAX;
+        Point best = anchor.place;
+        double least = anchor.isOn && texts_.CountTaken(best) == 0 ? 0.0 : INFINITY;
         const Vector along(anchor.away.y, -anchor.away.x);
-        for (int row = 0; row < 2 * kRows && least > 0; ++row) {
+        for (int row = 0; row < 2 * kRows; ++row) {
             const double offset = (row % 2 == 0 ? 1.0 : -1.0) * (kBeside + kStep * (row / 2));
-            for (int step = 0; step <= 2 * kSteps && least > 0; ++step) {
+            for (int step = 0; step <= 2 * kSteps; ++step) {
+                const double distance = kPerRow * row + kPerStep * step;
+                if (distance >= least) {
+                    break;
+                }
                 const double s = (step % 2 == 0 ? -0.5 : 0.5) * kStep * (step + step % 2);
                 const Point place(anchor.place.x + offset * anchor.away.x + s * along.x,
                                   anchor.place.y + offset * anchor.away.y + s * along.y);
-                if (texts_.CountTaken(place) == 0 && lines_.CountTaken(place) < least) {
-                    least = lines_.CountTaken(place);
+                const double cost = distance + lines_.CountTaken(place);
+                if (cost < least && texts_.CountTaken(place) == 0) {
+                    least = cost;
                     best = place;
                 }
             }
@@ -284,7 +291,7 @@ private:
     const RecognizedDrawing& drawing_;
     std::vector<std::vector<std::unique_ptr<Curve>>> curves_;
     Cells lines_;
-    Cells texts_; ///< and glyphs
+    Cells texts_;                                                  ///< and glyphs
     std::map<std::tuple<int, double, double>, std::size_t> known_; ///< kind and anchor
     std::vector<PlacedGlyph> glyphs_;
 };

@@ -1,8 +1,8 @@
 // Which glyphs show a drawing's constraints, and where they stand: beside what they speak of, clear of each
 // other, of dimension texts and, where there is room, of the geometry.
 //
-// A glyph stands on both sides of a curve's middle, or of a point, in rows along the curve, at the first place
-// that is free. Cost is linear in the length of what is drawn and in the number of constraints.
+// A glyph stands on both sides of a curve's middle, or of a point, in rows along the curve, at the first
+// place that is free. Cost is linear in the length of what is drawn and in the number of constraints.
 #pragma once
 
 #include <string>

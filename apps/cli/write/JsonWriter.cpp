@@ -75,7 +75,7 @@ Json PlacePair(const CurvePlace& place) {
 }
 
 /// Stroke and curve, then the name of the point where one is meant.
-Json ElementArray(const CurveElement& element) {
+Json ElementArray(const DrawingElement& element) {
     Json json = PlacePair(element.place);
     if (element.point != Geometry::SnapPointType_None) {
         json.push_back(kPointNames[element.point]);
@@ -121,7 +121,7 @@ void AddReading(const RecognizedStroke& stroke, Json& json) {
 
 Json ConstraintObject(const RecognizedConstraint& constraint) {
     Json json = {{"kind", kConstraintNames[constraint.kind]}, {"curves", Json::array()}};
-    for (const CurveElement& element : constraint.elements) {
+    for (const DrawingElement& element : constraint.elements) {
         json["curves"].push_back(ElementArray(element));
     }
     if (constraint.side != 0) {

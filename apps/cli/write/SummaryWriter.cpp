@@ -92,7 +92,7 @@ private:
 
     void AddCurve(const RecognizedCurve& curve) {
         const std::string kind = Spaced(curve.KindName());
-        const std::string range = std::to_string(curve.from) + ".." + std::to_string(curve.to);
+        const std::string range = std::to_string(curve.from) + ".." + std::to_string(curve.to) + " ";
         out_ << "    " << std::left << std::setw(13) << kind << std::setw(11) << range
              << DescribeShape(curve.shape) << "; deviation " << ShortNumber(curve.deviation);
     }

@@ -6,6 +6,7 @@
 #include <limits>
 #include <set>
 
+#include "apps/cli/recognize/CurveShapes.h"
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/SvgCurve.h"
 #include "apps/cli/write/SvgDimension.h"
@@ -19,7 +20,10 @@ namespace {
 constexpr double kMargin = 0.06;
 /// Ink finer than this part of the picture's longer side cannot be seen and is left out.
 constexpr double kFinestInk = 1.0 / 4000.0;
-constexpr double kGlyphSize = 3.75; ///< line widths
+constexpr double kGlyphSize = 4.2; ///< line widths
+/// Half of the curves are at least this long, in line widths, in a picture of the usual line width ...
+constexpr double kUsualLength = 25.0;
+constexpr double kFinest = 0.5; ///< ... which goes down to this part of it
 
 struct Extent {
     double minX = std::numeric_limits<double>::infinity();
@@ -136,6 +140,23 @@ std::string BreakMarks(const RecognizedDrawing& drawing, double radius) {
     return marks;
 }
 
+/// How much finer than usual the drawing is to be drawn: where its curves are short, lines and marks are
+/// thin.
+double Fineness(const RecognizedDrawing& drawing, const WorkingFrame& pixels, double lineWidth) {
+    std::vector<double> lengths;
+    for (const RecognizedStroke& stroke : drawing.strokes) {
+        for (const RecognizedCurve& curve : stroke.curves) {
+            lengths.push_back(CurveOf(curve.shape, pixels)->Length());
+        }
+    }
+    if (lengths.empty()) {
+        return 1.0;
+    }
+    const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
+    std::nth_element(lengths.begin(), middle, lengths.end());
+    return std::clamp(*middle / (kUsualLength * lineWidth), kFinest, 1.0);
+}
+
 } // namespace
 
 PictureBox FitPicture(const RecognizedDrawing& drawing) {
@@ -169,8 +190,9 @@ PictureBox FitPicture(const RecognizedDrawing& drawing) {
 
 std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box, double x, double y,
                         double width, double height, const PictureStyle& style) {
-    const double lineWidth = style.lineWidth;
     const double inkPerPixel = std::max(box.width / width, box.height / height);
+    const double lineWidth =
+        style.lineWidth * Fineness(drawing, {{box.x, box.y}, 1.0 / inkPerPixel}, style.lineWidth);
     const double size = std::max(box.width, box.height);
     const auto pixels = [inkPerPixel](double count) { return ShortNumber(count * inkPerPixel); };
     std::string svg = "<svg x=\"" + ShortNumber(x) + "\" y=\"" + ShortNumber(y) + "\" width=\"" +
@@ -178,8 +200,8 @@ std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box,
                       ExactNumber(box.x) + " " + ExactNumber(box.y) + " " + ExactNumber(box.width) + " " +
                       ExactNumber(box.height) +
                       "\" fill=\"none\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n";
-    const auto ink = [&](const char* name, const std::string& style, bool isScribble) {
-        std::string group = "<g class=\"" + std::string(name) + "\" " + style + " stroke-width=\"" +
+    const auto ink = [&](const char* name, const std::string& look, bool isScribble) {
+        std::string group = "<g class=\"" + std::string(name) + "\" " + look + " stroke-width=\"" +
                             pixels(0.45 * lineWidth) + "\">\n";
         for (std::size_t i = 0; i < drawing.ink.strokes.size(); ++i) {
             const bool hasKind = (i < drawing.strokes.size() && drawing.strokes[i].isScribble) == isScribble;

@@ -27,7 +27,7 @@ struct PictureBox {
 PictureBox FitPicture(const RecognizedDrawing& drawing);
 
 struct PictureStyle {
-    double lineWidth = 1.0; ///< of the geometry, pixels; everything else follows it
+    double lineWidth = 1.0; ///< of the geometry, pixels, unless it is crowded; everything else follows it
     bool showsGlyphs = true;
 };
 
