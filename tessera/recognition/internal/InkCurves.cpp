@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <utility>
 
@@ -89,6 +90,32 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
     return isReversed ? std::make_unique<Arc>(to, from, centre) : std::make_unique<Arc>(from, to, centre);
 }
 
+// The search looks at the ink in coarse steps; where a curve gives way to the next is the sample nearest to
+// their joint, of those between the middles of the two.
+void PlaceBreaks(std::span<const InkSample> samples, InkReading& reading) {
+    const auto n = static_cast<int>(samples.size());
+    for (const InkJoint& joint : reading.joints) {
+        InterpretedCurve& before = reading.curves[static_cast<std::size_t>(joint.before)];
+        InterpretedCurve& after = reading.curves[static_cast<std::size_t>(joint.after)];
+        const int at = before.lastSample;
+        if (after.firstSample != at || joint.before == joint.after)
+            continue; // the ends of the stroke
+        const int back = (at - before.firstSample + n) % n / 2;
+        const int ahead = (after.lastSample - at + n) % n / 2;
+        double leastSq = std::numeric_limits<double>::infinity();
+        for (int step = -back; step <= ahead; ++step) {
+            const int i = (at + step + n) % n;
+            const InkSample& s = samples[static_cast<std::size_t>(i)];
+            const double dx = s.x - joint.position.x;
+            const double dy = s.y - joint.position.y;
+            if (dx * dx + dy * dy < leastSq) {
+                leastSq = dx * dx + dy * dy;
+                before.lastSample = after.firstSample = i;
+            }
+        }
+    }
+}
+
 int SampleAt(const InkPath& path, int point) {
     return static_cast<int>(std::lround(path.source[static_cast<std::size_t>(point)]));
 }
@@ -144,6 +171,7 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
 
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
     const int n = static_cast<int>(samples.size());
+    PlaceBreaks(samples, reading);
     double sumSq = 0.0;
     int measured = 0;
     for (InterpretedCurve& made : reading.curves) {

@@ -15,7 +15,8 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
 /// Appends one full circle or ellipse.
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
 
-/// Fills the largest distance of each curve's samples from it, and the spread of the hand.
+/// Moves the breaks between curves to the samples nearest to their joints, then fills the largest distance of
+/// each curve's samples from it, and the spread of the hand.
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading);
 
 } // namespace Tessera::Geometry
