@@ -93,8 +93,7 @@ void DefineRecognize(CLI::App& command, RawOptions& raw) {
     CLI::Option* constraints =
         command
             .add_option("--constraints", raw.constraints,
-                        "Kinds of constraints to infer, by default all; the geometry is adjusted to satisfy "
-                        "them: " +
+                        "Kinds of constraints to infer and to satisfy, by default all: " +
                             ListConstraintKinds() + "; several are separated by commas; may be repeated")
             ->type_name("all|KIND,...")
             ->take_all()

@@ -8,6 +8,7 @@
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/DrawingWriter.h"
+#include "apps/cli/write/GlyphLayout.h"
 #include "apps/cli/write/SvgCurve.h"
 
 namespace Tessera::Tool {
@@ -172,6 +173,84 @@ TEST(JsonWriter, KeysAndTheirOrder) {
         R"("poles":[[0.0,0.0],[1.0,1.0]]}]},)"
         R"({"index":1,"points":1,"curves":[],"error":"fewer than two points"}]})"
         "\n");
+}
+
+TEST(JsonWriter, ReadingsAndConstraints) {
+    RecognizedDrawing drawing;
+    drawing.ink.id = 1;
+    drawing.strokes.resize(2);
+    drawing.strokes[0].shape = Geometry::InkShape::ThinWall;
+    drawing.strokes[0].curves = {{LineShape{{0, 0}, {1, 1}}, 0, 1, 0.25, 1}};
+    drawing.strokes[0].joints = {{0, 2, true, false, true, {3, 4}, 0.5}};
+    drawing.strokes[0].connections = {{0, true, {{5, 6}, Geometry::SnapPointType_Mid}, {7, 8}}};
+    drawing.strokes[1].shape = Geometry::InkShape::Retrace;
+    drawing.strokes[1].retraces = CurvePlace{0, 0};
+    drawing.constraints = {
+        {Geometry::ConstraintKind_Tangent, {{{0, 0}}, {{2, 1}}}, -1, 0.5},
+        {Geometry::ConstraintKind_Symmetric,
+         {{{0, 0}, Geometry::SnapPointType_Start}, {{0, 0}, Geometry::SnapPointType_Center}, {{1, 0}}},
+         0,
+         1.0}};
+    std::ostringstream out;
+    MakeJsonWriter(out)->Add(drawing);
+    EXPECT_EQ(
+        out.str(),
+        R"({"id":1,"strokes":[{"index":0,"points":0,"curves":[{"kind":"line","from":0,"to":1,)"
+        R"("deviation":0.25,"start":[0.0,0.0],"end":[1.0,1.0],"retraced_by":1}],"shape":"thin_wall",)"
+        R"("joints":[{"before":0,"after":2,"ends":["end","start"],"kind":"tangent","position":[3.0,4.0],)"
+        R"("turn":0.5}],"connections":[{"curve":0,"end":"end","onto":[5,6,"mid"],"position":[7.0,8.0]}]},)"
+        R"({"index":0,"points":0,"curves":[],"shape":"retrace","joints":[],"connections":[],)"
+        R"("retraces":[0,0]}],"constraints":[)"
+        R"({"kind":"tangent","curves":[[0,0],[2,1]],"side":-1,"confidence":0.5},)"
+        R"({"kind":"symmetric","curves":[[0,0,"start"],[0,0,"center"],[1,0]],"confidence":1.0}]})"
+        "\n");
+}
+
+// A comb of lines and circles with every kind of constraint on each pair: glyphs near what they speak of,
+// none over another or over a text.
+TEST(GlyphLayout, GlyphsStandClear) {
+    for (const double size : {1e-3, 1.0, 1e6}) {
+        SCOPED_TRACE(size);
+        RecognizedDrawing drawing;
+        drawing.constraints.emplace();
+        drawing.dimensions.emplace();
+        RecognizedStroke& stroke = drawing.strokes.emplace_back();
+        for (int i = 0; i < 6; ++i) {
+            const double x = 10.0 * i * size;
+            stroke.curves.push_back({LineShape{{x, 0.0}, {x + 2.0 * size, 40.0 * size}}, 0, 1, 0.0, -1});
+            stroke.curves.push_back({CircleShape{{x, 60.0 * size}, 5.0 * size}, 0, 1, 0.0, -1});
+            for (int kind = 0; kind < Geometry::kConstraintKindCount; ++kind) {
+                const DrawingElement line{{0, 2 * i}};
+                drawing.constraints->push_back(
+                    {static_cast<Geometry::ConstraintKind_e>(kind), {line, {{0, 2 * i + 1}}}, 0, 1.0});
+            }
+            DrawnDimension& dimension = drawing.dimensions->emplace_back();
+            dimension.text = "40";
+            dimension.fontHeight = 2.0 * size;
+            dimension.position = {x - 1.0 * size, 20.0 * size};
+        }
+        const std::vector<PlacedGlyph> glyphs = PlaceGlyphs(drawing, size);
+        EXPECT_GE(glyphs.size(), 6U * Geometry::kConstraintKindCount);
+        const auto gap = [&](const Position& p, const Position& q) {
+            return std::max(std::fabs(p.x - q.x), std::fabs(p.y - q.y)) / size;
+        };
+        for (std::size_t i = 0; i < glyphs.size(); ++i) {
+            if (glyphs[i].kind == Geometry::ConstraintKind_Coincident) {
+                continue;
+            }
+            double nearest = INFINITY; // of the middles of all curves
+            for (int k = 0; k < 6; ++k) {
+                nearest = std::min({nearest, gap(glyphs[i].center, {(10.0 * k + 1.0) * size, 20.0 * size}),
+                                    gap(glyphs[i].center, {10.0 * k * size, 60.0 * size})});
+                EXPECT_GE(gap(glyphs[i].center, drawing.dimensions->at(k).position), 0.9);
+            }
+            EXPECT_LE(nearest, 12.0);
+            for (std::size_t j = 0; j < i; ++j) {
+                const bool isDot = glyphs[j].kind == Geometry::ConstraintKind_Coincident;
+                EXPECT_GE(gap(glyphs[i].center, glyphs[j].center), isDot ? 0.5 : 0.9);
+            }
+        }
+    }
 }
 
 TEST(SvgWriter, DocumentsAreWellFormedAndHoldEveryKind) {

@@ -61,7 +61,30 @@ expect 0 "4 lines" recognize --preference AskTangentAngleThreshold=40 --preferen
 expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale 0 good.json
 expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale nan good.json
 expect 0 "line" recognize --ink-scale 0.5 good.json
-expect 0 "0..4" recognize --rules-only --to summary good.json
+expect 0 "0..4" recognize --rules-only --ink-scale 1 good.json
+expect 0 "4 lines" recognize --rules-only good.json
+
+# What interpretation tells of a stroke, and what was meant by the drawing.
+expect 0 "stroke 0 (5 points): rectangle" recognize good.json
+expect 0 "constraints: 4 coincident, 2 horizontal, 2 vertical" recognize good.json
+expect 0 '"shape":"rectangle","joints":[{"before":0,"after":1,"ends":["end","start"],"kind":"corner","position":[100.0,0.0],"turn":1.57' recognize --to json good.json
+check grep -q '"start":\[100.0,0.0\],"end":\[100.0,80.0\]' out.txt
+check grep -q '"connections":\[\]' out.txt
+check grep -q '"constraints":\[{"kind":"coincident","curves":\[\[0,0,"start"\],\[0,3,"end"\]\],"confidence":1.0}' out.txt
+expect 0 '"constraints":[{"kind":"horizontal","curves":[[0,0]],"confidence":1.0},' recognize --to json --constraints horizontal good.json
+expect 0 '"joints"' recognize --to json --no-constraints good.json
+check test "$(grep -c constraints out.txt)" -eq 0
+expect 0 '"curves"' recognize --to json --rules-only good.json
+check test "$(grep -cE 'shape|joints|constraints' out.txt)" -eq 0
+expect 2 'not "slanted"' recognize --constraints slanted good.json
+expect 2 "excludes" recognize --constraints all --no-constraints good.json
+expect 2 "excludes" recognize --constraints all --rules-only good.json
+expect 0 '<path class="vertical" transform="translate(' recognize --to svg good.json
+expect 0 '<svg' recognize --to svg --no-glyphs good.json
+check test "$(grep -c vertical out.txt)" -eq 0
+# A line that begins at the middle of another.
+echo '{"id":"t","strokes":[[[0,0],[50,0],[100,0]],[[50,1],[50,40],[50,80]]]}' >tee.json
+expect 0 '"connections":[{"curve":0,"end":"start","onto":[0,0,"mid"],"position":[50.0,0.0]}]' recognize --to json tee.json
 
 # Two lines, the first of them scratched out: strokes 0 to 2.
 echo '{"id":"s","strokes":[[[0,20],[100,20]],[[0,80],[100,80]],
@@ -73,7 +96,8 @@ expect 0 '{"index":1,"points":2,"scribble":false,"cusps":0,"erases":[]}' scribbl
 expect 0 "no scribble" scribble --preference GetMinNumCusps=9 scratched.json
 expect 0 '"erased_by":2' recognize --to json scratched.json
 expect 0 "s: 3 strokes, 1 line" recognize scratched.json
-expect 0 "10 lines" recognize --no-scribble scratched.json
+expect 0 '"shape":"scribble"' recognize --to json scratched.json
+expect 0 "stroke 2 (9 points): polyline" recognize --no-scribble scratched.json
 expect 2 "--no-scribble" scribble --no-scribble scratched.json
 expect 0 'class="scribbles"' recognize --to svg scratched.json
 expect 0 "stroke 5: scribble, 6 cusps, erases from stroke 3" scribble "$examples/correction.json"

@@ -21,6 +21,10 @@ constexpr double kLargestDiagonal = 1000.0;
 /// Diagonal of a page: the preferences' distances (an end snaps from 10, a trim reaches for 40) are made for
 /// drawings that fill a screen.
 constexpr double kPageDiagonal = 1000.0;
+/// Decimal digits of a drawing's size that are told of its points: far finer than any ink, and coarse enough
+/// to hide the rounding of sums.
+constexpr double kDigits = 13.0;
+constexpr double kLargestGrid = 1e22; ///< the last power of ten that is a number without rounding
 /// Steps along the diagonal of a stroke's box, measured likewise: fewer round the ends of ovals into corners,
 /// more miss the rounded corners of squares.
 constexpr double kStepsPerDiagonal = 120.0;
@@ -228,7 +232,9 @@ bool WorkingFrame::IsUsable() const {
 
 WorkingFrame PageFrame(const Drawing& drawing) {
     const Box whole = BoxOf(drawing);
-    return {whole.Middle(), kPageDiagonal / whole.Diagonal()};
+    const double grid = std::pow(10.0, kDigits - std::ceil(std::log10(whole.Diagonal())));
+    const bool isExact = grid >= 1.0 && grid <= kLargestGrid; // and its inverse needs no rounding of its own
+    return {whole.Middle(), kPageDiagonal / whole.Diagonal(), isExact ? grid : 0.0};
 }
 
 WorkingFrame AutomaticFrame(const Drawing& drawing) {
@@ -241,11 +247,11 @@ WorkingFrame AutomaticFrame(const Drawing& drawing) {
         }
     }
     const double scale = std::min(kWorkingDiagonal / smallest, kLargestDiagonal / whole.Diagonal());
-    return {whole.Middle(), scale};
+    return {whole.Middle(), scale, 0.0};
 }
 
 WorkingFrame FixedFrame(double scale) {
-    return {{0.0, 0.0}, scale};
+    return {{0.0, 0.0}, scale, 0.0};
 }
 
 std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame) {

@@ -7,6 +7,7 @@
 // samples. Every prepared sample knows where in the input it comes from. Linear in the number of samples.
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include "apps/cli/ink/Ink.h"
@@ -17,11 +18,17 @@ namespace Tessera::Tool {
 struct WorkingFrame {
     Position origin;
     double scale = 1.0;
+    double grid = 0.0; ///< points come back rounded to whole multiples of 1 / grid; 0 for not rounded
 
     Position ToWorking(Position p) const { return {(p.x - origin.x) * scale, (p.y - origin.y) * scale}; }
-    Position ToInk(Position p) const { return {p.x / scale + origin.x, p.y / scale + origin.y}; }
+    Position ToInk(Position p) const {
+        return {Rounded(p.x / scale + origin.x), Rounded(p.y / scale + origin.y)};
+    }
     /// False for a drawing that is too large or too small to compute with.
     bool IsUsable() const;
+
+private:
+    double Rounded(double x) const { return grid > 0.0 ? std::round(x * grid) / grid : x; }
 };
 
 struct PreparedSample {
@@ -33,7 +40,8 @@ struct PreparedSample {
 };
 
 /// Frame that brings the whole drawing to the size of a page, at which the distances between strokes that the
-/// preferences hold are right; strokes with a problem are left out.
+/// preferences hold are right; strokes with a problem are left out. Points come back without the noise of the
+/// last digits, so that ends that meet are equal.
 WorkingFrame PageFrame(const Drawing& drawing);
 
 /// Frame that brings the drawing's strokes to the working size of the rules, likewise.

@@ -95,7 +95,7 @@ Vector NormalTo(const Vector& slope) {
 class GlyphBoard {
 public:
     GlyphBoard(const RecognizedDrawing& drawing, double size)
-        : frame_{Origin(drawing), 1.0 / size}, drawing_(drawing) {
+        : frame_{Origin(drawing), 1.0 / size, 0.0}, drawing_(drawing) {
         for (const RecognizedStroke& stroke : drawing.strokes) {
             std::vector<std::unique_ptr<Curve>>& curves = curves_.emplace_back();
             for (const RecognizedCurve& curve : stroke.curves) {

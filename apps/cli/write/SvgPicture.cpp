@@ -192,7 +192,7 @@ std::string DrawPicture(const RecognizedDrawing& drawing, const PictureBox& box,
                         double width, double height, const PictureStyle& style) {
     const double inkPerPixel = std::max(box.width / width, box.height / height);
     const double lineWidth =
-        style.lineWidth * Fineness(drawing, {{box.x, box.y}, 1.0 / inkPerPixel}, style.lineWidth);
+        style.lineWidth * Fineness(drawing, {{box.x, box.y}, 1.0 / inkPerPixel, 0.0}, style.lineWidth);
     const double size = std::max(box.width, box.height);
     const auto pixels = [inkPerPixel](double count) { return ShortNumber(count * inkPerPixel); };
     std::string svg = "<svg x=\"" + ShortNumber(x) + "\" y=\"" + ShortNumber(y) + "\" width=\"" +
