@@ -152,7 +152,9 @@ private:
             const double half = 0.25 * height * static_cast<double>(dimension.text.size());
             const Position middle = frame_.ToWorking(dimension.position);
             const Vector along(std::cos(dimension.textAngle), std::sin(dimension.textAngle));
-            for (double s = -half; s < half + kHalf; s += kHalf) {
+            const int squares = 1 + static_cast<int>(std::ceil(half / kHalf));
+            for (int i = 0; i <= 2 * squares; ++i) {
+                const double s = half * (i - squares) / squares;
                 texts_.TakeSquare({middle.x + s * along.x, middle.y + s * along.y});
             }
             for (const CurveShape& line : dimension.lines) {
@@ -266,8 +268,8 @@ private:
         Point best = anchor.place;
         double least = anchor.isOn && texts_.CountTaken(best) == 0 ? 0.0 : INFINITY;
         const Vector along(anchor.away.y, -anchor.away.x);
-        for (int row = 0; row < 2 * kRows; ++row) {
-            const double offset = (row % 2 == 0 ? 1.0 : -1.0) * (kBeside + kStep * (row / 2));
+        for (int row = 0; row < kRows; ++row) {
+            const double offset = kRowOffsets[row];
             for (int step = 0; step <= 2 * kSteps; ++step) {
                 const double distance = kPerRow * row + kPerStep * step;
                 if (distance >= least) {
