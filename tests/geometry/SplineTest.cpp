@@ -17,8 +17,8 @@ namespace {
 
 using SplinePtr = std::unique_ptr<Spline>;
 
-SplinePtr Make(int order, const std::vector<Point>& poles, const std::vector<double>& weights = {}) {
-    return SplinePtr(static_cast<Spline*>(MakeSpline(order, poles, weights).release()));
+SplinePtr Make(int order, const std::vector<Point>& poles) {
+    return SplinePtr(static_cast<Spline*>(MakeSpline(order, poles).release()));
 }
 
 /// Poles as the caller of SetPoles owns them.
