@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "apps/cli/recognize/CurveShapes.h"
+#include "apps/cli/write/ConstraintAnchors.h"
 #include "apps/cli/write/CurveText.h"
 
 namespace Tessera::Tool {
@@ -62,62 +63,39 @@ private:
     std::unordered_set<std::int64_t> taken_;
 };
 
-/// What a glyph stands beside, and the direction in which it is best put.
-struct Anchor {
-    Point place;
-    Vector away;
-    bool isOn = false; ///< on the place itself when that is free
-};
-
-Vector Unit(const Vector& v) {
-    const double length = std::hypot(v.x, v.y);
-    return length > 0.0 ? v / length : Vector(0.0, -1.0);
-}
-
-Position CenterOf(const RecognizedCurve& curve) {
-    struct Center {
-        Position operator()(const ArcShape& arc) const { return arc.center; }
-        Position operator()(const CircleShape& circle) const { return circle.center; }
-        Position operator()(const EllipseShape& ellipse) const { return ellipse.center; }
-        Position operator()(const EllipticArcShape& arc) const { return arc.ellipse.center; }
-        Position operator()(const LineShape& line) const { return line.start; }
-        Position operator()(const SplineShape& spline) const { return spline.poles[0]; }
-    };
-    return std::visit(Center(), curve.shape);
-}
-
-/// Upwards in the picture, or else to the right.
-Vector NormalTo(const Vector& slope) {
-    const Vector normal = Unit({slope.y, -slope.x});
-    const bool isDown = normal.y > 1e-9 || (std::fabs(normal.y) <= 1e-9 && normal.x < 0.0);
-    return isDown ? Vector(-normal.x, -normal.y) : normal;
+/// "parallel: 0.1 and 0.3": curves by stroke and place in it.
+std::string Meaning(const RecognizedConstraint& constraint) {
+    std::string text = Spaced(kConstraintNames[constraint.kind]) + ":";
+    for (std::size_t i = 0; i < constraint.elements.size(); ++i) {
+        const DrawingElement& element = constraint.elements[i];
+        text += (i == 0 ? " " : " and ") + std::to_string(element.place.stroke) + "." +
+                std::to_string(element.place.curve);
+        if (element.point != Geometry::SnapPointType_None) {
+            text += std::string(" ") + kPointNames[element.point];
+        }
+    }
+    return text;
 }
 
 class GlyphBoard {
 public:
     GlyphBoard(const RecognizedDrawing& drawing, double size)
-        : frame_{Origin(drawing), 1.0 / size, 0.0}, drawing_(drawing) {
-        for (const RecognizedStroke& stroke : drawing.strokes) {
-            std::vector<std::unique_ptr<Curve>>& curves = curves_.emplace_back();
-            for (const RecognizedCurve& curve : stroke.curves) {
-                curves.push_back(CurveOf(curve.shape, frame_));
-                TakeCurve(*curves.back());
+        : frame_{Origin(drawing), 1.0 / size, 0.0}, anchors_(drawing, frame_) {
+        for (const auto& stroke : anchors_.Curves()) {
+            for (const std::unique_ptr<Curve>& curve : stroke) {
+                TakeCurve(*curve);
             }
         }
-        TakeDimensions();
+        if (drawing.dimensions) {
+            TakeDimensions(*drawing.dimensions);
+        }
     }
 
     /// The glyphs that show the constraint. One that stands there already stands for this one too.
     void Add(const RecognizedConstraint& constraint) {
         const std::string meaning = Meaning(constraint);
-        const auto& elements = constraint.elements;
-        if (IsAtOnePlace(constraint)) {
-            Add(constraint.kind, AnchorOf(constraint), meaning);
-            return;
-        }
-        const std::size_t shown = elements.size() == 3 ? 2 : elements.size(); // an axis stays free
-        for (std::size_t i = 0; i < shown; ++i) {
-            Add(constraint.kind, AnchorOf(elements[i]), meaning);
+        for (const GlyphAnchor& anchor : anchors_.Of(constraint)) {
+            Add(constraint.kind, anchor, meaning);
         }
     }
 
@@ -144,11 +122,8 @@ private:
         }
     }
 
-    void TakeDimensions() {
-        if (!drawing_.dimensions) {
-            return;
-        }
-        for (const DrawnDimension& dimension : *drawing_.dimensions) {
+    void TakeDimensions(const std::vector<DrawnDimension>& dimensions) {
+        for (const DrawnDimension& dimension : dimensions) {
             const double height = dimension.fontHeight * frame_.scale;
             const double half = 0.25 * height * static_cast<double>(dimension.text.size());
             const Position middle = frame_.ToWorking(dimension.position);
@@ -164,91 +139,7 @@ private:
         }
     }
 
-    const Curve& CurveAt(const CurvePlace& place) const { return *curves_[place.stroke][place.curve]; }
-
-    Anchor AnchorOf(const DrawingElement& element) const {
-        if (element.point == Geometry::SnapPointType_Center) {
-            const Position center = frame_.ToWorking(
-                CenterOf(drawing_.strokes[element.place.stroke].curves[element.place.curve]));
-            return {{center.x, center.y}, {0.0, -1.0}, true};
-        }
-        const Curve& curve = CurveAt(element.place);
-        double limits[2];
-        curve.AskRange(limits);
-        const double middle = curve.IsClosed() ? 0.125 : 0.5;
-        const double t = element.point == Geometry::SnapPointType_Start ? limits[0]
-                         : element.point == Geometry::SnapPointType_End
-                             ? limits[1]
-                             : limits[0] + middle * (limits[1] - limits[0]);
-        Anchor anchor;
-        Vector slope;
-        curve.EvaluateAtParameter(t, anchor.place, slope);
-        anchor.away = NormalTo(slope);
-        return anchor;
-    }
-
-    /// The corner that two lines share, from which they run in the directions u and v.
-    bool FindCorner(const RecognizedConstraint& constraint, Anchor& corner) const {
-        const Curve& a = CurveAt(constraint.elements[0].place);
-        const Curve& b = CurveAt(constraint.elements[1].place);
-        const Point ends[2][2] = {{a.GetStart(), a.GetEnd()}, {b.GetStart(), b.GetEnd()}};
-        constexpr double kSame = 1e-6;
-        for (int i = 0; i < 4; ++i) {
-            const Point& p = ends[0][i % 2];
-            if (p.Distance(ends[1][i / 2]) <= kSame) {
-                const Point u = ends[0][1 - i % 2] - p;
-                const Point v = ends[1][1 - i / 2] - p;
-                corner = {p, Unit(Unit({u.x, u.y}) + Unit({v.x, v.y})), false};
-                return true;
-            }
-        }
-        return false;
-    }
-
-    bool IsAtOnePlace(const RecognizedConstraint& constraint) const {
-        Anchor corner;
-        const auto isPoint = [](const DrawingElement& e) { return e.point != Geometry::SnapPointType_None; };
-        switch (constraint.kind) {
-        case Geometry::ConstraintKind_Coincident:
-        case Geometry::ConstraintKind_Concentric:
-        case Geometry::ConstraintKind_PointOnCurve:
-        case Geometry::ConstraintKind_MidPoint:
-            return true;
-        case Geometry::ConstraintKind_Tangent:
-            return isPoint(constraint.elements[0]) || isPoint(constraint.elements[1]);
-        case Geometry::ConstraintKind_Perpendicular:
-            return FindCorner(constraint, corner);
-        default:
-            return false;
-        }
-    }
-
-    Anchor AnchorOf(const RecognizedConstraint& constraint) const {
-        Anchor anchor;
-        if (constraint.kind == Geometry::ConstraintKind_Perpendicular && FindCorner(constraint, anchor)) {
-            return anchor;
-        }
-        const bool isSecond =
-            constraint.elements[0].point == Geometry::SnapPointType_None && constraint.elements.size() > 1;
-        anchor = AnchorOf(constraint.elements[isSecond ? 1 : 0]);
-        anchor.isOn = anchor.isOn || constraint.kind == Geometry::ConstraintKind_Coincident;
-        return anchor;
-    }
-
-    static std::string Meaning(const RecognizedConstraint& constraint) {
-        std::string text = Spaced(kConstraintNames[constraint.kind]) + ":";
-        for (std::size_t i = 0; i < constraint.elements.size(); ++i) {
-            const DrawingElement& element = constraint.elements[i];
-            text += (i == 0 ? " " : " and ") + std::to_string(element.place.stroke) + "." +
-                    std::to_string(element.place.curve);
-            if (element.point != Geometry::SnapPointType_None) {
-                text += std::string(" ") + kPointNames[element.point];
-            }
-        }
-        return text;
-    }
-
-    void Add(ConstraintKind_e kind, const Anchor& anchor, const std::string& meaning) {
+    void Add(ConstraintKind_e kind, const GlyphAnchor& anchor, const std::string& meaning) {
         const auto rounded = [](double x) { return std::floor(x * 100.0 + 0.5); };
         const auto [known, isNew] = known_.try_emplace(
             {static_cast<int>(kind), rounded(anchor.place.x), rounded(anchor.place.y)}, glyphs_.size());
@@ -261,7 +152,7 @@ private:
     }
 
     /// The place that covers least, near ones before far ones.
-    Point FindPlace(const Anchor& anchor, bool isFixed) {
+    Point FindPlace(const GlyphAnchor& anchor, bool isFixed) {
         if (isFixed) {
             texts_.Take(anchor.place);
             return anchor.place;
@@ -291,8 +182,7 @@ private:
     }
 
     WorkingFrame frame_; ///< in which a glyph has the size 1
-    const RecognizedDrawing& drawing_;
-    std::vector<std::vector<std::unique_ptr<Curve>>> curves_;
+    ConstraintAnchors anchors_;
     Cells lines_;
     Cells texts_;                                                  ///< and glyphs
     std::map<std::tuple<int, double, double>, std::size_t> known_; ///< kind and anchor
