@@ -212,8 +212,8 @@ TEST(GlyphLayout, GlyphsStandClear) {
     for (const double size : {1e-3, 1.0, 1e6}) {
         SCOPED_TRACE(size);
         RecognizedDrawing drawing;
-        drawing.constraints.emplace();
-        drawing.dimensions.emplace();
+        std::vector<RecognizedConstraint> constraints;
+        std::vector<DrawnDimension> dimensions;
         RecognizedStroke& stroke = drawing.strokes.emplace_back();
         for (int i = 0; i < 6; ++i) {
             const double x = 10.0 * i * size;
@@ -221,14 +221,16 @@ TEST(GlyphLayout, GlyphsStandClear) {
             stroke.curves.push_back({CircleShape{{x, 60.0 * size}, 5.0 * size}, 0, 1, 0.0, -1});
             for (int kind = 0; kind < Geometry::kConstraintKindCount; ++kind) {
                 const DrawingElement line{{0, 2 * i}};
-                drawing.constraints->push_back(
+                constraints.push_back(
                     {static_cast<Geometry::ConstraintKind_e>(kind), {line, {{0, 2 * i + 1}}}, 0, 1.0});
             }
-            DrawnDimension& dimension = drawing.dimensions->emplace_back();
+            DrawnDimension& dimension = dimensions.emplace_back();
             dimension.text = "40";
             dimension.fontHeight = 2.0 * size;
             dimension.position = {x - 1.0 * size, 20.0 * size};
         }
+        drawing.constraints = constraints;
+        drawing.dimensions = dimensions;
         const std::vector<PlacedGlyph> glyphs = PlaceGlyphs(drawing, size);
         EXPECT_GE(glyphs.size(), 6U * Geometry::kConstraintKindCount);
         const auto gap = [&](const Position& p, const Position& q) {
@@ -242,7 +244,7 @@ TEST(GlyphLayout, GlyphsStandClear) {
             for (int k = 0; k < 6; ++k) {
                 nearest = std::min({nearest, gap(glyphs[i].center, {(10.0 * k + 1.0) * size, 20.0 * size}),
                                     gap(glyphs[i].center, {10.0 * k * size, 60.0 * size})});
-                EXPECT_GE(gap(glyphs[i].center, drawing.dimensions->at(k).position), 0.9);
+                EXPECT_GE(gap(glyphs[i].center, dimensions[k].position), 0.9);
             }
             EXPECT_LE(nearest, 12.0);
             for (std::size_t j = 0; j < i; ++j) {
