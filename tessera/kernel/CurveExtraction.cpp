@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "tessera/kernel/BCDF.h"
 #include "tessera/kernel/BCEV.h"
 #include "tessera/kernel/CurveRecord.h"
 #include "tessera/kernel/internal/RecordPtr.h"
@@ -206,6 +207,8 @@ BCURVE_DATA* ExtractPeriodic(const BCURVE_DATA* d, double from, double to) {
 KC_CURVE_struct_s* ExtractBCurve(const BCURVE_DATA* d, const double limits[2]) {
     BcurveDataPtr piece(d->periodic ? ExtractPeriodic(d, limits[0], limits[1])
                                     : ExtractInside(d, std::max(limits[0], 0.0), std::min(limits[1], 1.0)));
+    if (piece)
+        BCDF_update_polynomial_flag(piece.get()); // its weights may be equal where the curve's are not
     KC_CURVE_struct_s* c = ev09p1(piece.get());
     if (c)
         (void)piece.release(); // the record owns it now

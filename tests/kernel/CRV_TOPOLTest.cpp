@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tessera/kernel/SM.h"
+#include "tests/support/BSplineSample.h"
 #include "tests/support/Records.h"
 
 namespace {
@@ -38,7 +39,7 @@ double Cross(Xy a, Xy b, Xy c) {
 }
 
 // Sharpens a crossing of the sampled curves by Newton steps; false when it was none.
-bool Sharpen(const RecordPtr& a, const RecordPtr& b, double t, double u, double size, Xy* crossing) {
+bool Sharpen(const RecordPtr& a, const RecordPtr& b, double t, double u, double gap, Xy* crossing) {
     const auto la = LimitsOf(a), lb = LimitsOf(b);
     double p[6], q[6];
     for (int k = 0; k < 30; ++k) {
@@ -49,11 +50,11 @@ bool Sharpen(const RecordPtr& a, const RecordPtr& b, double t, double u, double 
         u = std::clamp(u + (ex * p[4] - ey * p[3]) / det, lb[0], lb[1]);
     }
     *crossing = At(a, t);
-    return Distance(*crossing, At(b, u)) < 1e-10 * size;
+    return Distance(*crossing, At(b, u)) < gap;
 }
 
 // Brute force: every pair of chords that cross properly, sharpened.
-std::vector<Xy> SampledCrossings(const RecordPtr& a, const RecordPtr& b, double size) {
+std::vector<Xy> SampledCrossings(const RecordPtr& a, const RecordPtr& b, double gap) {
     constexpr int kSamples = 700, kBlock = 25;
     const std::vector<Xy> s = Sample(a, kSamples), r = Sample(b, kSamples);
     std::vector<Xy> found;
@@ -69,7 +70,7 @@ std::vector<Xy> SampledCrossings(const RecordPtr& a, const RecordPtr& b, double 
         Xy crossing;
         if (c1 * c2 < 0.0 && c3 * c4 < 0.0 &&
             Sharpen(a, b, ParameterAt(a, (i + c3 / (c3 - c4)) / kSamples),
-                    ParameterAt(b, (j + c1 / (c1 - c2)) / kSamples), size, &crossing))
+                    ParameterAt(b, (j + c1 / (c1 - c2)) / kSamples), gap, &crossing))
             found.push_back(crossing);
     };
     for (int bi = 0; bi < kSamples; bi += kBlock)
@@ -100,35 +101,55 @@ void ExpectSound(const Hits& hits, const RecordPtr& a, const RecordPtr& b, doubl
     }
 }
 
-// Every pair of forms at three sizes: all that brute force finds is there, all that is there is real, and
-// swapping the arguments changes nothing.
+// All that brute force finds is there, all that is there is real, and swapping the arguments changes nothing.
+int ExpectAgreement(const RecordPtr& a, const RecordPtr& b, double tol, double size) {
+    const Hits hits = Intersect(a, b, tol), swapped = Intersect(b, a, tol);
+    EXPECT_EQ(hits.status, 0);
+    ExpectSound(hits, a, b, tol, size);
+    const std::vector<Xy> crossings = SampledCrossings(a, b, 0.1 * tol);
+    for (const Xy& p : crossings)
+        EXPECT_LE(NearestHit(hits, p), 10.0 * tol) << "missed (" << p.x << ", " << p.y << ")";
+    EXPECT_EQ(swapped.list.size(), hits.list.size());
+    for (const CRV_TOPOL_hit_t& h : hits.list)
+        EXPECT_TRUE(std::any_of(swapped.list.begin(), swapped.list.end(), [&](const CRV_TOPOL_hit_t& g) {
+            return std::hypot(g.t1 - h.t2, g.t2 - h.t1) <= 1e-12;
+        }));
+    return static_cast<int>(crossings.size());
+}
+
 TEST(Intersect, AgreesWithBruteForce) {
     constexpr int kKinds = records::Random::kKinds;
     records::Random random(17);
     int crossings = 0;
     for (const double size : {1.0, 1e-3, 1e6}) {
-        for (int trial = 0; trial < kKinds * kKinds * 2; ++trial) {
+        for (int trial = 0; trial < kKinds * kKinds * 2; ++trial) { // every pair of forms
             SCOPED_TRACE(testing::Message() << "size " << size << " trial " << trial);
             const Xy at{size * random.In(-2, 2), size * random.In(-2, 2)};
             const RecordPtr a = random.Record(trial % kKinds, size, at),
                             b = random.Record(trial / kKinds % kKinds, size, at);
-            const double tol = 1e-9 * size;
-            const Hits hits = Intersect(a, b, tol), swapped = Intersect(b, a, tol);
-            ASSERT_EQ(hits.status, 0);
-            ExpectSound(hits, a, b, tol, size);
-            for (const Xy& p : SampledCrossings(a, b, size)) {
-                ++crossings;
-                EXPECT_LE(NearestHit(hits, p), 1e-8 * size) << "missed (" << p.x << ", " << p.y << ")";
-            }
-            ASSERT_EQ(swapped.list.size(), hits.list.size());
-            for (const CRV_TOPOL_hit_t& h : hits.list)
-                EXPECT_TRUE(
-                    std::any_of(swapped.list.begin(), swapped.list.end(), [&](const CRV_TOPOL_hit_t& g) {
-                        return std::hypot(g.t1 - h.t2, g.t2 - h.t1) <= 1e-12;
-                    }));
+            crossings += ExpectAgreement(a, b, 1e-9 * size, size);
         }
     }
     EXPECT_GT(crossings, 2000);
+}
+
+// Periodic curves that meet over their seams, and curves that a few weights pull about, far from the origin.
+TEST(Intersect, AgreesWithBruteForceOnHardBCurves) {
+    records::Random random(18);
+    std::mt19937 rng(19);
+    int crossings = 0;
+    for (int trial = 0; trial < 60; ++trial) {
+        SCOPED_TRACE(trial);
+        const RecordPtr a = RandomPeriodic(rng, 2 + trial % 4, 2 + trial % 5, trial % 2 == 0),
+                        b = RandomPeriodic(rng, 3, 4, true);
+        crossings += ExpectAgreement(a, b, 1e-8, 10.0);
+        std::vector<std::array<double, 3>> poles;
+        for (int i = 0; i < 3 + trial % 8; ++i)
+            poles.push_back({1e6 + random.In(-1, 1), random.In(-1, 1), std::pow(10.0, random.In(-3, 3))});
+        const RecordPtr other = random.Record(trial % records::Random::kKinds, 1.0, {1e6, 0.0});
+        crossings += ExpectAgreement(Bcurve(2 + trial % 2, poles), other, 3e-8, 1.0);
+    }
+    EXPECT_GT(crossings, 200);
 }
 
 TEST(Intersect, KnownPairs) {
@@ -179,6 +200,8 @@ TEST(Intersect, KnownPairs) {
         {"the same parabola", Copy(parabola), Copy(parabola), 0, 0},
         {"corner on a line", Line(-1, 1, 3, 1), Copy(roof), 1, 0},
         {"corner on a parabola", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 2, 1}}), Copy(parabola), 1, 0},
+        {"end on coincident poles, crossing close by", Bcurve(2, {{0, 0, 1}, {0, 0, 1}, {0.9, 0.45, 1}}),
+         Bcurve(2, {{0.09, -1, 1}, {0.09, 0.1, 1}, {0, 0, 1}}), 2, 0},
         {"corner to corner", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 3, 1}}), Copy(roof), 1, 0},
     };
     for (Row& row : rows) {

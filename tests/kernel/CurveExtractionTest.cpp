@@ -72,6 +72,11 @@ TEST(CurveExtraction, OpenRangesAreClampedAndEmptyOnesRefused) {
             EXPECT_FALSE(Part(*any, 0.5, to)) << to;
 }
 
+TEST(CurveExtraction, EqualWeightsOfAPieceMakeItPolynomial) {
+    const RecordPtr c = Bcurve(2, {{0, 0, 1}, {1, 2, 1}, {2, 0, 3}}), piece = Part(c, 0, 0.5);
+    EXPECT_TRUE(DefinitionOf(piece).polynomial == 1 && DefinitionOf(Part(c, 0.4, 0.6)).polynomial == 0);
+}
+
 TEST(CurveExtraction, LinesAndConics) {
     const RecordPtr line = Line(1, 2, 5, -3);
     EXPECT_LT(LargestGap(line, 0.25, 0.75, Part(line, 0.25, 0.75), 0, 1), 1e-15);

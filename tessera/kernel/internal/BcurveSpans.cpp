@@ -42,9 +42,9 @@ void EvaluateBezier(const double* bezier, int degree, double u, double p[3], dou
         if (level == 1)
             for (int k = 0; k < 4; ++k)
                 first[k] = degree * (c[1][k] - c[0][k]);
-        for (int i = 0; i < level; ++i)
+        for (int i = 0; i < level; ++i) // not c + u (c' - c): a small weight would drown in a large one
             for (int k = 0; k < 4; ++k)
-                c[i][k] += u * (c[i + 1][k] - c[i][k]);
+                c[i][k] = (1.0 - u) * c[i][k] + u * c[i + 1][k];
     }
     const double w = c[0][3];
     for (int k = 0; k < 3; ++k) {

@@ -136,7 +136,7 @@ void Split(const double* c, int degree, double t, double* left, double* right) {
     for (int i = 0; i <= degree; ++i) {
         left[i] = right[0];
         for (int j = 0; j < degree - i; ++j)
-            right[j] += t * (right[j + 1] - right[j]);
+            right[j] = (1.0 - t) * right[j] + t * right[j + 1];
     }
 }
 

@@ -40,6 +40,8 @@ bool FitParameter(const TopolCurve& c, double tol, double* t) {
         return true;
     }
     if (form == kFormBCurve) {
+        if (c.record->closed && !(*t >= 0.0 && *t <= 1.0)) // merging goes on over the seam
+            *t -= std::floor(*t);
         *t = std::clamp(*t, 0.0, 1.0);
         return true;
     }
@@ -75,6 +77,20 @@ double LocalFoot(KC_CURVE_struct_s* c, double x, double y, double t, double lo, 
             return t;
         t = next;
     }
+}
+
+// True when the first curve from t0 to t1 keeps within tol of the second between u0 and u1.
+bool Follows(KC_CURVE_struct_s* a, double t0, double t1, KC_CURVE_struct_s* b, double u0, double u1,
+             double tol) {
+    const double lo = std::min(u0, u1), hi = std::max(u0, u1);
+    for (const double f : {0.5, 0.25, 0.75, 0.1, 0.9}) {
+        double p[3], distance = 0.0;
+        evcrve(a, 0, t0 + f * (t1 - t0), p);
+        LocalFoot(b, p[0], p[1], u0 + f * (u1 - u0), lo, hi, &distance);
+        if (!(distance <= tol))
+            return false;
+    }
+    return true;
 }
 
 double LargestRadius(const ConicFrame& f) {
@@ -180,7 +196,7 @@ void CurveHits::Offer(double t1, double t2, HitKind kind) {
 }
 
 bool CurveHits::OfferEndsOf(const TopolCurve& from, const TopolCurve& onto, bool swapped) {
-    if (!from.bounded || from.record->closed)
+    if (!from.bounded || (from.record->closed && from.size > 0.0))
         return true;
     for (const double t : from.limits) {
         double p[3], q[3], other = 0.0;
@@ -230,21 +246,15 @@ void CurveHits::MergeNear() {
     count_ = kept;
 }
 
-// True when the curves stay within the tolerance all the way from one hit to the next.
+// True when the curves stay within the tolerance all the way from one hit to the next. Walked along either
+// curve: the parameters of one may hardly move it, where poles coincide.
 bool CurveHits::StaysWithin(const Hit& from, const Hit& to) const {
     double back = to.t2;
     const double period = Period(b_);
     if (period > 0.0)
         back = from.t2 + std::remainder(to.t2 - from.t2, period);
-    for (const double f : {0.5, 0.25, 0.75, 0.1, 0.9}) {
-        double p[3], distance = 0.0;
-        evcrve(a_.record, 0, from.t1 + f * (to.t1 - from.t1), p);
-        LocalFoot(b_.record, p[0], p[1], from.t2 + f * (back - from.t2), std::min(from.t2, back),
-                  std::max(from.t2, back), &distance);
-        if (!(distance <= tol_))
-            return false;
-    }
-    return true;
+    return Follows(a_.record, from.t1, to.t1, b_.record, from.t2, back, tol_) &&
+           Follows(b_.record, from.t2, back, a_.record, from.t1, to.t1, tol_);
 }
 
 double CurveHits::LongestTouch() const {
