@@ -8,10 +8,10 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/XYBox.h"
+#include "tessera/kernel/EQ.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::AngularDimDeco;
 using Tessera::Dimension::AngularDimension;
 using Tessera::Geometry::Arc;
 using Tessera::Geometry::Curve;
@@ -21,109 +21,18 @@ using DimPtr = std::unique_ptr<AngularDimension>;
 
 namespace {
 
-constexpr double kDeg = 180.0 / std::numbers::pi;
-const Point kCentre(7, -3);
-
-Point FromCentre(double radius, double angleDeg) {
-    return kCentre + Polar(radius, angleDeg);
-}
-
-/// A ray of a line: where the line begins and ends on it, seen from the centre.
-Line RayLine(double from, double to, double angleDeg) {
-    return Line(FromCentre(from, angleDeg), FromCentre(to, angleDeg));
-}
-
-/// Two rays of an angle that starts at `at`, dimensioned at distance `reach`.
-struct Corner {
-    Corner(double at, double angle, double reach = 20.0, double from = 0.0, double to = 50.0)
-        : first(RayLine(from, to, at)), second(RayLine(from, to, at + angle)),
-          dim(&first, &second, FromCentre(reach, at), FromCentre(reach, at + angle), 9.0, 4.0) {}
-
-    Line first, second;
-    AngularDimension dim;
-};
-
-/// Decoration points in the frame of the angle's first ray, the centre at the origin; font height 4.
+/// Where the lines begin and end on their rays, seen from the centre, and what is drawn then.
 struct Layout {
     const char* name;
     double from, to, reach;
-    std::vector<Point> first, last;
+    double lineEndDeg, foot, extensionEnd,
+        base; // of the first side: point 0, points 2 and 3, base of the arrow
 };
 
-const Layout kLayouts[] = {
-    {"arrowheads inside",
-     0,
-     50,
-     20,
-     {Polar(20, 45 - 0.25 * kDeg),
-      {20, 0},
-      {20, 0},
-      {20, 0},
-      {20, 0},
-      {19.25, 3},
-      {20.75, 3},
-      {20, 0},
-      {18, 0}},
-     {Polar(20, 45 + 0.25 * kDeg),
-      {0, 20},
-      {0, 20},
-      {0, 20},
-      {0, 20},
-      {3, 19.25},
-      {3, 20.75},
-      {0, 20},
-      {0, 18}}},
-    {"arrowheads outside",
-     0,
-     50,
-     6,
-     {Polar(6, -kDeg), {6, 0}, {6, 0}, {6, 0}, {6, 0}, {5.25, -3}, {6.75, -3}, {6, 0}, {4, 0}},
-     {Polar(6, 90 + kDeg), {0, 6}, {0, 6}, {0, 6}, {0, 6}, {-3, 5.25}, {-3, 6.75}, {0, 6}, {0, 4}}},
-    {"lines too short",
-     2,
-     15,
-     20,
-     {Polar(20, 45 - 0.25 * kDeg),
-      {20, 0},
-      {16, 0},
-      {22, 0},
-      {20, 0},
-      {19.25, 3},
-      {20.75, 3},
-      {20, 0},
-      {18, 0}},
-     {Polar(20, 45 + 0.25 * kDeg),
-      {0, 20},
-      {0, 16},
-      {0, 22},
-      {0, 20},
-      {3, 19.25},
-      {3, 20.75},
-      {0, 20},
-      {0, 18}}},
-    {"lines too far out",
-     30,
-     60,
-     20,
-     {Polar(20, 45 - 0.25 * kDeg),
-      {20, 0},
-      {29, 0},
-      {18, 0},
-      {20, 0},
-      {19.25, 3},
-      {20.75, 3},
-      {20, 0},
-      {18, 0}},
-     {Polar(20, 45 + 0.25 * kDeg),
-      {0, 20},
-      {0, 29},
-      {0, 18},
-      {0, 20},
-      {3, 19.25},
-      {3, 20.75},
-      {0, 20},
-      {0, 18}}},
-};
+const Layout kLayouts[] = {{"arrowheads inside", 0, 50, 20, 45 - 0.25 * kDeg, 20, 20, 3},
+                           {"arrowheads outside", 0, 50, 6, -kDeg, 6, 6, -3},
+                           {"lines too short", 2, 15, 20, 45 - 0.25 * kDeg, 16, 22, 3},
+                           {"lines too far out", 30, 60, 20, 45 - 0.25 * kDeg, 29, 18, 3}};
 
 /// Angle of the corner, and how the text in the middle of its arc must stand.
 const struct {
@@ -131,15 +40,22 @@ const struct {
 } kOrientations[] = {{0, 315, -2},   {45, 0, -2},  {90, 45, 2},  {135, 90, 2},
                      {180, 315, -2}, {225, 0, -2}, {270, 45, 2}, {315, 90, 2}};
 
-void ExpectDecoration(const AngularDimension& dim, int side, const std::vector<Point>& expected, double at) {
-    const AngularDimDeco* deco = dim.GetAngularDimDeco(side);
-    ASSERT_NE(deco, nullptr);
-    ASSERT_EQ(deco->GetPoints().size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        const Point world =
-            FromCentre(expected[i].Length(), std::atan2(expected[i].y, expected[i].x) * kDeg + at);
-        ExpectNear(deco->GetPoints()[i], world, 1e-9,
-                   "side " + std::to_string(side) + " point " + std::to_string(i));
+/// Font height 4. The second side is the first one mirrored in the middle of the right angle.
+void ExpectDecoration(const AngularDimension& dim, const Layout& layout, double at) {
+    const double r = layout.reach;
+    const Point tip(r, 0);
+    const std::vector<Point> first = {Polar(r, layout.lineEndDeg), tip, {layout.foot, 0},
+                                      {layout.extensionEnd, 0},    tip, {r - 0.75, layout.base},
+                                      {r + 0.75, layout.base},     tip, {r - 2, 0}};
+    for (const int side : {1, 2}) {
+        const std::vector<Point> points = DecorationOf(dim, side);
+        ASSERT_EQ(points.size(), first.size());
+        for (std::size_t i = 0; i < first.size(); ++i) {
+            const Point local = side == 1 ? first[i] : Point(first[i].y, first[i].x);
+            const double turn = std::atan2(local.y, local.x) * kDeg + at;
+            ExpectNear(points[i], FromCentre(local.Length(), turn), 1e-9,
+                       "side " + std::to_string(side) + " point " + std::to_string(i));
+        }
     }
 }
 
@@ -155,8 +71,7 @@ TEST(AngularDimension, DecorationInEightOrientations) {
             EXPECT_DOUBLE_EQ(dim.ComputeAnnotationStringLength(), 6.0) << "two digits and the degree sign";
             EXPECT_NEAR(dim.GetTextAngle(), o.textAngle, 1e-9);
             EXPECT_EQ(dim.GetTextHeightOffset(), o.heightOffset);
-            ExpectDecoration(dim, 1, layout.first, o.at);
-            ExpectDecoration(dim, 2, layout.last, o.at);
+            ExpectDecoration(dim, layout, o.at);
             const Point middle = FromCentre(layout.reach, o.at + 45);
             ExpectNear(TextMiddle(dim), middle, 1e-9, "text centred on the arc");
             ExpectNear(dim.GetReferencePoint(), middle);
@@ -330,6 +245,23 @@ TEST(AngularDimension, SidesInAllDirections) {
             }
         }
     }
+}
+
+TEST(AngularDimension, TipsAreBroughtBack) {
+    for (const double to : {50.0, 15.0}) { // with an extension line from 15 on
+        Corner corner(0, 90, 20, 0, to);
+        const std::vector<Point> before = DecorationOf(corner.dim, 1);
+        for (Point& p : corner.dim.GetAngularDimDeco(1)->GetPoints())
+            p += Point(3, 1);
+        corner.dim.AdjustPoint1s();
+        const std::vector<Point> after = DecorationOf(corner.dim, 1);
+        for (std::size_t i = 0; i < after.size(); ++i)
+            ExpectNear(after[i], before[i] + (i == 0 || (i == 2 && to < 20) ? Point(3, 1) : Point(0, 0)),
+                       1e-12, std::to_string(i));
+    }
+    const double t = EQ_ask_length_tolerance();
+    EXPECT_TRUE(Corner(0, 90, 20, 9.9 * t).dim.CenterAtLineEnds());
+    EXPECT_FALSE(Corner(0, 90, 20, 10.1 * t).dim.CenterAtLineEnds());
 }
 
 TEST(AngularDimension, DistanceAlongTheArcToTheNearerEnd) {

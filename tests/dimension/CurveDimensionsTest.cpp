@@ -156,16 +156,6 @@ TEST(CurveDimensions, SearchByTypeAndPartner) {
     EXPECT_EQ(between(line, &stranger, 2), List{});
 }
 
-TEST(CurveDimensions, InvalidOnesAreCollected) {
-    Line line(Point(0, 0), Point(1, 0));
-    PlainDimension good(Tessera::Dimension::Length, {&line});
-    PlainDimension bad(Tessera::Dimension::Linear, {&line});
-    bad.isValid = false;
-    List invalid;
-    line.GetInvalidDimensions(invalid);
-    EXPECT_EQ(invalid, (List{&bad}));
-}
-
 TEST(CurveDimensions, UpdatesMayChangeTheList) {
     Line line(Point(0, 0), Point(1, 0));
     PlainDimension a(Tessera::Dimension::Length, {&line});

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "tessera/dimension/HorizontalDimension.h"
 #include "tessera/dimension/LinearDimension.h"
@@ -14,6 +15,7 @@
 
 using namespace Tessera::Dimension;
 using namespace Tessera::Testing;
+using Tessera::Geometry::Arc;
 using Tessera::Geometry::Line;
 using Tessera::Geometry::Vector;
 
@@ -28,6 +30,18 @@ public:
 private:
     DimensionType_e type_;
 };
+
+struct Field {
+    DimensionBase& dim;
+    std::function<void(double)> set;
+    std::function<double()> get;
+};
+
+template <class Kind, class Setter, class Getter>
+Field FieldOf(Kind& dim, Setter set, Getter get) {
+    return {dim, [&dim, set](double v) { std::invoke(set, dim, static_cast<int>(v)); },
+            [&dim, get] { return static_cast<double>(std::invoke(get, dim)); }};
+}
 
 } // namespace
 
@@ -87,50 +101,96 @@ TEST(DimensionBase, FactoriesByType) {
 
 TEST(DimensionBase, SettersReportOnceBeforeTheyStore) {
     Line line(Point(0, 0), Point(10, 0));
-    LengthDimension dim(&line, 4.0);
-    using D = LengthDimension;
-    struct Field {
-        const char* name;
-        std::function<void(D&, double)> set;
-        std::function<double(const D&)> get;
-    };
+    Arc arc(FromCentre(10, 0), FromCentre(10, 90), kCentre);
+    Corner corner(0, 50);
+    LengthDimension length(&line, 4.0);
+    HorizontalDimension turned(&line, 4.0);
+    LinearDimension linear(&line, &arc, 9.0, 4.0);
+    RadialDimension radial(&arc, 4.0);
+    AngularDimension& angular = corner.dim;
+    using L = LengthDimension;
+    using A = AngularDimension;
+    using R = RadialDimension;
     const Field fields[] = {
-        {"annotation", &D::SetAnnotation, &D::GetAnnotation},
-        {"text angle", &D::SetTextAngle, &D::GetTextAngle},
-        {"height offset", &D::SetTextHeightOffset, &D::GetTextHeightOffset},
-        {"width offset", &D::SetTextWidthOffset, &D::GetTextWidthOffset},
-        {"font height", &D::SetFontHeight, &D::GetFontHeight},
-        {"relative param", &D::SetRelativeParam, &D::GetRelativeParam},
-        {"end distance", &D::SetDecoEndDistance, &D::GetDecoEndDistance},
-        {"update side", &D::SetUpdateSide, &D::GetUpdateSide},
-        {"origin", [](D& d, double v) { d.SetOrigin(Point(v, v)); },
-         [](const D& d) { return d.GetOrigin().x; }},
-        {"origin by coordinates", [](D& d, double v) { d.SetOrigin(0.0, v); },
-         [](const D& d) { return d.GetOrigin().y; }},
-        {"orientation",
-         [](D& d, double v) {
-             d.SetOrientation({v, 0});
-         },
-         [](const D& d) { return d.GetOrientation().x; }},
+        FieldOf(length, &L::SetAnnotation, &L::GetAnnotation),
+        FieldOf(length, &L::SetTextAngle, &L::GetTextAngle),
+        FieldOf(length, &L::SetTextHeightOffset, &L::GetTextHeightOffset),
+        FieldOf(length, &L::SetTextWidthOffset, &L::GetTextWidthOffset),
+        FieldOf(length, &L::SetFontHeight, &L::GetFontHeight),
+        FieldOf(length, &L::SetUpdateSide, &L::GetUpdateSide),
+        FieldOf(length, &L::SetRelativeParam, &L::GetRelativeParam),
+        FieldOf(length, &L::SetDecoEndDistance, &L::GetDecoEndDistance),
+        {length, [&](double v) { length.SetOrigin(Point(v, v)); }, [&] { return length.GetOrigin().x; }},
+        {length, [&](double v) { length.SetOrigin(0.0, v); }, [&] { return length.GetOrigin().y; }},
+        {length, [&](double v) { length.SetOrientation(Vector(v, 0)); },
+         [&] { return length.GetOrientation().x; }},
+        FieldOf(turned, &L::SetRotateAngle, &L::GetRotateAngle),
+        FieldOf(linear, &LinearDimension::SetPickPointParam, &LinearDimension::GetPickPointParam),
+        FieldOf(radial, &R::SetTextOffset, &R::GetTextOffset),
+        FieldOf(radial, &R::SetRelativeParam, &R::GetRelativeParam),
+        FieldOf(angular, &A::SetParam, &A::GetParam),
+        FieldOf(angular, &A::SetParamUsed, &A::GetParamUsed),
+        FieldOf(angular, &A::SetAnnotCenterParamOffset, &A::GetAnnotCenterParamOffset),
+        FieldOf(angular, &A::SetAnnotCenterDistOffset, &A::GetAnnotCenterDistOffset),
+        FieldOf(angular, &A::SetDecoEndDistance, &A::GetDecoEndDistance),
+        {angular, [&](double v) { angular.SetLineParam(1, v); }, [&] { return angular.GetLineParam(1); }},
+        {angular, [&](double v) { angular.SetLineParam(7, v); }, [&] { return angular.GetLineParam(2); }},
     };
     ChangeLog log;
     double value = 100.0;
     for (const auto& field : fields) {
-        SCOPED_TRACE(field.name);
-        field.set(dim, value += 1.0);
+        SCOPED_TRACE(&field - fields);
+        field.set(value += 1.0);
         EXPECT_TRUE(log.entries.empty()) << "under construction";
-        dim.SetIsFinalized(true);
-        log.Take(dim);
+        field.dim.SetIsFinalized(true);
+        log.Take(field.dim);
         double seen = 0.0;
-        log.onChange = [&] { seen = field.get(dim); };
-        field.set(dim, value + 1.0);
-        EXPECT_EQ(log.Take(dim), 1);
+        log.onChange = [&] { seen = field.get(); };
+        field.set(value + 1.0);
+        EXPECT_EQ(log.Take(field.dim), 1);
         EXPECT_EQ(seen, value);
-        EXPECT_EQ(field.get(dim), ++value);
+        EXPECT_EQ(field.get(), ++value);
         log.onChange = nullptr;
-        dim.SetIsFinalized(false);
-        log.Take(dim);
+        field.dim.SetIsFinalized(false);
+        log.Take(field.dim);
     }
+}
+
+TEST(DimensionBase, RecordsChangeHandsOnceReported) {
+    Arc arc(FromCentre(10, 0), FromCentre(10, 90), kCentre);
+    Line line(Point(0, 0), Point(1, 1));
+    RadialDimension radial(&arc, 4.0);
+    Corner corner(0, 50);
+    AngularDimension& angular = corner.dim;
+    for (DimensionBase* dim : {static_cast<DimensionBase*>(&radial), static_cast<DimensionBase*>(&angular)})
+        dim->SetIsFinalized(true);
+    ChangeLog log;
+    const auto reports = [&] {
+        int count = 0;
+        for (const auto& entry : std::exchange(log.entries, {}))
+            count += entry.object == &radial || entry.object == &angular ? 1 : 0;
+        return count;
+    };
+    const std::function<void()> changes[] = {
+        [&] { radial.SetRadialDimDeco(radial.GetRadialDimDeco()); }, // its own record
+        [&] { radial.SetRadialDimDeco(new RadialDimDeco); },
+        [&] { radial.SetArc(nullptr); },
+        [&] { radial.AddGeometry(&arc); },
+        [&] { angular.SetAngularDimDeco(1, angular.GetAngularDimDeco(1)); },
+        [&] { angular.SetAngularDimDeco(1, new AngularDimDeco); },
+        [&] { angular.SetDimensionArc(angular.GetDimensionArc()); },
+        [&] { angular.SetDimensionArc(new Arc(kCentre, 3.0)); }};
+    for (std::size_t i = 0; i < std::size(changes); ++i) {
+        changes[i]();
+        EXPECT_EQ(reports(), 1) << i;
+    }
+    radial.AddGeometry(&line);
+    radial.AddGeometry(&arc);   // measured already
+    angular.AddGeometry(&line); // no free place
+    angular.SetAngularDimDeco(0, nullptr);
+    angular.AdjustPoint1s();
+    EXPECT_EQ(reports(), 0);
+    EXPECT_EQ(radial.ComputeUpdateSide(Point(0, 0)), -1) << "an incomplete record is nothing drawn";
 }
 
 TEST(DimensionBase, CopiesAndAssignments) {
@@ -143,35 +203,21 @@ TEST(DimensionBase, CopiesAndAssignments) {
     ChangeLog log;
     const std::unique_ptr<LengthDimension> copy(dim.Copy());
     EXPECT_TRUE(log.entries.empty());
-    EXPECT_TRUE(copy->GetIsFinalized());
-    EXPECT_EQ(copy->GetUpdateSide(), 1);
-    EXPECT_EQ(copy->AskWidth(), 7.5);
-    EXPECT_NE(copy->GetId(), dim.GetId());
-    EXPECT_FALSE(line.HasDimension(copy.get()));
-    ExpectSamePlacement(*copy, dim, 0.0);
-    EXPECT_NE(copy->GetLengthDimDeco(1), dim.GetLengthDimDeco(1));
-
     LengthDimension target(&other, 3.0, 2.0);
     EXPECT_TRUE(target.Replace(&dim));
-    EXPECT_TRUE(target.GetIsFinalized());
-    ExpectSamePlacement(target, dim, 0.0);
-    EXPECT_EQ(target.AskWidth(), 7.5);
-    EXPECT_FALSE(other.HasDimension(&target)) << "moved along";
-    EXPECT_TRUE(line.HasDimension(&target));
-    LengthDimension preview(&other, 3.0, 2.0);
-    log.Take(target);
-    EXPECT_TRUE(target.Replace(&preview));
-    EXPECT_FALSE(target.GetIsFinalized());
-    EXPECT_GE(log.Take(line), 1) << "a curve reports that it loses a finalized dimension";
-    EXPECT_TRUE(target.Replace(&dim));
+    for (const LengthDimension* taken :
+         {static_cast<const LengthDimension*>(copy.get()), &std::as_const(target)}) {
+        EXPECT_TRUE(taken->GetIsFinalized());
+        EXPECT_EQ(taken->GetUpdateSide(), 1);
+        EXPECT_EQ(taken->AskWidth(), 7.5);
+        EXPECT_NE(taken->GetId(), dim.GetId());
+        EXPECT_NE(taken->GetLengthDimDeco(1), dim.GetLengthDimDeco(1));
+        ExpectSamePlacement(*taken, dim, 0.0);
+    }
+    EXPECT_FALSE(line.HasDimension(copy.get()));
     EXPECT_TRUE(copy->Replace(copy.get()));
     ExpectSamePlacement(*copy, dim, 0.0);
     HorizontalDimension horizontal(&other, 4.0);
-    EXPECT_FALSE(target.Replace(&horizontal));
-    EXPECT_FALSE(horizontal.Replace(&target));
-    EXPECT_FALSE(target.Replace(&line));
-    EXPECT_FALSE(target.Replace(nullptr));
-    EXPECT_EQ(target.GetLine(), &line);
     static_cast<DimensionBase&>(horizontal) = dim;
     EXPECT_EQ(horizontal.GetId(), dim.GetId());
     EXPECT_EQ(horizontal.GetAnnotation(), 100.0);

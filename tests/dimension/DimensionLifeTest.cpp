@@ -1,7 +1,6 @@
 // Dimensions and their curves over their lives: destruction in any order, finalizing, deep copies,
 // transforms.
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <random>
 
@@ -9,6 +8,7 @@
 #include "tessera/dimension/HorizontalDimension.h"
 #include "tessera/dimension/LinearDimension.h"
 #include "tessera/dimension/VerticalDimension.h"
+#include "tessera/dimension/internal/TempDecoration.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/ChangeLog.h"
@@ -28,64 +28,52 @@ namespace {
 /// Two curves and how a dimension over them is made; the same recipe again gives a fresh one.
 struct Kind {
     const char* name;
-    std::function<CurvePtr()> first, second;
-    std::function<DimPtr(Curve&, Curve&, double heightOffset, double fontHeight)> make;
+    CurvePtr (*first)();
+    CurvePtr (*second)();
+    DimPtr (*make)(Curve& first, Curve& second, double heightOffset, double fontHeight);
 };
 
-CurvePtr MakeLine() {
-    return std::make_unique<Line>(Point(1, 2), Point(53, 29));
+template <int x0, int y0, int x1, int y1>
+CurvePtr LineFrom() {
+    return std::make_unique<Line>(Point(x0, y0), Point(x1, y1));
 }
-CurvePtr MakeParallel() {
-    return std::make_unique<Line>(Point(71, 44), Point(-33, -10));
-}
+const auto kLine = LineFrom<1, 2, 53, 29>;
+const auto kParallel = LineFrom<71, 44, -33, -10>;
+const auto kCrossing = LineFrom<1, 2, -20, 41>;
+
 CurvePtr MakeArc() {
     return std::make_unique<Arc>(Point(20, 60), Point(9, 49), Point(9, 60));
 }
 CurvePtr MakeCircle() {
     return std::make_unique<Arc>(Point(80, 31), 6.0);
 }
-CurvePtr MakeCrossing() {
-    return std::make_unique<Line>(Point(1, 2), Point(-20, 41));
+
+template <class Dim, class Only>
+DimPtr OfOne(Curve& a, Curve& /*b*/, double offset, double fontHeight) {
+    return std::make_unique<Dim>(static_cast<Only*>(&a), offset, fontHeight);
 }
-Line* AsLine(Curve& c) {
-    return static_cast<Line*>(&c);
+template <class Dim, class First, class Second>
+DimPtr OfTwo(Curve& a, Curve& b, double offset, double fontHeight) {
+    return std::make_unique<Dim>(static_cast<First*>(&a), static_cast<Second*>(&b), offset, fontHeight);
 }
-Arc* AsArc(Curve& c) {
-    return static_cast<Arc*>(&c);
+DimPtr OfParallels(Curve& a, Curve& b, double offset, double fontHeight) {
+    const Point pick = a.GetMidPoint();
+    return std::make_unique<LinearDimension>(static_cast<Line*>(&a), static_cast<Line*>(&b), &pick, offset,
+                                             fontHeight);
+}
+DimPtr OfCorner(Curve& a, Curve& b, double offset, double fontHeight) {
+    return std::make_unique<AngularDimension>(static_cast<Line*>(&a), static_cast<Line*>(&b), a.GetMidPoint(),
+                                              b.GetMidPoint(), offset, fontHeight);
 }
 
-const Kind kKinds[] = {
-    {"length", MakeLine, MakeArc,
-     [](Curve& a, Curve&, double o, double h) { return std::make_unique<LengthDimension>(AsLine(a), o, h); }},
-    {"horizontal", MakeLine, MakeArc,
-     [](Curve& a, Curve&, double o, double h) {
-         return std::make_unique<HorizontalDimension>(AsLine(a), o, h);
-     }},
-    {"vertical, line and arc", MakeLine, MakeArc,
-     [](Curve& a, Curve& b, double o, double h) {
-         return std::make_unique<VerticalDimension>(AsLine(a), AsArc(b), o, h);
-     }},
-    {"horizontal, arcs", MakeCircle, MakeArc,
-     [](Curve& a, Curve& b, double o, double h) {
-         return std::make_unique<HorizontalDimension>(AsArc(a), AsArc(b), o, h);
-     }},
-    {"linear, lines", MakeLine, MakeParallel,
-     [](Curve& a, Curve& b, double o, double h) {
-         const Point pick = a.GetMidPoint();
-         return std::make_unique<LinearDimension>(AsLine(a), AsLine(b), &pick, o, h);
-     }},
-    {"linear, arcs", MakeCircle, MakeArc,
-     [](Curve& a, Curve& b, double o, double h) {
-         return std::make_unique<LinearDimension>(AsArc(a), AsArc(b), o, h);
-     }},
-    {"angular", MakeLine, MakeCrossing,
-     [](Curve& a, Curve& b, double o, double h) {
-         return std::make_unique<AngularDimension>(AsLine(a), AsLine(b), a.GetMidPoint(), b.GetMidPoint(), o,
-                                                   h);
-     }},
-    {"radial", MakeArc, MakeLine,
-     [](Curve& a, Curve&, double, double h) { return std::make_unique<RadialDimension>(AsArc(a), h); }},
-};
+const Kind kKinds[] = {{"length", kLine, MakeArc, OfOne<LengthDimension, Line>},
+                       {"horizontal", kLine, MakeArc, OfOne<HorizontalDimension, Line>},
+                       {"vertical, line and arc", kLine, MakeArc, OfTwo<VerticalDimension, Line, Arc>},
+                       {"horizontal, arcs", MakeCircle, MakeArc, OfTwo<HorizontalDimension, Arc, Arc>},
+                       {"linear, lines", kLine, kParallel, OfParallels},
+                       {"linear, arcs", MakeCircle, MakeArc, OfTwo<LinearDimension, Arc, Arc>},
+                       {"angular", kLine, kCrossing, OfCorner},
+                       {"radial", MakeArc, kLine, OfOne<RadialDimension, Arc>}};
 
 std::vector<Curve*> ParentsOf(const DimensionBase& dim) {
     std::vector<Curve*> parents;
@@ -143,6 +131,7 @@ TEST(DimensionLife, DestructionInAnyOrder) {
             dim->SetIsFinalized(true);
             const CurvePtr sharing(first->Copy()); // lists the dimension without being its parent
             ASSERT_EQ(sharing->GetNumDimensions(), 1);
+            std::size_t parentCount = ParentsOf(*dim).size();
             for (const int next : order) {
                 if (next == 0)
                     first.reset();
@@ -151,7 +140,12 @@ TEST(DimensionLife, DestructionInAnyOrder) {
                 else
                     dim.reset();
                 if (dim != nullptr) {
+                    const bool hasLost = ParentsOf(*dim).size() < parentCount;
+                    const TempDecoration drawn(*dim);
+                    EXPECT_TRUE(drawn.arrowPoints.empty() || !hasLost)
+                        << "nothing to see until the next update";
                     UseAll(*dim);
+                    parentCount = ParentsOf(*dim).size();
                     for (const Curve* parent : ParentsOf(*dim))
                         EXPECT_TRUE(parent == first.get() || parent == second.get());
                 } else {
@@ -250,6 +244,61 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
     }
 }
 
+TEST(DimensionLife, ReplacingMovesContentAndAttachment) {
+    for (const Kind& kind : kKinds) {
+        SCOPED_TRACE(kind.name);
+        const CurvePtr curves[] = {kind.first(), kind.second(), kind.first(), kind.second()};
+        const DimPtr dim = kind.make(*curves[0], *curves[1], 9.0, 3.0);
+        const DimPtr preview = kind.make(*curves[2], *curves[3], -5.0, 2.0);
+        const std::vector<Curve*> former = ParentsOf(*dim);
+        const DimPtr copy(preview->Copy());
+        EXPECT_TRUE(copy->Replace(dim.get()));
+        EXPECT_EQ(former.front()->GetNumDimensions(), 1) << "what is attached to nothing stays so";
+        dim->SetIsFinalized(true);
+        ChangeLog log;
+        EXPECT_TRUE(dim->Replace(preview.get()));
+        EXPECT_FALSE(dim->GetIsFinalized());
+        ExpectSamePlacement(*dim, *preview, 0.0);
+        EXPECT_EQ(ParentsOf(*dim), ParentsOf(*preview));
+        for (Curve* parent : ParentsOf(*dim))
+            EXPECT_TRUE(parent->HasDimension(dim.get()));
+        for (const Curve* parent : former) {
+            EXPECT_EQ(parent->GetNumDimensions(), 0);
+            EXPECT_TRUE(std::any_of(log.entries.begin(), log.entries.end(), [&](const auto& entry) {
+                return entry.object == parent;
+            })) << "it loses a finalized dimension";
+        }
+        for (const Kind& other : kKinds) {
+            const CurvePtr first = other.first();
+            const CurvePtr second = other.second();
+            const DimPtr stranger = other.make(*first, *second, 9.0, 3.0);
+            EXPECT_EQ(dim->Replace(stranger.get()), stranger->GetType() == dim->GetType()) << other.name;
+            dim->Replace(preview.get());
+        }
+        EXPECT_FALSE(dim->Replace(curves[0].get()));
+        EXPECT_FALSE(dim->Replace(nullptr));
+    }
+}
+
+TEST(DimensionLife, ADragDropsATypedValue) {
+    for (const Kind& kind : kKinds) {
+        const CurvePtr first = kind.first();
+        const CurvePtr second = kind.second();
+        const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
+        if (dim->GetType() != Angular && dim->GetType() != Radial)
+            continue; // a drag does not measure
+        dim->SetUpdateSide(1);
+        dim->SetAnnotation(dim->GetAnnotation() + 5.0);
+        Drag(*dim, {TextMiddle(*dim), TextMiddle(*dim) + Point(4, 3)});
+        double m[3][3] = {{0.9, -0.2, 1.0}, {0.2, 0.9, 2.0}, {0.0, 0.0, 0.8}};
+        first->Transform(m);
+        const Point ends[] = {first->GetEnd(), second->GetEnd()};
+        dim->UpdateDimension();
+        ExpectNear(first->GetEnd(), ends[0], 1e-12, std::string(kind.name) + ": measured, nothing moved");
+        ExpectNear(second->GetEnd(), ends[1], 1e-12, kind.name);
+    }
+}
+
 TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
     std::mt19937 rng(90125);
     std::uniform_real_distribution<double> at(-40.0, 40.0);
@@ -295,12 +344,12 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
 
 TEST(DimensionLife, TheLogSeesOnlyParents) {
     // During an update the host may ask which curves a dimension measures.
-    const CurvePtr first = MakeLine();
+    const CurvePtr first = kLine();
     const CurvePtr second = MakeArc();
-    LinearDimension dim(AsLine(*first), AsArc(*second), 9.0, 3.0);
-    dim.SetIsFinalized(true);
+    const DimPtr dim = OfTwo<LinearDimension, Line, Arc>(*first, *second, 9.0, 3.0);
+    dim->SetIsFinalized(true);
     ChangeLog log;
-    log.onChange = [&] { EXPECT_EQ(ParentsOf(dim), (std::vector<Curve*>{first.get(), second.get()})); };
-    dim.UpdateDimension();
-    EXPECT_GT(log.Take(dim), 0);
+    log.onChange = [&] { EXPECT_EQ(ParentsOf(*dim), (std::vector<Curve*>{first.get(), second.get()})); };
+    dim->UpdateDimension();
+    EXPECT_GT(log.Take(*dim), 0);
 }

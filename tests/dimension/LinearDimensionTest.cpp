@@ -172,6 +172,9 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     dim.UpdateDimension();
     EXPECT_EQ(dim.GetAnnotation(), 0.0);
     EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
+    std::vector<Curve*> changing;
+    dim.GetUpdateCurves(2, changing);
+    EXPECT_EQ(changing, std::vector<Curve*>{&a}) << "of equally near ones the first";
     dim.SetUpdateSide(2);
     dim.SetAnnotation(6.0);
     dim.UpdateDimension();

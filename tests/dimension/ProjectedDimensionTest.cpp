@@ -73,9 +73,35 @@ TEST(ProjectedDimension, MeasuredExtentAndTips) {
     }
 }
 
+TEST(ProjectedDimension, EndsInTheirOrderAcrossTheAxis) {
+    const struct {
+        Point end; // of a line from the origin
+        int lower, left;
+    } rows[] = {{{3, 4}, 1, 1}, {{-3, 4}, 1, -1},  {{3, -4}, -1, 1}, {{-3, -4}, -1, -1},
+                {{5, 0}, 1, 1}, {{-5, 0}, -1, -1}, {{0, 5}, 1, 1},   {{0, -5}, -1, -1}};
+    const HorizontalDimension horizontal;
+    const VerticalDimension vertical;
+    for (const auto& row : rows) {
+        const Line line(Point(0, 0), row.end);
+        Point a;
+        Point b;
+        int order = 0;
+        horizontal.GetYorderPoints(&line, a, b, order);
+        EXPECT_EQ(order, row.lower) << row.end.x << " " << row.end.y;
+        EXPECT_EQ(a, order == 1 ? Point(0, 0) : row.end);
+        vertical.GetXorderPoints(&line, a, b, order);
+        EXPECT_EQ(order, row.left) << row.end.x << " " << row.end.y;
+        EXPECT_EQ(b, order == 1 ? row.end : Point(0, 0));
+    }
+}
+
 TEST(ProjectedDimension, SquareToTheAxisMeasuresNothing) {
-    Line upright(Point(3, 0), Point(3, 10));
-    const DimensionPtr dim = Make(Horizontal, &upright);
+    Line line(Point(3, 0), Point(3, 10));
+    Line level(Point(3, 0), Point(13, 0));
+    const DimensionPtr dim = Make(Vertical, &line);
+    EXPECT_EQ(dim->GetOrientation(), Vector(0, 1));
+    ASSERT_TRUE(line.CopyCurveData(&level));
+    dim->UpdateDimension();
     EXPECT_EQ(dim->GetAnnotation(), 0.0);
     EXPECT_EQ(dim->GetOrientation(), Vector(1, 0));
     const std::unique_ptr<Line> measured(dim->ComputeTempDimensionLine());

@@ -12,7 +12,7 @@
 #include "tessera/dimension/LengthDimension.h"
 #include "tessera/dimension/MoveDimDeco.h"
 #include "tessera/dimension/RadialDimension.h"
-#include "tessera/geometry/Curve.h"
+#include "tessera/geometry/Line.h"
 
 namespace Tessera::Testing {
 
@@ -22,6 +22,27 @@ inline Point Polar(double radius, double angleDeg) {
     const double a = angleDeg * std::numbers::pi / 180.0;
     return {radius * std::cos(a), radius * std::sin(a)};
 }
+
+inline constexpr double kDeg = 180.0 / std::numbers::pi;
+
+/// Where tests of angles and radii are centred: off the axes, below one of them.
+inline const Point kCentre(7, -3);
+
+inline Point FromCentre(double radius, double angleDeg) {
+    return kCentre + Polar(radius, angleDeg);
+}
+
+/// An angle of the lines that start at the centre, from the first one at `at` on, dimensioned at distance
+/// `reach`. The second line runs towards the centre.
+struct Corner {
+    Corner(double at, double angle, double reach = 20.0, double from = 0.0, double to = 50.0)
+        : first(FromCentre(from, at), FromCentre(to, at)),
+          second(FromCentre(to, at + angle), FromCentre(from, at + angle)),
+          dim(&first, &second, FromCentre(reach, at), FromCentre(reach, at + angle), 9.0, 4.0) {}
+
+    Geometry::Line first, second;
+    Dimension::AngularDimension dim;
+};
 
 inline void ExpectNear(const Point& actual, const Point& expected, double tol = 1e-9,
                        const std::string& what = "") {
