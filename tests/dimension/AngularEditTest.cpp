@@ -156,36 +156,6 @@ TEST(AngularEdit, TheTextFollowsThePointer) {
     }
 }
 
-TEST(AngularEdit, TheTextMayBeTakenAllTheWayRound) {
-    Corner corner(30, 60);
-    for (const double turn : {100.0, 200.0, 300.0}) {
-        Drag(corner.dim, {FromCentre(20, 60 + turn - 100), FromCentre(20, 60 + turn)});
-        EXPECT_NEAR(corner.dim.GetParam() * kDeg, 60 + turn, 1e-9);
-        EXPECT_NEAR(corner.dim.GetAnnotCenterParamOffset() * kDeg, turn, 1e-9);
-        EXPECT_NEAR(corner.dim.GetAnnotCenterDistOffset(), 20 * turn / kDeg, 1e-9);
-    }
-    EXPECT_EQ(corner.dim.GetOutsideSide(), 1);
-    Drag(corner.dim, {FromCentre(20, 360), FromCentre(20, 418)}, 1.0);
-    EXPECT_EQ(corner.dim.GetParam(), corner.dim.GetDimensionArc()->GetMidParam()) << "snaps from there too";
-    EXPECT_EQ(corner.dim.GetAnnotCenterParamOffset(), 0.0);
-}
-
-TEST(AngularEdit, TextBeyondAnEndIsReachedByTheArc) {
-    for (const double at : {-170.0, 10.0}) {
-        for (const bool isBeyondEnd : {true, false}) {
-            Corner corner(at, 60);
-            const double text = isBeyondEnd ? 100 : -40;
-            Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(20, at + text)});
-            const int side = isBeyondEnd ? 2 : 1;
-            EXPECT_EQ(corner.dim.GetOutsideSide(), side);
-            // Half a text of "60 degrees" and half a letter are 5 along the arc.
-            const Point edge = FromCentre(20, at + text + (isBeyondEnd ? -5 : 5) / 20.0 * kDeg);
-            ExpectNear(DecorationOf(corner.dim, 1)[0], edge);
-            ExpectNear(DecorationOf(corner.dim, 2)[0], edge);
-        }
-    }
-}
-
 TEST(AngularEdit, TheRadiusStaysAboveTheFontHeight) {
     Corner corner(10, 60);
     Drag(corner.dim, {TextMiddle(corner.dim), FromCentre(1, 40)});

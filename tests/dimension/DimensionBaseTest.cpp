@@ -225,20 +225,6 @@ TEST(DimensionBase, CopiesAndAssignments) {
     EXPECT_TRUE(other.HasDimension(&horizontal));
 }
 
-TEST(DimensionBase, Transform) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
-    dim.SetDecoEndDistance(6.0);
-    double m[3][3] = {{0, -1, 3}, {1, 0, 4}, {0, 0, 0.5}};
-    dim.Transform(m);
-    ExpectNear(dim.GetOrigin(), {-14, 108});
-    EXPECT_DOUBLE_EQ(dim.GetFontHeight(), 8.0);
-    EXPECT_DOUBLE_EQ(dim.GetTextHeightOffset(), 20.0);
-    EXPECT_DOUBLE_EQ(dim.GetTextWidthOffset(), 6.0);
-    EXPECT_DOUBLE_EQ(dim.GetDecoEndDistance(), 12.0);
-    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 100.0);
-}
-
 // --- Text
 
 TEST(DimensionBase, DigitsAndStringLength) {

@@ -1,149 +1,15 @@
 // A sheet with every kind of dimension in eight directions and on both sides of what it measures. Each
 // drawing is held against the rules of draughting; the sheet itself is written as dimension_sheet.svg, to be
 // looked at (docs/dimensions.svg is one of them).
-#include <cstdio>
-#include <fstream>
-#include <memory>
+#include "examples/DimensionSheet.h"
 
-#include "tessera/dimension/HorizontalDimension.h"
-#include "tessera/dimension/LinearDimension.h"
-#include "tessera/dimension/VerticalDimension.h"
 #include "tessera/dimension/internal/TempDecoration.h"
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/SampleCurves.h"
 
-using namespace Tessera::Dimension;
+using namespace Tessera::Examples;
 using namespace Tessera::Testing;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Ellipse;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 
 namespace {
-
-constexpr double kFont = 5.0;
-constexpr double kRad = std::numbers::pi / 180.0;
-constexpr double kSector = 70.0; // degrees
-
-/// Curves around a point, turned by an angle, and two dimensions of them: one on either side.
-struct Exhibit {
-    Point middle;
-    double angleDeg;
-    std::vector<CurvePtr> curves;
-    std::vector<std::unique_ptr<DimensionBase>> dims;
-    double value = 0.0;
-
-    Point At(double distance, double turnDeg = 0.0) const {
-        return middle + Polar(distance, angleDeg + turnDeg);
-    }
-    template <class Kind>
-    Kind& Add(CurvePtr curve) {
-        curves.push_back(std::move(curve));
-        return static_cast<Kind&>(*curves.back());
-    }
-    Line& AddLine(const Point& start, const Point& end) {
-        return Add<Line>(std::make_unique<Line>(start, end));
-    }
-    /// A line square to the direction of the exhibit.
-    Line& AddWall(double distance, double length) {
-        const Point shift = Polar(length / 2.0, angleDeg + 90.0);
-        return AddLine(At(distance) - shift, At(distance) + shift);
-    }
-};
-
-template <class Kind, int length>
-void Straight(Exhibit& e) {
-    Line& line = e.AddLine(e.At(-length / 2.0), e.At(length / 2.0));
-    const Kind probe(&line, kFont);
-    const double dx = std::fabs(length * std::cos(e.angleDeg * kRad));
-    const double dy = std::fabs(length * std::sin(e.angleDeg * kRad));
-    e.value = probe.GetType() == Length ? length : probe.GetType() == Horizontal ? dx : dy;
-    const double beyond = probe.GetType() == Length ? 0.0 : probe.GetType() == Horizontal ? dy : dx;
-    if (e.value < 1.0)
-        return; // square to the axis
-    e.dims.push_back(std::make_unique<Kind>(&line, 7.0 + beyond, kFont));
-    e.dims.push_back(std::make_unique<Kind>(&line, -7.0, kFont));
-}
-
-template <class First, class Second>
-void Between(Exhibit& e, const First& first, const Second& second) {
-    e.value = 40.0;
-    for (const double offset : {7.0, -7.0})
-        e.dims.push_back(std::make_unique<LinearDimension>(&first, &second, offset, kFont));
-}
-
-void ParallelLines(Exhibit& e) {
-    const Line& first = e.AddWall(-20.0, 40.0);
-    const Line& second = e.AddWall(20.0, 15.0);
-    const Point pick = e.At(-20.0);
-    e.value = 40.0;
-    for (const double offset : {7.0, -7.0})
-        e.dims.push_back(std::make_unique<LinearDimension>(&first, &second, &pick, offset, kFont));
-}
-Arc& AddDisc(Exhibit& e) {
-    return e.Add<Arc>(std::make_unique<Arc>(e.At(20.0), 8.0));
-}
-void LineAndArc(Exhibit& e) {
-    const Line& wall = e.AddWall(-20.0, 24.0);
-    Between(e, wall, AddDisc(e));
-}
-void Arcs(Exhibit& e) {
-    const double a = e.angleDeg * kRad;
-    const Arc& bow = e.Add<Arc>(MakeArc(e.At(-20.0), 10.0, a - 1.0, a + 1.0));
-    Between(e, bow, AddDisc(e));
-}
-void LineAndEllipse(Exhibit& e) {
-    const Line& wall = e.AddWall(-20.0, 24.0);
-    Between(e, wall, e.Add<Ellipse>(MakeEllipse(e.At(20.0), 13.0, 6.0, 0.4, 0.0, 2.0 * std::numbers::pi)));
-}
-
-template <int reach>
-void Angle(Exhibit& e) {
-    const Line& first = e.AddLine(e.At(-14.0), e.At(38.0));
-    const Line& second = e.AddLine(e.At(-14.0, kSector), e.At(38.0, kSector));
-    e.value = kSector;
-    for (const double r : {reach, -reach})
-        e.dims.push_back(
-            std::make_unique<AngularDimension>(&first, &second, e.At(r), e.At(r, kSector), 0.0, kFont));
-}
-
-template <int sweepDeg>
-void Radius(Exhibit& e) {
-    const double a = e.angleDeg * kRad;
-    Arc& arc = e.Add<Arc>(MakeArc(e.middle, 24.0, a - sweepDeg / 2.0 * kRad, a + sweepDeg / 2.0 * kRad));
-    e.value = sweepDeg > 180 ? 48.0 : 24.0;
-    for (const double side : {1.0, -1.0}) {
-        auto dim = std::make_unique<RadialDimension>(&arc, kFont);
-        dim->SetTextOffset(side * (dim->GetTextWidthOffset() + 1.5 * kFont));
-        dim->UpdateDimension();
-        e.dims.push_back(std::move(dim));
-    }
-}
-
-const struct {
-    const char* name;
-    void (*fill)(Exhibit&);
-    bool isOutside; // the arrowheads
-} kRows[] = {{"length", Straight<LengthDimension, 60>, false},
-             {"short length", Straight<LengthDimension, 12>, true},
-             {"horizontal", Straight<HorizontalDimension, 50>, false},
-             {"short horizontal", Straight<HorizontalDimension, 14>, true},
-             {"vertical", Straight<VerticalDimension, 50>, false},
-             {"short vertical", Straight<VerticalDimension, 14>, true},
-             {"linear, lines", ParallelLines, false},
-             {"linear, line and arc", LineAndArc, false},
-             {"linear, arcs", Arcs, false},
-             {"linear, line and ellipse", LineAndEllipse, false},
-             {"angular", Angle<26>, false},
-             {"narrow angular", Angle<11>, true},
-             {"radius", Radius<120>, false},
-             {"diameter", Radius<280>, false}};
-
-Exhibit MakeExhibit(int row, int eighth, const Point& middle) {
-    Exhibit e{middle, 45.0 * eighth, {}, {}};
-    kRows[row].fill(e);
-    return e;
-}
 
 // --- Rules of draughting
 
@@ -185,7 +51,7 @@ bool IsTipHeld(const Exhibit& e, const TempDecoration& drawn, const Point& tip, 
                curve.DistanceBounded(tip) < 1e-9;
     };
     return std::any_of(drawn.curves.begin(), drawn.curves.end(), [&](const Curve* c) { return holds(*c); }) ||
-           std::any_of(e.curves.begin(), e.curves.end(), [&](const CurvePtr& c) { return holds(*c); });
+           std::any_of(e.curves.begin(), e.curves.end(), [&](const auto& c) { return holds(*c); });
 }
 
 /// One end of a dimension line or arc: `inward` is its direction at the tip, `pieceEnd` where it must end,
@@ -256,94 +122,12 @@ void ExpectRadial(const Exhibit& e, const TempDecoration& drawn, double side) {
     EXPECT_NEAR(least, kFont / 4.0, 1e-9) << "clear of the leader";
 }
 
-// --- Picture
-
-class SheetWriter {
-public:
-    SheetWriter() : out_("dimension_sheet.svg") {
-        const double width = 8 * kCell;
-        const double height = std::size(kRows) * kCell;
-        Print(
-            "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 %g %g'>\n<style>path{fill:none;stroke:#222;"
-            "stroke-width:.8}.d path{stroke:#1b4f9c;stroke-width:.4}.d .h,text{fill:#1b4f9c;stroke:none}"
-            "text{font:%gpx sans-serif;text-anchor:middle}</style>\n<rect width='%g' height='%g' "
-            "fill='#fff'/>\n"
-            "<g transform='matrix(1 0 0 -1 0 %g)'>\n",
-            width, height, 0.9 * kFont, width, height, height);
-    }
-    ~SheetWriter() { Print("</g>\n</svg>\n"); }
-
-    static Point Cell(int row, int column) {
-        return {(column + 0.5) * kCell, (static_cast<double>(std::size(kRows)) - row - 0.5) * kCell};
-    }
-    void Add(const Exhibit& e) {
-        Print("<path d='");
-        for (const CurvePtr& curve : e.curves)
-            Add(*curve);
-        Print("'/>\n");
-        for (const auto& dim : e.dims)
-            Add(*dim);
-    }
-
-private:
-    static constexpr double kCell = 96.0;
-
-    template <class... Values>
-    void Print(const char* format, Values... values) {
-        char text[600];
-        std::snprintf(text, sizeof text, format, values...);
-        out_ << text;
-    }
-    void Add(const Curve& curve) {
-        const Point start = curve.GetStart();
-        const Point middle = curve.GetMidPoint();
-        const Point end = curve.GetEnd();
-        double r[2] = {0.0, 0.0};
-        double turn = 0.0;
-        if (const auto* arc = dynamic_cast<const Arc*>(&curve)) {
-            r[0] = r[1] = arc->GetRadius();
-        } else if (const auto* ellipse = dynamic_cast<const Ellipse*>(&curve)) {
-            double rest[4];
-            ellipse->AskEllipseData(rest, r, &turn, &rest[2], &rest[3]);
-        }
-        Print("M%.1f %.1f", start.x, start.y);
-        if (r[0] > 0.0)
-            Print("A%.1f %.1f %.1f 0 1 %.1f %.1f %.1f %.1f %.1f 0 1 %.1f %.1f", r[0], r[1], turn / kRad,
-                  middle.x, middle.y, r[0], r[1], turn / kRad, end.x, end.y);
-        else
-            Print("L%.1f %.1f", end.x, end.y);
-    }
-    void Add(const DimensionBase& dim) {
-        const TempDecoration drawn(dim);
-        Print("<g class='d'><path d='");
-        for (const Curve* curve : drawn.curves)
-            Add(*curve);
-        Print("'/><path class='h' d='");
-        for (std::size_t i = 0; i < drawn.arrowPoints.size(); ++i)
-            Print("%s%.1f %.1f", i % 3 == 0 ? "M" : " ", drawn.arrowPoints[i].x, drawn.arrowPoints[i].y);
-        const Point text = (drawn.textBox[0] + drawn.textBox[2]) / 2.0;
-        const auto* radial = dynamic_cast<const RadialDimension*>(&dim);
-        Print("'/><text transform='translate(%.1f %.1f) scale(1 -1) rotate(%.1f)' "
-              "y='1.6'>%s%.*f%s</text></g>\n",
-              text.x, text.y, -dim.GetTextAngle(),
-              radial == nullptr    ? ""
-              : radial->DisplayR() ? "R"
-                                   : "\xC3\x98",
-              dim.GetNumDigitsAfterDecimalPoint(dim.GetNumDigitsRequired()), dim.GetDisplayedValue(),
-              dim.GetType() == Angular ? "\xC2\xB0" : "");
-    }
-
-    std::ofstream out_;
-};
-
 } // namespace
 
 TEST(DimensionSheet, EveryDrawingFollowsTheRules) {
-    SheetWriter writer;
     for (int row = 0; row < static_cast<int>(std::size(kRows)); ++row) {
         for (int eighth = 0; eighth < 8; ++eighth) {
-            const Exhibit e = MakeExhibit(row, eighth, SheetWriter::Cell(row, eighth));
-            writer.Add(e);
+            const Exhibit e = MakeExhibit(row, eighth, Point(7, -3));
             for (std::size_t i = 0; i < e.dims.size(); ++i) {
                 const double side = i == 0 ? 1.0 : -1.0;
                 SCOPED_TRACE(std::string(kRows[row].name) + " at " + std::to_string(45 * eighth) +

@@ -127,20 +127,6 @@ TEST(LengthDrag, OffsetsAroundTheCrossing) {
     EXPECT_DOUBLE_EQ(below.GetOrigin().y, 20.0);
 }
 
-TEST(LengthDrag, SlidingFollowsTheReadingDirection) {
-    for (const bool isReversed : {false, true}) {
-        Line line(Point(isReversed ? 100 : 0, 0), Point(isReversed ? 0 : 100, 0));
-        LengthDimension dim(&line, 10.0, 4.0);
-        Drag(dim, {{0, 0}, {20, 0}});
-        EXPECT_DOUBLE_EQ(dim.GetRelativeParam(), isReversed ? 0.3 : 0.7);
-        EXPECT_DOUBLE_EQ(dim.GetDecoEndDistance(), 30.0);
-        ExpectRebuildAgrees(dim);
-        // Beyond the end and back: nothing is lost on the way.
-        Drag(dim, {{0, 0}, {60, 0}, {90, 0}, {0, 0}});
-        EXPECT_NEAR(dim.GetRelativeParam(), isReversed ? 0.3 : 0.7, 1e-12);
-    }
-}
-
 TEST(LengthDrag, SnapsOnApproachOnly) {
     // Text from 47 to 53 over a line from 0 to 100; aligned at anchors 97, 3, 50, 103, -3.
     const struct {

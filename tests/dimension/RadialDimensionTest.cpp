@@ -161,23 +161,6 @@ TEST(RadialDimension, ReusedPerArc) {
     EXPECT_EQ(owned->GetFontHeight(), 4.0);
 }
 
-TEST(RadialDimension, TheFootKeepsItsPlaceOnAChangedArc) {
-    Arc arc = ArcOf(10, 0, 90);
-    RadialDimension dim(&arc, 4.0);
-    dim.SetRelativeParam(0.25);
-    dim.SetTextHeightOffset(99.0);
-    arc.SetLimits(FromCentre(1, 100), FromCentre(1, 300));
-    arc.SetCenter(Point(1, 1));
-    arc.SetRadius(20);
-    dim.UpdateDimension();
-    EXPECT_NEAR(dim.GetParam() * kDeg, 150.0, 1e-9);
-    ExpectNear(DecorationOf(dim, 1)[1], Point(1, 1) + Polar(20, 150));
-    EXPECT_EQ(dim.GetDisplayedValue(), 40.0);
-    EXPECT_EQ(dim.GetTextHeightOffset(), 1.0);
-    EXPECT_EQ(dim.GetTextWidthOffset(), 6.0);
-    EXPECT_EQ(dim.GetTextOffset(), 10.0) << "as the user left it";
-}
-
 TEST(RadialDimension, ValueThatADragGives) {
     const struct {
         double radius;
