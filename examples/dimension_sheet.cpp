@@ -1,5 +1,4 @@
-// Draws every kind of dimension in eight directions and on both sides of what it measures, as SVG:
-//     example_dimension_sheet > dimensions.svg
+// Prints every kind of dimension in eight directions, on both sides of what it measures, as an SVG picture.
 
 #include "examples/DimensionSheet.h"
 #include "examples/PrintCurve.h"

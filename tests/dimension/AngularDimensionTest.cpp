@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 
+#include "tessera/dimension/internal/TempDecoration.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/XYBox.h"
@@ -13,6 +14,7 @@
 
 using namespace Tessera::Testing;
 using Tessera::Dimension::AngularDimension;
+using Tessera::Dimension::TempDecoration;
 using Tessera::Geometry::Arc;
 using Tessera::Geometry::Curve;
 using Tessera::Geometry::Line;
@@ -273,7 +275,7 @@ TEST(AngularDimension, DistanceAlongTheArcToTheNearerEnd) {
 }
 
 TEST(AngularDimension, DrawnFormExtentAndDistance) {
-    // Text on the arc, beyond its end, and arrowheads outside; the box and distances by dense sampling.
+    // Text on the arc, beyond its end, and arrowheads outside.
     const struct {
         double reach, text;
         std::size_t curves;
@@ -288,40 +290,37 @@ TEST(AngularDimension, DrawnFormExtentAndDistance) {
         if (offset != 0.0)
             dim.SetParam(0.123);
         dim.UpdateDimension();
-        std::vector<Curve*> curves;
-        std::vector<Point> arrows;
-        dim.GetTempDimDecoObjects(curves, arrows, false);
-        EXPECT_EQ(curves.size(), row.curves);
-        ASSERT_EQ(arrows.size(), 6U);
-        std::vector<Point> samples;
-        for (Curve* curve : curves) {
-            for (int i = 0; i <= 20000; ++i) {
-                double limits[2];
-                curve->AskRange(limits);
-                samples.push_back(
-                    curve->GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / 20000.0, true));
-                EXPECT_FALSE(dim.AnnotationSelected(samples.back(), -1e-3)) << "nothing runs under the text";
-            }
-            delete curve;
-        }
+        const TempDecoration drawn(dim);
+        EXPECT_EQ(drawn.curves.size(), row.curves);
         Tessera::Geometry::XYBox box;
         ASSERT_TRUE(dim.AskXYBox(box));
-        for (const Point& p : samples)
-            EXPECT_TRUE(box.ContainPoint(p)) << p.x << " " << p.y;
-        for (const Point& probe : {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)}) {
-            double expected = std::numeric_limits<double>::max();
-            std::vector<Point> outline;
-            dim.GetOrientedTextBox(outline);
-            const std::vector<Point> heads[] = {
-                outline, {arrows[0], arrows[1], arrows[2]}, {arrows[3], arrows[4], arrows[5]}};
-            for (const auto& head : heads)
-                for (std::size_t i = 0; i < head.size(); ++i)
-                    expected =
-                        std::min(expected, Line(head[i], head[(i + 1) % head.size()]).DistanceBounded(probe));
-            for (const Point& p : samples)
-                expected = std::min(expected, p.Distance(probe));
+        const Point probes[] = {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)};
+        double least[3];
+        for (int i = 0; i < 3; ++i) {
+            least[i] = std::numeric_limits<double>::max();
+            for (std::size_t k = 0; k < 4; ++k)
+                least[i] = std::min(
+                    least[i], Line(drawn.textBox[k], drawn.textBox[(k + 1) % 4]).DistanceBounded(probes[i]));
+            for (std::size_t k = 0; k < 6; ++k)
+                least[i] = std::min(least[i],
+                                    Line(drawn.arrowPoints[k], drawn.arrowPoints[k % 3 == 2 ? k - 2 : k + 1])
+                                        .DistanceBounded(probes[i]));
+        }
+        for (const Curve* curve : drawn.curves) {
+            double limits[2];
+            curve->AskRange(limits);
+            for (int i = 0; i <= 2000; ++i) {
+                const Point p =
+                    curve->GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / 2000.0, true);
+                EXPECT_FALSE(dim.AnnotationSelected(p, -1e-3)) << "nothing runs under the text";
+                EXPECT_TRUE(box.ContainPoint(p)) << p.x << " " << p.y;
+                for (int k = 0; k < 3; ++k)
+                    least[k] = std::min(least[k], p.Distance(probes[k]));
+            }
+        }
+        for (int i = 0; i < 3; ++i) {
             int part = -7;
-            EXPECT_NEAR(dim.GetDistanceToPoint(probe, part), expected, 1e-3);
+            EXPECT_NEAR(dim.GetDistanceToPoint(probes[i], part), least[i], 1e-3);
         }
     }
 }

@@ -317,12 +317,20 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
             const std::vector<Point> before = DecorationOf(*dim, 1);
             Point anchor = dim->GetOrigin();
             const double leader = dim->GetTextOffset();
+            const double width = dim->GetTextWidthOffset();
+            auto* length = dynamic_cast<LengthDimension*>(dim.get());
+            if (length != nullptr)
+                length->SetDecoEndDistance(6.0);
             for (TaggedObject* object :
                  {static_cast<TaggedObject*>(first.get()), static_cast<TaggedObject*>(second.get()),
                   static_cast<TaggedObject*>(dim.get())})
                 object->Transform(m);
             anchor.Transform(m);
             ExpectNear(dim->GetOrigin(), anchor);
+            EXPECT_NEAR(dim->GetTextWidthOffset(), width * scale, 1e-12 * scale);
+            if (length != nullptr) {
+                EXPECT_DOUBLE_EQ(length->GetDecoEndDistance(), 6.0 * scale);
+            }
             dim->UpdateDimension();
             const DimPtr fresh = kind.make(*first, *second, offset * scale, 3.0 * scale);
             // A new leader is as long as the new number asks for; a leader that is there stays as it was.
