@@ -111,12 +111,11 @@ public:
             if (distance <= distTol)
                 t_[static_cast<std::size_t>(count_++)] = t;
         }
-        // Cuts at one place, up to rounding, are one: no piece between them could be judged.
-        const double least = 1e-12 * (a.High() - a.Low());
         std::sort(t_.get(), t_.get() + count_);
         int kept = 0;
         for (int i = 0; i < count_; ++i)
-            if (kept == 0 || t_[static_cast<std::size_t>(i)] - t_[static_cast<std::size_t>(kept - 1)] > least)
+            if (kept == 0 || !IsOneCut(a, t_[static_cast<std::size_t>(kept - 1)],
+                                       t_[static_cast<std::size_t>(i)], distTol))
                 t_[static_cast<std::size_t>(kept++)] = t_[static_cast<std::size_t>(i)];
         count_ = kept;
         t_[static_cast<std::size_t>(kept - 1)] = a.High();
@@ -126,6 +125,19 @@ public:
     double operator[](int i) const { return t_[static_cast<std::size_t>(i)]; }
 
 private:
+    // Cuts at one place, up to rounding and the tolerance, are one: no piece between them could be judged.
+    static bool IsOneCut(const Partner& a, double t, double next, double distTol) {
+        const double range = a.High() - a.Low();
+        if (next - t <= 1e-12 * range)
+            return true;
+        double p[3], q[3];
+        if (next - t > 1e-6 * range)
+            return false;
+        evcrve(a.Record(), 0, t, p);
+        evcrve(a.Record(), 0, next, q);
+        return std::hypot(p[0] - q[0], p[1] - q[1]) <= distTol;
+    }
+
     SmArray<double> t_;
     int count_ = 0;
 };

@@ -69,13 +69,14 @@ TEST(Overlap, KnownPairs) {
 }
 
 // Pieces cut from one random curve overlap exactly where their ranges do, also against the exact B-curve of
-// it.
+// it, and far from the origin.
 TEST(Overlap, PiecesOfOneCurve) {
     records::Random random(404);
     for (int trial = 0; trial < 120; ++trial) {
         const int kind = trial % records::Random::kKinds;
         SCOPED_TRACE(testing::Message() << "trial " << trial << " kind " << kind);
-        const RecordPtr c = random.Record(kind, 1.0, {0, 0}), spline = AsBcurve(c);
+        const double away = trial < 60 || kind > 8 ? 0.0 : 1e6; // there high orders round by the tolerance
+        const RecordPtr c = random.Record(kind, 1.0, {away, away}), spline = AsBcurve(c);
         const auto at = [&](double f) { return ParameterAt(c, f); };
         const RecordPtr head = Part(c, at(0.0), at(0.6)), tail = Part(c, at(0.37), at(1.0));
         const Overlap o = Find(head, tail);
