@@ -15,6 +15,7 @@
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkPath.h"
+#include "tessera/recognition/internal/OverSketch.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RoundShape.h"
@@ -173,6 +174,10 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
         return reading;
     if (IsScribble(ink, preferences, reading))
         return reading;
+    if (ReadRetrace(path, preferences, earlier, reading)) {
+        MeasureDeviations(ink.samples, reading);
+        return reading;
+    }
     if (!preferences.GetReduceInkCurveDeviation()) {
         ReadByRules(ink, preferences, reading);
         return reading;

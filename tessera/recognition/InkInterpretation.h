@@ -13,7 +13,8 @@
 //             curveTidy (closing, hooks; a line drawn forth and back along itself becomes its centre line, or
 //             with thinWallRecognition the two sides of a wall), changeCurveType (closed round strokes become
 //             circles and ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and
-//             regular polygons made exact), snapping (directions of axes, ends onto key points of earlier
+//             regular polygons made exact), oversketch (ink along an earlier curve gives it a new form;
+//             without it such ink is new), snapping (directions of axes, ends onto key points of earlier
 //             curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite". Nothing is changed then.
@@ -48,7 +49,7 @@ struct InkStroke {
 enum class InkShape : std::int32_t {
     Nothing,  ///< no two different positions: no curves
     Scribble, ///< the gesture that erases: no curves
-    Retrace,  ///< an earlier curve drawn over; not found yet: such ink is read as new
+    Retrace,  ///< an earlier curve drawn over: curves[0] is its new form
     ThinWall, ///< drawn forth and back along itself
     Line,
     Arc,         ///< a circular arc

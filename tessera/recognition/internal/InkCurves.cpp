@@ -9,8 +9,7 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
-#include "tessera/geometry/Spline.h"
-#include "tessera/kernel/BCRVFIT.h"
+#include "tessera/recognition/internal/FreeForm.h"
 
 namespace Tessera::Geometry {
 
@@ -46,27 +45,14 @@ Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
             {c * chord.x - s * chord.y, c * chord.y + s * chord.x}};
 }
 
-// Cubic B-spline through the ends; null only when memory runs out or the ink defies the tolerances.
+// Null only when memory runs out or the ink defies the tolerances.
 std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) {
-    std::vector<Vex::Math::Point3> pts;
-    for (int i = piece.first; i <= piece.last; ++i) {
-        const Point p = path.ToModel(i == piece.first  ? piece.from
-                                     : i == piece.last ? piece.to
-                                                       : path.pts[static_cast<std::size_t>(i)]);
-        pts.push_back({p.x, p.y, 0.0});
-    }
-    double tol = kSplineShare * path.scale;
-    while (tol < path.scale) {
-        int status = 1;
-        double err[3];
-        KC_CURVE_struct_s* record =
-            BCRVFIT_least_squares_fit(static_cast<int>(pts.size()), pts.data(), 0, nullptr, 4, 0,
-                                      BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
-        if (record != nullptr)
-            return std::make_unique<Spline>(record);
-        tol *= 2.0;
-    }
-    return nullptr;
+    std::vector<Point> pts;
+    for (int i = piece.first; i <= piece.last; ++i)
+        pts.push_back(path.ToModel(i == piece.first  ? piece.from
+                                   : i == piece.last ? piece.to
+                                                     : path.pts[static_cast<std::size_t>(i)]));
+    return FitFreeForm(pts, false, kSplineShare * path.scale);
 }
 
 std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool& isReversed) {

@@ -1,0 +1,45 @@
+#include "tessera/recognition/internal/FreeForm.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "tessera/geometry/Spline.h"
+#include "tessera/kernel/BCRVFIT.h"
+
+namespace Tessera::Geometry {
+
+std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, double tol) {
+    constexpr int kOrder = 4;
+    if (pts.size() < static_cast<std::size_t>(kOrder))
+        return nullptr;
+    std::vector<Vex::Math::Point3> copy;
+    copy.reserve(pts.size() + 1);
+    for (const Point& p : pts)
+        copy.push_back({p.x, p.y, 0.0});
+    if (isClosed && pts.front().Distance2(pts.back()) > 0.0)
+        copy.push_back(copy.front());
+    const double most = 2.0 * DiagonalOf(pts);
+    while (tol < most) {
+        int status = 1;
+        double err[3];
+        KC_CURVE_struct_s* record =
+            BCRVFIT_least_squares_fit(static_cast<int>(copy.size()), copy.data(), 0, nullptr, kOrder,
+                                      isClosed ? 1 : 0, BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
+        if (record != nullptr)
+            return std::make_unique<Spline>(record);
+        tol *= 2.0;
+    }
+    return nullptr;
+}
+
+double DiagonalOf(std::span<const Point> pts) {
+    Point low = pts[0];
+    Point high = pts[0];
+    for (const Point& p : pts) {
+        low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+        high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+    }
+    return low.Distance(high);
+}
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,247 @@
+#include "tessera/recognition/internal/OverSketch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <numbers>
+
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/geometry/Spline.h"
+#include "tessera/recognition/internal/FreeForm.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Path = std::function<Point(double)>; // over 0 to 1
+
+constexpr double kTurn = 2.0 * std::numbers::pi;
+constexpr int kSamples = 120;
+
+std::vector<Point> PointsOf(const Path& path, double from = 0.0, double to = 1.0) {
+    std::vector<Point> pts;
+    for (int i = 0; i < kSamples; ++i)
+        pts.push_back(path(from + (to - from) * i / (kSamples - 1)));
+    return pts;
+}
+
+InkStroke InkOf(const std::vector<Point>& pts) {
+    InkStroke ink;
+    for (const Point& p : pts)
+        ink.samples.push_back({p.x, p.y, 0.0});
+    return ink;
+}
+
+Path Straight(const Point& a, const Point& b) {
+    return [=](double u) { return a + u * (b - a); };
+}
+
+Path Round(const Point& c, double a, double b, double from, double to) {
+    return [=](double u) {
+        const double t = from + u * (to - from);
+        return c + Point(a * std::cos(t), b * std::sin(t));
+    };
+}
+
+Path Wave(double width, double height) {
+    return [=](double u) { return Point(width * u, height * std::sin(kTurn * u)); };
+}
+
+/// The path shifted sideways by up to `off`, least at both ends of the stretch.
+Path Bulging(const Path& path, double from, double to, double ends, double off) {
+    return [=](double u) {
+        const Point along = path(u + 1e-5) - path(u - 1e-5);
+        const double share = (u - from) / (to - from);
+        return path(u) + ((ends + off * std::sin(std::numbers::pi * share)) / along.Length()) *
+                             Point(-along.y, along.x);
+    };
+}
+
+std::unique_ptr<Curve> EllipseOf(double from, double to) {
+    double centre[2] = {40.0, -10.0};
+    double radii[2] = {150.0, 80.0};
+    return std::make_unique<Ellipse>(centre, radii, 0.0, from, to);
+}
+
+InkReading Draw(const std::vector<Point>& ink, Curve& old,
+                const SketchRecognizerPreferences& preferences = SketchRecognizerPreferences()) {
+    Line other({-400.0, -400.0}, {400.0, -390.0});
+    Curve* const earlier[] = {&other, nullptr, &old};
+    return InterpretInk(InkOf(ink), preferences, earlier);
+}
+
+double MeanDistance(const std::vector<Point>& pts, const Curve& curve) {
+    double sum = 0.0;
+    for (const Point& p : pts)
+        sum += curve.DistanceBounded(p) / static_cast<double>(pts.size());
+    return sum;
+}
+
+// Drawn over with a bulge: the new form is nearer to the ink than the old one, keeps its kind and runs its
+// way; where nothing was drawn it stays within `stays` of the old one.
+TEST(OverSketch, EveryKindTakesANewForm) {
+    struct Row {
+        const char* name;
+        std::unique_ptr<Curve> old;
+        Path path; // the old curve over 0 to 1
+        double from, to;
+        double stays;
+    };
+    const Path half = Round({0, 0}, 120, 120, 0.0, std::numbers::pi);
+    const Path whole = Round({0, 0}, 120, 120, 0.0, kTurn);
+    const Path oval = Round({40, -10}, 150, 80, 0.0, kTurn);
+    const Path ovalArc = Round({40, -10}, 150, 80, 0.3, 2.8);
+    const Path wave = Wave(400, 60);
+    const Path blob = [](double u) {
+        return (100 + 25 * std::cos(2 * kTurn * u)) * Point(std::cos(kTurn * u), std::sin(kTurn * u));
+    };
+    const Point a(-30, 20);
+    const Point b(270, 60);
+    Row rows[8];
+    rows[0] = {"line, whole", std::make_unique<Line>(a, b), Straight(a, b), 0.01, 0.99, 0};
+    rows[1] = {"line, its end", std::make_unique<Line>(a, b), Straight(a, b), 0.4, 1.0, 8};
+    rows[2] = {"arc", std::make_unique<Arc>(half(0), half(1), Point()), half, 0.2, 0.9, 8};
+    rows[3] = {"circle", std::make_unique<Arc>(Point(), 120.0), whole, 0.1, 0.7, 8};
+    rows[4] = {"ellipse", EllipseOf(0.0, kTurn), oval, 0.2, 0.9, 8};
+    rows[5] = {"elliptic arc", EllipseOf(0.3, 2.8), ovalArc, 0.0, 0.98, 0};
+    rows[6] = {"spline", FitFreeForm(PointsOf(wave), false, 0.1), wave, 0.3, 0.6, 0.6};
+    rows[7] = {"closed spline", FitFreeForm(PointsOf(blob), true, 0.1), blob, 0.6, 0.9, 0.6};
+    for (const Row& row : rows)
+        for (const bool backwards : {false, true}) {
+            SCOPED_TRACE(testing::Message() << row.name << (backwards ? ", backwards" : ""));
+            std::vector<Point> ink =
+                PointsOf(Bulging(row.path, row.from, row.to, 2.0, 6.0), row.from, row.to);
+            if (backwards)
+                std::reverse(ink.begin(), ink.end());
+            const InkReading reading = Draw(ink, *row.old);
+            ASSERT_EQ(reading.shape, InkShape::Retrace);
+            EXPECT_EQ(reading.retraced, 2);
+            ASSERT_EQ(reading.curves.size(), 1U);
+            const InterpretedCurve& made = reading.curves[0];
+            EXPECT_EQ(made.curve->GetType(), row.old->GetType());
+            EXPECT_EQ(made.curve->IsClosed(), row.old->IsClosed());
+            EXPECT_EQ(reading.isClosed, row.old->IsClosed());
+            EXPECT_EQ(made.isReversed, backwards);
+            EXPECT_LT(MeanDistance(ink, *made.curve), 0.7 * MeanDistance(ink, *row.old));
+            double farthest = 0.0;
+            for (const Point& p : ink)
+                farthest = std::max(farthest, made.curve->DistanceBounded(p));
+            EXPECT_DOUBLE_EQ(made.maxDeviation, farthest);
+            EXPECT_LT(made.curve->GetStart().Distance(row.old->GetStart()),
+                      row.old->IsClosed() ? 999.0 : 10.0);
+            std::vector<Point> rest;
+            for (double u = 0.0; u <= 1.0; u += 0.01)
+                if (u < row.from - 0.02 || u > row.to + 0.02)
+                    rest.push_back(row.path(u));
+            for (const Point& p : rest)
+                EXPECT_LT(made.curve->DistanceBounded(p), row.stays);
+        }
+}
+
+TEST(OverSketch, AClosedSplineDrawnAllRoundKeepsASmoothSeam) {
+    const auto old = FitFreeForm(PointsOf(Round({0, 0}, 120, 70, 0.0, kTurn)), true, 0.1);
+    const std::vector<Point> ink = PointsOf([](double u) {
+        return (1.0 + 0.05 * u) * Round({3, 2}, 120, 70, 1.0, 1.0 + 1.1 * kTurn)(u);
+    });
+    const InkReading reading = Draw(ink, *old);
+    ASSERT_EQ(reading.shape, InkShape::Retrace);
+    ASSERT_EQ(reading.curves[0].curve->GetType(), CurveType_Spline);
+    EXPECT_TRUE(static_cast<const Spline&>(*reading.curves[0].curve).IsG1Closed());
+    EXPECT_LT(reading.curves[0].maxDeviation, 8.0);
+}
+
+// A bulge of which the circle can follow nothing: the rest of the old curve is kept.
+TEST(OverSketch, WhatNoCircleFollowsBecomesFree) {
+    Arc circle(Point(0, 0), 400.0);
+    const Path path = Round({0, 0}, 400, 400, 0.0, kTurn);
+    const std::vector<Point> ink = PointsOf(Bulging(path, 0.1, 0.25, 0.0, -28.0), 0.1, 0.25);
+    const InkReading reading = Draw(ink, circle);
+    ASSERT_EQ(reading.shape, InkShape::Retrace);
+    EXPECT_EQ(reading.curves[0].curve->GetType(), CurveType_Spline);
+    EXPECT_TRUE(reading.isClosed);
+    EXPECT_LT(reading.curves[0].maxDeviation, 8.0);
+    EXPECT_LT(reading.curves[0].curve->DistanceBounded(path(0.7)), 2.0);
+}
+
+TEST(OverSketch, WhatOnlyStandsOnACurveIsNew) {
+    Line line({0, 0}, {300, 0});
+    Arc circle(Point(150, 150), 120.0);
+    struct Row {
+        const char* name;
+        Curve* old;
+        std::vector<Point> ink;
+    };
+    std::vector<Point> roof = PointsOf(Straight({80, 2}, {140, 50}));
+    const std::vector<Point> down = PointsOf(Straight({140, 50}, {200, -2}));
+    roof.insert(roof.end(), down.begin(), down.end());
+    const Row rows[] = {
+        {"roof", &line, roof},
+        {"half round", &line, PointsOf(Round({150, 0}, 40, 40, 0.0, std::numbers::pi))},
+        {"flat arch", &line, PointsOf(Bulging(Straight({50, 0}, {250, 0}), 0.0, 1.0, 0.0, 40.0))},
+        {"chord", &circle, PointsOf(Straight({66, 66}, {234, 66}))},
+        {"crossing", &line, PointsOf(Straight({100, -9}, {150, 9}))},
+        {"loop", &line, PointsOf(Round({150, 8}, 8, 8, 0.0, kTurn))},
+        {"beyond the end", &line, PointsOf(Straight({200, 1}, {340, 2}))},
+        {"joined to the end", &line, PointsOf(Straight({300, 1}, {400, 2}))},
+        {"small and beside it", &line, PointsOf(Straight({100, 8}, {120, 8}))},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const InkReading reading = Draw(row.ink, *row.old);
+        EXPECT_NE(reading.shape, InkShape::Retrace);
+        EXPECT_EQ(reading.retraced, -1);
+    }
+}
+
+TEST(OverSketch, TheTolerancesHold) {
+    Line line({0, 0}, {300, 0});
+    const auto wave = FitFreeForm(PointsOf(Wave(600, 30)), false, 0.1);
+    SketchRecognizerPreferences usual;
+    SketchRecognizerPreferences off = usual;
+    off.SetOversketch(false);
+    SketchRecognizerPreferences zoomed = usual;
+    zoomed.SetZoomFactor(2.0);
+    SketchRecognizerPreferences narrow = usual;
+    narrow.SetOverSketchTolerances(10.0, 15.0);
+    struct Row {
+        const char* name;
+        Curve* old;
+        double ends, bulge;
+        const SketchRecognizerPreferences* preferences;
+        bool retraces;
+    };
+    const Row rows[] = {
+        {"inside the first", &line, 9.9, 0.0, &usual, true},
+        {"outside the first", &line, 10.1, 0.0, &usual, false},
+        {"inside the first, zoomed", &line, 4.9, 0.0, &zoomed, true},
+        {"outside the first, zoomed", &line, 5.1, 0.0, &zoomed, false},
+        {"inside the second", wave.get(), 0.0, 14.5, &narrow, true},
+        {"outside the second", wave.get(), 0.0, 15.5, &narrow, false},
+        {"switched off", &line, 1.0, 0.0, &off, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Path path = row.old == &line ? Straight({0, 0}, {300, 0}) : Wave(600, 30);
+        const InkReading reading = Draw(PointsOf(Bulging(path, 0.1, 0.9, row.ends, row.bulge), 0.1, 0.9),
+                                        *row.old, *row.preferences);
+        EXPECT_EQ(reading.shape == InkShape::Retrace, row.retraces);
+    }
+}
+
+TEST(OverSketch, TheNearestCurveTheNewestOfEquals) {
+    Line a({0, 0}, {300, 0});
+    Line b({0, 6}, {300, 6});
+    Line c({0, 6}, {300, 6});
+    Curve* const earlier[] = {&a, &b, &c};
+    const auto drawnAt = [&](double y) {
+        return InterpretInk(InkOf(PointsOf(Straight({10, y}, {280, y}))), {}, earlier).retraced;
+    };
+    EXPECT_EQ(drawnAt(2.0), 0);
+    EXPECT_EQ(drawnAt(4.0), 2);
+}
+
+} // namespace
+} // namespace Tessera::Geometry
