@@ -20,6 +20,7 @@
 #include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RoundShape.h"
 #include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/SmoothForms.h"
 #include "tessera/recognition/internal/SmoothJoints.h"
 #include "tessera/recognition/internal/ThinWall.h"
 
@@ -106,6 +107,14 @@ InkShape ShapeOf(const ExactChain& chain) {
     return lines ? InkShape::Polyline : InkShape::Chain;
 }
 
+// Connections were made of the pen's first and last ends; they speak of the curves' own.
+void NameEnds(InkReading& reading) {
+    for (InkConnection& connection : reading.connections) {
+        const InterpretedCurve& made = reading.curves[static_cast<std::size_t>(connection.curve)];
+        connection.end = connection.end == CurveEnd::Start ? made.First() : made.Last();
+    }
+}
+
 bool ReadThinWall(const PricedPath& ink, const SketchRecognizerPreferences& preferences, const Chain& chain,
                   InkReading& reading) {
     const bool asSides = preferences.GetThinWallRecognition();
@@ -134,10 +143,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     reading.isClosed = exact.isClosed;
     reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);
     AppendChain(ink.path, exact, reading);
-    for (InkConnection& connection : reading.connections) { // the pen's first end may be the curve's last
-        const InterpretedCurve& made = reading.curves[static_cast<std::size_t>(connection.curve)];
-        connection.end = connection.end == CurveEnd::Start ? made.First() : made.Last();
-    }
+    NameEnds(reading);
 }
 
 bool IsScribble(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading) {
@@ -159,6 +165,67 @@ void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
     reading.isClosed = true;
     AppendRound(path, shape, reading);
+}
+
+// Curves between two ends take part in the joining of ends as the chord between these.
+ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
+    const int last = ink.path.Size() - 1;
+    return {{{kind, ink.path.pts.front(), ink.path.pts.back(), {}, 0, last}}, false};
+}
+
+void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+                     std::span<Curve* const> earlier, const EllipticArc& arc, InkReading& reading) {
+    ExactChain chord = ChordOf(ink, PieceKind::Line);
+    reading.shape = InkShape::EllipticArc;
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
+    AppendEllipticArc(ink.path, arc, chord.pieces[0].from, chord.pieces[0].to, reading);
+    NameEnds(reading);
+}
+
+void ReadFreeShape(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+                   std::span<Curve* const> earlier, FreeShape& shape, InkReading& reading) {
+    reading.shape = InkShape::Spline;
+    reading.isClosed = shape.isClosed;
+    if (shape.isClosed) {
+        AppendFreeShape(ink.path, shape, reading);
+        return;
+    }
+    ExactChain chord = ChordOf(ink, PieceKind::Spline);
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
+    AppendChain(ink.path, chord, reading);
+}
+
+// The hypotheses: a chain, a round, an elliptic arc, a free form.
+void ReadHypotheses(const InkStroke& ink, PricedPath& priced, const SketchRecognizerPreferences& preferences,
+                    std::span<Curve* const> earlier, InkReading& reading) {
+    Chain chain = SearchForHand(priced);
+    if (preferences.GetCurveTidy())
+        chain = StraightenRectangle(priced, CloseChain(priced, chain));
+    BendPieces(priced, chain);
+    BowLoneLine(priced, chain);
+    const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
+    std::optional<RoundShape> round;
+    if (ellipse && preferences.GetChangeCurveType())
+        round = FindRoundShape(priced, *ellipse, static_cast<int>(ink.samples.size()));
+    if (round && !IsRoundCheaper(priced, *round, chain))
+        round.reset();
+    Description best = round ? Describe(*round) : Describe(priced, chain);
+    std::optional<EllipticArc> arc;
+    if (ellipse && !round && !chain.isClosed)
+        arc = FindEllipticArc(priced, *ellipse, best);
+    if (arc)
+        best = arc->description;
+    std::optional<FreeShape> free;
+    if (round || arc || chain.isClosed || !ShowsCorner(priced, chain))
+        free = FindFreeShape(priced, best, preferences.GetCurveTidy());
+    if (free)
+        ReadFreeShape(priced, preferences, earlier, *free, reading);
+    else if (round)
+        ReadRound(priced.path, *round, reading);
+    else if (arc)
+        ReadEllipticArc(priced, preferences, earlier, *arc, reading);
+    else
+        ReadChain(priced, preferences, earlier, chain, reading);
 }
 
 } // namespace
@@ -183,17 +250,8 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
         return reading;
     }
     PricedPath priced(path);
-    Chain chain = SearchForHand(priced);
-    if (preferences.GetCurveTidy())
-        chain = StraightenRectangle(priced, CloseChain(priced, chain));
-    BendPieces(priced, chain);
-    std::optional<RoundShape> round;
-    if (preferences.GetChangeCurveType())
-        round = FindRoundShape(priced, static_cast<int>(ink.samples.size()));
-    if (round && IsRoundCheaper(priced, *round, chain))
-        ReadRound(path, *round, reading);
-    else
-        ReadChain(priced, preferences, earlier, chain, reading);
+    priced.closing = path.length * ClosingShare(ink, path.scale * path.length, preferences);
+    ReadHypotheses(ink, priced, preferences, earlier, reading);
     MeasureDeviations(ink.samples, reading);
     return reading;
 }

@@ -15,6 +15,7 @@
 #include "tessera/kernel/EQ.h"
 #include "tessera/recognition/internal/FullShape.h"
 #include "tessera/recognition/internal/PathLengths.h"
+#include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/recognition/internal/ReportErrors.h"
 #include "tessera/recognition/internal/Segmentation.h"
 #include "tessera/recognition/internal/SingleShapes.h"
@@ -42,22 +43,6 @@ struct ResultRelease {
     void operator()(RecognizedGeometry* result) const { DeleteResult(result); }
 };
 using ResultPtr = std::unique_ptr<RecognizedGeometry, ResultRelease>;
-
-// Does not follow the speed factor.
-double AdjustedMinimum(const SketchRecognizerPreferences& preferences) {
-    double minimum = preferences.AskMinimumRecognitionTolerance();
-    preferences.ContextAdjustTolerance(&minimum);
-    return minimum * preferences.AskSpeedFactor();
-}
-
-// A tolerance from its adjusted absolute value, its share of the length and the adjusted minimum.
-double ByScheme(int scheme, double absolute, double ofLength, double minimum) {
-    if (scheme == SketchRecognizerPreferences::ToleranceScheme_Absolute)
-        return absolute;
-    if (scheme == SketchRecognizerPreferences::ToleranceScheme_Relative)
-        return ofLength;
-    return std::max(minimum, std::min(absolute, ofLength));
-}
 
 } // namespace
 
@@ -276,26 +261,11 @@ void SketchRecognizer::MergeBreakPoints(std::vector<int>& breaks) const {
 // --- Measures of a piece
 
 void SketchRecognizer::AskRecognitionTolerances(int first, int last, double tol[4]) const {
-    double absolute[4];
-    double relative[4];
-    preferences_.AskAbsoluteRecognitionTolerances(absolute);
-    preferences_.AskRelativeRecognitionTolerances(relative);
-    for (double& value : absolute)
-        preferences_.ContextAdjustTolerance(&value);
-    absolute[3] *= preferences_.AskSpeedFactor(); // the spline's does not follow the speed factor
-    const double minimum = AdjustedMinimum(preferences_);
-    const double length = GetStrokeLength(first, last);
-    for (int i = 0; i < 4; ++i)
-        tol[i] = ByScheme(preferences_.AskToleranceScheme(), absolute[i], relative[i] * length, minimum);
+    RecognitionTolerances(preferences_, GetStrokeLength(first, last), tol);
 }
 
 double SketchRecognizer::AskClosedStrokeTolerance(int first, int last) const {
-    double absolute = 0.0;
-    double relative = 0.0;
-    preferences_.AskCloseStrokeTolerances(&absolute, &relative);
-    preferences_.ContextAdjustTolerance(&absolute);
-    return ByScheme(preferences_.AskToleranceScheme(), absolute, relative * GetStrokeLength(first, last),
-                    AdjustedMinimum(preferences_));
+    return ClosedStrokeTolerance(preferences_, GetStrokeLength(first, last));
 }
 
 double SketchRecognizer::AskClosedStrokeTolerance() const {

@@ -9,11 +9,13 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kCloseShare = 0.13; // of the path's length: how far a closing corner may lie from the ends
-constexpr double kManySidesShare = 0.17; // the same for four sides and more, which hardly close by chance
-constexpr double kHookShare = 0.3;       // of the longest piece: how long a hook may be
-constexpr double kFreeHook = 0.1;        // of the longest piece: a hook even on a shape that stays open
-constexpr double kParallel = 0.17;       // sine of the angle below which lines do not make a corner
+// How far a closing corner may lie from the ends, in closing tolerances: four sides and more hardly close by
+// chance.
+constexpr double kCloseReach = 1.04;
+constexpr double kManySidesReach = 1.36;
+constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may be
+constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
+constexpr double kParallel = 0.17; // sine of the angle below which lines do not make a corner
 
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
@@ -81,7 +83,7 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     Point meet;
     if (!IntersectPieces(last, first, 0.5 * (start + end), meet))
         return false;
-    const double reach = (chain.pieces.size() < 4 ? kCloseShare : kManySidesShare) * ink.path.length;
+    const double reach = (chain.pieces.size() < 4 ? kCloseReach : kManySidesReach) * ink.closing;
     if (meet.Distance(start) > reach || meet.Distance(end) > reach)
         return false;
     chain.isClosed = true;
@@ -98,7 +100,7 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     // Ahead along the first piece the pen may have run on over it as far as it liked; behind it left a gap.
     const Point gap = At(ink, last.last) - At(ink, first.first);
     const Point ahead = DirectionAt(ink, first, false);
-    const double reach = kCloseShare * ink.path.length;
+    const double reach = kCloseReach * ink.closing;
     if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach ||
         gap.Dot(ahead) > ink.path.step * (first.last - first.first) + reach)
         return false;

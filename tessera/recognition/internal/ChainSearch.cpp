@@ -160,7 +160,7 @@ int ParametersOf(const Chain& chain) {
 } // namespace
 
 PricedPath::PricedPath(const InkPath& inkPath)
-    : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)) {}
+    : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)), closing(0.125 * inkPath.length) {}
 
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature) {
     const double expected = curvature * kReach * ink.path.step;

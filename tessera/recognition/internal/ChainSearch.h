@@ -53,6 +53,7 @@ struct PricedPath {
     PathMoments moments;
     std::vector<TurningPeak> peaks; ///< ascending
     InkPrices prices;
+    double closing; ///< largest gap between the ends of closed ink; an eighth of the length unless set
 };
 
 /// Price of a corner that a description passes over with a bend of the given curvature.

@@ -8,7 +8,7 @@
 
 namespace Tessera::Geometry {
 
-std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, double tol) {
+std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, double tol, double* rms) {
     constexpr int kOrder = 4;
     if (pts.size() < static_cast<std::size_t>(kOrder))
         return nullptr;
@@ -25,6 +25,8 @@ std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, do
         KC_CURVE_struct_s* record =
             BCRVFIT_least_squares_fit(static_cast<int>(copy.size()), copy.data(), 0, nullptr, kOrder,
                                       isClosed ? 1 : 0, BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
+        if (record != nullptr && rms != nullptr)
+            *rms = err[1];
         if (record != nullptr)
             return std::make_unique<Spline>(record);
         tol *= 2.0;

@@ -14,7 +14,9 @@ namespace Tessera::Geometry {
 ///
 /// @param tol  model units; doubled as often as a fit needs it. Null only for fewer than four points and when
 ///             memory runs out.
-std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, double tol);
+/// @param rms  [out] root mean square distance of the points; may be null.
+std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, double tol,
+                                   double* rms = nullptr);
 
 /// Diagonal of the points' box.
 double DiagonalOf(std::span<const Point> pts);

@@ -155,6 +155,53 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
     reading.curves.push_back(std::move(made));
 }
 
+void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
+                       InkReading& reading) {
+    const double c = std::cos(arc.rotation);
+    const double s = std::sin(arc.rotation);
+    const auto at = [&](double parameter) {
+        const double u = arc.radii[0] * std::cos(parameter);
+        const double v = arc.radii[1] * std::sin(parameter);
+        return arc.centre + Point(c * u - s * v, s * u + c * v);
+    };
+    const Point first = at(arc.isReversed ? arc.to : arc.from);
+    const Point chord = at(arc.isReversed ? arc.from : arc.to) - first;
+    // The similarity that takes the old chord to the new one, as a complex number.
+    const Point wanted = to - from;
+    const Point factor = Point(chord.Dot(wanted), chord.Cross(wanted)) / std::max(chord.Dot(chord), 1e-12);
+    const Point away = arc.centre - first;
+    const Point middle = path.ToModel(
+        from + Point(factor.x * away.x - factor.y * away.y, factor.x * away.y + factor.y * away.x));
+    const double scale = path.scale * factor.Length();
+    double centre[2] = {middle.x, middle.y};
+    double radii[2] = {scale * arc.radii[0], scale * arc.radii[1]};
+    InterpretedCurve made;
+    made.curve = std::make_unique<Ellipse>(centre, radii, arc.rotation + std::atan2(factor.y, factor.x),
+                                           arc.from, arc.to);
+    made.isReversed = arc.isReversed;
+    made.lastSample = SampleAt(path, path.Size() - 1);
+    reading.curves.push_back(std::move(made));
+}
+
+void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading) {
+    // A transform divides by its last element, so the translation is given in units of the scale.
+    double toModel[3][3] = {{1.0, 0.0, path.origin.x / path.scale},
+                            {0.0, 1.0, path.origin.y / path.scale},
+                            {0.0, 0.0, 1.0 / path.scale}};
+    shape.curve->Transform(toModel);
+    InterpretedCurve made;
+    made.curve = std::move(shape.curve);
+    made.lastSample = SampleAt(path, path.Size() - 1);
+    if (shape.isClosed) {
+        InkJoint seam;
+        seam.kind = JointKind::Tangent;
+        seam.isClosing = true;
+        seam.position = made.curve->GetStart();
+        reading.joints.push_back(seam);
+    }
+    reading.curves.push_back(std::move(made));
+}
+
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
     const int n = static_cast<int>(samples.size());
     PlaceBreaks(samples, reading);

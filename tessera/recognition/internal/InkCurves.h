@@ -6,6 +6,7 @@
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/RoundShape.h"
+#include "tessera/recognition/internal/SmoothForms.h"
 
 namespace Tessera::Geometry {
 
@@ -14,6 +15,13 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
 
 /// Appends one full circle or ellipse.
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
+
+/// Appends an elliptic arc, its ends moved to `from` and `to` (in the pen's order) as a whole.
+void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
+                       InkReading& reading);
+
+/// Appends one free form, which goes over into the reading.
+void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading);
 
 /// Moves the breaks between curves to the samples nearest to their joints, then fills the largest distance of
 /// each curve's samples from it, and the spread of the hand.

@@ -53,6 +53,10 @@ bool IsRoundCheaper(const PricedPath& ink, const RoundShape& round, const Chain&
     return roundCost < chainCost;
 }
 
+bool ShowsCorner(const PricedPath& ink, const Chain& chain) {
+    return SmoothJoints(ink, chain) + 1 < static_cast<int>(chain.pieces.size());
+}
+
 Chain StraightenRectangle(const PricedPath& ink, const Chain& chain) {
     if (!chain.isClosed || chain.pieces.size() != 4 || IsPolygon(chain))
         return chain;

@@ -11,6 +11,9 @@ namespace Tessera::Geometry {
 /// taken from the sides, prices the deviations of both.
 bool IsRoundCheaper(const PricedPath& ink, const RoundShape& round, const Chain& chain);
 
+/// Whether the ink turns at once at a joint of the chain.
+bool ShowsCorner(const PricedPath& ink, const Chain& chain);
+
 /// The chain with its arcs straightened when that makes it a quadrilateral with corners of 60 to 120 degrees
 /// and costs no more than the numbers a rectangle saves; else the chain itself.
 Chain StraightenRectangle(const PricedPath& ink, const Chain& chain);

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/EllipseEvidence.h"
 
 namespace Tessera::Geometry {
 
@@ -14,6 +14,7 @@ struct RoundShape {
     bool isCircle = false;
     double cost = 0.0;
     double deviationCost = 0.0; ///< the share of the squared distances in it
+    double meanSq = 0.0;        ///< of the distances that nothing explains
 };
 
 /// What it costs to describe the path as one round, or nothing for a path that does not go round once.
@@ -23,6 +24,6 @@ struct RoundShape {
 /// the number of samples per round) may mean a circle where a careful one means an ellipse.
 ///
 /// @param samples  distinct samples of the ink: the clock of a pen without time stamps.
-std::optional<RoundShape> FindRoundShape(const PricedPath& ink, int samples);
+std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvidence& ellipse, int samples);
 
 } // namespace Tessera::Geometry

@@ -7,6 +7,7 @@
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
@@ -99,6 +100,11 @@ void ReadByRules(const InkStroke& ink, const SketchRecognizerPreferences& prefer
         reading.shape = InkShape::Pieces;
     reading.isClosed = reading.curves.size() == 1 && reading.curves[0].curve->IsClosed();
     MeasureDeviations(ink.samples, reading);
+}
+
+double ClosingShare(const InkStroke& ink, double length, const SketchRecognizerPreferences& preferences) {
+    const double working = FrameOf(ink.samples).scale * length;
+    return ClosedStrokeTolerance(preferences, working) / working;
 }
 
 } // namespace Tessera::Geometry

@@ -12,4 +12,7 @@ namespace Tessera::Geometry {
 /// to that size and the curves are mapped back.
 void ReadByRules(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading);
 
+/// Largest gap between the ends of closed ink at that size, as a share of the ink's length.
+double ClosingShare(const InkStroke& ink, double length, const SketchRecognizerPreferences& preferences);
+
 } // namespace Tessera::Geometry

@@ -1,0 +1,91 @@
+#include "tessera/recognition/internal/EllipseEvidence.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "tessera/kernel/LSFIT.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kTurn = 2.0 * std::numbers::pi;
+constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
+
+bool FitEllipse(const InkPath& path, EllipseEvidence& fit) {
+    std::vector<Vex::Math::Point2> pts;
+    pts.reserve(path.pts.size());
+    // Every other point: the path is smooth at this spacing.
+    for (std::size_t i = 0; i < path.pts.size(); i += 2)
+        pts.push_back({path.pts[i].x, path.pts[i].y});
+    Vex::Math::Point2 centre{};
+    int status = 1;
+    double err[3];
+    LSFIT_ellipse_to_points_2d(pts.data(), static_cast<int>(pts.size()), &centre, &fit.a, &fit.b, &fit.angle,
+                               &status, err);
+    fit.centre = {centre.x, centre.y};
+    return status == 0;
+}
+
+void MeasureResiduals(const InkPath& path, EllipseEvidence& fit) {
+    fit.distance.reserve(path.pts.size());
+    fit.terms.reserve(path.pts.size());
+    const double c = std::cos(fit.angle);
+    const double s = std::sin(fit.angle);
+    double cBefore = 0.0;
+    double sBefore = 0.0;
+    double run = 0.0;
+    double wayRound = 0.0;
+    for (const Point& p : path.pts) {
+        const Point d = p - fit.centre;
+        const double u = (c * d.x + s * d.y) / fit.a;
+        const double v = (c * d.y - s * d.x) / fit.b;
+        const double rho = std::max(1e-6, std::sqrt(u * u + v * v));
+        const double ct = u / rho;
+        const double st = v / rho;
+        if (!fit.terms.empty()) {
+            const double step = std::atan2(cBefore * st - sBefore * ct, cBefore * ct + sBefore * st);
+            run += step;
+            wayRound += std::fabs(step);
+        }
+        cBefore = ct;
+        sBefore = st;
+        const double slope = 2.0 * std::sqrt(u * u / (fit.a * fit.a) + v * v / (fit.b * fit.b));
+        fit.distance.push_back((rho * rho - 1.0) / std::max(slope, 1e-9));
+        fit.terms.push_back({1.0, ct, st, ct * ct - st * st, 2.0 * ct * st, run / kTurn});
+    }
+    fit.winding = run / kTurn;
+    fit.back = 0.5 * (wayRound - std::fabs(run)) / kTurn;
+    for (EllipseTerms& t : fit.terms)
+        t[5] -= 0.5 * fit.winding; // centred, or the drift would shift the whole
+}
+
+} // namespace
+
+std::optional<EllipseEvidence> FindEllipse(const InkPath& path) {
+    EllipseEvidence found;
+    if (!FitEllipse(path, found))
+        return std::nullopt;
+    MeasureResiduals(path, found);
+    return found;
+}
+
+double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse) {
+    double price = 0.0;
+    const int hook = static_cast<int>(kHookShare * ink.path.Size());
+    for (const TurningPeak& peak : ink.peaks) {
+        if (peak.at < hook || peak.at >= ink.path.Size() - hook)
+            continue;
+        const EllipseTerms& t = ellipse.terms[static_cast<std::size_t>(peak.at)];
+        const double x = ellipse.a * t[2];
+        const double y = ellipse.b * t[1];
+        const double speed = std::sqrt(x * x + y * y);
+        const double curvature =
+            std::copysign(ellipse.a * ellipse.b / (speed * speed * speed), ellipse.winding);
+        price += PriceOfHiddenCorner(ink, peak, curvature);
+    }
+    return price;
+}
+
+} // namespace Tessera::Geometry

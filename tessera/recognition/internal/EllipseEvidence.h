@@ -1,0 +1,35 @@
+// EllipseEvidence - the ellipse of least distances through a path, and what the ink does beside it.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "tessera/recognition/internal/ChainSearch.h"
+
+namespace Tessera::Geometry {
+
+/// Per point: what might explain its distance. A constant, harmonics up to the second, and a drift that grows
+/// evenly along the stroke.
+constexpr std::size_t kEllipseTerms = 6;
+using EllipseTerms = std::array<double, kEllipseTerms>;
+
+struct EllipseEvidence {
+    Point centre;
+    double a = 0.0; ///< not below b
+    double b = 0.0;
+    double angle = 0.0;              ///< of the axis a
+    std::vector<double> distance;    ///< of each point, signed, to first order
+    std::vector<EllipseTerms> terms; ///< [1] and [2] are cosine and sine of the point's parameter
+    double winding = 0.0;            ///< turns about the centre, counter-clockwise positive
+    double back = 0.0;               ///< turns that the pen ran the other way, unsigned
+};
+
+/// Nothing for ink that no ellipse describes.
+std::optional<EllipseEvidence> FindEllipse(const InkPath& path);
+
+/// Corners of the ink where the ellipse bends evenly, but for those so near the ends that they are the pen
+/// touching down or leaving.
+double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse);
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,147 @@
+#include "tessera/recognition/internal/SmoothForms.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+#include "tessera/geometry/Spline.h"
+#include "tessera/recognition/internal/FreeForm.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kTurn = 2.0 * std::numbers::pi;
+constexpr double kParameter = 4.0;           // price of a number
+constexpr double kIndependent = 0.25;        // of the points: neighbours stray together
+constexpr double kLeastSpread = 0.004;       // no hand is more careful, sizes
+constexpr double kLeastSweep = 60.0 / 360.0; // turns of an elliptic arc: less tells nothing of its radii
+constexpr double kMostSweep = 330.0 / 360.0;
+constexpr double kMostBack = 0.02;      // turns that the pen may run back
+constexpr double kOblong = 0.22;        // least difference of the radii, of the larger one
+constexpr int kArcNumbers = 7;          // five of the ellipse, two ends
+constexpr double kLineTolerance = 0.05; // of the length: largest distance from a line
+constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free form
+// Root mean square distance, sizes, below which a free form is not looked for: drawn polygons and rounds
+// stay below it, 97 of 100.
+constexpr double kBadSpread = 0.06;
+
+constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
+
+// The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
+// parts them sideways is spread over the round. Empty when the ends stay apart.
+std::vector<Point> MakeLoop(const PricedPath& ink) {
+    const std::vector<Point>& pts = ink.path.pts;
+    const auto least = static_cast<std::size_t>((1.0 - kOverlap) * ink.path.Size());
+    std::size_t last = pts.size() - 1;
+    for (std::size_t i = pts.size() - 1; i-- > least;)
+        if (pts[i].Distance2(pts.front()) < pts[last].Distance2(pts.front()))
+            last = i;
+    const Point gap = pts.front() - pts[last];
+    if (gap.Length() > ink.closing)
+        return {};
+    const Point ahead = (pts[2] - pts[0]) + (pts[last] - pts[last - 2]);
+    const Point aside = gap - (std::max(0.0, gap.Dot(ahead)) / std::max(ahead.Dot(ahead), 1e-12)) * ahead;
+    std::vector<Point> loop(pts.begin(), pts.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+    for (std::size_t i = 0; i <= last; ++i)
+        loop[i] += (static_cast<double>(i) / static_cast<double>(last) - 0.5) * aside;
+    return loop;
+}
+
+} // namespace
+
+double LengthOf(const InkPath& path, const Description& description) {
+    return kParameter * description.numbers + description.hidden +
+           0.5 * kIndependent * path.Size() * std::log(description.meanSq + kLeastSpread * kLeastSpread);
+}
+
+Description Describe(const PricedPath& ink, const Chain& chain) {
+    const int n = ink.path.Size();
+    Description description;
+    description.numbers = chain.isClosed ? 0 : 2;
+    int points = 0;
+    double sumSq = 0.0;
+    for (const ChainPiece& piece : chain.pieces) {
+        description.numbers += piece.isArc ? 3 : 2;
+        const int count = piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
+        for (int i = 0; i <= count; ++i) {
+            const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
+            const double off = piece.isArc ? std::sqrt(p.Distance2(piece.circle.centre)) - piece.circle.radius
+                                           : (p - piece.line.centre).Cross(piece.line.direction);
+            sumSq += off * off;
+        }
+        points += count + 1;
+    }
+    description.meanSq = sumSq / points;
+    return description;
+}
+
+Description Describe(const RoundShape& round) {
+    return {round.isCircle ? 3 : 5, round.meanSq, 0.0};
+}
+
+std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse,
+                                           const Description& rival) {
+    const double sweep = std::fabs(ellipse.winding);
+    if (sweep < kLeastSweep || sweep > kMostSweep || ellipse.back > kMostBack ||
+        ellipse.a - ellipse.b < kOblong * ellipse.a)
+        return std::nullopt;
+    EllipticArc arc;
+    arc.centre = ellipse.centre;
+    arc.radii[0] = ellipse.a;
+    arc.radii[1] = ellipse.b;
+    arc.rotation = ellipse.angle;
+    arc.isReversed = ellipse.winding < 0.0;
+    const EllipseTerms& start = arc.isReversed ? ellipse.terms.back() : ellipse.terms.front();
+    arc.from = std::atan2(start[2], start[1]);
+    arc.from += arc.from < 0.0 ? kTurn : 0.0;
+    arc.to = arc.from + kTurn * sweep;
+    double sumSq = 0.0;
+    for (const double d : ellipse.distance)
+        sumSq += d * d;
+    arc.description = {kArcNumbers, sumSq / ink.path.Size(), PriceOfCorners(ink, ellipse)};
+    if (LengthOf(ink.path, arc.description) >= LengthOf(ink.path, rival))
+        return std::nullopt;
+    return arc;
+}
+
+void BowLoneLine(const PricedPath& ink, Chain& chain) {
+    if (chain.pieces.size() != 1 || chain.isClosed || chain.pieces[0].isArc)
+        return;
+    const ChainPiece& line = chain.pieces[0];
+    double farthest = 0.0;
+    for (const Point& p : ink.path.pts)
+        farthest = std::max(farthest, std::fabs((p - line.line.centre).Cross(line.line.direction)));
+    if (farthest <= kLineTolerance * ink.path.length)
+        return;
+    const PiecePrices both = PriceBoth(ink, line.first, line.last);
+    if (!both.hasArc)
+        return;
+    Chain bowed = chain;
+    bowed.cost += both.arc.cost - line.cost;
+    bowed.pieces[0] = both.arc;
+    if (LengthOf(ink.path, Describe(ink, bowed)) < LengthOf(ink.path, Describe(ink, chain)))
+        chain = std::move(bowed);
+}
+
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, bool mayClose) {
+    if (rival.meanSq <= kBadSpread * kBadSpread)
+        return std::nullopt;
+    const std::vector<Point> loop = mayClose ? MakeLoop(ink) : std::vector<Point>();
+    FreeShape shape;
+    shape.isClosed = !loop.empty();
+    double rms = 0.0;
+    shape.curve = FitFreeForm(shape.isClosed ? loop : ink.path.pts, shape.isClosed, kFreeTolerance, &rms);
+    if (!shape.curve)
+        return std::nullopt;
+    // The seam of a closed one fixes two poles.
+    const int poles = static_cast<const Spline&>(*shape.curve).GetNumPoles() - (shape.isClosed ? 2 : 0);
+    shape.description = {2 * poles, rms * rms, 0.0};
+    if (LengthOf(ink.path, shape.description) >= LengthOf(ink.path, rival))
+        return std::nullopt;
+    return shape;
+}
+
+} // namespace Tessera::Geometry
