@@ -1,9 +1,11 @@
 #include "tessera/recognition/internal/InkConnections.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "tessera/geometry/Curve.h"
 #include "tessera/recognition/SnapSearch.h"
+#include "tessera/recognition/internal/RecognitionTolerances.h"
 
 namespace Tessera::Geometry {
 
@@ -11,25 +13,29 @@ namespace {
 
 constexpr double kMoveShare = 1.0 / 6.0;
 
-// Whether the piece was moved onto a key point; fills all of the connection but the curve and its end.
-bool ConnectEnd(const InkPath& path, std::span<Curve* const> earlier,
-                const SketchRecognizerPreferences& preferences, ExactPiece& piece, bool isLast,
-                InkConnection& connection) {
-    Point& end = isLast ? piece.to : piece.from;
-    const double reach = kMoveShare * piece.from.Distance(piece.to);
-    for (const SnapCandidate& found :
-         FindSnapPoints(path.ToModel(end), earlier, preferences, SnapUse::Create)) {
-        const Point target = path.FromModel(found.point);
-        if (target.Distance(end) > reach)
-            break; // the nearest came first
-        const auto parent = std::find(earlier.begin(), earlier.end(), found.point.AskParent());
-        connection.earlier = static_cast<int>(parent - earlier.begin());
-        connection.keyPoint = found.point.AskSnapType();
-        connection.position = found.point;
-        end = target;
-        return true;
+using Found = std::optional<SnapPoint>;
+
+Found NearestKeyPoint(const Point& p, std::span<Curve* const> earlier,
+                      const SketchRecognizerPreferences& preferences, double reach) {
+    for (const SnapCandidate& found : FindSnapPoints(p, earlier, preferences, SnapUse::Create))
+        if (found.distance <= reach)
+            return found.point;
+    return std::nullopt;
+}
+
+Found NearestFreeEnd(const Point& p, std::span<Curve* const> earlier, double reach) {
+    Found nearest;
+    for (Curve* curve : earlier) {
+        if (curve == nullptr || curve->IsClosed())
+            continue;
+        for (const SnapPointType_e type : {SnapPointType_Start, SnapPointType_End}) {
+            const SnapPoint end(curve, type);
+            const double distance = end.Distance(p);
+            if (distance <= reach && (!nearest || distance < nearest->Distance(p)))
+                nearest = end;
+        }
     }
-    return false;
+    return nearest;
 }
 
 } // namespace
@@ -37,15 +43,24 @@ bool ConnectEnd(const InkPath& path, std::span<Curve* const> earlier,
 std::vector<InkConnection> ConnectEnds(const InkPath& path, std::span<Curve* const> earlier,
                                        const SketchRecognizerPreferences& preferences, ExactChain& chain) {
     std::vector<InkConnection> connections;
-    if (chain.isClosed || earlier.empty() || !preferences.AskSnapping())
+    if (chain.isClosed || earlier.empty())
         return connections;
+    const double closing = ClosedStrokeTolerance(preferences, path.scale * path.length);
     for (const bool isLast : {false, true}) {
-        InkConnection connection;
-        connection.curve = isLast ? static_cast<int>(chain.pieces.size()) - 1 : 0;
-        connection.end = isLast ? CurveEnd::End : CurveEnd::Start;
         ExactPiece& piece = isLast ? chain.pieces.back() : chain.pieces.front();
-        if (ConnectEnd(path, earlier, preferences, piece, isLast, connection))
-            connections.push_back(connection);
+        Point& end = isLast ? piece.to : piece.from;
+        const Point at = path.ToModel(end);
+        const double reach = kMoveShare * path.scale * piece.from.Distance(piece.to);
+        Found found = NearestKeyPoint(at, earlier, preferences, reach);
+        if (!found && preferences.GetCurveTidy())
+            found = NearestFreeEnd(at, earlier, std::min(closing, reach));
+        if (!found)
+            continue;
+        const auto parent = std::find(earlier.begin(), earlier.end(), found->AskParent());
+        connections.push_back({isLast ? static_cast<int>(chain.pieces.size()) - 1 : 0,
+                               isLast ? CurveEnd::End : CurveEnd::Start,
+                               static_cast<int>(parent - earlier.begin()), found->AskSnapType(), *found});
+        end = path.FromModel(*found);
     }
     return connections;
 }

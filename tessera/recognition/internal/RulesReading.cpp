@@ -17,23 +17,6 @@ namespace {
 // Diagonal of the box at which the most drawn shapes come back right (45 of 30, 45, 60, 100).
 constexpr double kWorkingDiagonal = 45.0;
 
-struct Frame {
-    double x = 0.0, y = 0.0, scale = 1.0; // working = scale (model - (x, y))
-};
-
-Frame FrameOf(const std::vector<InkSample>& samples) {
-    double low[2] = {samples[0].x, samples[0].y};
-    double high[2] = {samples[0].x, samples[0].y};
-    for (const InkSample& s : samples) {
-        low[0] = std::min(low[0], s.x);
-        low[1] = std::min(low[1], s.y);
-        high[0] = std::max(high[0], s.x);
-        high[1] = std::max(high[1], s.y);
-    }
-    const double diagonal = std::hypot(high[0] - low[0], high[1] - low[1]);
-    return {low[0], low[1], kWorkingDiagonal / diagonal};
-}
-
 // Length per time over the neighbours of sample i.
 double SpeedAt(const InkStroke& ink, std::size_t i) {
     const InkSample& a = ink.samples[i > 0 ? i - 1 : i];
@@ -69,42 +52,113 @@ bool RunsAgainst(const InterpretedCurve& made, const std::vector<InkSample>& sam
 
 } // namespace
 
-void ReadByRules(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading) {
-    const Frame frame = FrameOf(ink.samples);
+RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences)
+    : ink_(ink), preferences_(preferences) {
+    double low[2] = {ink.samples[0].x, ink.samples[0].y};
+    double high[2] = {low[0], low[1]};
+    for (const InkSample& s : ink.samples) {
+        low[0] = std::min(low[0], s.x);
+        low[1] = std::min(low[1], s.y);
+        high[0] = std::max(high[0], s.x);
+        high[1] = std::max(high[1], s.y);
+    }
+    x_ = low[0];
+    y_ = low[1];
+    scale_ = kWorkingDiagonal / std::hypot(high[0] - low[0], high[1] - low[1]);
     Stroke stroke;
     stroke.Resize(static_cast<int>(ink.samples.size()));
-    for (std::size_t i = 0; i < ink.samples.size(); ++i)
-        stroke.AssignPoint({frame.scale * (ink.samples[i].x - frame.x),
-                            frame.scale * (ink.samples[i].y - frame.y), frame.scale * SpeedAt(ink, i)},
+    lengthTo_.reserve(ink.samples.size());
+    for (std::size_t i = 0; i < ink.samples.size(); ++i) {
+        const InkSample& s = ink.samples[i];
+        const InkSample& before = ink.samples[i > 0 ? i - 1 : i];
+        lengthTo_.push_back((i > 0 ? lengthTo_.back() : 0.0) +
+                            scale_ * std::hypot(s.x - before.x, s.y - before.y));
+        stroke.AssignPoint({scale_ * (s.x - x_), scale_ * (s.y - y_), scale_ * SpeedAt(ink, i)},
                            static_cast<int>(i));
+    }
     SketchRecognizer recognizer;
     SketchRecognizerPreferences working = preferences;
     recognizer.SetPreferences(working);
     recognizer.Recognize(stroke, true, CurveType_Line);
     CloseRoundStroke(recognizer);
-    double back[3][3] = {
-        {1.0, 0.0, frame.scale * frame.x}, {0.0, 1.0, frame.scale * frame.y}, {0.0, 0.0, frame.scale}};
     for (RecognizedGeometry* result : recognizer.GetResults()) {
         const std::unique_ptr<RecognizedGeometry> owner(result);
         InterpretedCurve made;
         made.curve.reset(&result->GetResult());
-        made.curve->Transform(back);
         made.firstSample = result->GetStartIndex();
         made.lastSample = result->GetEndIndex();
-        made.isReversed = RunsAgainst(made, ink.samples);
-        reading.curves.push_back(std::move(made));
+        pieces_.push_back(std::move(made));
     }
+}
+
+void RulesReading::Take(InkReading& reading) {
+    double back[3][3] = {{1.0, 0.0, scale_ * x_}, {0.0, 1.0, scale_ * y_}, {0.0, 0.0, scale_}};
+    for (InterpretedCurve& made : pieces_) {
+        made.curve->Transform(back);
+        made.isReversed = RunsAgainst(made, ink_.samples);
+    }
+    reading.curves = std::move(pieces_);
     if (reading.curves.size() == 1)
         reading.shape = ShapeOf(*reading.curves[0].curve);
     else if (!reading.curves.empty())
         reading.shape = InkShape::Pieces;
     reading.isClosed = reading.curves.size() == 1 && reading.curves[0].curve->IsClosed();
-    MeasureDeviations(ink.samples, reading);
+    MeasureDeviations(ink_.samples, reading);
 }
 
-double ClosingShare(const InkStroke& ink, double length, const SketchRecognizerPreferences& preferences) {
-    const double working = FrameOf(ink.samples).scale * length;
-    return ClosedStrokeTolerance(preferences, working) / working;
+std::optional<Chain> RulesReading::AsChain(const PricedPath& ink) const {
+    const auto pointAt = [&](int sample) { // the nearest point of the path
+        const auto& source = ink.path.source;
+        const auto above = std::lower_bound(source.begin(), source.end(), static_cast<double>(sample));
+        return std::min(static_cast<int>(above - source.begin()), ink.path.Size() - 1);
+    };
+    Chain chain;
+    chain.cost = 2.0 * ink.prices.parameter; // the start point
+    int first = 0;
+    for (const InterpretedCurve& made : pieces_) {
+        const CurveType_e kind = made.curve->GetType();
+        const int last = &made == &pieces_.back() ? ink.path.Size() - 1 : pointAt(made.lastSample);
+        if (kind > CurveType_Arc || made.curve->IsClosed() || last <= first + 1)
+            return std::nullopt;
+        const PiecePrices both = PriceBoth(ink, first, last);
+        if (kind == CurveType_Arc && !both.hasArc)
+            return std::nullopt;
+        chain.pieces.push_back(kind == CurveType_Arc ? both.arc : both.line);
+        chain.cost += chain.pieces.back().cost;
+        first = last;
+    }
+    return chain.pieces.empty() ? std::nullopt : std::optional<Chain>(chain);
+}
+
+double RulesReading::LengthOf(int firstSample, int lastSample) const {
+    const double run =
+        lengthTo_[static_cast<std::size_t>(lastSample)] - lengthTo_[static_cast<std::size_t>(firstSample)];
+    return lastSample >= firstSample ? run : run + lengthTo_.back();
+}
+
+double RulesReading::ToleranceOf(const InterpretedCurve& made) const {
+    double tol[4];
+    RecognitionTolerances(preferences_, LengthOf(made.firstSample, made.lastSample), tol);
+    switch (made.curve->GetType()) {
+    case CurveType_Line:
+        return tol[0] / scale_;
+    case CurveType_Arc:
+        return tol[1] / scale_;
+    case CurveType_Ellipse:
+        return tol[2] / scale_;
+    default:
+        return tol[3] / scale_;
+    }
+}
+
+double RulesReading::LineShare() const {
+    double tol[4];
+    RecognitionTolerances(preferences_, lengthTo_.back(), tol);
+    return tol[0] / lengthTo_.back();
+}
+
+double RulesReading::ClosingShare(double length) const {
+    return ClosedStrokeTolerance(preferences_, scale_ * length) / (scale_ * length);
 }
 
 } // namespace Tessera::Geometry

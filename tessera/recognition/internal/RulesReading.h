@@ -2,17 +2,43 @@
 // fit.
 #pragma once
 
+#include <memory>
+#include <optional>
+#include <vector>
+
 #include "tessera/recognition/InkInterpretation.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 
 namespace Tessera::Geometry {
 
-/// Fills curves (with deviations and the samples they stand for) and shape; joins nothing.
-///
 /// The rules' tolerances suit a drawing whose box has a diagonal of some forty-five units; the ink is brought
-/// to that size and the curves are mapped back.
-void ReadByRules(const InkStroke& ink, const SketchRecognizerPreferences& preferences, InkReading& reading);
+/// to that size and the curves are mapped back. The stroke and the preferences are borrowed.
+class RulesReading {
+public:
+    RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
 
-/// Largest gap between the ends of closed ink at that size, as a share of the ink's length.
-double ClosingShare(const InkStroke& ink, double length, const SketchRecognizerPreferences& preferences);
+    /// Hands the curves over, with deviations and the samples they stand for; joins nothing. Once only.
+    void Take(InkReading& reading);
+
+    /// The pieces' ends and kinds as a chain, priced like any other; nothing unless all pieces are lines and
+    /// arcs.
+    std::optional<Chain> AsChain(const PricedPath& ink) const;
+
+    /// Of a curve's kind, for the ink it stands for; model units.
+    double ToleranceOf(const InterpretedCurve& made) const;
+    /// Largest distance from a line along the whole ink, as a share of its length.
+    double LineShare() const;
+    /// Largest gap between the ends of closed ink of the given length (model units), as a share of it.
+    double ClosingShare(double length) const;
+
+private:
+    double LengthOf(int firstSample, int lastSample) const; // at working size
+
+    const InkStroke& ink_;
+    const SketchRecognizerPreferences& preferences_;
+    double x_ = 0.0, y_ = 0.0, scale_ = 1.0; // working = scale (model - (x, y))
+    std::vector<double> lengthTo_;           // of the ink up to each sample, working size
+    std::vector<InterpretedCurve> pieces_;   // at working size
+};
 
 } // namespace Tessera::Geometry

@@ -22,12 +22,18 @@ constexpr double kMostSweep = 330.0 / 360.0;
 constexpr double kMostBack = 0.02;      // turns that the pen may run back
 constexpr double kOblong = 0.22;        // least difference of the radii, of the larger one
 constexpr int kArcNumbers = 7;          // five of the ellipse, two ends
-constexpr double kLineTolerance = 0.05; // of the length: largest distance from a line
 constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free form
-// Root mean square distance, sizes, below which a free form is not looked for: drawn polygons and rounds
-// stay below it, 97 of 100.
-constexpr double kBadSpread = 0.06;
-
+// How a free form competes: the root mean square distance of the rival, sizes, below which none is looked for
+// (drawn polygons and rounds stay below it, 98 of 100 of each), the largest distance of the free form itself,
+// and the price of a pole's coordinate. What takes the place of a round is told by fewer, looser poles: they
+// lie where their neighbours let expect them.
+struct FreeTerms {
+    double badSpread;
+    double tolerance;
+    double polePrice;
+};
+constexpr FreeTerms kFreeTerms[] = {
+    {0.065, kFreeTolerance, 4.0}, {0.065, kFreeTolerance, 4.0}, {0.085, 0.06, 3.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
@@ -107,15 +113,19 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
     return arc;
 }
 
+bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance) {
+    if (chain.pieces.size() != 1 || chain.isClosed || chain.pieces[0].isArc)
+        return false;
+    const LineFit& line = chain.pieces[0].line;
+    return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
+        return std::fabs((p - line.centre).Cross(line.direction)) <= tolerance;
+    });
+}
+
 void BowLoneLine(const PricedPath& ink, Chain& chain) {
     if (chain.pieces.size() != 1 || chain.isClosed || chain.pieces[0].isArc)
         return;
     const ChainPiece& line = chain.pieces[0];
-    double farthest = 0.0;
-    for (const Point& p : ink.path.pts)
-        farthest = std::max(farthest, std::fabs((p - line.line.centre).Cross(line.line.direction)));
-    if (farthest <= kLineTolerance * ink.path.length)
-        return;
     const PiecePrices both = PriceBoth(ink, line.first, line.last);
     if (!both.hasArc)
         return;
@@ -126,21 +136,26 @@ void BowLoneLine(const PricedPath& ink, Chain& chain) {
         chain = std::move(bowed);
 }
 
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, bool mayClose) {
-    if (rival.meanSq <= kBadSpread * kBadSpread)
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, RivalKind kind,
+                                       bool mayClose) {
+    const FreeTerms& terms = kFreeTerms[static_cast<std::size_t>(kind)];
+    if (rival.meanSq <= terms.badSpread * terms.badSpread)
         return std::nullopt;
     const std::vector<Point> loop = mayClose ? MakeLoop(ink) : std::vector<Point>();
     FreeShape shape;
     shape.isClosed = !loop.empty();
+    const std::span<const Point> pts = shape.isClosed ? loop : ink.path.pts;
     double rms = 0.0;
-    shape.curve = FitFreeForm(shape.isClosed ? loop : ink.path.pts, shape.isClosed, kFreeTolerance, &rms);
+    shape.curve = FitFreeForm(pts, shape.isClosed, terms.tolerance, &rms);
     if (!shape.curve)
         return std::nullopt;
     // The seam of a closed one fixes two poles.
     const int poles = static_cast<const Spline&>(*shape.curve).GetNumPoles() - (shape.isClosed ? 2 : 0);
-    shape.description = {2 * poles, rms * rms, 0.0};
+    shape.description = {0, rms * rms, 2.0 * terms.polePrice * poles};
     if (LengthOf(ink.path, shape.description) >= LengthOf(ink.path, rival))
         return std::nullopt;
+    if (terms.tolerance > kFreeTolerance)
+        shape.curve = FitFreeForm(pts, shape.isClosed, kFreeTolerance);
     return shape;
 }
 

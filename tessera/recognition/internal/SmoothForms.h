@@ -16,7 +16,7 @@ namespace Tessera::Geometry {
 struct Description {
     int numbers = 0;     ///< parameters
     double meanSq = 0.0; ///< distance of a point, sizes
-    double hidden = 0.0; ///< price of corners passed over
+    double hidden = 0.0; ///< price of what else it takes: corners passed over, poles
 };
 
 double LengthOf(const InkPath& path, const Description& description);
@@ -40,8 +40,13 @@ struct EllipticArc {
 std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse,
                                            const Description& rival);
 
-/// A lone line that bows beyond the tolerance of lines becomes an arc.
+/// Whether the chain is one line within the tolerance (sizes) of the ink.
+bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance);
+
+/// A lone line becomes an arc where this describes the ink more briefly.
 void BowLoneLine(const PricedPath& ink, Chain& chain);
+
+enum class RivalKind { Open, Closed, Round };
 
 struct FreeShape {
     std::unique_ptr<Curve> curve; ///< in the path's frame
@@ -50,7 +55,9 @@ struct FreeShape {
 };
 
 /// A B-spline that describes the ink more briefly than the rival, closed if it may close and the ends meet
-/// within the closing tolerance. Looked for only where the rival strays far from the ink.
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, bool mayClose);
+/// within the closing tolerance. Looked for only where the rival strays farther from the
+/// ink than its kind usually does.
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, RivalKind kind,
+                                       bool mayClose);
 
 } // namespace Tessera::Geometry

@@ -1,0 +1,123 @@
+#include "tessera/recognition/internal/ChainReading.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/InkConnections.h"
+#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/RegularShapes.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180.0;
+
+// Turns a line's direction onto an axis of the plane within the angle, about the middle of its ink.
+void SnapLines(double angleRad, Chain& chain) {
+    for (ChainPiece& piece : chain.pieces) {
+        Point& d = piece.line.direction;
+        const double off = std::remainder(std::atan2(d.y, d.x), 0.5 * std::numbers::pi);
+        if (!piece.isArc && std::fabs(off) <= angleRad)
+            d = std::fabs(d.x) > std::fabs(d.y) ? Point(d.x < 0.0 ? -1.0 : 1.0, 0.0)
+                                                : Point(0.0, d.y < 0.0 ? -1.0 : 1.0);
+    }
+}
+
+void TurnCorners(double angleRad, std::vector<Point>& corners) {
+    Point centre;
+    for (const Point& p : corners)
+        centre += p / static_cast<double>(corners.size());
+    const double c = std::cos(angleRad);
+    const double s = std::sin(angleRad);
+    for (Point& p : corners) {
+        const Point d = p - centre;
+        p = centre + Point(c * d.x - s * d.y, s * d.x + c * d.y);
+    }
+}
+
+// Sides that lie along an axis get equal coordinates to the last digit.
+void LevelSides(std::vector<Point>& corners) {
+    constexpr double kLevel = 1e-9;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        Point& a = corners[i];
+        Point& b = corners[(i + 1) % corners.size()];
+        if (std::fabs(a.x - b.x) < kLevel)
+            b.x = a.x;
+        if (std::fabs(a.y - b.y) < kLevel)
+            b.y = a.y;
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) { // the last side closes onto the first corner
+        Point& a = corners[i];
+        const Point& b = corners[(i + 1) % corners.size()];
+        if (std::fabs(a.x - b.x) < kLevel)
+            a.x = b.x;
+        if (std::fabs(a.y - b.y) < kLevel)
+            a.y = b.y;
+    }
+}
+
+// A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole.
+InkShape Regularise(const SketchRecognizerPreferences& preferences, ExactChain& chain) {
+    std::vector<Point> corners;
+    for (const ExactPiece& piece : chain.pieces)
+        corners.push_back(piece.from);
+    const InkShape shape = MakeRegular(corners);
+    if (shape == InkShape::Triangle || shape == InkShape::Quadrilateral || shape == InkShape::Polygon)
+        return shape;
+    const double turn = TurnToAxes(shape, corners);
+    if (preferences.AskSnapping() && std::fabs(turn) <= preferences.AskSnapAngleCreate() * kDegree) {
+        TurnCorners(turn, corners);
+        LevelSides(corners);
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        chain.pieces[i].from = corners[i];
+        chain.pieces[i].to = corners[(i + 1) % corners.size()];
+    }
+    return shape;
+}
+
+InkShape ShapeOf(const ExactChain& chain) {
+    const std::size_t count = chain.pieces.size();
+    if (count == 1)
+        return chain.pieces[0].kind == PieceKind::Line  ? InkShape::Line
+               : chain.pieces[0].kind == PieceKind::Arc ? InkShape::Arc
+                                                        : InkShape::Spline;
+    if (chain.IsPolygon())
+        return count == 3 ? InkShape::Triangle : count == 4 ? InkShape::Quadrilateral : InkShape::Polygon;
+    const bool lines = std::none_of(chain.pieces.begin(), chain.pieces.end(),
+                                    [](const ExactPiece& p) { return p.kind != PieceKind::Line; });
+    return lines ? InkShape::Polyline : InkShape::Chain;
+}
+
+} // namespace
+
+void NameEnds(InkReading& reading) {
+    for (InkConnection& connection : reading.connections) {
+        const InterpretedCurve& made = reading.curves[static_cast<std::size_t>(connection.curve)];
+        connection.end = connection.end == CurveEnd::Start ? made.First() : made.Last();
+    }
+}
+
+void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, Chain chain, InkReading& reading) {
+    ExactChain exact = MakeExact(ink, chain);
+    reading.shape = ShapeOf(exact);
+    if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())
+        reading.shape = Regularise(preferences, exact);
+    const bool isRegular = reading.shape >= InkShape::Square && reading.shape <= InkShape::RegularPolygon &&
+                           reading.shape != InkShape::Quadrilateral;
+    if (preferences.AskSnapping() && !isRegular) {
+        SnapLines(preferences.AskSnapAngleCreate() * kDegree, chain);
+        exact = MakeExact(ink, chain);
+    }
+    reading.isClosed = exact.isClosed;
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);
+    AppendChain(ink.path, exact, reading);
+    NameEnds(reading);
+}
+
+} // namespace Tessera::Geometry

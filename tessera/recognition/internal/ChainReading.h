@@ -1,0 +1,19 @@
+// ChainReading - a chain of lines and arcs made exact and tidy: regular polygons, directions of axes, ends on
+// earlier curves.
+#pragma once
+
+#include <span>
+
+#include "tessera/recognition/InkInterpretation.h"
+#include "tessera/recognition/internal/ChainSearch.h"
+
+namespace Tessera::Geometry {
+
+/// Fills shape, curves, joints and connections; deviations are left to MeasureDeviations.
+void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, Chain chain, InkReading& reading);
+
+/// Connections name the pen's first and last end as Start and End; turns these into the curves' own.
+void NameEnds(InkReading& reading);
+
+} // namespace Tessera::Geometry

@@ -1,0 +1,136 @@
+#include "tessera/recognition/internal/InkHypotheses.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "tessera/recognition/internal/ChainClosing.h"
+#include "tessera/recognition/internal/ChainReading.h"
+#include "tessera/recognition/internal/InkConnections.h"
+#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/ReadingChoice.h"
+#include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/SmoothForms.h"
+#include "tessera/recognition/internal/SmoothJoints.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kBowedLine = 1.2; // a hand's lone line strays so much farther than the rules allow
+// Rules' tolerances by which a reading may stray farther than the rules' own: corners that a hand rounds take
+// up two.
+constexpr double kMostStray = 3.0;
+
+void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
+    reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
+    reading.isClosed = true;
+    AppendRound(path, shape, reading);
+}
+
+// Curves between two ends take part in the joining of ends as the chord between these.
+ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
+    const int last = ink.path.Size() - 1;
+    return {{{kind, ink.path.pts.front(), ink.path.pts.back(), {}, 0, last}}, false};
+}
+
+void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+                     std::span<Curve* const> earlier, const EllipticArc& arc, InkReading& reading) {
+    ExactChain chord = ChordOf(ink, PieceKind::Line);
+    reading.shape = InkShape::EllipticArc;
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
+    AppendEllipticArc(ink.path, arc, chord.pieces[0].from, chord.pieces[0].to, reading);
+    NameEnds(reading);
+}
+
+void ReadFreeShape(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+                   std::span<Curve* const> earlier, FreeShape& shape, InkReading& reading) {
+    reading.shape = InkShape::Spline;
+    reading.isClosed = shape.isClosed;
+    if (shape.isClosed) {
+        AppendFreeShape(ink.path, shape, reading);
+        return;
+    }
+    ExactChain chord = ChordOf(ink, PieceKind::Spline);
+    reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
+    AppendChain(ink.path, chord, reading);
+}
+
+Chain FindChain(PricedPath& priced, const RulesReading& rules,
+                const SketchRecognizerPreferences& preferences) {
+    Chain chain = SearchForHand(priced);
+    const std::optional<Chain> byRules = rules.AsChain(priced);
+    if (byRules && byRules->cost <= chain.cost)
+        chain = *byRules;
+    if (preferences.GetCurveTidy())
+        chain = StraightenRectangle(priced, CloseChain(priced, chain));
+    BendPieces(priced, chain);
+    return chain;
+}
+
+// The hypotheses compared, and the best one read.
+void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
+              const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
+              InkReading& reading) {
+    Chain chain = FindChain(priced, rules, preferences);
+    const bool isLine = IsLoneLine(priced, chain, kBowedLine * rules.LineShare() * priced.path.length);
+    if (!isLine)
+        BowLoneLine(priced, chain);
+    const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
+    std::optional<RoundShape> round;
+    if (ellipse && preferences.GetChangeCurveType())
+        round = FindRoundShape(priced, *ellipse, samples);
+    if (round && !IsRoundCheaper(priced, *round, chain))
+        round.reset();
+    Description best = round ? Describe(*round) : Describe(priced, chain);
+    std::optional<EllipticArc> arc;
+    if (ellipse && !round && !chain.isClosed && !isLine)
+        arc = FindEllipticArc(priced, *ellipse, best);
+    if (arc)
+        best = arc->description;
+    std::optional<FreeShape> free;
+    if (round || arc || chain.isClosed || (!isLine && !ShowsCorner(priced, chain))) {
+        const RivalKind rival = round            ? RivalKind::Round
+                                : chain.isClosed ? RivalKind::Closed
+                                                 : RivalKind::Open;
+        free = FindFreeShape(priced, best, rival, preferences.GetCurveTidy());
+    }
+    if (free)
+        ReadFreeShape(priced, preferences, earlier, *free, reading);
+    else if (round)
+        ReadRound(priced.path, *round, reading);
+    else if (arc)
+        ReadEllipticArc(priced, preferences, earlier, *arc, reading);
+    else
+        ReadChain(priced, preferences, earlier, chain, reading);
+}
+
+// By how many tolerances some curve strays farther than `allowed`.
+double StrayOf(const RulesReading& rules, const InkReading& reading, double allowed) {
+    double most = 0.0;
+    for (const InterpretedCurve& made : reading.curves)
+        most = std::max(most, (made.maxDeviation - allowed) / rules.ToleranceOf(made));
+    return most;
+}
+
+} // namespace
+
+void ReadByHypotheses(const InkStroke& ink, const InkPath& path,
+                      const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
+                      InkReading& reading) {
+    RulesReading rules(ink, preferences);
+    PricedPath priced(path);
+    priced.closing = rules.ClosingShare(path.scale * path.length) * path.length;
+    ReadBest(static_cast<int>(ink.samples.size()), priced, rules, preferences, earlier, reading);
+    MeasureDeviations(ink.samples, reading);
+    if (StrayOf(rules, reading, 0.0) <= kMostStray)
+        return;
+    InkReading byRules;
+    rules.Take(byRules);
+    double allowed = 0.0;
+    for (const InterpretedCurve& made : byRules.curves)
+        allowed = std::max(allowed, made.maxDeviation);
+    if (!byRules.curves.empty() && StrayOf(rules, reading, allowed) > kMostStray)
+        reading = std::move(byRules);
+}
+
+} // namespace Tessera::Geometry
