@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <numbers>
@@ -12,52 +11,15 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
 #include "tessera/recognition/internal/FreeForm.h"
+#include "tests/support/PenPaths.h"
 
 namespace Tessera::Geometry {
 namespace {
 
-using Path = std::function<Point(double)>; // over 0 to 1
-
-constexpr double kTurn = 2.0 * std::numbers::pi;
-constexpr int kSamples = 120;
-
-std::vector<Point> PointsOf(const Path& path, double from = 0.0, double to = 1.0) {
-    std::vector<Point> pts;
-    for (int i = 0; i < kSamples; ++i)
-        pts.push_back(path(from + (to - from) * i / (kSamples - 1)));
-    return pts;
-}
-
-InkStroke InkOf(const std::vector<Point>& pts) {
-    InkStroke ink;
-    for (const Point& p : pts)
-        ink.samples.push_back({p.x, p.y, 0.0});
-    return ink;
-}
-
-Path Straight(const Point& a, const Point& b) {
-    return [=](double u) { return a + u * (b - a); };
-}
-
-Path Round(const Point& c, double a, double b, double from, double to) {
-    return [=](double u) {
-        const double t = from + u * (to - from);
-        return c + Point(a * std::cos(t), b * std::sin(t));
-    };
-}
+using namespace Testing;
 
 Path Wave(double width, double height) {
     return [=](double u) { return Point(width * u, height * std::sin(kTurn * u)); };
-}
-
-/// The path shifted sideways by up to `off`, least at both ends of the stretch.
-Path Bulging(const Path& path, double from, double to, double ends, double off) {
-    return [=](double u) {
-        const Point along = path(u + 1e-5) - path(u - 1e-5);
-        const double share = (u - from) / (to - from);
-        return path(u) + ((ends + off * std::sin(std::numbers::pi * share)) / along.Length()) *
-                             Point(-along.y, along.x);
-    };
 }
 
 std::unique_ptr<Curve> EllipseOf(double from, double to) {

@@ -1,0 +1,69 @@
+// PenPaths - plane curves by formula, over 0 to 1, and ink along them.
+#pragma once
+
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "tessera/recognition/InkInterpretation.h"
+
+namespace Tessera::Testing {
+
+using Path = std::function<Geometry::Point(double)>;
+
+inline constexpr double kTurn = 2.0 * std::numbers::pi;
+
+inline std::vector<Geometry::Point> PointsOf(const Path& path, double from = 0.0, double to = 1.0,
+                                             int count = 120) {
+    std::vector<Geometry::Point> pts;
+    for (int i = 0; i < count; ++i)
+        pts.push_back(path(from + (to - from) * i / (count - 1)));
+    return pts;
+}
+
+inline Geometry::InkStroke InkOf(const std::vector<Geometry::Point>& pts) {
+    Geometry::InkStroke ink;
+    for (const Geometry::Point& p : pts)
+        ink.samples.push_back({p.x, p.y, 0.0});
+    return ink;
+}
+
+/// Tremor of the given spread.
+inline Geometry::InkStroke Trembling(const std::vector<Geometry::Point>& pts, double sigma, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::normal_distribution<double> noise(0.0, sigma);
+    Geometry::InkStroke ink = InkOf(pts);
+    for (Geometry::InkSample& s : ink.samples)
+        s = {s.x + noise(rng), s.y + noise(rng), 0.0};
+    return ink;
+}
+
+inline Path Straight(const Geometry::Point& a, const Geometry::Point& b) {
+    return [=](double u) { return a + u * (b - a); };
+}
+
+/// About c, radii a and b turned by `rotation`, between two eccentric angles.
+inline Path Round(const Geometry::Point& c, double a, double b, double from, double to,
+                  double rotation = 0.0) {
+    return [=](double u) {
+        const double t = from + u * (to - from);
+        const double x = a * std::cos(t);
+        const double y = b * std::sin(t);
+        return c + Geometry::Point(x * std::cos(rotation) - y * std::sin(rotation),
+                                   x * std::sin(rotation) + y * std::cos(rotation));
+    };
+}
+
+/// The path shifted to its left: by `ends` everywhere and by `middle` more in the middle of the stretch.
+inline Path Bulging(const Path& path, double from, double to, double ends, double middle) {
+    return [=](double u) {
+        const Geometry::Point along = path(u + 1e-5) - path(u - 1e-5);
+        const double share = (u - from) / (to - from);
+        return path(u) + ((ends + middle * std::sin(std::numbers::pi * share)) / along.Length()) *
+                             Geometry::Point(-along.y, along.x);
+    };
+}
+
+} // namespace Tessera::Testing
