@@ -10,7 +10,7 @@ namespace {
 
 TEST(EQ, ScaleFollowsTheCode) {
     for (const auto& [code, tolerance] :
-         {std::pair{1, 2.54e-9}, {2, 1e-10}, {0, 1e-10}, {3, 1e-10}, {-1, 1e-10}, {1, 2.54e-9}}) {
+         {std::pair{3, 2.54e-9}, {2, 1e-10}, {0, 1e-10}, {3, 1e-10}, {-1, 1e-10}, {1, 2.54e-9}}) {
         EQ_set_MEC(code); // other codes change nothing
         EXPECT_DOUBLE_EQ(EQ_ask_length_tolerance(), tolerance) << code;
         EXPECT_DOUBLE_EQ(EQ_ask_length_squared_tolerance(), tolerance * tolerance) << code;

@@ -168,6 +168,10 @@ TEST(NR, LuPivotsAndKnowsTheDeterminant) {
     ASSERT_EQ(ludcmp_a(3, a, perm, &det), 1);
     EXPECT_NEAR(det * a[0] * a[4] * a[8], -4.0, 1e-14);
     EXPECT_EQ(ludcmp_a(2, scaled, perm, &sign), 1);
+    double skewed[4] = {1, 1e20, 1, 1}, x[2] = {1e20, 2}; // the second row is the better pivot for its size
+    EXPECT_EQ(ludcmp_a(2, skewed, perm, &sign), 1);
+    lubksb_a(2, skewed, perm, x);
+    EXPECT_TRUE(x[0] == 1.0 && x[1] == 1.0) << x[0];
 }
 
 TEST(NR, SingularMatricesAreRefused) {
@@ -177,7 +181,11 @@ TEST(NR, SingularMatricesAreRefused) {
     for (Elements m :
          {Elements{0, 0, 0, 0}, {1, 2, 2, 4}, {0.1, 1.0 / 3, 0.3, 3 * (1.0 / 3)}, {1, NAN, NAN, 1}})
         EXPECT_EQ(ludcmp_a(2, m.data(), perm, &sign), 0);
-    for (Elements m : {Elements{1, 2, 2, 4}, {-1, 0, 0, 1}, {1, 2, 2, 1}, {1, 0, NAN, 1}})
+    for (Elements m : {Elements{1, 2, 2, 4},
+                       {-1, 0, 0, 1},
+                       {1, 2, 2, 1},
+                       {1, 0, NAN, 1},
+                       {0.1, 0.1 * 0.7, 0.1 * 0.7, 0.1 * 0.7 * 0.7}})
         EXPECT_EQ(NR_cholesky_decomp(2, m.data()), 0);
     double zeroColumn[4] = {9, 0, 0, 1}, indefinite[4] = {0, 1, 2, 1},
            l[2]; // columns (0, 0), [[1, 2], [2, 1]]

@@ -215,6 +215,9 @@ TEST(Simplify, EndCases) {
     EXPECT_TRUE(exact.Simplify(2.0) && both.Simplify(2.0));
     EXPECT_EQ(exact.AskNumberOfPoints(), 2) << "a distance equal to the tolerance is dropped";
     EXPECT_EQ(both.AskNumberOfPoints(), 4) << "one beside the chord and one beyond it are kept at once";
+    Stroke tie = StrokeThrough({{0, 0}, {3, 2}, {6, 2}, {10, 0}});
+    EXPECT_TRUE(tie.Simplify(1.0) && tie.AskNumberOfPoints() == 3);
+    EXPECT_EQ(tie.GetPoint(1), Point(3, 2)) << "the first of two equally far";
 }
 
 // --- Cusps
