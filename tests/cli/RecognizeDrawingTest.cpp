@@ -138,7 +138,8 @@ TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
             EXPECT_EQ(square.joints[i].after, (i + 1) % 4);
             EXPECT_NEAR(square.joints[i].turn, 0.25 * kTurn, 1e-9);
             const auto& side = std::get<LineShape>(square.curves[i].shape);
-            EXPECT_NEAR(square.joints[i].position.x, side.end.x, 1e-9 * size);
+            EXPECT_EQ(square.joints[i].position.x, side.end.x);
+            EXPECT_EQ(std::get<LineShape>(square.curves[(i + 1) % 4].shape).start.y, side.end.y);
             EXPECT_LT(square.curves[i].deviation, 1.0 * size);
         }
         EXPECT_EQ(told.strokes[1].shape, Geometry::InkShape::Line);

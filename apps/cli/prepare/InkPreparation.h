@@ -40,8 +40,8 @@ struct PreparedSample {
 };
 
 /// Frame that brings the whole drawing to the size of a page, at which the distances between strokes that the
-/// preferences hold are right; strokes with a problem are left out. Points come back without the noise of the
-/// last digits, so that ends that meet are equal.
+/// preferences hold are right; strokes with a problem are left out. Points come back without the
+/// last digits, which only tell of rounding: 100, not 100.00000000000001.
 WorkingFrame PageFrame(const Drawing& drawing);
 
 /// Frame that brings the drawing's strokes to the working size of the rules, likewise.

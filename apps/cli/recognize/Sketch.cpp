@@ -53,6 +53,34 @@ private:
     std::unordered_map<const Curve*, CurvePlace> places_;
 };
 
+/// Where the shape tells the end (else the start) of its curve; null for full circles and ellipses.
+Position* ToldEnd(CurveShape& shape, bool isEnd) {
+    struct Told {
+        bool isEnd;
+        Position* operator()(LineShape& line) const { return isEnd ? &line.end : &line.start; }
+        Position* operator()(ArcShape& arc) const { return isEnd ? &arc.end : &arc.start; }
+        Position* operator()(EllipticArcShape& arc) const { return isEnd ? &arc.end : &arc.start; }
+        Position* operator()(SplineShape& spline) const {
+            return isEnd ? &spline.poles.back() : &spline.poles.front();
+        }
+        Position* operator()(CircleShape& /*full*/) const { return nullptr; }
+        Position* operator()(EllipseShape& /*full*/) const { return nullptr; }
+    };
+    return std::visit(Told{isEnd}, shape);
+}
+
+/// Ends that meet are told as equal, whatever rounding has made of them.
+void EqualizeEnds(RecognizedStroke& stroke) {
+    for (const RecognizedJoint& joint : stroke.joints) {
+        for (const auto& [curve, isEnd] :
+             {std::pair(joint.before, joint.isBeforeEnd), std::pair(joint.after, joint.isAfterEnd)}) {
+            if (Position* end = ToldEnd(stroke.curves[curve].shape, isEnd)) {
+                *end = joint.position;
+            }
+        }
+    }
+}
+
 void DescribeJoints(const Sketch& sketch, const SketchStroke& from, const CurvePlaces& places,
                     RecognizedStroke& to) {
     for (const SketchJoint& joint : from.joints) {
@@ -163,6 +191,7 @@ void DescribeSketch(const Sketch& sketch, RecognizedDrawing& drawing) {
             to.curves.push_back(DescribeCurve(curve, sketch.page));
         }
         DescribeJoints(sketch, from, places, to);
+        EqualizeEnds(to);
         DescribeConnections(sketch, from, places, to);
         if (const CurvePlace* retraced = places.Find(from.retraces)) {
             to.retraces = *retraced;
