@@ -161,6 +161,33 @@ TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
     }
 }
 
+// Drawn over: a bulge in a line makes a curve of another kind, a straight stretch leaves a line.
+TEST(RecognizeDrawing, StrokesAlongEarlierCurvesGiveThemANewForm) {
+    for (const bool isBulge : {true, false}) {
+        SCOPED_TRACE(isBulge);
+        InkStroke over;
+        for (int i = 0; i <= 40; ++i) {
+            const double lift = isBulge ? 6.0 * std::sin(0.5 * kTurn * i / 40.0) : 0.2;
+            over.samples.push_back({60.0 + 2.0 * i, 100.0 + lift, 0.0});
+        }
+        const Drawing drawing = DrawingOf({Drawn({{0, 100}, {200, 100}}), Drawn({{0, 100}, {0, 0}}), over});
+        RecognizeOptions options;
+        const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, options).strokes;
+        EXPECT_EQ(strokes[2].shape, Geometry::InkShape::Retrace);
+        EXPECT_TRUE(strokes[2].curves.empty());
+        ASSERT_TRUE(strokes[2].retraces);
+        EXPECT_EQ(strokes[2].retraces->stroke, 0);
+        ASSERT_EQ(strokes[0].curves.size(), 1U);
+        EXPECT_EQ(strokes[0].curves[0].retracedBy, 2);
+        EXPECT_EQ(std::holds_alternative<LineShape>(strokes[0].curves[0].shape), !isBulge);
+        EXPECT_LT(strokes[0].curves[0].deviation, 2.0);
+        ASSERT_EQ(strokes[1].connections.size(), 1U); // still tells what its end was put onto
+        EXPECT_EQ(strokes[1].connections[0].onto.place.stroke, 0);
+        options.preferences.SetOversketch(false);
+        EXPECT_EQ(RecognizeDrawing(drawing, options).strokes[2].curves.size(), 1U);
+    }
+}
+
 TEST(RecognizeDrawing, OnlyKindsAskedForAreInferred) {
     const Drawing square = DrawingOf({Moved(kSquare, 0.3, {}), Moved(kSquare, 0.31, {300, 50})});
     const auto count = [&](std::uint32_t kinds) {

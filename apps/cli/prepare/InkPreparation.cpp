@@ -23,7 +23,7 @@ constexpr double kLargestDiagonal = 1000.0;
 constexpr double kPageDiagonal = 1000.0;
 /// Decimal digits of a drawing's size that are told of its points: far finer than any ink, and coarse enough
 /// to hide the rounding of sums.
-constexpr double kDigits = 13.0;
+constexpr double kDigits = 11.0;
 constexpr double kLargestGrid = 1e22; ///< the last power of ten that is a number without rounding
 /// Steps along the diagonal of a stroke's box, measured likewise: fewer round the ends of ovals into corners,
 /// more miss the rounded corners of squares.
