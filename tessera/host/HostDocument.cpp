@@ -62,6 +62,7 @@ std::int32_t AddElement(HostDocument& document, const HostElement2d& geometry, H
     if (!IsSound(geometry)) {
         return kErrorInvalidArgument;
     }
+    const ExceptionCode onException;
     try {
         HostDocument::Element element;
         element.id = document.lastId + 1;
@@ -69,10 +70,8 @@ std::int32_t AddElement(HostDocument& document, const HostElement2d& geometry, H
         element.geometry.SetId(element.id);
         element.curve = CurveOf(geometry);
         document.elements.push_back(std::move(element));
-    } catch (const std::bad_alloc&) {
-        return kErrorOutOfMemory;
     } catch (...) {
-        return kErrorInvalidArgument; // points that no such curve goes through
+        return onException.Or(kErrorInvalidArgument); // points that no such curve goes through
     }
     made = ++document.lastId;
     return kOk;

@@ -73,14 +73,13 @@ std::int32_t Modify(void*, HostDocument* document, const HostElement2d* geometry
     if (element == nullptr || !IsSound(*geometry)) {
         return kErrorInvalidArgument;
     }
+    const ExceptionCode onException;
     try {
         ElementCurve curve = CurveOf(*geometry);
         element->geometry = ElementGeometry(*geometry);
         element->curve = std::move(curve);
-    } catch (const std::bad_alloc&) {
-        return kErrorOutOfMemory;
     } catch (...) {
-        return kErrorInvalidArgument;
+        return onException.Or(kErrorInvalidArgument);
     }
     element->isChanged = true;
     return kOk;

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <new>
 
 #include "tessera/host/internal/ReferenceHostServices.h"
 #include "tessera/host/internal/Services.h"
+#include "tessera/kernel/internal/SmFault.h"
 
 namespace Tessera::Host {
 
@@ -69,6 +71,18 @@ std::int32_t Report(std::int32_t code, const char* sourceFile, std::int32_t line
         services.HRerrEx(services.context, code, sourceFile, line, functionName);
     }
     return code;
+}
+
+ExceptionCode::ExceptionCode() : refusalsBefore_(SM_ask_refusal_count()) {}
+
+std::int32_t ExceptionCode::Or(std::int32_t code) const {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return kErrorOutOfMemory;
+    } catch (...) {
+        return SM_ask_refusal_count() != refusalsBefore_ ? kErrorOutOfMemory : code;
+    }
 }
 
 } // namespace Tessera::Host

@@ -192,11 +192,10 @@ void ConvertPolyLinePointsTorecognizedAnalyticTypes(const std::vector<InputPoint
                                                     std::vector<HostGeometryHandle>& out) {
     using namespace Tessera::Host;
     constexpr const char* kName = "ConvertPolyLinePointsTorecognizedAnalyticTypes";
+    const ExceptionCode onException;
     try {
         ConvertPolyLine(points, out);
-    } catch (const std::bad_alloc&) {
-        TESSERA_REPORT(kErrorOutOfMemory, kName);
     } catch (...) {
-        TESSERA_REPORT(kErrorFail, kName);
+        TESSERA_REPORT(onException.Or(kErrorFail), kName);
     }
 }

@@ -132,13 +132,12 @@ std::int32_t ConvertInkingStrokeToGeometry(const HostInkStroke* ink, HostDocumen
     if (!IsInRange(*ink, *options)) {
         return TESSERA_REPORT(kErrorInvalidArgument, kName);
     }
+    const ExceptionCode onException;
     try {
         const std::int32_t code = ConvertInk(*ink, document, *options, *result);
         result->size = size;
         return code < 0 ? code : kOk;
-    } catch (const std::bad_alloc&) {
-        return TESSERA_REPORT(kErrorOutOfMemory, kName);
     } catch (...) {
-        return TESSERA_REPORT(kErrorFail, kName);
+        return TESSERA_REPORT(onException.Or(kErrorFail), kName);
     }
 }

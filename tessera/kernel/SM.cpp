@@ -12,10 +12,16 @@ namespace {
 
 long requestsSinceReset = 0;
 long failingRequest = 0;
+long refusals = 0;
 
 bool TakeRequest() {
     ++requestsSinceReset;
     return requestsSinceReset != failingRequest;
+}
+
+void* Counted(void* block) {
+    refusals += block == nullptr ? 1 : 0;
+    return block;
 }
 
 // malloc(0) and realloc(p, 0) differ between platforms; one byte does not.
@@ -26,16 +32,17 @@ std::size_t AtLeastOne(std::size_t bytes) {
 } // namespace
 
 void* SM_alloc(std::size_t bytes, const char* /*tag*/) {
-    return TakeRequest() ? std::malloc(AtLeastOne(bytes)) : nullptr;
+    return Counted(TakeRequest() ? std::malloc(AtLeastOne(bytes)) : nullptr);
 }
 
 void* SM_calloc(std::size_t count, std::size_t bytes, const char* /*tag*/) {
     const bool isOverflow = bytes != 0 && count > std::numeric_limits<std::size_t>::max() / bytes;
-    return TakeRequest() && !isOverflow ? std::calloc(AtLeastOne(count), AtLeastOne(bytes)) : nullptr;
+    return Counted(TakeRequest() && !isOverflow ? std::calloc(AtLeastOne(count), AtLeastOne(bytes))
+                                                : nullptr);
 }
 
 void* SM_realloc(void* block, std::size_t bytes, const char* /*tag*/) {
-    return TakeRequest() ? std::realloc(block, AtLeastOne(bytes)) : nullptr;
+    return Counted(TakeRequest() ? std::realloc(block, AtLeastOne(bytes)) : nullptr);
 }
 
 void SM_free(void* block) {
@@ -49,4 +56,8 @@ void SM_fail_nth(long n) {
 
 long SM_ask_allocation_count() {
     return requestsSinceReset;
+}
+
+long SM_ask_refusal_count() {
+    return refusals;
 }

@@ -1,5 +1,5 @@
-// Memory that runs out anywhere on the way from a poly-line to host geometry, or in a scribble test, is
-// reported; nothing is lost (the sanitizer build would tell) and no exception leaves an entry.
+// Memory that runs out anywhere in an entry is reported; nothing is lost (the sanitizer build would tell),
+// nothing is left half done in a document, and no exception leaves an entry.
 #include <cmath>
 #include <cstdlib>
 #include <new>
@@ -11,9 +11,11 @@
 #include "tessera/host/ReferenceHost.h"
 #include "tessera/host/ScriptorRecog.h"
 #include "tessera/kernel/SM.h"
+#include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/strokes/Stroke.h"
+#include "tests/support/HostInk.h"
 
 namespace {
 
@@ -105,6 +107,52 @@ TEST(AllocationFailure, NothingLeavesTheScribbleEntries) {
         SM_free(ranges);
         StrokeIsScribbleShape(&scribble, &preferences, &cuspCount);
     });
+    testing::internal::GetCapturedStderr();
+}
+
+// Each request for memory of either heap fails in turn. What a recogniser's own catch survives is a shorter
+// answer, but a whole one.
+TEST(AllocationFailure, TheInkEntryDoesAllOrNothing) {
+    using namespace Tessera::Testing;
+    const Ink strokes[] = {RectangleInk(300, 300),
+                           Pen(252, 12).To(400, 12).Round(400, 82, 70, 70, -90, 90).ink,
+                           ScratchInk(100, 200, 0), Pen(3, 13).To(247, 12).ink};
+    testing::internal::CaptureStderr();
+    for (const Ink& ink : strokes) {
+        SCOPED_TRACE(&ink - strokes);
+        for (const bool isKernelHeap : {false, true}) {
+            int refused = 0;
+            for (long n = 1, last = 0; last == 0; n += n < 300 ? 1 : 17) {
+                HostProbe host;
+                const Document document = NewDocument();
+                AddTo(document, LineElement({110, 0}, {190, 0}));
+                AddTo(document, LineElement({0, 10}, {250, 10}));
+                const std::vector<double> before = Contents(document);
+                const Conversion converted(document, ink, Conversion::DefaultOptions(), [&] {
+                    allocations = 0;
+                    failing = isKernelHeap ? 0 : n;
+                    SM_fail_nth(isKernelHeap ? n : 0);
+                });
+                last = (isKernelHeap ? SM_ask_allocation_count() : allocations) < n ? n : 0;
+                failing = 0;
+                SM_fail_nth(0);
+                SCOPED_TRACE(n);
+                if (converted.code == 0) {
+                    EXPECT_TRUE(host.reports.empty());
+                    EXPECT_LT(WorstError(document), 1e-7);
+                    continue;
+                }
+                ++refused;
+                EXPECT_EQ(last, 0);
+                EXPECT_EQ(static_cast<std::uint32_t>(converted.code), 0x8007000Eu);
+                ASSERT_EQ(host.reports.size(), 1u);
+                EXPECT_EQ(host.reports[0].code, converted.code);
+                EXPECT_EQ(converted.result.elements, nullptr);
+                EXPECT_EQ(Contents(document), before);
+            }
+            EXPECT_GT(refused, 5);
+        }
+    }
     testing::internal::GetCapturedStderr();
 }
 

@@ -2,200 +2,141 @@
 // leaves the document as it was and is reported once.
 #include <algorithm>
 #include <cmath>
-#include <numbers>
+#include <map>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "tessera/host/ScriptorRecog.h"
-#include "tessera/recognition/InkInterpretation.h"
-#include "tests/support/HostProbe.h"
+#include "tests/support/HostInk.h"
 
 namespace {
 
 using namespace Tessera::Testing;
 
-constexpr double kPi = std::numbers::pi;
-using Ink = std::vector<tagGPosition2d>;
-
-/// A pen path through corners, evenly sampled.
-Ink Path(std::initializer_list<tagGPosition2d> corners, double step = 2.0) {
-    Ink ink(corners.begin(), corners.begin() + 1);
-    for (const tagGPosition2d& to : corners) {
-        const tagGPosition2d from = ink.back();
-        const int n = static_cast<int>(std::ceil(std::hypot(to.x - from.x, to.y - from.y) / step));
-        for (int i = 1; i <= n; ++i) {
-            const double t = static_cast<double>(i) / n;
-            ink.push_back({from.x + t * (to.x - from.x), from.y + t * (to.y - from.y)});
-        }
-    }
-    return ink;
-}
-
-/// A round pen path; angles in radians.
-Ink Round(tagGPosition2d centre, double a, double b, double from, double to, int n = 120) {
+/// A drawing that is there, a stroke drawn into it, and what then is new.
+struct Drawing {
+    const char* name;
+    std::vector<HostElement2d> there;
     Ink ink;
-    for (int i = 0; i <= n; ++i) {
-        const double t = from + (to - from) * i / n;
-        ink.push_back({centre.x + a * std::cos(t), centre.y + b * std::sin(t)});
-    }
-    return ink;
-}
-
-Ink Rectangle(double x = 0, double y = 0) {
-    return Path({{x, y}, {x + 200, y + 2}, {x + 198, y + 120}, {x + 1, y + 118}, {x + 1, y + 1}});
-}
-Ink Triangle() {
-    return Path({{0, 0}, {200, 3}, {90, 150}, {1, 1}});
-}
-Ink LineThenArc() {
-    Ink ink = Path({{0, 0}, {150, 0}});
-    const Ink arc = Round({220, 0}, 70, 70, kPi, 0, 80);
-    ink.insert(ink.end(), arc.begin() + 1, arc.end());
-    return ink;
-}
-/// Scratching over x0 to x1 about y.
-Ink Scratch(double x0, double x1, double y, double height = 30, int legs = 12) {
-    Ink corners;
-    for (int i = 0; i <= legs; ++i) {
-        corners.push_back({x0 + (x1 - x0) * i / legs, i % 2 == 0 ? y - height : y + height});
-    }
-    Ink ink{corners[0]};
-    for (std::size_t i = 1; i < corners.size(); ++i) {
-        const Ink leg = Path({corners[i - 1], corners[i]});
-        ink.insert(ink.end(), leg.begin() + 1, leg.end());
-    }
-    return ink;
-}
-
-/// One call with its result.
-class Conversion {
-public:
-    Conversion(const Document& document, const Ink& ink, HostInkOptions options = DefaultOptions()) {
-        std::vector<double> times;
-        for (std::size_t i = 0; i < ink.size(); ++i) {
-            times.push_back(0.01 * static_cast<double>(i));
-        }
-        const HostInkStroke stroke{sizeof(stroke), static_cast<std::int32_t>(ink.size()), 0, ink.data(),
-                                   times.data()};
-        result.size = sizeof(result);
-        code = ConvertInkingStrokeToGeometry(&stroke, document.get(), &options, &result);
-    }
-    ~Conversion() { TesseraHost_ReleaseInkResult(&result); }
-    Conversion(const Conversion&) = delete;
-    Conversion& operator=(const Conversion&) = delete;
-
-    static HostInkOptions DefaultOptions() {
-        HostInkOptions options{};
-        options.size = sizeof(options);
-        return options;
-    }
-
-    std::int32_t code = 0;
-    HostInkResult result{};
+    std::int32_t outcome;
+    std::vector<std::int32_t> kinds; ///< of all elements afterwards
+    int coincident, tangent;         ///< exactly
+    int horizontal, vertical;        ///< at most
 };
 
-std::vector<std::int32_t> KindsIn(const Document& document) {
-    std::vector<std::int32_t> kinds;
-    for (int i = 0; i < TesseraHost_AskElementCount(document.get()); ++i) {
-        HostElement2d e{};
-        EXPECT_EQ(TesseraHost_AskElementAt(document.get(), i, &e), 0);
-        kinds.push_back(e.kind);
-    }
-    return kinds;
+std::vector<Drawing> Drawings() {
+    const HostElement2d flat = LineElement({0, -400}, {200, -400});
+    return {
+        {"rectangle", {}, RectangleInk(), kHostInkRectangle, {1, 1, 1, 1}, 4, 0, 2, 2},
+        {"triangle",
+         {},
+         Pen(0, 0).To(200, 3).To(90, 150).To(1, 1).ink,
+         kHostInkCurves,
+         {1, 1, 1},
+         3,
+         0,
+         1,
+         0},
+        {"line and arc with a corner",
+         {},
+         Pen(0, 0).To(150, 0).Round(220, 0, 70, 70, 180, 0).ink,
+         kHostInkCurves,
+         {1, 2},
+         1,
+         0,
+         1,
+         0},
+        {"tangent chain",
+         {},
+         Pen(0, 0).To(150, 0).Round(150, 70, 70, 70, -90, 90).To(0, 140).ink,
+         kHostInkCurves,
+         {1, 2, 1},
+         2,
+         2,
+         2,
+         0},
+        {"circle", {}, RoundInk(0, 0, 80, 80, 6, 366), kHostInkCurves, {8}, 0, 0, 0, 0},
+        {"ellipse", {}, RoundInk(0, 0, 120, 50, 6, 366), kHostInkCurves, {16}, 0, 0, 0, 0},
+        {"elliptic arc", {}, RoundInk(0, 900, 200, 80, 17, 160), kHostInkCurves, {64}, 0, 0, 0, 0},
+        {"wave", {}, WaveInk(), kHostInkCurves, {1, 128}, 1, 0, 0, 0},
+        {"line drawn over", {flat}, Pen(2, -403).To(198, -404).ink, kHostInkRetrace, {1}, 0, 0, 0, 0},
+        {"arc drawn over",
+         {ArcElement({100, 0}, {0, 100}, {std::sqrt(5000.0), std::sqrt(5000.0)})},
+         RoundInk(0, 0, 104, 104, 2, 88),
+         kHostInkRetrace,
+         {2},
+         0,
+         0,
+         0,
+         0},
+        {"scribble",
+         {LineElement({110, 0}, {190, 0}), LineElement({0, 10}, {250, 10}), flat},
+         ScratchInk(100, 200, 0),
+         kHostInkScribble,
+         {1, 1, 1},
+         0,
+         0,
+         0,
+         0},
+    };
 }
 
-int CountOf(const Document& document, std::int32_t kind) {
-    int count = 0;
-    for (int i = 0; i < TesseraHost_AskConstraintCount(document.get()); ++i) {
-        HostConstraint2d c{};
-        EXPECT_EQ(TesseraHost_AskConstraintAt(document.get(), i, &c), 0);
-        count += c.kind == kind ? 1 : 0;
-    }
-    return count;
-}
-
-/// Largest error of all constraints of the document.
-double WorstError(const Document& document) {
-    double worst = 0;
-    for (int i = 0; i < TesseraHost_AskConstraintCount(document.get()); ++i) {
-        HostConstraint2d c{};
-        double error = 0;
-        EXPECT_EQ(TesseraHost_AskConstraintAt(document.get(), i, &c), 0);
-        EXPECT_EQ(TesseraHost_AskConstraintError(document.get(), c.id, &error), 0);
-        worst = std::max(worst, error);
-    }
-    return worst;
-}
-
-/// All numbers of the document, to see whether anything has changed.
-std::vector<double> Contents(const Document& document) {
-    std::vector<double> numbers;
-    for (int i = 0; i < TesseraHost_AskElementCount(document.get()); ++i) {
-        HostElement2d e{};
-        EXPECT_EQ(TesseraHost_AskElementAt(document.get(), i, &e), 0);
-        numbers.insert(numbers.end(), {static_cast<double>(e.id), static_cast<double>(e.kind), e.radius});
-        for (const tagGPosition2d& p : e.points) {
-            numbers.insert(numbers.end(), {p.x, p.y});
-        }
-    }
-    for (int i = 0; i < TesseraHost_AskConstraintCount(document.get()); ++i) {
-        HostConstraint2d c{};
-        EXPECT_EQ(TesseraHost_AskConstraintAt(document.get(), i, &c), 0);
-        numbers.insert(numbers.end(), {static_cast<double>(c.id), static_cast<double>(c.kind)});
-        for (const HostConstraintMember& m : c.members) {
-            numbers.insert(numbers.end(), {static_cast<double>(m.element), static_cast<double>(m.point)});
-        }
-    }
-    return numbers;
+Document DocumentOf(const Drawing& drawing) {
+    Document document = NewDocument();
+    for (const HostElement2d& element : drawing.there)
+        AddTo(document, element);
+    return document;
 }
 
 TEST(InkEntry, StrokesBecomeElementsWithConstraints) {
-    struct Row {
-        const char* name;
-        Ink ink;
-        std::int32_t outcome;
-        std::vector<std::int32_t> kinds;
-        int coincident, horizontal, vertical, tangent;
-    };
-    const Row rows[] = {
-        {"rectangle", Rectangle(), kHostInkRectangle, {1, 1, 1, 1}, 4, 2, 2, 0},
-        {"triangle", Triangle(), kHostInkCurves, {1, 1, 1}, 3, 1, 0, 0},
-        {"line and arc", LineThenArc(), kHostInkCurves, {1, 2}, 1, 1, 0, 0},
-        {"circle", Round({0, 0}, 80, 80, 0.1, 0.1 + 2 * kPi), kHostInkCurves, {8}, 0, 0, 0, 0},
-        {"ellipse", Round({0, 0}, 120, 50, 0.1, 0.1 + 2 * kPi), kHostInkCurves, {16}, 0, 0, 0, 0},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Document document = NewDocument();
-        const Conversion converted(document, row.ink);
+    for (const Drawing& drawing : Drawings()) {
+        SCOPED_TRACE(drawing.name);
+        const Document document = DocumentOf(drawing);
+        const Conversion converted(document, drawing.ink);
         EXPECT_EQ(converted.code, 0);
-        EXPECT_EQ(converted.result.outcome, row.outcome);
-        EXPECT_EQ(KindsIn(document), row.kinds);
-        EXPECT_EQ(converted.result.elementCount, static_cast<std::int32_t>(row.kinds.size()));
+        EXPECT_EQ(converted.result.outcome, drawing.outcome);
+        std::vector<std::int32_t> kinds;
+        for (const HostElement2d& e : ElementsOf(document))
+            kinds.push_back(e.kind);
+        EXPECT_EQ(kinds, drawing.kinds);
         EXPECT_EQ(converted.result.constraintCount, TesseraHost_AskConstraintCount(document.get()));
-        EXPECT_EQ(CountOf(document, kHostConstraintCoincident), row.coincident);
-        EXPECT_LE(CountOf(document, kHostConstraintHorizontal), row.horizontal);
-        EXPECT_LE(CountOf(document, kHostConstraintVertical), row.vertical);
-        EXPECT_EQ(CountOf(document, kHostConstraintTangent), row.tangent);
+        EXPECT_EQ(CountOf(document, kHostConstraintCoincident), drawing.coincident);
+        EXPECT_EQ(CountOf(document, kHostConstraintTangent), drawing.tangent);
+        EXPECT_LE(CountOf(document, kHostConstraintHorizontal), drawing.horizontal);
+        EXPECT_LE(CountOf(document, kHostConstraintVertical), drawing.vertical);
         EXPECT_LT(WorstError(document), 1e-7);
     }
+}
+
+// An element drawn over keeps its identifier and its constraints, and runs where the ink ran.
+TEST(InkEntry, ARetraceGivesTheElementTheInksForm) {
+    const Document document = NewDocument();
+    const HostElementId old = AddTo(document, LineElement({0, 0}, {200, 0}));
+    const HostElementId other = AddTo(document, LineElement({0, 50}, {0, 250}));
+    const Conversion converted(document, Pen(3, 5).To(197, 6).ink);
+    ASSERT_EQ(converted.result.outcome, kHostInkRetrace);
+    ASSERT_EQ(converted.result.elementCount, 1);
+    EXPECT_EQ(converted.result.elements[0], old);
+    EXPECT_EQ(TesseraHost_AskElementCount(document.get()), 2);
+    EXPECT_NEAR(PointOf(document, old, 0.5).y, 5.5, 2);
+    EXPECT_EQ(PointOf(document, other, 1).y, 250);
 }
 
 TEST(InkEntry, TheViewDecidesWhereThingsAre) {
     const Document document = NewDocument();
     const HostView view{{1000, 500}, 4, 1, 0};
     ASSERT_EQ(TesseraHost_SetView(document.get(), &view), 0);
-    const Conversion converted(document, Round({200, 100}, 80, 80, 0.1, 0.1 + 2 * kPi));
-    HostElement2d circle{};
+    const Conversion converted(document, RoundInk(200, 100, 80, 80, 6, 366));
     ASSERT_EQ(converted.result.elementCount, 1);
-    ASSERT_EQ(TesseraHost_AskElement(document.get(), converted.result.elements[0], &circle), 0);
+    const HostElement2d circle = ElementsOf(document)[0];
     EXPECT_NEAR(circle.points[0].x, 1050, 0.5);
     EXPECT_NEAR(circle.points[0].y, 475, 0.5);
     EXPECT_NEAR(circle.radius, 20, 0.5);
 }
 
-TEST(InkEntry, RelationshipsComeAsTheHostShowsThemOrTheStrokeAsks) {
+// As the host shows them, or as the one stroke asks: none at all, all, or all but some kinds.
+TEST(InkEntry, RelationshipsCanBeChosenForOneStroke) {
     struct Row {
         int shown;
         std::int32_t asked;
@@ -205,16 +146,19 @@ TEST(InkEntry, RelationshipsComeAsTheHostShowsThemOrTheStrokeAsks) {
     const std::uint32_t noCoincident = 1u << kHostConstraintCoincident;
     for (const Row& row : {Row{1, kHostInkAsShown, 0, true}, Row{0, kHostInkAsShown, 0, false},
                            Row{0, kHostInkAlways, 0, true}, Row{1, kHostInkNever, 0, false},
-                           Row{1, kHostInkAsShown, noCoincident, true}}) {
+                           Row{1, kHostInkAsShown, noCoincident, true}, Row{1, kHostInkAlways, ~0u, false}}) {
         const Document document = NewDocument();
         ASSERT_EQ(TesseraHost_SetPreferences(document.get(), row.shown, 10), 0);
         HostInkOptions options = Conversion::DefaultOptions();
         options.relationships = row.asked;
         options.excludedRelations = row.excluded;
-        const Conversion converted(document, Rectangle(), options);
+        const Conversion converted(document, RectangleInk(), options);
         EXPECT_EQ(converted.result.elementCount, 4);
         EXPECT_EQ(converted.result.constraintCount > 0, row.hasAny);
         EXPECT_EQ(CountOf(document, kHostConstraintCoincident), row.hasAny && row.excluded == 0 ? 4 : 0);
+        // The next stroke asks anew.
+        const Conversion next(document, RectangleInk(0, 900));
+        EXPECT_EQ(next.result.constraintCount > 0, row.shown != 0);
     }
 }
 
@@ -222,18 +166,15 @@ TEST(InkEntry, NewElementsFitToWhatIsThere) {
     const Document document = NewDocument();
     const HostElementId old = AddTo(document, LineElement({0, 0}, {150, 40}));
     const std::vector<double> before = Contents(document);
-    const Conversion converted(document, Path({{152, 43}, {152, 200}}));
+    const Conversion converted(document, Pen(152, 43).To(152, 200).ink);
     ASSERT_EQ(converted.result.elementCount, 1);
     const std::vector<double> after = Contents(document);
     EXPECT_TRUE(std::equal(before.begin(), before.end(), after.begin())) << "the old line stays";
-    HostConstraint2d c{};
-    bool isJoined = false;
-    for (int i = 0; i < TesseraHost_AskConstraintCount(document.get()); ++i) {
-        ASSERT_EQ(TesseraHost_AskConstraintAt(document.get(), i, &c), 0);
-        isJoined = isJoined || (c.kind == kHostConstraintCoincident &&
-                                (c.members[0].element == old || c.members[1].element == old));
-    }
-    EXPECT_TRUE(isJoined);
+    const std::vector<HostConstraint2d> all = ConstraintsOf(document);
+    EXPECT_TRUE(std::any_of(all.begin(), all.end(), [&](const HostConstraint2d& c) {
+        return c.kind == kHostConstraintCoincident &&
+               (c.members[0].element == old || c.members[1].element == old);
+    }));
     EXPECT_LT(WorstError(document), 1e-7);
 }
 
@@ -241,18 +182,18 @@ TEST(InkEntry, AScribbleErasesAndTrims) {
     const Document document = NewDocument();
     const HostElementId gone = AddTo(document, LineElement({110, 0}, {190, 0}));
     const HostElementId cut = AddTo(document, LineElement({0, 10}, {250, 10}));
-    const HostElementId far = AddTo(document, LineElement({0, 300}, {250, 300}));
+    AddTo(document, LineElement({0, 300}, {250, 300}));
     const HostElementId atEnd = AddTo(document, LineElement({250, 10}, {250, 200}));
-    const HostServices services = Tessera::Host::ReferenceHostServices();
     HostConstraint2d joint{};
     joint.kind = kHostConstraintCoincident;
     joint.memberCount = 2;
     joint.members[0] = {cut, kHostPointEnd, 0};
     joint.members[1] = {atEnd, kHostPointStart, 0};
     HostConstraintId made = 0;
-    ASSERT_EQ(services.createConstraint(nullptr, document.get(), &joint, &made), 0);
+    ASSERT_EQ(Tessera::Host::ReferenceHostServices().createConstraint(nullptr, document.get(), &joint, &made),
+              0);
 
-    const Conversion converted(document, Scratch(100, 200, 0));
+    const Conversion converted(document, ScratchInk(100, 200, 0));
     const HostInkResult& result = converted.result;
     ASSERT_EQ(converted.code, 0);
     EXPECT_EQ(result.outcome, kHostInkScribble);
@@ -261,36 +202,27 @@ TEST(InkEntry, AScribbleErasesAndTrims) {
     ASSERT_EQ(result.trimmedCount, 1);
     EXPECT_EQ(result.trimmed[0], cut);
     ASSERT_EQ(result.elementCount, 1);
-    HostElement2d first{};
-    HostElement2d second{};
-    HostElement2d untouched{};
-    ASSERT_EQ(TesseraHost_AskElement(document.get(), cut, &first), 0);
-    ASSERT_EQ(TesseraHost_AskElement(document.get(), result.elements[0], &second), 0);
-    ASSERT_EQ(TesseraHost_AskElement(document.get(), far, &untouched), 0);
-    EXPECT_EQ(first.points[0].x, 0);
-    EXPECT_NEAR(first.points[1].x, 100, 12);
-    EXPECT_NEAR(second.points[0].x, 200, 12);
-    EXPECT_EQ(second.points[1].x, 250);
+    EXPECT_EQ(PointOf(document, cut, 0).x, 0);
+    EXPECT_NEAR(PointOf(document, cut, 1).x, 100, 12);
+    EXPECT_NEAR(PointOf(document, result.elements[0], 0).x, 200, 12);
+    EXPECT_EQ(PointOf(document, result.elements[0], 1).x, 250);
+    EXPECT_EQ(TesseraHost_AskElementCount(document.get()), 4);
     // The joint at the far end went over to the new piece.
-    ASSERT_EQ(TesseraHost_AskConstraintCount(document.get()), 1);
-    ASSERT_EQ(TesseraHost_AskConstraintAt(document.get(), 0, &joint), 0);
-    EXPECT_EQ(joint.members[0].element, result.elements[0]);
+    ASSERT_EQ(ConstraintsOf(document).size(), 1u);
+    EXPECT_EQ(ConstraintsOf(document)[0].members[0].element, result.elements[0]);
     EXPECT_LT(WorstError(document), 1e-9);
 }
 
 TEST(InkEntry, ACircleIsTrimmedToOneArc) {
     const Document document = NewDocument();
     const HostElementId circle = AddTo(document, CircleElement({0, 0}, 200));
-    const Conversion converted(document, Scratch(-150, 150, 200, 90));
+    const Conversion converted(document, ScratchInk(-150, 150, 200, 90));
     ASSERT_EQ(converted.result.outcome, kHostInkScribble);
     ASSERT_EQ(converted.result.trimmedCount, 1);
     EXPECT_EQ(converted.result.elementCount, 0);
-    HostElement2d arc{};
-    ASSERT_EQ(TesseraHost_AskElement(document.get(), circle, &arc), 0);
-    EXPECT_EQ(arc.kind, kHostElementArc);
+    EXPECT_EQ(ElementsOf(document)[0].kind, kHostElementArc);
     for (int i = 0; i <= 20; ++i) {
-        tagGPosition2d p{};
-        ASSERT_EQ(TesseraHost_EvaluateElement(document.get(), circle, i / 20.0, &p), 0);
+        const tagGPosition2d p = PointOf(document, circle, i / 20.0);
         EXPECT_NEAR(std::hypot(p.x, p.y), 200, 1e-9);
         EXPECT_LT(p.y, 175);
     }
@@ -311,38 +243,40 @@ TEST(InkEntry, InkWithoutExtentIsNothing) {
 
 // --- Failures
 
-void ExpectOneReport(const HostProbe& host, std::int32_t code) {
+void ExpectOneReport(const HostProbe& host, std::int32_t code, const char* function = nullptr) {
     ASSERT_EQ(host.reports.size(), 1u);
     EXPECT_EQ(host.reports[0].code, code);
     EXPECT_NE(host.reports[0].file.find("tessera/host/"), std::string::npos);
     EXPECT_GT(host.reports[0].line, 0);
     EXPECT_FALSE(host.reports[0].function.empty());
+    if (function != nullptr) {
+        EXPECT_EQ(host.reports[0].function, function);
+    }
 }
 
 TEST(InkEntry, MissingPointersAreReportedOnce) {
     const auto pointer = static_cast<std::int32_t>(0x80004003);
     const Document document = NewDocument();
     const tagGPosition2d points[] = {{0, 0}, {9, 9}};
+    const HostInkOptions options = Conversion::DefaultOptions();
     for (int missing = 0; missing < 5; ++missing) {
         SCOPED_TRACE(missing);
         HostProbe host;
         const HostInkStroke ink{sizeof(ink), 2, 0, missing == 4 ? nullptr : points, nullptr};
-        const HostInkOptions options = Conversion::DefaultOptions();
         HostInkResult result{};
         result.size = sizeof(result);
         EXPECT_EQ(ConvertInkingStrokeToGeometry(
                       missing == 0 ? nullptr : &ink, missing == 1 ? nullptr : document.get(),
                       missing == 2 ? nullptr : &options, missing == 3 ? nullptr : &result),
                   pointer);
-        ExpectOneReport(host, pointer);
-        EXPECT_EQ(host.reports[0].function, "ConvertInkingStrokeToGeometry");
+        ExpectOneReport(host, pointer, "ConvertInkingStrokeToGeometry");
     }
-    for (int service = 0; service < 22; ++service) {
+    for (int service = 0; service < HostProbe::kServiceCount; ++service) {
         SCOPED_TRACE(service);
         HostProbe host;
         host.InstallWithout(service);
-        EXPECT_EQ(Conversion(document, Rectangle()).code, pointer);
-        ExpectOneReport(host, pointer);
+        EXPECT_EQ(Conversion(document, RectangleInk()).code, pointer);
+        ExpectOneReport(host, pointer, "ConvertInkingStrokeToGeometry");
     }
     EXPECT_EQ(TesseraHost_AskElementCount(document.get()), 0);
 }
@@ -354,41 +288,35 @@ TEST(InkEntry, BadInputIsRefused) {
     const double times[] = {0, 1, 2};
     const double falling[] = {0, 2, 1};
     const double lost[] = {0, nan, 1};
-    struct Row {
-        const char* name;
-        std::size_t inkSize, optionsSize, resultSize;
-        std::int32_t count;
-        const tagGPosition2d* points;
-        const double* times;
-        std::int32_t relationships;
-        double zone;
-    };
-    const std::size_t i = sizeof(HostInkStroke);
-    const std::size_t o = sizeof(HostInkOptions);
-    const std::size_t r = sizeof(HostInkResult);
-    const Row rows[] = {
-        {"small stroke", i - 1, o, r, 3, good, times, 0, 0},
-        {"small options", i, o - 1, r, 3, good, times, 0, 0},
-        {"small result", i, o, r - 1, 3, good, times, 0, 0},
-        {"negative count", i, o, r, -1, good, times, 0, 0},
-        {"not finite", i, o, r, 3, bad, times, 0, 0},
-        {"falling times", i, o, r, 3, good, falling, 0, 0},
-        {"times not finite", i, o, r, 3, good, lost, 0, 0},
-        {"unknown choice", i, o, r, 3, good, times, 3, 0},
-        {"negative zone", i, o, r, 3, good, times, 0, -1},
-        {"zone not finite", i, o, r, 3, good, times, 0, nan},
+    using Change = void (*)(HostInkStroke&, HostInkOptions&, HostInkResult&);
+    static const tagGPosition2d* badPoints;
+    static const double* fallingTimes;
+    static const double* lostTimes;
+    badPoints = bad;
+    fallingTimes = falling;
+    lostTimes = lost;
+    const std::pair<const char*, Change> rows[] = {
+        {"small stroke", [](auto& ink, auto&, auto&) { --ink.size; }},
+        {"small options", [](auto&, auto& options, auto&) { --options.size; }},
+        {"small result", [](auto&, auto&, auto& result) { --result.size; }},
+        {"negative count", [](auto& ink, auto&, auto&) { ink.pointCount = -1; }},
+        {"not finite", [](auto& ink, auto&, auto&) { ink.points = badPoints; }},
+        {"falling times", [](auto& ink, auto&, auto&) { ink.times = fallingTimes; }},
+        {"times not finite", [](auto& ink, auto&, auto&) { ink.times = lostTimes; }},
+        {"unknown choice", [](auto&, auto& options, auto&) { options.relationships = 3; }},
+        {"choice below all", [](auto&, auto& options, auto&) { options.relationships = -1; }},
+        {"negative zone", [](auto&, auto& options, auto&) { options.toleranceZone = -1; }},
+        {"zone not finite", [](auto&, auto& options, auto&) { options.toleranceZone = std::nan(""); }},
     };
     const Document document = NewDocument();
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, change] : rows) {
+        SCOPED_TRACE(name);
         HostProbe host;
-        const HostInkStroke ink{row.inkSize, row.count, 0, row.points, row.times};
-        HostInkOptions options{};
-        options.size = row.optionsSize;
-        options.relationships = row.relationships;
-        options.toleranceZone = row.zone;
+        HostInkStroke ink{sizeof(ink), 3, 0, good, times};
+        HostInkOptions options = Conversion::DefaultOptions();
         HostInkResult result{};
-        result.size = row.resultSize;
+        result.size = sizeof(result);
+        change(ink, options, result);
         const auto invalid = static_cast<std::int32_t>(0x80070057);
         EXPECT_EQ(ConvertInkingStrokeToGeometry(&ink, document.get(), &options, &result), invalid);
         ExpectOneReport(host, invalid);
@@ -396,49 +324,56 @@ TEST(InkEntry, BadInputIsRefused) {
     EXPECT_EQ(TesseraHost_AskElementCount(document.get()), 0);
 }
 
-// Every call of every service fails in turn, for strokes that between them use all of them. The last element
-// is there for the scribble and for the ends to be joined to.
+// Every call of every service fails in turn, for strokes that between them use all of them.
 TEST(InkEntry, AFailingServiceLeavesTheDocumentAsItWas) {
-    const Ink strokes[] = {Rectangle(300, 300),
-                           Triangle(),
-                           LineThenArc(),
-                           Round({0, 0}, 80, 80, 0.1, 0.1 + 2 * kPi),
-                           Round({0, 0}, 120, 50, 0.1, 0.1 + 2 * kPi),
-
-                           Scratch(100, 200, 0),
-                           Path({{2, -403}, {198, -404}}),
-                           Round({0, 900}, 200, 80, 0.3, 2.8)};
-    int failures[22] = {};
-    for (const Ink& ink : strokes) {
-        SCOPED_TRACE(&ink - strokes);
-        for (int service = 0; service < 22; ++service) {
-            for (int call = 1;; call = call < 6 ? call + 1 : 2 * call) {
+    std::map<int, std::string> reporters; // by service
+    for (const Drawing& drawing : Drawings()) {
+        SCOPED_TRACE(drawing.name);
+        for (int service = 0; service < HostProbe::kServiceCount; ++service) {
+            for (int call = 1;; call = call < 12 ? call + 1 : 2 * call) {
                 HostProbe host;
-                const Document document = NewDocument();
-                AddTo(document, LineElement({110, 0}, {190, 0}));
-                AddTo(document, LineElement({0, 10}, {250, 10}));
-                AddTo(document, LineElement({0, -400}, {200, -400}));
+                const Document document = DocumentOf(drawing);
                 const std::vector<double> before = Contents(document);
                 host.FailAt(service, call);
-                const Conversion converted(document, ink);
+                const Conversion converted(document, drawing.ink);
                 if (host.calls[service] < call) {
                     EXPECT_EQ(converted.code, 0);
                     break;
                 }
                 SCOPED_TRACE(testing::Message() << "service " << service << " call " << call);
-                ++failures[service];
                 EXPECT_EQ(converted.code, HostProbe::kFailure);
                 EXPECT_EQ(converted.result.outcome, kHostInkNothing);
                 EXPECT_EQ(converted.result.elements, nullptr);
                 EXPECT_EQ(Contents(document), before);
                 ExpectOneReport(host, HostProbe::kFailure);
+                if (!host.reports.empty())
+                    reporters[service] = host.reports[0].function;
             }
         }
     }
-    // Removal serves the scribble; restoring and removing constraints only serve the way back.
-    for (const int service : {0, 1, 2, 3, 6, 7, 8, 10, 11, 12, 13, 14, 15, 17, 18, 19, 20, 21}) {
-        EXPECT_GT(failures[service], 0) << service;
-    }
+    // Restoring elements and removing constraints only serve the way back.
+    const char* const create = "DocumentChange::CreateElement";
+    const std::map<int, std::string> expected{{0, create},
+                                              {1, create},
+                                              {2, create},
+                                              {3, create},
+                                              {4, create},
+                                              {5, create},
+                                              {6, "DocumentChange::CreateRectangle"},
+                                              {7, "DocumentChange::Modify"},
+                                              {8, "DocumentChange::Erase"},
+                                              {10, "FFMGEOM::InkToModel"},
+                                              {11, "FFMGEOM::AskViewScale"},
+                                              {12, "SkPrefsRelator::GetShowRelationship"},
+                                              {13, "SkPrefsRelator::GetToleranceZone"},
+                                              {14, "JConstraintHelper2d::Create"},
+                                              {15, "JConstraintHelper2d::Retarget"},
+                                              {17, "JConstraintHelper2d::Commit"},
+                                              {18, "JSMHelper2d::Locate"},
+                                              {19, "JSMHelper2d::SetTarget"},
+                                              {20, "JSMHelper2d::Evaluate"},
+                                              {21, "JSMHelper2d::Clear"}};
+    EXPECT_EQ(reporters, expected);
 }
 
 } // namespace

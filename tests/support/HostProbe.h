@@ -60,10 +60,11 @@ struct HostReport {
 /// In force while it lives. Every service that gives a result code counts its calls.
 class HostProbe {
 public:
+    static constexpr int kServiceCount = 22;
     static constexpr std::int32_t kFailure = static_cast<std::int32_t>(0x80040111);
 
     std::vector<HostReport> reports;
-    int calls[22] = {};      ///< of the services of the ink entry, in the table's order
+    int calls[kServiceCount] = {};      ///< of the services of the ink entry, in the table's order
     int failingService = -1; ///< fails at its failingCall-th call
     int failingCall = 0;
 

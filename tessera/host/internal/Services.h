@@ -20,6 +20,18 @@ bool HasInkServices();
 /// Reports through the host's HRerrEx and returns the code. Use TESSERA_REPORT, which knows the place.
 std::int32_t Report(std::int32_t code, const char* sourceFile, std::int32_t line, const char* functionName);
 
+/// What an exception means to the host. Made before the work that may throw.
+class ExceptionCode {
+public:
+    ExceptionCode();
+    /// Called while an exception is handled: 0x8007000E when memory has run out on the way, in the kernel
+    /// too, which the layers above it report by a text; else the code given.
+    std::int32_t Or(std::int32_t code) const;
+
+private:
+    long refusalsBefore_;
+};
+
 } // namespace Tessera::Host
 
 // A macro because the place of the call has to be known.

@@ -1,7 +1,9 @@
-// Fault injection for tests: makes the nth SM_* allocation fail.
+// How memory runs out: counted for those who have to tell it from other failures, and brought about by tests.
 #pragma once
 
 /// The nth allocation from now on (1 = the next) fails, once; 0 switches injection off.
 void SM_fail_nth(long n);
 /// Allocations asked for since the last SM_fail_nth.
 long SM_ask_allocation_count();
+/// Allocations that have given null since the program began. The layers above throw texts that do not say so.
+long SM_ask_refusal_count();
