@@ -63,38 +63,39 @@ public:
     static constexpr int kServiceCount = 22;
     static constexpr std::int32_t kFailure = static_cast<std::int32_t>(0x80040111);
 
+    HostServices table; ///< changes of it come into force with Install
     std::vector<HostReport> reports;
-    int calls[kServiceCount] = {};      ///< of the services of the ink entry, in the table's order
-    int failingService = -1; ///< fails at its failingCall-th call
+    int calls[kServiceCount] = {}; ///< of the services of the ink entry, in the table's order
+    int failingService = -1;       ///< fails at its failingCall-th call
     int failingCall = 0;
 
-    HostProbe() : table_(Host::ReferenceHostServices()) {
+    HostProbe() : table(Host::ReferenceHostServices()) {
         current = this;
-        table_.HRerrEx = [](void*, std::int32_t code, const char* file, std::int32_t line, const char* name) {
+        table.HRerrEx = [](void*, std::int32_t code, const char* file, std::int32_t line, const char* name) {
             current->reports.push_back({code, file, line, name});
         };
-        Wrap<0>(table_.HCreateLine2d);
-        Wrap<1>(table_.HCreateArc2d);
-        Wrap<2>(table_.HCreateCircle2d);
-        Wrap<3>(table_.HCreateEllipse2d);
-        Wrap<4>(table_.HCreateEllipArc2d);
-        Wrap<5>(table_.HCreateBspCurve2dEx);
-        Wrap<6>(table_.HCreateRectangle2d);
-        Wrap<7>(table_.HModifyElement2d);
-        Wrap<8>(table_.HRemoveElement2d);
-        Wrap<9>(table_.HRestoreElement2d);
-        Wrap<10>(table_.DCToModel);
-        Wrap<11>(table_.ModelToDC);
-        Wrap<12>(table_.GetShowRelationship);
-        Wrap<13>(table_.GetToleranceZone);
-        Wrap<14>(table_.createConstraint);
-        Wrap<15>(table_.retargetConstraint);
-        Wrap<16>(table_.removeConstraint);
-        Wrap<17>(table_.commitConstraints);
-        Wrap<18>(table_.Locate);
-        Wrap<19>(table_.SetTarget);
-        Wrap<20>(table_.Evaluate);
-        Wrap<21>(table_.Clear);
+        Wrap<0>(table.HCreateLine2d);
+        Wrap<1>(table.HCreateArc2d);
+        Wrap<2>(table.HCreateCircle2d);
+        Wrap<3>(table.HCreateEllipse2d);
+        Wrap<4>(table.HCreateEllipArc2d);
+        Wrap<5>(table.HCreateBspCurve2dEx);
+        Wrap<6>(table.HCreateRectangle2d);
+        Wrap<7>(table.HModifyElement2d);
+        Wrap<8>(table.HRemoveElement2d);
+        Wrap<9>(table.HRestoreElement2d);
+        Wrap<10>(table.DCToModel);
+        Wrap<11>(table.ModelToDC);
+        Wrap<12>(table.GetShowRelationship);
+        Wrap<13>(table.GetToleranceZone);
+        Wrap<14>(table.createConstraint);
+        Wrap<15>(table.retargetConstraint);
+        Wrap<16>(table.removeConstraint);
+        Wrap<17>(table.commitConstraints);
+        Wrap<18>(table.Locate);
+        Wrap<19>(table.SetTarget);
+        Wrap<20>(table.Evaluate);
+        Wrap<21>(table.Clear);
         Install();
     }
     ~HostProbe() {
@@ -104,10 +105,10 @@ public:
     HostProbe(const HostProbe&) = delete;
     HostProbe& operator=(const HostProbe&) = delete;
 
-    void Install() const { EXPECT_EQ(TesseraHost_InstallServices(&table_), 0); }
+    void Install() const { EXPECT_EQ(TesseraHost_InstallServices(&table), 0); }
     /// Installs the table without one service of the ink entry.
     void InstallWithout(int service) const {
-        HostServices lacking = table_;
+        HostServices lacking = table;
         std::memset(reinterpret_cast<char*>(&lacking.HCreateLine2d) + service * sizeof(void*), 0,
                     sizeof(void*));
         EXPECT_EQ(TesseraHost_InstallServices(&lacking), 0);
@@ -136,7 +137,6 @@ private:
     }
 
     static inline HostProbe* current = nullptr;
-    HostServices table_;
 };
 
 } // namespace Tessera::Testing
