@@ -1,5 +1,9 @@
 #include "tessera/recognition/ConstraintInference.h"
 
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
 #include "tessera/core/ThrowMessage.h"
 #include "tessera/geometry/Curve.h"
 #include "tessera/geometry/Line.h"
@@ -11,7 +15,8 @@
 // Candidates are judged by the drawing, then taken greedily: each is tried on the sketch as the stronger ones
 // have left it. There directions and sizes have to be within the limit once more. That is what keeps two
 // groups of lines apart whose directions nearly meet by the error of a single line: once each group is
-// parallel, the groups differ by the mean of their errors.
+// parallel, the groups differ by the mean of their errors. And a line that was drawn clearly tilted does not
+// become horizontal by way of another that is: axes have no error to share.
 
 namespace Tessera::Geometry {
 
@@ -32,6 +37,15 @@ void CheckInput(std::span<const Curve* const> curves, const ConstraintOptions& o
         Core::ThrowMessage("InferConstraints - fixed count is out of range");
 }
 
+/// Whether the line's direction as drawn is within the limit of an axis.
+bool IsAlongAxis(const SketchParameters& sketch, int line, const ConstraintOptions& options) {
+    const double* drawn = sketch.StartValuesOf(line);
+    const double dx = std::fabs(drawn[2] - drawn[0]);
+    const double dy = std::fabs(drawn[3] - drawn[1]);
+    const double offDeg = std::atan2(std::min(dx, dy), std::max(dx, dy)) * 180.0 / std::numbers::pi;
+    return offDeg <= kDeviationLimit * options.directionSpreadDeg;
+}
+
 void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const ConstraintOptions& options,
                    SketchParameters& sketch, ConstraintSolver& solver) {
     DirectionClasses directions(sketch.CurveCount());
@@ -39,6 +53,9 @@ void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const Con
         const InferredConstraint& c = candidate.constraint;
         if (directions.Implies(c) ||
             (IsKeptByOthers(c.kind) && !(DeviationOf(c, sketch, options) <= kDeviationLimit)))
+            continue;
+        const int newToAxes = directions.NewToAxes(c);
+        if (newToAxes >= 0 && !IsAlongAxis(sketch, newToAxes, options))
             continue;
         if (solver.TryAdd(c))
             directions.Add(c);
@@ -50,7 +67,8 @@ void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const Con
 InferredConstraints InferConstraints(std::span<const Curve* const> curves, const ConstraintOptions& options) {
     CheckInput(curves, options);
     SketchParameters sketch(curves);
-    ConstraintSolver solver(sketch, options.toleranceZone, options.fixedCount);
+    const double mostTurnRad = kDeviationLimit * options.directionSpreadDeg * std::numbers::pi / 180.0;
+    ConstraintSolver solver(sketch, options.toleranceZone, mostTurnRad, options.fixedCount);
     TakeStrongest(FindCandidates(sketch, options), options, sketch, solver);
     solver.Settle();
 

@@ -172,7 +172,7 @@ TEST(ConstraintSets, AreAcceptedByAnIndependentSolver) {
     SketchMaker maker(rng);
     ConstraintOptions options;
     options.toleranceZone = kSketchZone;
-    for (int k = 0; k < 10 * SketchMaker::FamilyCount(); ++k) {
+    for (int k = 0; k < 10 * SketchMaker::kFamilyCount; ++k) {
         const GeneratedSketch drawing = maker.Make(k, {});
         SCOPED_TRACE(std::string(drawing.name) + " " + std::to_string(k));
         const InferredConstraints inferred = InferConstraints(drawing.Drawn(), options);

@@ -56,8 +56,8 @@ class SketchMaker {
 public:
     explicit SketchMaker(std::mt19937& rng) : rng_(rng) {}
 
-    /// The kinds of shapes, in turn: `family` modulo FamilyCount.
-    static constexpr int FamilyCount() { return 12; }
+    /// The kinds of shapes, in turn: `family` modulo kFamilyCount.
+    static constexpr int kFamilyCount = 12;
     /// A drawing of one shape, noise included.
     GeneratedSketch Make(int family, const SketchNoise& noise) { return MakeDrawing({family}, noise); }
     /// A drawing of several shapes side by side.
@@ -94,7 +94,7 @@ private:
             sketch_.exact.resize(shape_);
             sketch_.intended.resize(constraints);
             frame_ = {x + Uniform(-50, 50), y + Uniform(-50, 50), 0.0};
-            Draw((family + tries++ / 200) % FamilyCount());
+            Draw((family + tries++ / 200) % kFamilyCount);
         } while (IsAmbiguous());
     }
 
@@ -151,48 +151,30 @@ private:
     void TurnFrame() { frame_[2] = turn_; }
 
     // --- The shapes
-    void Draw(int family) {
-        static constexpr const char* kNames[] = {
-            "rectangle", "turned rectangle", "slot",          "bracket", "holes",  "symmetric profile",
-            "chain",     "regular polygon",  "T and middles", "belt",    "ribbon", "sector"};
-        sketch_.name = kNames[family];
-        switch (family) {
-        case 0:
-            return Rectangle();
-        case 1:
-            return TurnedRectangle();
-        case 2:
-            return Slot();
-        case 3:
-            return Bracket();
-        case 4:
-            return Holes();
-        case 5:
-            return Profile();
-        case 6:
-            return Chain();
-        case 7:
-            return Polygon();
-        case 8:
-            return Tees();
-        case 9:
-            return Belt();
-        case 10:
-            return Ribbon();
-        default:
-            return Sector();
-        }
-    }
-    void Rectangle() {
+    int AddBox() {
         const double w = Uniform(50, 150);
         const double h = Uniform(50, 150);
-        IntendAxes(AddOutline({{0, 0}, {w, 0}, {w, h}, {0, h}}, true), 4, true);
+        return AddOutline({{0, 0}, {w, 0}, {w, h}, {0, h}}, true);
     }
+    void Draw(int family) {
+        using Maker = SketchMaker;
+        static constexpr struct {
+            const char* name;
+            void (Maker::*draw)();
+        } kFamilies[] = {{"rectangle", &Maker::Rectangle}, {"turned rectangle", &Maker::TurnedRectangle},
+                         {"slot", &Maker::Slot},           {"bracket", &Maker::Bracket},
+                         {"holes", &Maker::Holes},         {"symmetric profile", &Maker::Profile},
+                         {"chain", &Maker::Chain},         {"regular polygon", &Maker::Polygon},
+                         {"T and middles", &Maker::Tees},  {"belt", &Maker::Belt},
+                         {"ribbon", &Maker::Ribbon},       {"sector", &Maker::Sector}};
+        static_assert(std::size(kFamilies) == kFamilyCount);
+        sketch_.name = kFamilies[family].name;
+        (this->*kFamilies[family].draw)();
+    }
+    void Rectangle() { IntendAxes(AddBox(), 4, true); }
     void TurnedRectangle() {
         TurnFrame();
-        const double w = Uniform(50, 150);
-        const double h = Uniform(50, 150);
-        const int first = AddOutline({{0, 0}, {w, 0}, {w, h}, {0, h}}, true);
+        const int first = AddBox();
         for (int i = 0; i < 3; ++i)
             Relate(Geometry::ConstraintKind_Perpendicular, first + i, first + i + 1);
         Relate(Geometry::ConstraintKind_Parallel, first, first + 2);

@@ -50,6 +50,8 @@ constexpr int kMostRenewals = 4;
 constexpr double kLongestStep = 4.0;
 /// Of the zone: how far a point may stray on the way to a solution that keeps it inside.
 constexpr double kOvershoot = 1.2;
+/// A turn that was there before may grow by this factor.
+constexpr double kSameTurn = 1.1;
 constexpr int kRelaxations = 4;
 /// The sketch is near enough to the drawing when relaxing moves it by less than this part of the zone.
 constexpr double kRelaxed = 1e-4;
@@ -70,10 +72,18 @@ double ExtentOf(const SketchCurve& c, const double* p) {
     }
 }
 
+/// Angle between two lines' directions, radians.
+double TurnBetween(const double* a, const double* b) {
+    const Point u(a[2] - a[0], a[3] - a[1]);
+    const Point v(b[2] - b[0], b[3] - b[1]);
+    return std::fabs(std::atan2(u.Cross(v), u.Dot(v)));
+}
+
 } // namespace
 
-ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZone, int fixedCount)
-    : sketch_(sketch), zone_(toleranceZone),
+ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZone, double mostTurnRad,
+                                   int fixedCount)
+    : sketch_(sketch), zone_(toleranceZone), mostTurn_(mostTurnRad),
       movable_(fixedCount < sketch.CurveCount() ? sketch.At(fixedCount).first : sketch.ParameterCount()),
       constraintsOf_(static_cast<std::size_t>(sketch.CurveCount())), rows_(sketch.ParameterCount()),
       driftOf_(static_cast<std::size_t>(sketch.CurveCount()), 0.0),
@@ -107,7 +117,7 @@ bool ConstraintSolver::TryAdd(const InferredConstraint& c) {
     if (!(sine > kLeastSine))
         return false;
     const int renewalsBefore = renewals_;
-    if (Converge(kTrialAccuracy) == Outcome::Accepted && MotionsHold(zone_)) {
+    if (Converge(kTrialAccuracy) == Outcome::Accepted && MotionsHold(zone_) && TurnsHold(c.kind)) {
         NoteDrift();
         return true;
     }
@@ -448,6 +458,21 @@ bool ConstraintSolver::MotionsHold(double limit) const {
         if (!(sketch_.Motion(curve) < limit))
             return false;
     return true;
+}
+
+/// Opposite sides of a quadrilateral that are made equal turn the others: what was drawn clearly tilted must
+/// not become parallel to an axis that way. Turns that joints have made before are none of its business.
+bool ConstraintSolver::TurnsHold(ConstraintKind_e kind) const {
+    if (kind != ConstraintKind_EqualLength && kind != ConstraintKind_EqualRadius)
+        return true;
+    return std::all_of(changed_.begin(), changed_.end(), [&](int curve) {
+        const SketchCurve& c = sketch_.At(curve);
+        if (c.shape != SketchShape::Line)
+            return true;
+        const double* drawn = sketch_.StartValuesOf(curve);
+        const double turn = TurnBetween(drawn, sketch_.Of(curve));
+        return turn <= mostTurn_ || turn <= kSameTurn * TurnBetween(drawn, saved_.data() + c.first);
+    });
 }
 
 double ConstraintSolver::LargestMotion() const {

@@ -15,7 +15,8 @@ namespace Tessera::Geometry {
 class ConstraintSolver {
 public:
     /// The sketch is borrowed for this object's life and changed by it, but for its first fixedCount curves.
-    ConstraintSolver(SketchParameters& sketch, double toleranceZone, int fixedCount = 0);
+    /// @param mostTurnRad an equal size that would turn a line by more is not taken.
+    ConstraintSolver(SketchParameters& sketch, double toleranceZone, double mostTurnRad, int fixedCount);
 
     /// Accepts the constraint and adjusts the sketch, or returns false with everything as it was: its
     /// equations do not all raise the rank, or the sketch cannot satisfy it with the others inside the
@@ -65,6 +66,7 @@ private:
     double UpdateResiduals();
     double LargestResidual() const;
     bool MotionsHold(double limit) const;
+    bool TurnsHold(ConstraintKind_e kind) const;
     void MarkChanged(int curve);
     void Undo();
     void NoteDrift();
@@ -76,6 +78,7 @@ private:
 
     SketchParameters& sketch_;
     double zone_;
+    double mostTurn_; ///< radians
     int movable_;     ///< index of the first parameter that may change
     double rounding_; ///< model units: what no residual can be expected to go below
     std::vector<int> curveOfParameter_;

@@ -24,6 +24,16 @@ public:
         const Tie tie = TieOf(c);
         return tie.ties && Find(tie.a).first == Find(tie.b).first;
     }
+    /// The line that the constraint would tie to the axes, by way of one that is; -1: none.
+    int NewToAxes(const InferredConstraint& c) {
+        const Tie tie = TieOf(c, true);
+        if (!tie.ties || tie.b == axis_)
+            return -1;
+        const int root = Find(axis_).first;
+        const bool isTiedA = Find(tie.a).first == root;
+        const bool isTiedB = Find(tie.b).first == root;
+        return isTiedA == isTiedB ? -1 : isTiedA ? tie.b : tie.a;
+    }
     void Add(const InferredConstraint& c) {
         const Tie tie = TieOf(c, true);
         if (!tie.ties)
