@@ -100,24 +100,26 @@ TEST(RectangleConstruction, RefusesSidesThatTurnBothWays) {
 }
 
 TEST(ConstructListBuilding, EntriesFollowTheDrawing) {
-    // A quarter arc first, then a line: the arc's end nearer to the origin comes first.
-    std::vector<InputPoint> points;
-    for (int i = 0; i <= 60; ++i) {
-        const double angle = 1.5707963267948966 * i / 60;
-        points.push_back({100 + 100 * std::sin(angle), 100 - 100 * std::cos(angle)});
-    }
-    for (int i = 1; i <= 60; ++i) {
-        points.push_back({200 - 3.0 * i, 100});
-    }
+    // A quarter arc first, then a line: the arc's end nearer to the origin comes first, whichever way it
+    // runs.
     ConstructList list;
-    list.emplace_back();
-    BuildConstructList(points, list, nullptr);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].kind, ConstructKind_OpenArc);
-    EXPECT_NEAR(list[0].p0.x, 100, 3);
-    EXPECT_NEAR(list[0].p2.y, 100, 4);
-    EXPECT_EQ(list[1].kind, ConstructKind_Line);
-    EXPECT_NEAR(list[1].p1.x, 20, 3);
+    for (const double s : {1.0, -1.0}) {
+        std::vector<InputPoint> points;
+        for (int i = 0; i <= 60; ++i) {
+            const double angle = 1.5707963267948966 * i / 60;
+            points.push_back({100 + 100 * std::sin(angle), s * (100 - 100 * std::cos(angle))});
+        }
+        for (int i = 1; i <= 60; ++i) {
+            points.push_back({200 - 3.0 * i, s * 100});
+        }
+        BuildConstructList(points, list, nullptr);
+        ASSERT_EQ(list.size(), 2u);
+        EXPECT_EQ(list[0].kind, ConstructKind_OpenArc);
+        EXPECT_NEAR(list[0].p0.x, 100, 3);
+        EXPECT_NEAR(list[0].p2.y, s * 100, 4);
+        EXPECT_EQ(list[1].kind, ConstructKind_Line);
+        EXPECT_NEAR(list[1].p1.x, 20, 3);
+    }
 
     BuildConstructList({{1, 1}}, list, nullptr);
     EXPECT_TRUE(list.empty());

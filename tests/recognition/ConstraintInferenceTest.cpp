@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <map>
 #include <numeric>
 
 #include <gtest/gtest.h>
 
+#include "tessera/recognition/internal/ConstraintSolver.h"
 #include "tests/support/ConstraintOracle.h"
 #include "tests/support/GeneratedSketches.h"
 #include "tests/support/ThrownMessage.h"
@@ -257,7 +259,7 @@ TEST(ConstraintInference, LimitsOfDirections) {
 
 // However horizontal the rest of the outline is, a line that is clearly tilted stays tilted.
 TEST(ConstraintInference, TiltedLinesStayTilted) {
-    for (double deg : {4.0, 6.0, -10.0, 80.0}) {
+    for (double deg : {3.4, 4.0, 6.0, -10.0, 80.0}) {
         SCOPED_TRACE(deg);
         const double rise = 60.0 * std::sin(deg * std::numbers::pi / 180.0);
         const double run = 60.0 * std::cos(deg * std::numbers::pi / 180.0);
@@ -278,11 +280,76 @@ TEST(ConstraintInference, NothingMovesBeyondTheZone) {
     EXPECT_EQ(InferConstraints(Borrow(list), Zone(10.2)).constraints.size(), 1u);
 }
 
-TEST(ConstraintInference, LimitOfGaps) {
-    for (const auto& [gap, joined] : {std::pair{3.99, 1}, {4.01, 0}}) {
-        const CurveList list = List(MakeLine(0, 0, 50, 20), MakeLine(50 + gap, 20, 90, -30));
-        EXPECT_EQ(CountOf(InferConstraints(Borrow(list), Zone()), ConstraintKind_Coincident), joined) << gap;
+// Just inside and just outside of what each kind allows.
+TEST(ConstraintInference, LimitsOfPairs) {
+    const auto circle = [](double x, double y, double r) { return std::make_unique<Arc>(Point(x, y), r); };
+    struct Row {
+        const char* name;
+        ConstraintKind_e kind;
+        double inside, outside;
+        std::function<CurveList(double)> make;
+    };
+    const Row rows[] = {
+        {"gap", ConstraintKind_Coincident, 3.99, 4.01,
+         [](double d) { return List(MakeLine(0, 0, 50, 20), MakeLine(50 + d, 20, 90, -30)); }},
+        {"gap at a short line", ConstraintKind_Coincident, 2.99, 3.01,
+         [](double d) {
+             return List(MakeLine(0, 0, 50, 20), MakeLineAt({50 + d, 20}, 10, -50));
+         }},
+        {"parallel", ConstraintKind_Parallel, 4.23, 4.26,
+         [](double d) {
+             return List(MakeLineAt({0, 0}, 50, 40), MakeLineAt({0, 60}, 50, 40 + d));
+         }},
+        {"perpendicular", ConstraintKind_Perpendicular, 4.23, 4.26,
+         [](double d) {
+             return List(MakeLineAt({0, 0}, 50, 40), MakeLineAt({90, 60}, 50, 130 + d));
+         }},
+        {"line beside a circle", ConstraintKind_Tangent, 1.99, 2.01,
+         [&](double d) { return List(MakeLine(-40, 0, 60, 0), circle(0, 10 + d, 10)); }},
+        {"radii", ConstraintKind_EqualRadius, 22.7, 22.75,
+         [&](double d) { return List(circle(0, 0, 20), circle(90, 33, d)); }},
+        {"centres", ConstraintKind_Concentric, 2.99, 3.01,
+         [&](double d) { return List(circle(0, 0, 6), circle(d, 0, 3)); }},
+        {"centre on a line", ConstraintKind_PointOnCurve, 1.49, 1.51,
+         [&](double d) { return List(MakeLine(-50, 20, 50, 21), circle(10, 20.6 + d, 5)); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const double d : {row.inside, row.outside}) {
+            const CurveList list = row.make(d);
+            EXPECT_EQ(CountOf(InferConstraints(Borrow(list), Zone()), row.kind), d == row.inside ? 1 : 0)
+                << d;
+        }
     }
+}
+
+// A constraint that is refused, whatever for, leaves every number as it was.
+TEST(ConstraintSolver, RefusalsLeaveTheSketchAsItWas) {
+    const CurveList list = List(MakeLine(0, 0, 100, 1), MakeLine(101, 0, 100, 80), MakeLine(0, 90, 100, 95));
+    const std::vector<const Curve*> curves = Borrow(list);
+    SketchParameters sketch(curves);
+    ConstraintSolver solver(sketch, kSketchZone, 0.05, 0);
+    const auto whole = [](int curve) { return SketchElement{curve, SnapPointType_None}; };
+    const auto join =
+        MakeConstraint(ConstraintKind_Coincident, {{0, SnapPointType_End}, {1, SnapPointType_Start}});
+    EXPECT_TRUE(solver.TryAdd(join));
+    EXPECT_TRUE(solver.TryAdd(MakeConstraint(ConstraintKind_Horizontal, {whole(0)})));
+    EXPECT_TRUE(solver.TryAdd(MakeConstraint(ConstraintKind_Vertical, {whole(1)})));
+    const std::vector<double> before(sketch.Of(0), sketch.Of(0) + sketch.ParameterCount());
+    const InferredConstraint refused[] = {
+        join,
+        MakeConstraint(ConstraintKind_Perpendicular, {whole(0), whole(1)}),
+        MakeConstraint(ConstraintKind_Vertical, {whole(0)}),
+        MakeConstraint(ConstraintKind_EqualLength, {whole(0), whole(1)}),
+        MakeConstraint(ConstraintKind_Coincident, {{0, SnapPointType_Start}, {2, SnapPointType_Start}}),
+        MakeConstraint(ConstraintKind_PointOnCurve, {{1, SnapPointType_End}, whole(2)}),
+    };
+    for (const InferredConstraint& c : refused) {
+        EXPECT_FALSE(solver.TryAdd(c)) << c.kind;
+        EXPECT_EQ(std::vector<double>(sketch.Of(0), sketch.Of(0) + sketch.ParameterCount()), before)
+            << c.kind;
+    }
+    EXPECT_EQ(solver.Accepted().size(), 3u);
 }
 
 // A circle a little too far out or too far in, of a line on its left or right, or of another circle: what
