@@ -44,6 +44,27 @@ struct Created {
     InkOutcome outcome;
 };
 
+TEST(InkScene, IsInModelUnits) {
+    const Document document = NewDocument();
+    const HostView view{{0, 0}, 4, 0, 0};
+    ASSERT_EQ(TesseraHost_SetView(document.get(), &view), 0);
+    ASSERT_EQ(TesseraHost_SetPreferences(document.get(), 1, 10), 0);
+    const tagGPosition2d points[] = {{0, 0}, {40, 20}, {80, 60}};
+    const HostInkStroke ink{sizeof(ink), 3, 0, points, nullptr};
+    for (const double zone : {0.0, 6.0}) {
+        HostInkOptions options{};
+        options.size = sizeof(options);
+        options.toleranceZone = zone;
+        options.excludedRelations = 5;
+        InkScene scene;
+        ASSERT_EQ(SetScene(ink, document.get(), options, scene), 0);
+        EXPECT_NEAR(scene.toleranceZone, zone == 0.0 ? 2.5 : 1.5, 1e-12);
+        EXPECT_EQ(scene.relations, ((1u << kConstraintKindCount) - 1) & ~5u);
+        EXPECT_EQ(scene.ink.samples[1].x, 10);
+        EXPECT_FALSE(scene.ink.hasTimes);
+    }
+}
+
 TEST(InkCreation, ElementsAreTheCurves) {
     Created made(InkShape::Pieces);
     made.Add(std::make_unique<Line>(Point(1, 2), Point(30, -4)));

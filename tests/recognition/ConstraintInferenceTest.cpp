@@ -273,6 +273,18 @@ TEST(ConstraintInference, TiltedLinesStayTilted) {
     }
 }
 
+// Two bundles whose nearest lines are 3 degrees apart by their errors: each becomes one direction, 4.6 apart.
+TEST(ConstraintInference, BundlesStayApart) {
+    CurveList list;
+    for (double deg : {39.2, 40.0, 40.6, 43.6, 44.8, 45.4})
+        list.push_back(MakeLineAt({90.0 * static_cast<double>(list.size()), 0}, 50, deg));
+    const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+    EXPECT_EQ(CountOf(inferred, ConstraintKind_Parallel), 4);
+    EXPECT_GT(std::fabs((inferred.adjusted[0]->GetEnd() - inferred.adjusted[0]->GetStart())
+                            .Cross(inferred.adjusted[5]->GetEnd() - inferred.adjusted[5]->GetStart())),
+              2500 * std::sin(4.3 * std::numbers::pi / 180));
+}
+
 // Within the angle, but an end would have to move by more than the zone: half of 400 sin 2.9 degrees is 10.
 TEST(ConstraintInference, NothingMovesBeyondTheZone) {
     const CurveList list = List(MakeLineAt({0, 0}, 400.0, 2.9));
