@@ -194,6 +194,62 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Smooth, 7).right, 170);
 }
 
+/// Distance from a point to a fine poly-line of the curve, without the curve's own projections.
+double BruteDistance(const Curve& curve, const Point& p) {
+    std::vector<Point> pts;
+    curve.CreatePolylinePoints(2000, pts);
+    double least = 1e300;
+    for (std::size_t i = 1; i < pts.size(); ++i) {
+        const Point side = pts[i] - pts[i - 1];
+        const double share =
+            std::clamp((p - pts[i - 1]).Dot(side) / std::max(side.Dot(side), 1e-300), 0.0, 1.0);
+        least = std::min(least, p.Distance(pts[i - 1] + share * side));
+    }
+    return least;
+}
+
+// Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
+// so far beyond its rounding), each tells its deviation truly, and joints join.
+TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
+    InkPlan (RandomPlans::*const kinds[])() = {&RandomPlans::Polyline, &RandomPlans::Polygon,
+                                               &RandomPlans::Mixed, &RandomPlans::Smooth};
+    RandomPlans plans(11);
+    int splines = 0;
+    for (int trial = 0; trial < 240; ++trial) {
+        SCOPED_TRACE(trial);
+        const InkPlan plan = (plans.*kinds[trial % 4])();
+        const Hand hand = plans.AnyHand();
+        const InkStroke ink = plan.Draw(plans.Rng(), hand).ink;
+        XYBox box({1e300, 1e300}, {-1e300, -1e300});
+        for (const InkSample& s : ink.samples) {
+            box.min = {std::min(box.min.x, s.x), std::min(box.min.y, s.y)};
+            box.max = {std::max(box.max.x, s.x), std::max(box.max.y, s.y)};
+        }
+        // A twentieth of the length, at the size at which the rules work at least 2.5 of 45.
+        const double tolerance = std::max(0.05 * plan.Length(), 2.5 / 45.0 * box.min.Distance(box.max));
+        const InkReading reading = Read(ink);
+        ExpectJoined(reading);
+        for (const InterpretedCurve& made : reading.curves) {
+            XYBox reach;
+            ASSERT_TRUE(made.curve->AskXYBox(reach));
+            EXPECT_GT(reach.min.x, box.min.x - tolerance);
+            EXPECT_GT(reach.min.y, box.min.y - tolerance);
+            EXPECT_LT(reach.max.x, box.max.x + tolerance);
+            EXPECT_LT(reach.max.y, box.max.y + tolerance);
+            double farthest = 0.0;
+            const int n = static_cast<int>(ink.samples.size());
+            const int count = (made.lastSample - made.firstSample + n) % n;
+            for (int i = 0; i <= count; ++i) {
+                const InkSample& s = ink.samples[static_cast<std::size_t>((made.firstSample + i) % n)];
+                farthest = std::max(farthest, BruteDistance(*made.curve, {s.x, s.y}));
+            }
+            EXPECT_NEAR(made.maxDeviation, farthest, 1e-3 * tolerance);
+            splines += made.curve->GetType() == CurveType_Spline ? 1 : 0;
+        }
+    }
+    EXPECT_GT(splines, 10);
+}
+
 TEST(InkInterpretation, ForthAndBackIsACentreLineOrAWall) {
     const InkStroke ink = DrawThrough({{0, 0}, {200, 100}, {-3, 7}}, false);
     SketchRecognizerPreferences preferences;

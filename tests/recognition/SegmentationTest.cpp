@@ -238,50 +238,47 @@ TEST(Segmentation, JoinOfRandomLists) {
 
 // --- Turning
 
-TEST(ContinuityBreaks, SquareHasItsThreeInnerCorners) {
+Samples Cut(Samples samples, std::size_t count) {
+    samples.resize(count);
+    return samples;
+}
+
+TEST(ContinuityBreaks, KnownCorners) {
     const Samples square = DrawPath({{0, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}}, 100);
-    EXPECT_THAT(ContinuityBreaks(square, 5, 50.0, 8), ElementsAre(100, 200, 300));
-}
-
-TEST(ContinuityBreaks, NeedsRoomOnBothSides) {
     const Samples corner = DrawPath({{0, 0}, {8, 0}, {8, 12}}, 8);
-    EXPECT_THAT(ContinuityBreaks(corner, 5, 50.0, 0), IsEmpty());
-    EXPECT_THAT(ContinuityBreaks(corner, 5, 50.0, 9), IsEmpty()); // 17 samples, 19 needed
-    EXPECT_THAT(ContinuityBreaks(corner, 5, 50.0, 4000000000U), IsEmpty());
-    EXPECT_THAT(ContinuityBreaks(corner, 5, 50.0, 4), ElementsAre(8));
-}
-
-TEST(ContinuityBreaks, CornerStillOpenAtTheEndIsNotReported) {
-    // Over 8 samples either side the corner at 40 leaves no straight sample behind it.
-    EXPECT_THAT(ContinuityBreaks(DrawPath({{0, 0}, {40, 0}, {40, 10}}, 40), 5, 50.0, 8), ElementsAre(40));
-    Samples open = DrawPath({{0, 0}, {40, 0}, {40, 40}}, 40);
-    open.resize(49);
-    EXPECT_THAT(ContinuityBreaks(open, 5, 50.0, 8), IsEmpty());
-}
-
-// A sharp corner nearer than the gap waits; a sharper one later takes its place.
-TEST(ContinuityBreaks, CandidateTooNearIsOfferedAgain) {
+    const Samples open = DrawPath({{0, 0}, {40, 0}, {40, 40}}, 40);
     const Samples near = DrawPath({{0, 0}, {3, 0}, {3, 3}, {3, 6}, {3, 9}, {3, 12}, {3, 15}}, 3);
-    EXPECT_THAT(ContinuityBreaks(near, 3, 50.0, 1), ElementsAre(3));
-    EXPECT_THAT(ContinuityBreaks(near, 4, 50.0, 1), IsEmpty());
     Samples two = DrawPath({{0, 0}, {3, 0}, {3, 9}}, 3); // corner of 90 degrees at 3
     for (int i = 1; i <= 5; ++i)                         // and one of 135 degrees at 6
         two.emplace_back(3.0 - i, 9.0 - i, 1.0);
-    EXPECT_THAT(ContinuityBreaks(two, 4, 50.0, 1), ElementsAre(6));
-    EXPECT_THAT(ContinuityBreaks(two, 3, 50.0, 1), ElementsAre(3, 6));
-}
-
-// 1.2 x cosine exceeds 1 below 33.56 degrees: the stroke never counts as straight again.
-TEST(ContinuityBreaks, SmallThresholdsFindNothing) {
-    const Samples square = DrawPath({{0, 0}, {100, 0}, {100, 100}, {0, 100}}, 100);
-    EXPECT_THAT(ContinuityBreaks(square, 5, 33.5, 8), IsEmpty());
-    EXPECT_THAT(ContinuityBreaks(square, 5, 33.6, 8), ElementsAre(100, 200));
-}
-
-TEST(ContinuityBreaks, RepeatedSamplesCountAsATurn) {
     Samples stop = DrawPath({{0, 0}, {20, 0}}, 20);
     stop.insert(stop.begin() + 10, 3, stop[10]);
-    EXPECT_THAT(ContinuityBreaks(stop, 5, 50.0, 1), ElementsAre(10));
+    const struct {
+        const char* name;
+        const Samples& samples;
+        int minGap;
+        double angleDeg;
+        unsigned int k;
+        Breaks expected;
+    } rows[] = {
+        {"square", square, 5, 50.0, 8, {100, 200, 300}},
+        // 1.2 x cosine exceeds 1 below 33.56 degrees: the stroke never counts as straight again.
+        {"small threshold", square, 5, 33.5, 8, {}},
+        {"threshold just large enough", square, 5, 33.6, 8, {100, 200, 300}},
+        {"no look-ahead", corner, 5, 50.0, 0, {}},
+        {"17 samples, 19 needed", corner, 5, 50.0, 9, {}},
+        {"huge look-ahead", corner, 5, 50.0, 4000000000U, {}},
+        {"enough room", corner, 5, 50.0, 4, {8}},
+        {"straight again at the end", open, 5, 50.0, 8, {40}},
+        {"still turning at the end", Cut(open, 49), 5, 50.0, 8, {}},
+        {"far enough from the start", near, 3, 50.0, 1, {3}},
+        {"too near the start", near, 4, 50.0, 1, {}},
+        {"a sharper corner takes the place of one too near", two, 4, 50.0, 1, {6}},
+        {"both", two, 3, 50.0, 1, {3, 6}},
+        {"repeated samples count as a turn", stop, 5, 50.0, 1, {10}},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(ContinuityBreaks(row.samples, row.minGap, row.angleDeg, row.k), row.expected) << row.name;
 }
 
 // --- Speed
@@ -308,42 +305,25 @@ TEST(SpeedBreaks, OuterThreeSamplesAndOpenRunsAreLeftOut) {
 }
 
 TEST(SpeedBreaks, RunsThatVary) {
-    std::vector<double> speeds(60, 10.0);
-    speeds[20] = 6.0;
-    speeds[21] = 2.0;
-    speeds[22] = 6.0;
-    EXPECT_THAT(Varying(speeds), ElementsAre(21));
-    speeds[21] = 5.5; // now nearly even
-    EXPECT_THAT(Varying(speeds), IsEmpty());
-}
-
-TEST(SpeedBreaks, ShortRunsJoinTheNextOne) {
-    std::vector<double> speeds(60, 10.0);
-    speeds[20] = 1.0;
-    speeds[21] = 9.0;
-    EXPECT_THAT(Varying(speeds), IsEmpty()); // two samples wait
-    speeds[40] = 5.0;                        // the third comes later, and the slowest is still the first
-    EXPECT_THAT(Varying(speeds), ElementsAre(20));
-}
-
-TEST(SpeedBreaks, TenSamplesApart) {
-    const auto two = [](std::size_t second) {
-        std::vector<double> speeds(60, 10.0);
-        for (const std::size_t at : {std::size_t{20}, second}) {
-            speeds[at - 1] = 6.0;
-            speeds[at] = 1.0;
-            speeds[at + 1] = 6.0;
-        }
-        return Varying(speeds);
+    const struct {
+        const char* name;
+        std::vector<std::pair<std::size_t, double>> slow; // among sixty samples of speed 10
+        Breaks expected;
+    } rows[] = {
+        {"a run", {{20, 6}, {21, 2}, {22, 6}}, {21}},
+        {"nearly even", {{20, 6}, {21, 5.5}, {22, 6}}, {}},
+        {"two samples wait", {{20, 1}, {21, 9}}, {}},
+        {"the third comes later, the slowest is still the first", {{20, 1}, {21, 9}, {40, 5}}, {20}},
+        {"nine apart", {{19, 6}, {20, 1}, {21, 6}, {28, 6}, {29, 1}, {30, 6}}, {20}},
+        {"ten apart", {{19, 6}, {20, 1}, {21, 6}, {29, 6}, {30, 1}, {31, 6}}, {20, 30}},
+        {"zeros", {{20, 0}, {21, 0}, {22, 0}}, {}},
     };
-    EXPECT_THAT(two(29), ElementsAre(20));
-    EXPECT_THAT(two(30), ElementsAre(20, 30));
-}
-
-TEST(SpeedBreaks, WindowOfZerosIsNoBreak) {
-    std::vector<double> speeds(60, 10.0);
-    speeds[20] = speeds[21] = speeds[22] = 0.0;
-    EXPECT_THAT(Varying(speeds), IsEmpty());
+    for (const auto& row : rows) {
+        std::vector<double> speeds(60, 10.0);
+        for (const auto& [at, speed] : row.slow)
+            speeds[at] = speed;
+        EXPECT_EQ(Varying(speeds), row.expected) << row.name;
+    }
 }
 
 TEST(JoinedBreaks, ContinuityBreaksStandForSpeedBreaksNearby) {
@@ -366,18 +346,22 @@ TEST(JoinedBreaks, ContinuityBreaksStandForSpeedBreaksNearby) {
 
 TEST(MergedBreaks, ShortPiecesVanish) {
     const Samples line = DrawPath({{0, 0}, {99, 0}}, 99);
-    EXPECT_THAT(Merged(line, {}), IsEmpty());
-    EXPECT_THAT(Merged(line, {10, 12}), ElementsAre(11));
-    EXPECT_THAT(Merged(line, {3, 50}), ElementsAre(50));      // first piece
-    EXPECT_THAT(Merged(line, {50, 97}), ElementsAre(50));     // last piece
-    EXPECT_THAT(Merged(line, {30, 33, 36}), ElementsAre(32)); // 36 and 33 to 34, then with 30
-}
-
-// The segment that ends at the break is not counted: 60 samples to 40 are 59 to 39 units here.
-TEST(MergedBreaks, LimitIsATwentiethOfTheLongestPiece) {
-    const Samples line = DrawPath({{0, 0}, {101, 0}}, 101);
-    EXPECT_THAT(Merged(line, {81, 86}), ElementsAre(83));     // 4 of 80
-    EXPECT_THAT(Merged(line, {80, 85}), ElementsAre(80, 85)); // 4 of 79
+    const Samples longer = DrawPath({{0, 0}, {101, 0}}, 101);
+    const struct {
+        const Samples& samples;
+        Breaks breaks, expected;
+    } rows[] = {
+        {line, {}, {}},
+        {line, {10, 12}, {11}},
+        {line, {3, 50}, {50}},      // first piece
+        {line, {50, 97}, {50}},     // last piece
+        {line, {30, 33, 36}, {32}}, // 36 and 33 to 34, then with 30
+        // The segment that ends at the break is not counted.
+        {longer, {81, 86}, {83}},     // 4 of 80: a twentieth
+        {longer, {80, 85}, {80, 85}}, // 4 of 79
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Merged(row.samples, row.breaks), row.expected) << testing::PrintToString(row.breaks);
 }
 
 } // namespace

@@ -53,25 +53,28 @@ std::vector<double> Tolerances(const SketchRecognizerAccess& access) {
 
 // --- Measures
 
+// Of its hundred segments the last does not count for closing.
 TEST(RecognizerMeasures, TolerancesFollowTheScheme) {
     using Prefs = SketchRecognizerPreferences;
     struct Row {
         int scheme;
         double length;
         std::vector<double> expected;
+        double closing;
     };
     const Row rows[] = {
-        {Prefs::ToleranceScheme_Mixed, 100.0, {5, 4, 5, 2.5}},
-        {Prefs::ToleranceScheme_Mixed, 1000.0, {20, 40, 40, 5}},
-        {Prefs::ToleranceScheme_Mixed, 10.0, {2.5, 2.5, 2.5, 2.5}},
-        {Prefs::ToleranceScheme_Absolute, 10.0, {20, 40, 40, 5}},
-        {Prefs::ToleranceScheme_Relative, 1000.0, {50, 40, 50, 25}},
+        {Prefs::ToleranceScheme_Mixed, 100.0, {5, 4, 5, 2.5}, 12.375},
+        {Prefs::ToleranceScheme_Mixed, 1000.0, {20, 40, 40, 5}, 20.0},
+        {Prefs::ToleranceScheme_Mixed, 10.0, {2.5, 2.5, 2.5, 2.5}, 2.5},
+        {Prefs::ToleranceScheme_Absolute, 10.0, {20, 40, 40, 5}, 20.0},
+        {Prefs::ToleranceScheme_Relative, 1000.0, {50, 40, 50, 25}, 123.75},
     };
     for (const Row& row : rows) {
         SketchRecognizer recognizer;
         const SketchRecognizerAccess access = Straight(recognizer, row.length);
         recognizer.AskPreferences()->SetToleranceScheme(row.scheme);
         EXPECT_THAT(Tolerances(access), testing::Pointwise(testing::DoubleEq(), row.expected)) << row.length;
+        EXPECT_DOUBLE_EQ(recognizer.AskClosedStrokeTolerance(), row.closing) << row.length;
     }
 }
 
@@ -90,25 +93,6 @@ TEST(RecognizerMeasures, TolerancesFollowTheDrawingContext) {
     *small.AskPreferences() = *recognizer.AskPreferences();
     small.AskPreferences()->SetToleranceScheme(SketchRecognizerPreferences::ToleranceScheme_Mixed);
     EXPECT_THAT(Tolerances(tiny), ElementsAre(0.25, 0.25, 0.25, 0.25));
-}
-
-TEST(RecognizerMeasures, ClosedStrokeTolerance) {
-    using Prefs = SketchRecognizerPreferences;
-    struct Row {
-        int scheme;
-        double length, expected;
-    };
-    const Row rows[] = {
-        {Prefs::ToleranceScheme_Mixed, 10.0, 2.5},       {Prefs::ToleranceScheme_Mixed, 100.0, 12.375},
-        {Prefs::ToleranceScheme_Mixed, 1000.0, 20.0},    {Prefs::ToleranceScheme_Absolute, 10.0, 20.0},
-        {Prefs::ToleranceScheme_Relative, 10.0, 1.2375},
-    };
-    for (const Row& row : rows) {
-        SketchRecognizer recognizer;
-        Straight(recognizer, row.length); // of its hundred segments the last does not count here
-        recognizer.AskPreferences()->SetToleranceScheme(row.scheme);
-        EXPECT_DOUBLE_EQ(recognizer.AskClosedStrokeTolerance(), row.expected) << row.length;
-    }
 }
 
 TEST(RecognizerMeasures, LengthLeavesOutTheSegmentThatEndsAtLast) {
@@ -136,17 +120,16 @@ struct Shape {
     const char* name;
     Samples samples;
     std::vector<int> kinds;
-    bool reversible; ///< its breaks are the same backwards
 };
 
 std::vector<Shape> CleanShapes() {
     return {
-        {"line", DrawPath({{0, 0}, {200, 30}}, 80), {3}, true},
-        {"arc", DrawEllipse({50, 40}, 90, 90, 0, 0.3, 3.4, 150), {5}, true},
-        {"elliptic arc", DrawEllipse({10, 20}, 120, 50, 0.4, 0.2, 4.9, 200), {6}, true},
-        {"corner", DrawPath({{0, 0}, {100, 0}, {100, 80}}, 60), {3, 3}, true},
-        {"triangle", DrawPath({{0, 0}, {150, 10}, {60, 120}, {0, 0}}, 60), {3, 3, 3}, true},
-        {"rectangle", DrawPath({{0, 0}, {160, 0}, {160, 90}, {0, 90}, {0, 0}}, 60), {3, 3, 3, 3}, true},
+        {"line", DrawPath({{0, 0}, {200, 30}}, 80), {3}},
+        {"arc", DrawEllipse({50, 40}, 90, 90, 0, 0.3, 3.4, 150), {5}},
+        {"elliptic arc", DrawEllipse({10, 20}, 120, 50, 0.4, 0.2, 4.9, 200), {6}},
+        {"corner", DrawPath({{0, 0}, {100, 0}, {100, 80}}, 60), {3, 3}},
+        {"triangle", DrawPath({{0, 0}, {150, 10}, {60, 120}, {0, 0}}, 60), {3, 3, 3}},
+        {"rectangle", DrawPath({{0, 0}, {160, 0}, {160, 90}, {0, 90}, {0, 0}}, 60), {3, 3, 3, 3}},
     };
 }
 
@@ -181,46 +164,57 @@ TEST(Recognize, CleanShapesAnywhere) {
             }
 }
 
-TEST(Recognize, CleanShapesBackwards) {
-    for (const Shape& shape : CleanShapes()) {
-        SCOPED_TRACE(shape.name);
-        Samples backwards(shape.samples.rbegin(), shape.samples.rend());
-        std::vector<int> kinds(shape.kinds.rbegin(), shape.kinds.rend());
-        EXPECT_EQ(Recognized(backwards).Kinds(), kinds);
-    }
-}
+const std::vector<int> kAnyCuts = {-1};
 
-TEST(Recognize, PiecesShareTheirBreaks) {
-    const Results results = Recognized(DrawPath({{0, 0}, {160, 0}, {160, 90}, {0, 90}, {0, 0}}, 60));
-    ASSERT_EQ(results.Count(), 4U);
-    EXPECT_THAT(results.Cuts(), ElementsAre(60, 120, 180));
-    for (std::size_t i = 0; i + 1 < 4; ++i)
-        EXPECT_EQ(results[i].GetEndIndex(), results[i + 1].GetStartIndex());
-    EXPECT_EQ(results[0].GetStartIndex(), 0);
-    EXPECT_EQ(results[3].GetEndIndex(), 240);
-    EXPECT_LT(results.CurveOf(2).GetStart().Distance(Point(160, 90)), 1e-9);
-    EXPECT_LT(results.CurveOf(2).GetEnd().Distance(Point(0, 90)), 1e-9);
-}
+struct Reading {
+    const char* name;
+    Samples samples;
+    std::vector<int> kinds;
+    std::vector<int> cuts;
+    bool segment = true;
+    int type = kAnyKind;
+};
 
-TEST(Recognize, TypeIsALowerBound) {
+TEST(Recognize, KindsAndCuts) {
     const Samples straight = DrawPath({{0, 0}, {100, 50}}, 60);
-    EXPECT_THAT(Recognized(straight, true, static_cast<CurveType_e>(0)).Kinds(), ElementsAre(3));
-    EXPECT_THAT(Recognized(straight, true, CurveType_Spline).Kinds(), ElementsAre(9));
     const Samples arc = DrawEllipse({0, 0}, 90, 90, 0, 0.3, 3.4, 150);
-    EXPECT_THAT(Recognized(arc, true, CurveType_Arc).Kinds(), ElementsAre(5));
-    EXPECT_THAT(Recognized(arc, true, CurveType_Ellipse).Kinds(), ElementsAre(6));
-    EXPECT_THAT(Recognized(arc, true, CurveType_Spline).Kinds(), ElementsAre(9));
-}
-
-TEST(Recognize, UnsegmentedGivesOneCurve) {
     const Samples corner = DrawPath({{0, 0}, {100, 0}, {100, 80}}, 60);
-    EXPECT_THAT(Recognized(corner, false).Kinds(), ElementsAre(9));
-    EXPECT_EQ(Recognized(corner, false)[0].GetEndIndex(), 120);
-}
-
-// Round strokes of more than 95 % are no arcs; without the closing step they stay splines.
-TEST(Recognize, NearlyClosedCircleIsASpline) {
-    EXPECT_THAT(Recognized(DrawEllipse({0, 0}, 80, 80, 0, 0, 350 * kPi / 180, 200)).Kinds(), ElementsAre(9));
+    Samples slowed = DrawPath({{0, 0}, {300, 0}}, 100);
+    for (int i = 45; i <= 55; ++i)
+        slowed[static_cast<std::size_t>(i)] = StrokePoint(3.0 * i, 0.0, 0.1 + 0.1 * std::abs(i - 50));
+    std::vector<Reading> rows = {
+        {"pieces share their breaks",
+         DrawPath({{0, 0}, {160, 0}, {160, 90}, {0, 90}, {0, 0}}, 60),
+         {3, 3, 3, 3},
+         {60, 120, 180}},
+        {"the type is a lower bound: none", straight, {3}, {}, true, 0},
+        {"spline at least", straight, {9}, {}, true, CurveType_Spline},
+        {"arc at least", arc, {5}, {}, true, CurveType_Arc},
+        {"ellipse at least", arc, {6}, {}, true, CurveType_Ellipse},
+        {"spline at least, arc", arc, {9}, {}, true, CurveType_Spline},
+        {"unsegmented", corner, {9}, {}, false},
+        // Round strokes of more than 95 % are no arcs; without the closing step they stay splines.
+        {"nearly closed circle", DrawEllipse({0, 0}, 80, 80, 0, 0, 350 * kPi / 180, 200), {9}, {}},
+        // Two lines are not outvoted: a line that the pen slows on keeps its break.
+        {"line with a pause", slowed, {3, 3}, {50}},
+    };
+    for (const Shape& shape : CleanShapes()) // backwards
+        rows.push_back({shape.name,
+                        {shape.samples.rbegin(), shape.samples.rend()},
+                        {shape.kinds.rbegin(), shape.kinds.rend()},
+                        kAnyCuts});
+    for (const Reading& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Results results = Recognized(row.samples, row.segment, static_cast<CurveType_e>(row.type));
+        ASSERT_EQ(results.Kinds(), row.kinds);
+        if (row.cuts != kAnyCuts) {
+            EXPECT_EQ(results.Cuts(), row.cuts);
+        }
+        for (std::size_t i = 0; i + 1 < results.Count(); ++i)
+            EXPECT_EQ(results[i].GetEndIndex(), results[i + 1].GetStartIndex());
+        EXPECT_EQ(results[0].GetStartIndex(), 0);
+        EXPECT_EQ(results[results.Count() - 1].GetEndIndex(), static_cast<int>(row.samples.size()) - 1);
+    }
 }
 
 TEST(Recognize, NothingToRecognise) {
@@ -295,14 +289,6 @@ TEST(Recognize, OutOfMemoryAnywhere) {
     }
 }
 
-// Two lines are not outvoted: a line that the pen slows on keeps its break.
-TEST(Recognize, LineWithAPause) {
-    Samples slowed = DrawPath({{0, 0}, {300, 0}}, 100);
-    for (int i = 45; i <= 55; ++i)
-        slowed[static_cast<std::size_t>(i)] = StrokePoint(3.0 * i, 0.0, 0.1 + 0.1 * std::abs(i - 50));
-    EXPECT_THAT(Recognized(slowed).Kinds(), ElementsAre(3, 3));
-}
-
 // --- Results
 
 TEST(RecognizedGeometry, KeyIndicesAreTheFarthestSamples) {
@@ -328,11 +314,11 @@ TEST(RecognizedGeometry, Equality) {
     Line other(Point(0, 0), Point(10, 0));
     const RecognizedGeometry base(line, 5, 1, 9, 0.1, nullptr);
     EXPECT_TRUE(base == RecognizedGeometry(line, 5, 1, 9, 0.1 + 5e-9, nullptr));
-    EXPECT_FALSE(base == RecognizedGeometry(line, 5, 1, 9, 0.1 + 2e-8, nullptr));
-    EXPECT_FALSE(base == RecognizedGeometry(other, 5, 1, 9, 0.1, nullptr));
-    EXPECT_FALSE(base == RecognizedGeometry(line, 6, 1, 9, 0.1, nullptr));
-    EXPECT_FALSE(base == RecognizedGeometry(line, 5, 2, 9, 0.1, nullptr));
-    EXPECT_FALSE(base == RecognizedGeometry(line, 5, 1, 8, 0.1, nullptr));
+    for (const RecognizedGeometry& different :
+         {RecognizedGeometry(line, 5, 1, 9, 0.1 + 2e-8, nullptr),
+          RecognizedGeometry(other, 5, 1, 9, 0.1, nullptr), RecognizedGeometry(line, 6, 1, 9, 0.1, nullptr),
+          RecognizedGeometry(line, 5, 2, 9, 0.1, nullptr), RecognizedGeometry(line, 5, 1, 8, 0.1, nullptr)})
+        EXPECT_FALSE(base == different);
 }
 
 TEST(RemoveSmallCurves, ShorterThanATwentiethOfTheLongestPiece) {

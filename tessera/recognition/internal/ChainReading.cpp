@@ -60,6 +60,23 @@ void LevelSides(std::vector<Point>& corners) {
     }
 }
 
+// Corners that lie beyond the tolerance outside the ink's box become the ink's own.
+void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
+    const XYBox box(ink.path.pts);
+    const auto isOutside = [&](const Point& p) {
+        return p.x < box.min.x - tolerance || p.x > box.max.x + tolerance || p.y < box.min.y - tolerance ||
+               p.y > box.max.y + tolerance;
+    };
+    const std::size_t count = chain.pieces.size();
+    for (std::size_t i = chain.isClosed ? 0 : 1; i < count; ++i) {
+        ExactPiece& piece = chain.pieces[i];
+        if (!isOutside(piece.from))
+            continue;
+        piece.from = ink.path.pts[static_cast<std::size_t>(piece.first)];
+        chain.pieces[(i + count - 1) % count].to = piece.from;
+    }
+}
+
 // A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole.
 InkShape Regularise(const SketchRecognizerPreferences& preferences, ExactChain& chain) {
     std::vector<Point> corners;
@@ -103,8 +120,9 @@ void NameEnds(InkReading& reading) {
 }
 
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
-               std::span<Curve* const> earlier, Chain chain, InkReading& reading) {
+               std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
     ExactChain exact = MakeExact(ink, chain);
+    DrawInCorners(ink, tolerance, exact);
     reading.shape = ShapeOf(exact);
     if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())
         reading.shape = Regularise(preferences, exact);
@@ -113,6 +131,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     if (preferences.AskSnapping() && !isRegular) {
         SnapLines(preferences.AskSnapAngleCreate() * kDegree, chain);
         exact = MakeExact(ink, chain);
+        DrawInCorners(ink, tolerance, exact);
     }
     reading.isClosed = exact.isClosed;
     reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);

@@ -9,9 +9,10 @@
 
 namespace Tessera::Geometry {
 
-/// Fills shape, curves, joints and connections; deviations are left to MeasureDeviations.
+/// Fills shape, curves, joints and connections; deviations are left to MeasureDeviations. No corner lies
+/// farther outside the ink's box than the tolerance (sizes).
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
-               std::span<Curve* const> earlier, Chain chain, InkReading& reading);
+               std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading);
 
 /// Connections name the pen's first and last end as Start and End; turns these into the curves' own.
 void NameEnds(InkReading& reading);

@@ -17,9 +17,9 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kBowedLine = 1.2; // a hand's lone line strays so much farther than the rules allow
-// Rules' tolerances by which a reading may stray farther than the rules' own: corners that a hand rounds take
-// up two.
-constexpr double kMostStray = 3.0;
+// Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
+// of drawn polygons take up three.
+constexpr double kMostStray = 4.0;
 
 void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
@@ -72,7 +72,8 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
               const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
               InkReading& reading) {
     Chain chain = FindChain(priced, rules, preferences);
-    const bool isLine = IsLoneLine(priced, chain, kBowedLine * rules.LineShare() * priced.path.length);
+    const double tolerance = rules.LineShare() * priced.path.length;
+    const bool isLine = IsLoneLine(priced, chain, kBowedLine * tolerance);
     if (!isLine)
         BowLoneLine(priced, chain);
     const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
@@ -101,7 +102,7 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
     else if (arc)
         ReadEllipticArc(priced, preferences, earlier, *arc, reading);
     else
-        ReadChain(priced, preferences, earlier, chain, reading);
+        ReadChain(priced, preferences, earlier, chain, tolerance, reading);
 }
 
 // By how many tolerances some curve strays farther than `allowed`.

@@ -33,7 +33,7 @@ struct FreeTerms {
     double polePrice;
 };
 constexpr FreeTerms kFreeTerms[] = {
-    {0.065, kFreeTolerance, 4.0}, {0.065, kFreeTolerance, 4.0}, {0.085, 0.06, 3.0}};
+    {0.065, kFreeTolerance, 4.0}, {0.065, kFreeTolerance, 4.0}, {0.095, 0.06, 3.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
