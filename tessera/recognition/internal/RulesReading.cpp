@@ -50,6 +50,27 @@ bool RunsAgainst(const InterpretedCurve& made, const std::vector<InkSample>& sam
     return p.Distance2(made.curve->GetEnd()) < p.Distance2(made.curve->GetStart());
 }
 
+/// Deletes the results that have not been taken over: memory may run out before they are.
+class ResultOwner {
+public:
+    explicit ResultOwner(SketchRecognizer& recognizer) : recognizer_(recognizer) {}
+    ResultOwner(const ResultOwner&) = delete;
+    ResultOwner& operator=(const ResultOwner&) = delete;
+    ~ResultOwner() {
+        while (const auto result = Next())
+            delete &result->GetResult();
+    }
+    /// The curve of the result is the caller's, too; null after the last.
+    std::unique_ptr<RecognizedGeometry> Next() {
+        const auto& results = recognizer_.GetResults();
+        return std::unique_ptr<RecognizedGeometry>(next_ < results.size() ? results[next_++] : nullptr);
+    }
+
+private:
+    SketchRecognizer& recognizer_;
+    std::size_t next_ = 0;
+};
+
 } // namespace
 
 RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences)
@@ -77,12 +98,13 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
                            static_cast<int>(i));
     }
     SketchRecognizer recognizer;
+    ResultOwner pending(recognizer);
     SketchRecognizerPreferences working = preferences;
     recognizer.SetPreferences(working);
     recognizer.Recognize(stroke, true, CurveType_Line);
     CloseRoundStroke(recognizer);
-    for (RecognizedGeometry* result : recognizer.GetResults()) {
-        const std::unique_ptr<RecognizedGeometry> owner(result);
+    pieces_.reserve(recognizer.GetResults().size());
+    while (const std::unique_ptr<RecognizedGeometry> result = pending.Next()) {
         InterpretedCurve made;
         made.curve.reset(&result->GetResult());
         made.firstSample = result->GetStartIndex();
