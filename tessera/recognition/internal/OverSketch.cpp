@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
-#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Line.h"
+#include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/RetracedForm.h"
 
 namespace Tessera::Geometry {
@@ -21,6 +24,7 @@ constexpr double kMostAngleFree = 0.35;
 constexpr double kStraight = 0.1;    // the same about the chord: ink that is a line by itself
 constexpr double kMostLengths = 1.3; // ink per length of the curve that it covers, and the other way round
 constexpr double kMostBack = 0.1;    // of the covered length: hooks that run back
+constexpr double kFlattest = 0.01;   // of the chord: height of an arc whose ends are moved
 constexpr int kReach = 3;            // points to either side over which directions are taken
 
 struct Limits {
@@ -125,6 +129,46 @@ double LargestDistance(const Retrace& retrace) {
         ->distance;
 }
 
+// A line within the snap angle of an axis is turned onto it, about its middle.
+void SnapToAxis(double angleRad, ExactPiece& line) {
+    const Point middle = 0.5 * (line.from + line.to);
+    const Point half = 0.5 * (line.to - line.from);
+    const double off = std::remainder(std::atan2(half.y, half.x), 0.5 * std::numbers::pi);
+    if (std::fabs(off) > angleRad)
+        return;
+    const Point along = std::fabs(half.x) > std::fabs(half.y)
+                            ? Point(std::copysign(half.Length(), half.x), 0.0)
+                            : Point(0.0, std::copysign(half.Length(), half.y));
+    line.from = middle - along;
+    line.to = middle + along;
+}
+
+// What a new line or arc gets, the new form gets too: directions of axes, ends on the other curves.
+void Tidy(const InkPath& path, const SketchRecognizerPreferences& preferences, std::vector<Curve*> others,
+          InkReading& reading) {
+    std::unique_ptr<Curve>& form = reading.curves[0].curve;
+    const CurveType_e kind = form->GetType();
+    if (form->IsClosed() || (kind != CurveType_Line && kind != CurveType_Arc))
+        return;
+    others[static_cast<std::size_t>(reading.retraced)] = nullptr;
+    ExactChain chain;
+    chain.pieces.push_back(
+        {PieceKind::Line, path.FromModel(form->GetStart()), path.FromModel(form->GetEnd()), {}, 0, 0});
+    ExactPiece& piece = chain.pieces[0];
+    if (kind == CurveType_Line && preferences.AskSnapping())
+        SnapToAxis(preferences.AskSnapAngleCreate() * std::numbers::pi / 180.0, piece);
+    reading.connections = ConnectEnds(path, others, preferences, chain);
+    const Point from = path.ToModel(piece.from);
+    const Point to = path.ToModel(piece.to);
+    const Point middle = form->GetMidPoint();
+    if (kind == CurveType_Line)
+        form = std::make_unique<Line>(from, to);
+    else if ((middle - from).Cross(to - middle) > kFlattest * from.Distance2(to))
+        form.reset(Arc::FromThreePoints(from, middle, to));
+    else
+        reading.connections.clear(); // the ends would take the bend out of the arc
+}
+
 } // namespace
 
 Retrace FindRetrace(const InkPath& path, const SketchRecognizerPreferences& preferences,
@@ -174,6 +218,7 @@ bool ReadRetrace(const InkPath& path, const SketchRecognizerPreferences& prefere
     reading.retraced = retrace.earlier;
     reading.isClosed = made.curve->IsClosed();
     reading.curves.push_back(std::move(made));
+    Tidy(path, preferences, {earlier.begin(), earlier.end()}, reading);
     return true;
 }
 

@@ -18,6 +18,8 @@ constexpr int kParameters = 5;
 constexpr double kSpreadShare = 0.4;
 constexpr double kTail = 0.15;      // sizes from which a distance costs no more
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
+// Growth from the start to the end of the stroke, of the mean radius, beyond which it is a spiral.
+constexpr double kMostDrift = 0.45;
 // Difference of the radii, of the larger one, up to which a round is a circle, and its growth with the length
 // (in sizes) that the pen covers per sample. Measured on drawn circles and ovals.
 constexpr double kOblong = 0.27;
@@ -91,7 +93,8 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
         return std::nullopt;
     const EllipseTerms x = Explain(ellipse);
     RoundShape shape = Corrected(ellipse, x);
-    if (!(shape.radii[1] > 0.0))
+    const double drift = std::fabs(x[kEllipseTerms - 1] * ellipse.winding);
+    if (!(shape.radii[1] > 0.0) || drift > kMostDrift * 0.5 * (shape.radii[0] + shape.radii[1]))
         return std::nullopt;
     const double pace = ink.path.length / samples;
     const double oblong =

@@ -193,6 +193,27 @@ TEST(OverSketch, TheTolerancesHold) {
     }
 }
 
+// A side of a triangle drawn again, nearly level: it becomes level where nothing holds it, and stays joined.
+TEST(OverSketch, TheNewFormStaysJoined) {
+    Line side({0, 0}, {300, 40});
+    Line next({300, 40}, {120, 250});
+    Line last({120, 250}, {0, 0});
+    const std::vector<Point> ink = PointsOf(Straight({4, 5}, {293, 38}));
+    for (Curve* const other : std::initializer_list<Curve*>{&next, nullptr}) {
+        Curve* const earlier[] = {&last, other, &side};
+        const InkReading reading = InterpretInk(InkOf(ink), {}, earlier);
+        ASSERT_EQ(reading.shape, InkShape::Retrace);
+        EXPECT_EQ(reading.connections.size(), other != nullptr ? 2U : 1U);
+        EXPECT_LT(reading.curves[0].curve->GetStart().Distance({0, 0}), 1e-9);
+        EXPECT_LT(reading.curves[0].curve->GetEnd().Distance({300, 40}), other != nullptr ? 1e-9 : 8.0);
+    }
+    Line tilted({0, 0}, {300, 12});
+    Curve* const alone[] = {&tilted};
+    const InkReading level = InterpretInk(InkOf(PointsOf(Straight({2, 3}, {296, 9}))), {}, alone);
+    ASSERT_EQ(level.shape, InkShape::Retrace);
+    EXPECT_EQ(level.curves[0].curve->GetStart().y, level.curves[0].curve->GetEnd().y);
+}
+
 TEST(OverSketch, TheNearestCurveTheNewestOfEquals) {
     Line a({0, 0}, {300, 0});
     Line b({0, 6}, {300, 6});

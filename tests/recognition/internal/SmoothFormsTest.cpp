@@ -72,6 +72,11 @@ TEST(SmoothForms, KindsFollowTheInk) {
              return (90 + 16 * std::cos(3 * kTurn * u)) * Round({0, 0}, 1, 1, 0, kTurn)(u);
          },
          InkShape::Spline},
+        {"spiral",
+         [](double u) {
+             return (40 + 100 * u) * Round({0, 0}, 1, 1, 0, kTurn)(u);
+         },
+         InkShape::Chain},
         {"rounded box",
          [](double u) {
              const double t = kTurn * u;
