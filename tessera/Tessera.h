@@ -10,7 +10,6 @@
 #include "tessera/core/TaggedObject.h"
 #include "tessera/core/ThrowMessage.h"
 #include "tessera/dimension/AngularDimension.h"
-#include "tessera/dimension/AxisDimension.h"
 #include "tessera/dimension/DimDeco.h"
 #include "tessera/dimension/DimensionBase.h"
 #include "tessera/dimension/DimensionType.h"

@@ -36,10 +36,6 @@ ProjectedDimension::ProjectedDimension(Axis axis, Line* line, Arc* first, Arc* s
             arcs_.push_back(arc);
 }
 
-ProjectedDimension::~ProjectedDimension() {
-    DetachFromCurves();
-}
-
 void ProjectedDimension::AssignDimension(const ProjectedDimension* other) {
     LengthDimension::AssignDimension(other);
     Store(arcs_, other->arcs_);

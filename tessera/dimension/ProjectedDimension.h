@@ -20,9 +20,8 @@ namespace Tessera::Dimension {
 
 class TESSERA_API ProjectedDimension : public LengthDimension {
 public:
-    ProjectedDimension(const ProjectedDimension& other) = default;
-    ~ProjectedDimension() override;
-
+    ProjectedDimension* Copy() const override = 0;
+    DimensionType_e GetType() const override = 0;
     bool Replace(Core::TaggedObject* other) override;
     void GetParentCurves(std::vector<Geometry::Curve*>& curves) const override;
     /// A line becomes the line when there is none yet, an arc joins the arcs; reported in any case.
@@ -48,6 +47,7 @@ protected:
     enum class Axis { X, Y };
 
     explicit ProjectedDimension(Axis axis) : axis_(axis) {}
+    ProjectedDimension(const ProjectedDimension& other) = default;
     ProjectedDimension(Axis axis, Geometry::Line* line, Geometry::Arc* first, Geometry::Arc* second,
                        double textHeightOffset, double fontHeight);
 
