@@ -78,22 +78,19 @@ AngularDimension* AngularDimension::Copy() const {
 void AngularDimension::AssignDimension(const AngularDimension* other) {
     if (other == nullptr || other == this)
         return;
-    std::vector<Curve*> former;
-    GetParentCurves(former);
-    Store(lines_, other->lines_);
-    AssignFields(*other);
-    SetDimensionArc(CopyOf(other->arc_).release());
-    SetParam(other->param_);
-    SetAngularDimDeco(1, CopyOf(other->decos_[0]).release());
-    SetAngularDimDeco(2, CopyOf(other->decos_[1]).release());
-    SetDecoEndDistance(other->decoEndDistance_);
-    Store(lineParams_, other->lineParams_);
-    SetParamUsed(other->paramUsed_);
-    SetAnnotCenterParamOffset(other->paramOffset_);
-    SetAnnotCenterDistOffset(other->distOffset_);
-    // The flag last: while it holds, lines report that they lose or gain this dimension.
-    FollowParents(former);
-    SetIsFinalized(other->GetIsFinalized());
+    TakeOver(*other, [&] {
+        Store(lines_, other->lines_);
+        AssignFields(*other);
+        SetDimensionArc(CopyOf(other->arc_).release());
+        SetParam(other->param_);
+        SetAngularDimDeco(1, CopyOf(other->decos_[0]).release());
+        SetAngularDimDeco(2, CopyOf(other->decos_[1]).release());
+        SetDecoEndDistance(other->decoEndDistance_);
+        Store(lineParams_, other->lineParams_);
+        SetParamUsed(other->paramUsed_);
+        SetAnnotCenterParamOffset(other->paramOffset_);
+        SetAnnotCenterDistOffset(other->distOffset_);
+    });
 }
 
 bool AngularDimension::Replace(Core::TaggedObject* other) {

@@ -204,10 +204,13 @@ DimensionBase* DimensionBase::DeepCopy(std::set<int>& ids, std::map<int, Core::T
     auto* copy = static_cast<DimensionBase*>(TaggedObject::DeepCopy(ids, copies));
     if (isCopied || copy == nullptr)
         return copy;
-    for (const Curve* parent : DistinctParents(*this))
-        copy->ExchangeCurve(parent, parent->DeepCopy(ids, copies));
-    if (IsAttached())
-        copy->AttachToParents();
+    for (const Curve* parent : DistinctParents(*this)) {
+        Curve* copiedParent = parent->DeepCopy(ids, copies);
+        copy->ExchangeCurve(parent, copiedParent);
+        // Curves take the copies of finalized dimensions in themselves, in the order of their lists.
+        if (copiedParent != nullptr && IsAttachedTo(parent) && !GetIsFinalized())
+            copiedParent->AddDimension(copy);
+    }
     return copy;
 }
 

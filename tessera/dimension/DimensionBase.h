@@ -54,7 +54,7 @@ public:
     /// and decoration follow the curves at the next update.
     void Transform(double m[3][3]) override;
     /// The copy refers to the deep copies of this dimension's parents, which are made when they are missing,
-    /// and is attached to them if this one is attached.
+    /// and is attached to those whose originals list this one.
     DimensionBase* DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const override;
     /// Reports only finalized dimensions: one under construction or shown as a preview stays unknown to the
     /// host.
@@ -194,10 +194,10 @@ protected:
     }
     /// SetIsFinalized of every kind: a changed flag is told to each parent curve, then stored.
     void ChangeIsFinalized(bool finalized);
-    /// To be called first in the destructor of each kind, while its GetParentCurves still answers.
+    /// To be called first in the destructor of each concrete kind: what the host asks when it is told must
+    /// still be answered by that kind.
     void DetachFromCurves();
     bool IsAttachedTo(const Geometry::Curve* curve) const;
-    bool IsAttached() const { return !listedBy_.empty(); }
     /// Attaches to each parent that does not list this dimension yet.
     void AttachToParents();
     /// ReplaceCurve of every kind: the replacement takes the place of the parent with its identifier, else of
@@ -207,21 +207,27 @@ protected:
     void FollowParents(const std::vector<Geometry::Curve*>& former);
     /// Assigns what all kinds share except the finalized flag, each field reported; no pending edit remains.
     void AssignFields(const DimensionBase& other);
-    /// Replace of every kind: reports, lets `assign` take over the content of another dimension of the same
-    /// type, follows its parents and takes its finalized flag. False and nothing done for anything else.
+    /// Lets `assign` take over the content of another dimension, follows its parents and takes its finalized
+    /// flag.
+    template <class Assign>
+    void TakeOver(const DimensionBase& source, Assign assign) {
+        std::vector<Geometry::Curve*> former;
+        GetParentCurves(former);
+        const bool finalized = source.GetIsFinalized();
+        assign();
+        // The flag last: while it holds, curves report that they lose or gain this dimension.
+        FollowParents(former);
+        SetIsFinalized(finalized);
+    }
+    /// Replace of every kind: reports, then takes over another dimension of the same type. False and nothing
+    /// done for anything else.
     template <class Kind, class Assign>
     bool ReplaceBy(Core::TaggedObject* other, Assign assign) {
         const auto* source = dynamic_cast<const Kind*>(other);
         if (source == nullptr || source->AskClass() != AskClass() || source->GetType() != GetType())
             return false;
-        std::vector<Geometry::Curve*> former;
-        GetParentCurves(former);
-        const bool finalized = source->GetIsFinalized();
         LogForChange();
-        assign(source);
-        // The flag last: while it holds, curves report that they lose or gain this dimension.
-        FollowParents(former);
-        SetIsFinalized(finalized);
+        TakeOver(*source, [&] { assign(source); });
         return true;
     }
     /// Reports, then stores.

@@ -120,10 +120,14 @@ LinearDimension* LinearDimension::Copy() const {
 }
 
 void LinearDimension::AssignDimension(const LinearDimension* other) {
-    LengthDimension::AssignDimension(other);
-    Store(first_, other->first_);
-    Store(second_, other->second_);
-    SetPickPointParam(other->pickPointParam_);
+    if (other == nullptr || other == this)
+        return;
+    TakeOver(*other, [&] {
+        LengthDimension::AssignDimension(other);
+        Store(first_, other->first_);
+        Store(second_, other->second_);
+        SetPickPointParam(other->pickPointParam_);
+    });
 }
 
 bool LinearDimension::Replace(Core::TaggedObject* other) {

@@ -72,6 +72,9 @@ public:
     /// c takes the place of the parent with its identifier, else of the first parent of its curve type;
     /// attachment moves along, no update.
     void ReplaceCurve(Geometry::Curve* c);
+    /// Takes over the content of another dimension, its curves included, each field reported. An attached
+    /// dimension moves to the new curves' lists.
+    void AssignDimension(const LinearDimension* other);
 
     // Move the foot of an extension line: to the point of the line nearest to the tip, or to a centre. A
     // curve other than the second one means side 1, a point the side whose end of M is nearer.
@@ -86,7 +89,6 @@ protected:
     void GrowParents(double growth, const Geometry::Vector& along) override;
     void AdjustFeet() override;
     Geometry::Vector AskGrowthAxis() const override;
-    void AssignDimension(const LinearDimension* other);
 
 private:
     LinearDimension(const Geometry::Curve* first, const Geometry::Curve* second, double pickPointParam,

@@ -192,6 +192,29 @@ TEST(CurveDimensions, CopiesShareAndDeepCopiesCopyTheFinalizedOnes) {
     EXPECT_EQ(line.DeepCopy(ids, copies), deep.get());
 }
 
+TEST(CurveDimensions, DeepCopiesKeepTheOrderOfTheList) {
+    Line line(Point(0, 0), Point(1, 0));
+    Line partner(Point(0, 1), Point(1, 1));
+    PlainDimension linear(Tessera::Dimension::Linear, {&line, &partner});
+    PlainDimension vertical(Tessera::Dimension::Vertical, {&partner, &line});
+    PlainDimension length(Tessera::Dimension::Length, {&partner});
+    for (DimensionBase* dim : {&linear, &vertical, &length})
+        dim->SetIsFinalized(true);
+    for (TaggedObject* root : {static_cast<TaggedObject*>(&line), static_cast<TaggedObject*>(&vertical)}) {
+        std::set<int> ids;
+        std::map<int, TaggedObject*> copies;
+        root->DeepCopy(ids, copies);
+        for (const Curve* curve : {&line, &partner}) {
+            List expected;
+            for (const DimensionBase* dim : DimensionsOf(*curve))
+                expected.push_back(static_cast<DimensionBase*>(copies.at(dim->GetId())));
+            EXPECT_EQ(DimensionsOf(*static_cast<Curve*>(copies.at(curve->GetId()))), expected);
+        }
+        for (const auto& entry : copies)
+            delete entry.second;
+    }
+}
+
 TEST(CurveDimensions, ReplacedCurvesKeepTheirDimensions) {
     Line line(Point(0, 0), Point(1, 0));
     Line longer(Point(0, 0), Point(9, 0));

@@ -207,6 +207,13 @@ TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
         }
         dim->SetIsFinalized(true);
         log.Take(*dim);
+        const DimensionType_e type = dim->GetType();
+        log.onChange = [&] {
+            std::vector<DimensionBase*> dying;
+            parents.back()->GetDimensions(dying);
+            ASSERT_EQ(dying.size(), 1U);
+            EXPECT_EQ(dying.front()->GetType(), type) << "of its kind to the last";
+        };
         dim.reset();
         EXPECT_EQ(log.entries.size(), parents.size()) << "each parent loses a finalized dimension";
     }

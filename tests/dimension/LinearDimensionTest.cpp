@@ -205,6 +205,13 @@ TEST(LinearDimension, PickAndParentsCanBeExchanged) {
     EXPECT_TRUE(replacement.HasDimension(dim.get()));
     dim->ReplaceCurve(&curves.c); // no arc among the parents
     EXPECT_FALSE(curves.c.HasDimension(dim.get()));
+    const LinearPtr taker = kArcs.Make(curves);
+    for (const LinearDimension* source : {dim.get(), taker.get(), static_cast<LinearDimension*>(nullptr)}) {
+        taker->AssignDimension(source);
+        ExpectSamePlacement(*taker, *dim, 0.0);
+        EXPECT_TRUE(replacement.HasDimension(taker.get()));
+        EXPECT_FALSE(curves.c.HasDimension(taker.get()));
+    }
     LinearDimension made;
     made.AddGeometry(curves.f.get());
     made.AddGeometry(&curves.c);

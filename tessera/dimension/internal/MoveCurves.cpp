@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "tessera/kernel/internal/RecordPtr.h"
+
 namespace Tessera::Dimension {
 
 using Geometry::Point;
@@ -13,10 +15,11 @@ void MoveLineEnds(Geometry::Line& line, const Vector& startShift, const Vector& 
     const double from[3] = {start.x, start.y, 0.0};
     const double to[3] = {end.x, end.y, 0.0};
     // A fresh record instead of SetLimits, which would project the ends back onto the old line.
-    KC_CURVE_struct_s* record = ev03p0(from, to);
+    RecordPtr record(ev03p0(from, to));
     if (record == nullptr)
         return;
-    line.SetCurveData(record);
+    line.SetCurveData(record.get());
+    static_cast<void>(record.release()); // only now does the line own it
     line.UpdateBoundingBox();
     line.UpdateCachedBasePoint();
 }
