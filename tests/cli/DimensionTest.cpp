@@ -110,6 +110,32 @@ TEST(Dimensions, KindsMeasureWhatTheyName) {
     EXPECT_THROW(ParseDimensionKinds("length,width"), std::invalid_argument);
 }
 
+TEST(Dimensions, DistancesThatALengthTellsAreLeftOut) {
+    const LineShape level{{0, 0}, {100, 0}};
+    const LineShape parallel{{0, 50}, {100, 50}};
+    const struct {
+        const char* name;
+        LineShape side; // drawn after the two
+        const char* kinds;
+        std::size_t distances;
+    } rows[] = {{"square from one to the other", {{100, 0.2}, {100, 50}}, "length,linear", 0},
+                {"drawn the other way", {{30, 50}, {30, 0}}, "all", 0},
+                {"lengths not drawn", {{100, 0}, {100, 50}}, "linear,angular", 1},
+                {"sloping", {{100, 0}, {80, 50}}, "length,linear", 1},
+                {"short of the other", {{100, 0}, {100, 49}}, "length,linear", 1},
+                {"on the other side of it", {{100, 0}, {100, -50}}, "length,linear", 1},
+                {"as long, between neither", {{100, 20}, {100, 70}}, "length,linear", 1}};
+    for (const auto& row : rows) {
+        RecognizedDrawing drawing = DrawingOf({level, parallel, row.side});
+        AddDimensions(drawing, ParseDimensionKinds(row.kinds));
+        std::size_t distances = 0;
+        for (const DrawnDimension& dimension : *drawing.dimensions) {
+            distances += dimension.kind == "linear" ? 1 : 0;
+        }
+        EXPECT_EQ(distances, row.distances) << row.name;
+    }
+}
+
 TEST(Dimensions, NearlyUprightTextReadsUpwards) {
     for (const double lean : {-9.0, -3.0, 0.0, 3.0, 9.0}) {
         RecognizedDrawing drawing = DrawingOf({LineShape{{0, 0}, {lean, 60}}});

@@ -30,6 +30,7 @@ constexpr double kLeastSine = 0.087; ///< lines of a corner turn by five degrees
 constexpr double kParallelSine = 0.035; ///< two degrees: parallel
 constexpr double kLevelSine = 0.1;      ///< along an axis, as far as a hand can tell: one extent only
 constexpr double kLeastBeside = 0.1;    ///< of a line that has a parallel one beside it
+constexpr double kSameLength = 0.01;    ///< part of a length that makes no other one
 constexpr double kCellPerFont = 2.0;    ///< more than text is high, so that no cell within it is overlooked
 
 // What speaks against a place, on the board's measure.
@@ -56,6 +57,16 @@ double Across(const Line& line, const Point& p) {
     const Point u = line.GetEnd() - line.GetStart();
     const Point v = p - line.GetStart();
     return (u.x * v.y - u.y * v.x) / Length(line);
+}
+
+/// The side leads from the line square to its parallel at that distance (signed like Across): its length
+/// tells the distance.
+bool Spans(const Line& side, const Line& line, double distance) {
+    const double tolerance = kSameLength * std::fabs(distance);
+    const double a = Across(line, side.GetStart());
+    const double b = Across(line, side.GetEnd());
+    return std::min(std::fabs(a), std::fabs(b)) < tolerance && std::fabs(a + b - distance) < tolerance &&
+           std::fabs(Length(side) - std::fabs(distance)) < tolerance;
 }
 
 /// Parameters of a line between which another one runs beside it.
@@ -244,8 +255,8 @@ void DimensionAnnotator::AddRadius(const Stroke& stroke, const Measured& measure
     Place({measured.index});
 }
 
-/// From the curve to the nearest line after it in the stroke that runs beside it. The other line is taken
-/// as a parallel through its middle.
+/// From the curve to the nearest line after it in the stroke that runs beside it, unless a length between
+/// them tells the same. The other line is taken as a parallel through its middle.
 void DimensionAnnotator::AddDistance(const Stroke& stroke, std::size_t i) {
     const std::vector<Measured>& curves = stroke.curves;
     const Line* first = curves[i].AsLine();
@@ -269,6 +280,12 @@ void DimensionAnnotator::AddDistance(const Stroke& stroke, std::size_t i) {
         return;
     }
     const Line parallel = ParallelThroughMiddle(*first, *nearest->AsLine());
+    if (hasLengths_ && std::any_of(curves.begin(), curves.end(), [&](const Measured& side) {
+            return side.AsLine() != nullptr &&
+                   Spans(*side.AsLine(), *first, Across(*first, parallel.GetMidPoint()));
+        })) {
+        return; // the length once more
+    }
     const double font = FontFor(least);
     const auto tryAt = [&](double t, double offset, double cost) {
         const Point pick = Between(first->GetStart(), first->GetEnd(), t);

@@ -2,7 +2,7 @@
 //
 // Pairs      length, horizontal and vertical measure each line; angular the corner of two lines that follow
 //            each other in a stroke; radial each arc and circle; linear each line and the nearest parallel
-//            one of its stroke beside it.
+//            one of its stroke beside it, unless a length between them tells the same.
 // Placement  outside of the stroke, and where text covers neither geometry nor what stands already.
 #pragma once
 
