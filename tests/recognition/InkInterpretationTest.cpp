@@ -171,7 +171,7 @@ CornerRates RateCorners(InkPlan (RandomPlans::*plan)(), unsigned seed) {
     CornerRates rates;
     for (; rates.strokes < 200; ++rates.strokes) {
         const InkPlan drawing = (plans.*plan)();
-        const Hand hand = plans.AnyHand();
+        const Hand hand = rates.strokes % 2 == 0 ? plans.CarefulHand() : plans.QuickHand();
         const Testing::Planned planned = drawing.Draw(plans.Rng(), hand);
         std::vector<Point> found;
         for (const InkJoint& joint : InterpretInk(planned.ink, preferences).joints)
