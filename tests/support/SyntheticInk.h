@@ -297,6 +297,8 @@ public:
         return hand;
     }
 
+    Hand AnyHand() { return Count(0, 1) == 0 ? CarefulHand() : QuickHand(); }
+
     Hand QuickHand() {
         Hand hand = CarefulHand();
         hand.speed = Uniform(1.0, 3.0);

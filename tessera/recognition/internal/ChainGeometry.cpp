@@ -31,6 +31,8 @@ Point OnPiece(const ChainPiece& piece, const Point& p) {
 }
 
 Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
+    if (after.isJudged && after.joint == JointSight::Tangent)
+        return after.meet;
     const bool isSeam = before.last != after.first;
     const Point corner = 0.5 * (At(ink, before.last) + At(ink, after.first));
     const double reach =
@@ -225,7 +227,8 @@ ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {
             made.through = MiddleOf(ink, piece, made.from, made.to);
         exact.pieces.push_back(made);
     }
-    MakeTangent(ink, pieces, exact);
+    if (!pieces.front().isJudged)
+        MakeTangent(ink, pieces, exact);
     return exact;
 }
 

@@ -9,6 +9,7 @@
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/RegularShapes.h"
+#include "tessera/recognition/internal/TangentRun.h"
 
 namespace Tessera::Geometry {
 
@@ -16,9 +17,17 @@ namespace {
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
+bool TouchesBefore(const ChainPiece& piece) {
+    return piece.isJudged && piece.joint == JointSight::Tangent;
+}
+
 // Turns a line's direction onto an axis of the plane within the angle, about the middle of its ink.
 void SnapLines(double angleRad, Chain& chain) {
-    for (ChainPiece& piece : chain.pieces) {
+    for (std::size_t i = 0; i < chain.pieces.size(); ++i) {
+        ChainPiece& piece = chain.pieces[i];
+        const bool runsOn = i + 1 < chain.pieces.size() && TouchesBefore(chain.pieces[i + 1]);
+        if (TouchesBefore(piece) || runsOn)
+            continue; // fitted with its neighbours, axes included
         Point& d = piece.line.direction;
         const double off = std::remainder(std::atan2(d.y, d.x), 0.5 * std::numbers::pi);
         if (!piece.isArc && std::fabs(off) <= angleRad)
@@ -60,7 +69,7 @@ void LevelSides(std::vector<Point>& corners) {
     }
 }
 
-// Corners that lie beyond the tolerance outside the ink's box become the ink's own.
+// Corners and ends that lie beyond the tolerance outside the ink's box become the ink's own.
 void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
     const XYBox box(ink.path.pts);
     const auto isOutside = [&](const Point& p) {
@@ -75,6 +84,10 @@ void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
         piece.from = ink.path.pts[static_cast<std::size_t>(piece.first)];
         chain.pieces[(i + count - 1) % count].to = piece.from;
     }
+    if (!chain.isClosed && isOutside(chain.pieces.front().from))
+        chain.pieces.front().from = ink.path.pts.front();
+    if (!chain.isClosed && isOutside(chain.pieces.back().to))
+        chain.pieces.back().to = ink.path.pts.back();
 }
 
 // A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole.
@@ -121,6 +134,9 @@ void NameEnds(InkReading& reading) {
 
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
                std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
+    const double snapRad = preferences.AskSnapping() ? preferences.AskSnapAngleCreate() * kDegree : 0.0;
+    if (!chain.isClosed)
+        FitTangentRuns(ink, snapRad, chain);
     ExactChain exact = MakeExact(ink, chain);
     DrawInCorners(ink, tolerance, exact);
     reading.shape = ShapeOf(exact);
@@ -129,7 +145,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     const bool isRegular = reading.shape >= InkShape::Square && reading.shape <= InkShape::RegularPolygon &&
                            reading.shape != InkShape::Quadrilateral;
     if (preferences.AskSnapping() && !isRegular) {
-        SnapLines(preferences.AskSnapAngleCreate() * kDegree, chain);
+        SnapLines(snapRad, chain);
         exact = MakeExact(ink, chain);
         DrawInCorners(ink, tolerance, exact);
     }

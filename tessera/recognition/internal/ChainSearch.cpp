@@ -35,10 +35,6 @@ constexpr int kCrumb = 7;              // points: shorter pieces are what corner
 constexpr double kLeastSpread = 0.004; // no hand is more careful, sizes
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
-int TrimOf(int points) {
-    return std::min(kTrimMost, static_cast<int>(std::lround(kTrimShare * points)));
-}
-
 double TurnAt(const InkPath& path, int i, int k) {
     const Point& at = path.pts[static_cast<std::size_t>(i)];
     const Point before = at - path.pts[static_cast<std::size_t>(i) - static_cast<std::size_t>(k)];
@@ -162,13 +158,17 @@ int ParametersOf(const Chain& chain) {
 PricedPath::PricedPath(const InkPath& inkPath)
     : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)), closing(0.125 * inkPath.length) {}
 
+int TrimOf(int points) {
+    return std::min(kTrimMost, static_cast<int>(std::lround(kTrimShare * points)));
+}
+
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature) {
     const double expected = curvature * kReach * ink.path.step;
     const double hidden = (std::fabs(peak.turn - expected) - kFreeTurn) / kTurnSpread;
     return hidden > 0.0 ? 0.5 * hidden * hidden : 0.0;
 }
 
-std::vector<int> FindBreakCandidates(const PricedPath& ink) {
+std::vector<int> FindBreakCandidates(const PricedPath& ink, int spacing) {
     std::vector<int> peaks;
     for (const TurningPeak& peak : ink.peaks)
         peaks.push_back(peak.at);
@@ -176,7 +176,7 @@ std::vector<int> FindBreakCandidates(const PricedPath& ink) {
     std::vector<int> candidates{0};
     for (const int peak : peaks) {
         const int from = candidates.back();
-        const int parts = (peak - from) / kSpacing;
+        const int parts = (peak - from) / spacing;
         for (int p = 1; p < parts; ++p)
             candidates.push_back(from + (peak - from) * p / parts);
         candidates.push_back(peak);
@@ -184,32 +184,45 @@ std::vector<int> FindBreakCandidates(const PricedPath& ink) {
     return candidates;
 }
 
-PiecePrices PriceBoth(const PricedPath& ink, int first, int last) {
-    const InkPrices& prices = ink.prices;
+double RunFits::BowOfLine() const {
+    return circle.radius * (1.0 - std::cos(0.5 * length / circle.radius)) / length;
+}
+
+RunFits FitRun(const PricedPath& ink, int first, int last, double straight) {
+    RunFits fits;
     int points = 0;
     const Moments m = InnerMoments(ink, first, last, points);
-    PiecePrices both;
-    both.line = {first, last, false, 0.0, FitLine(m), {}};
-    const double hidden = HiddenIn(ink, first, last, 0.0);
-    const double ends = 2.0 * prices.parameter; // the end point of the piece
-    double& asLine = both.line.cost;
-    asLine = ends + prices.squared * both.line.line.sumSq + hidden;
-    if (asLine - ends <= kArcCannotPay * prices.parameter)
-        return both;
-    const CircleFit circle = FitCircle(m);
-    const double run = ink.path.step * points;
-    if (!(circle.radius > 0.0) || run >= kWholeTurn * circle.radius)
-        return both;
+    fits.line = FitLine(m);
+    fits.hiddenByLine = HiddenIn(ink, first, last, 0.0);
+    fits.length = ink.path.step * points;
+    if (fits.line.sumSq + fits.hiddenByLine / ink.prices.squared <= straight)
+        return fits;
+    fits.circle = FitCircle(m);
+    if (!(fits.circle.radius > 0.0) || fits.length >= kWholeTurn * fits.circle.radius)
+        return fits;
     const Point& start = ink.path.pts[static_cast<std::size_t>(first)];
     const Point& middle = ink.path.pts[static_cast<std::size_t>((first + points / 2) % ink.path.Size())];
-    const double sense = (start - circle.centre).Cross(middle - circle.centre) < 0.0 ? -1.0 : 1.0;
-    const double sagitta = circle.radius * (1.0 - std::cos(0.5 * run / circle.radius));
-    const double bow = sagitta / run / prices.bow;
-    const double bent =
-        ends + prices.squared * circle.sumSq + HiddenIn(ink, first, last, sense / circle.radius);
-    asLine = std::min(asLine, bent + 0.5 * bow * bow);
+    const Point& centre = fits.circle.centre;
+    fits.curvature = ((start - centre).Cross(middle - centre) < 0.0 ? -1.0 : 1.0) / fits.circle.radius;
+    fits.hiddenByArc = HiddenIn(ink, first, last, fits.curvature);
+    fits.hasArc = true;
+    return fits;
+}
+
+PiecePrices PriceBoth(const PricedPath& ink, int first, int last) {
+    const InkPrices& prices = ink.prices;
+    const RunFits fits = FitRun(ink, first, last, kArcCannotPay * prices.parameter / prices.squared);
+    const double ends = 2.0 * prices.parameter; // the end point of the piece
+    PiecePrices both;
+    const double asLine = ends + prices.squared * fits.line.sumSq + fits.hiddenByLine;
+    both.line = {first, last, false, asLine, fits.line, {}};
+    if (!fits.hasArc)
+        return both;
+    const double bow = fits.BowOfLine() / prices.bow;
+    const double bent = ends + prices.squared * fits.circle.sumSq + fits.hiddenByArc;
+    both.line.cost = std::min(asLine, bent + 0.5 * bow * bow);
     both.hasArc = true;
-    both.arc = {first, last, true, bent + prices.parameter, both.line.line, circle};
+    both.arc = {first, last, true, bent + prices.parameter, fits.line, fits.circle};
     return both;
 }
 
@@ -229,7 +242,7 @@ Chain ChainOver(const PricedPath& ink, const std::vector<int>& breaks) {
 }
 
 Chain SearchChain(const PricedPath& ink) {
-    const std::vector<int> at = FindBreakCandidates(ink);
+    const std::vector<int> at = FindBreakCandidates(ink, kSpacing);
     std::vector<double> best(at.size(), kInfinite);
     std::vector<std::size_t> from(at.size(), 0);
     best[0] = 0.0;

@@ -23,14 +23,23 @@ struct InkPrices {
     double bow = 0.06;      ///< one sigma of a line's sagitta over its length
 };
 
+enum class JointSight {
+    Corner,  ///< the ink turns here
+    Tangent, ///< the fits run on into each other within the angle that a hand keeps
+    Bend     ///< the fits enclose an angle, but the ink only bends: no chain of these pieces was meant
+};
+
 /// A run of the path. After closing it may cross the start of the path: then last < first.
 struct ChainPiece {
     int first = 0; ///< points of the path; the next piece begins at `last`
     int last = 0;
     bool isArc = false;
     double cost = 0.0;
-    LineFit line;     ///< always
-    CircleFit circle; ///< of arcs
+    LineFit line{};                        ///< always
+    CircleFit circle{};                    ///< of arcs
+    JointSight joint = JointSight::Corner; ///< with the piece before
+    Point meet{};                          ///< where it touches the piece before, at a tangent joint
+    bool isJudged = false;                 ///< whether the joint was searched together with the pieces
 };
 
 struct Chain {
@@ -54,13 +63,34 @@ struct PricedPath {
     std::vector<TurningPeak> peaks; ///< ascending
     InkPrices prices;
     double closing; ///< largest gap between the ends of closed ink; an eighth of the length unless set
+    std::vector<double> pace; ///< speed of the pen at each point, of its usual one; empty without times
 };
 
 /// Price of a corner that a description passes over with a bend of the given curvature.
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature);
 
 /// Points at which a chain may break, both ends of the path among them, ascending.
-std::vector<int> FindBreakCandidates(const PricedPath& ink);
+/// @param spacing  points between candidates where nothing turns: joints of arcs lie there.
+std::vector<int> FindBreakCandidates(const PricedPath& ink, int spacing);
+
+/// Points at either end of a piece of so many points that its fits leave out.
+int TrimOf(int points);
+
+/// Both kinds of piece fitted to a run of the path.
+struct RunFits {
+    LineFit line;
+    CircleFit circle;
+    bool hasArc = false;       ///< false for a run too straight to ask, or one that goes round
+    double hiddenByLine = 0.0; ///< prices of corners that the run passes over
+    double hiddenByArc = 0.0;
+    double length = 0.0;    ///< along the ink
+    double curvature = 0.0; ///< of the arc, counter-clockwise positive
+
+    double BowOfLine() const; ///< sagitta of the arc over the length
+};
+
+/// @param straight  sum of squares of a line's distances up to which no arc is fitted.
+RunFits FitRun(const PricedPath& ink, int first, int last, double straight);
 
 struct PiecePrices {
     ChainPiece line;

@@ -24,8 +24,11 @@ double Turn(const Point& before, const Point& after) {
 
 double TurnWithin(const InkPath& path, int at, int before, int after) {
     double sharpest = 0.0;
-    for (int i = at - kShift; i <= at + kShift; ++i)
-        sharpest = std::max(sharpest, std::fabs(Turn(Chord(path, i - before, i), Chord(path, i, i + after))));
+    for (int i = at - kShift; i <= at + kShift; ++i) {
+        const double turn = Turn(Chord(path, i - before, i), Chord(path, i, i + after));
+        if (std::fabs(turn) > std::fabs(sharpest))
+            sharpest = turn;
+    }
     return sharpest;
 }
 
@@ -51,6 +54,10 @@ Point DirectionAt(const PricedPath& ink, const ChainPiece& piece, bool atLast) {
 }
 
 double SharpestTurn(const InkPath& path, int at) {
+    return std::fabs(SignedTurn(path, at));
+}
+
+double SignedTurn(const InkPath& path, int at) {
     return TurnWithin(path, at, kReach, kReach);
 }
 
@@ -67,7 +74,8 @@ double PriceOfSoftCorners(const PricedPath& ink, const Chain& chain) {
             const int points = piece.last > piece.first ? piece.last - piece.first : kReach;
             return std::min(kReach, points);
         };
-        const double unseen = (turn - TurnWithin(ink.path, a.last, reach(a), reach(b)) - kFree) / kSpread;
+        const double unseen =
+            (turn - std::fabs(TurnWithin(ink.path, a.last, reach(a), reach(b))) - kFree) / kSpread;
         if (unseen > 0.0)
             price += 0.5 * unseen * unseen;
     }

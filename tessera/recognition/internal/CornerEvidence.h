@@ -11,6 +11,9 @@ Point DirectionAt(const PricedPath& ink, const ChainPiece& piece, bool atLast);
 /// Largest turn that the ink makes within a few points of a point, radians, unsigned.
 double SharpestTurn(const InkPath& path, int at);
 
+/// The same with its sense, counter-clockwise positive.
+double SignedTurn(const InkPath& path, int at);
+
 /// Price of the turns that the chain makes at its joints and that the ink makes only gradually: a round drawn
 /// as a polygon turns everywhere, a polygon at its corners.
 double PriceOfSoftCorners(const PricedPath& ink, const Chain& chain);

@@ -7,10 +7,12 @@
 #include "tessera/recognition/internal/ChainReading.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/JoinedChain.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/SharpPolygon.h"
 #include "tessera/recognition/internal/SmoothForms.h"
-#include "tessera/recognition/internal/SmoothJoints.h"
+#include "tessera/recognition/internal/TangentRun.h"
 
 namespace Tessera::Geometry {
 
@@ -63,8 +65,14 @@ Chain FindChain(PricedPath& priced, const RulesReading& rules,
         chain = *byRules;
     if (preferences.GetCurveTidy())
         chain = StraightenRectangle(priced, CloseChain(priced, chain));
-    BendPieces(priced, chain);
     return chain;
+}
+
+// Three or four lines, the shapes that people draw most: a fifth corner is a slip of the pen.
+bool IsSimplePolygon(const Chain& chain) {
+    return chain.isClosed && chain.pieces.size() <= 4 &&
+           std::none_of(chain.pieces.begin(), chain.pieces.end(),
+                        [](const ChainPiece& p) { return p.isArc; });
 }
 
 // The hypotheses compared, and the best one read.
@@ -74,14 +82,24 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
     Chain chain = FindChain(priced, rules, preferences);
     const double tolerance = rules.LineShare() * priced.path.length;
     const bool isLine = IsLoneLine(priced, chain, kBowedLine * tolerance);
-    if (!isLine)
-        BowLoneLine(priced, chain);
+    std::optional<Chain> sharp;
+    if (preferences.GetCurveTidy() && !IsSimplePolygon(chain))
+        sharp = FindSharpPolygon(priced);
+    if (sharp)
+        chain = *sharp;
     const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
     std::optional<RoundShape> round;
-    if (ellipse && preferences.GetChangeCurveType())
+    if (ellipse && !sharp && preferences.GetChangeCurveType())
         round = FindRoundShape(priced, *ellipse, samples);
     if (round && !IsRoundCheaper(priced, *round, chain))
         round.reset();
+    bool isSmooth = false;
+    if (!round && !chain.isClosed && !isLine) {
+        chain = SearchJoinedChain(priced);
+        isSmooth = chain.pieces.size() > 1 && !ShowsCorner(priced, chain);
+        if (isSmooth)
+            FitTangentRuns(priced, 0.0, chain);
+    }
     Description best = round ? Describe(*round) : Describe(priced, chain);
     std::optional<EllipticArc> arc;
     if (ellipse && !round && !chain.isClosed && !isLine)
@@ -92,6 +110,7 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
     if (round || arc || chain.isClosed || (!isLine && !ShowsCorner(priced, chain))) {
         const RivalKind rival = round            ? RivalKind::Round
                                 : chain.isClosed ? RivalKind::Closed
+                                : isSmooth       ? RivalKind::Smooth
                                                  : RivalKind::Open;
         free = FindFreeShape(priced, best, rival, preferences.GetCurveTidy());
     }
@@ -120,6 +139,8 @@ void ReadByHypotheses(const InkStroke& ink, const InkPath& path,
                       InkReading& reading) {
     RulesReading rules(ink, preferences);
     PricedPath priced(path);
+    if (ink.hasTimes)
+        priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.length;
     ReadBest(static_cast<int>(ink.samples.size()), priced, rules, preferences, earlier, reading);
     MeasureDeviations(ink.samples, reading);

@@ -9,8 +9,9 @@ namespace {
 
 // Spacing of the points in units of the path's size: a square has a hundred of them, a line fifty.
 constexpr double kStep = 0.07;
-constexpr int kFewest = 48; // enough for the shortest side of a simple shape
-constexpr int kMost = 1500; // bounds the work for scribbles that wander on and on
+constexpr int kFewest = 48;   // enough for the shortest side of a simple shape
+constexpr int kPaceReach = 2; // points to either side: smooths the clock of the device
+constexpr int kMost = 1500;   // bounds the work for scribbles that wander on and on
 
 struct Centred {
     std::vector<Point> pts;    // relative to the first sample, repeated positions left out
@@ -92,6 +93,34 @@ InkPath MakeInkPath(std::span<const InkSample> samples) {
     Resample(distinct, n, path);
     path.origin += Point(samples[0].x, samples[0].y);
     return path;
+}
+
+std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> samples) {
+    const int n = path.Size();
+    std::vector<double> time;
+    time.reserve(path.pts.size());
+    for (const double source : path.source) {
+        const auto k = static_cast<std::size_t>(source);
+        const double f = source - static_cast<double>(k);
+        time.push_back(f > 0.0 ? samples[k].t + f * (samples[k + 1].t - samples[k].t) : samples[k].t);
+    }
+    std::vector<double> pace;
+    pace.reserve(path.pts.size());
+    for (int i = 0; i < n; ++i) {
+        const int from = std::max(0, i - kPaceReach);
+        const int to = std::min(n - 1, i + kPaceReach);
+        const double taken = time[static_cast<std::size_t>(to)] - time[static_cast<std::size_t>(from)];
+        if (!(taken > 0.0))
+            return {};
+        pace.push_back((to - from) / taken);
+    }
+    std::vector<double> ordered = pace;
+    const auto upper = ordered.begin() + 3 * n / 4;
+    std::nth_element(ordered.begin(), upper, ordered.end());
+    const double usual = *upper;
+    for (double& p : pace)
+        p /= usual;
+    return pace;
 }
 
 } // namespace Tessera::Geometry

@@ -29,4 +29,8 @@ struct InkPath {
 /// Empty when the samples hold no two different positions. O(n).
 InkPath MakeInkPath(std::span<const InkSample> samples);
 
+/// Speed of the pen over a few points about each point of the path, of the speed that it exceeds for a
+/// quarter of the path; empty when the times do not grow from end to end.
+std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> samples);
+
 } // namespace Tessera::Geometry

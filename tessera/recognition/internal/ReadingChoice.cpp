@@ -27,8 +27,12 @@ bool IsPolygon(const Chain& chain) {
 // Joints of a chain at which the ink shows no corner: nobody goes round in arcs that join smoothly.
 int SmoothJoints(const PricedPath& ink, const Chain& chain) {
     int smooth = 0;
-    for (std::size_t i = 1; i < chain.pieces.size(); ++i)
-        smooth += SharpestTurn(ink.path, chain.pieces[i].first) < kSeenCorner ? 1 : 0;
+    for (std::size_t i = 1; i < chain.pieces.size(); ++i) {
+        const ChainPiece& piece = chain.pieces[i];
+        const bool isSmooth = piece.isJudged ? piece.joint != JointSight::Corner
+                                             : SharpestTurn(ink.path, piece.first) < kSeenCorner;
+        smooth += isSmooth ? 1 : 0;
+    }
     return smooth;
 }
 

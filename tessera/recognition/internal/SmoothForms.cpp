@@ -25,15 +25,17 @@ constexpr int kArcNumbers = 7;          // five of the ellipse, two ends
 constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free form
 // How a free form competes: the root mean square distance of the rival, sizes, below which none is looked for
 // (drawn polygons and rounds stay below it, 98 of 100 of each), the largest distance of the free form itself,
-// and the price of a pole's coordinate. What takes the place of a round is told by fewer, looser poles: they
-// lie where their neighbours let expect them.
+// and the price of a pole's coordinate. A chain that is smooth all along is always challenged. What takes the
+// place of a round is told by fewer, looser poles: they lie where their neighbours let expect them.
 struct FreeTerms {
     double badSpread;
     double tolerance;
     double polePrice;
 };
-constexpr FreeTerms kFreeTerms[] = {
-    {0.065, kFreeTolerance, 4.0}, {0.065, kFreeTolerance, 4.0}, {0.095, 0.06, 3.0}};
+constexpr FreeTerms kFreeTerms[] = {{0.065, kFreeTolerance, 4.0},
+                                    {0.0, kFreeTolerance, 4.0},
+                                    {0.065, kFreeTolerance, 4.0},
+                                    {0.095, 0.06, 3.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
@@ -71,6 +73,7 @@ Description Describe(const PricedPath& ink, const Chain& chain) {
     double sumSq = 0.0;
     for (const ChainPiece& piece : chain.pieces) {
         description.numbers += piece.isArc ? 3 : 2;
+        description.numbers -= piece.isJudged && piece.joint == JointSight::Tangent ? 1 : 0;
         const int count = piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
         for (int i = 0; i <= count; ++i) {
             const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
@@ -120,20 +123,6 @@ bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance) {
     return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
         return std::fabs((p - line.centre).Cross(line.direction)) <= tolerance;
     });
-}
-
-void BowLoneLine(const PricedPath& ink, Chain& chain) {
-    if (chain.pieces.size() != 1 || chain.isClosed || chain.pieces[0].isArc)
-        return;
-    const ChainPiece& line = chain.pieces[0];
-    const PiecePrices both = PriceBoth(ink, line.first, line.last);
-    if (!both.hasArc)
-        return;
-    Chain bowed = chain;
-    bowed.cost += both.arc.cost - line.cost;
-    bowed.pieces[0] = both.arc;
-    if (LengthOf(ink.path, Describe(ink, bowed)) < LengthOf(ink.path, Describe(ink, chain)))
-        chain = std::move(bowed);
 }
 
 std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, RivalKind kind,

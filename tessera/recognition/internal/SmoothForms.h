@@ -43,10 +43,7 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
 /// Whether the chain is one line within the tolerance (sizes) of the ink.
 bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance);
 
-/// A lone line becomes an arc where this describes the ink more briefly.
-void BowLoneLine(const PricedPath& ink, Chain& chain);
-
-enum class RivalKind { Open, Closed, Round };
+enum class RivalKind { Open, Smooth, Closed, Round };
 
 struct FreeShape {
     std::unique_ptr<Curve> curve; ///< in the path's frame

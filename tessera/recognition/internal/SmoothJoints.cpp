@@ -1,6 +1,5 @@
 #include "tessera/recognition/internal/SmoothJoints.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "tessera/recognition/internal/CornerEvidence.h"
@@ -14,7 +13,6 @@ constexpr double kTangentTurn =
 constexpr double kPlainCorner = 0.75; // radians of turning within a few points that no bend makes
 constexpr double kSeenShare = 0.6;    // of the fits' turn that the ink must make at once for a corner
 constexpr double kWidestBend = 1.3;   // radians: a sharper turn is a corner, however round its tip
-constexpr int kRounds = 2;
 
 double TurnOfFits(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
     const Point in = DirectionAt(ink, before, true);
@@ -27,38 +25,14 @@ double TurnOfFits(const PricedPath& ink, const ChainPiece& before, const ChainPi
 JointSight LookAtJoint(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
     if (before.last != after.first)
         return JointSight::Corner; // a seam: judged by closing
+    if (after.isJudged)
+        return after.joint;
     const double turn = std::fabs(TurnOfFits(ink, before, after));
     const double seen = SharpestTurn(ink.path, after.first);
     if (turn < kTangentTurn && seen < kPlainCorner)
         return JointSight::Tangent;
     const bool isBend = turn < kWidestBend && seen < kPlainCorner && seen < kSeenShare * turn;
     return isBend ? JointSight::Bend : JointSight::Corner;
-}
-
-void BendPieces(const PricedPath& ink, Chain& chain) {
-    if (chain.isClosed || chain.pieces.size() < 2)
-        return;
-    double cost = chain.cost + PriceOfSoftCorners(ink, chain);
-    for (int round = 0; round < kRounds; ++round)
-        for (std::size_t i = 0; i < chain.pieces.size(); ++i) {
-            ChainPiece& piece = chain.pieces[i];
-            const bool atBend = (i > 0 && LookAtJoint(ink, chain.pieces[i - 1], piece) == JointSight::Bend) ||
-                                (i + 1 < chain.pieces.size() &&
-                                 LookAtJoint(ink, piece, chain.pieces[i + 1]) == JointSight::Bend);
-            const PiecePrices both = PriceBoth(ink, piece.first, piece.last);
-            if (!atBend || !both.hasArc)
-                continue;
-            const ChainPiece old = piece;
-            piece = old.isArc ? both.line : both.arc;
-            chain.cost += piece.cost - old.cost;
-            const double changed = chain.cost + PriceOfSoftCorners(ink, chain);
-            if (changed < cost) {
-                cost = changed;
-            } else {
-                chain.cost += old.cost - piece.cost;
-                piece = old;
-            }
-        }
 }
 
 } // namespace Tessera::Geometry

@@ -64,6 +64,24 @@ TEST(InkPath, SizePlaceAndSamplingDoNotMatter) {
                   1e-7);
 }
 
+TEST(InkPath, PaceIsTheSpeedAgainstTheUsualOne) {
+    std::vector<InkSample> ink; // along a line; the middle third takes four times as long
+    double t = 0.0;
+    for (int i = 0; i <= 90; ++i) {
+        ink.push_back({2.0 * i, 1.0 * i, t});
+        t += i >= 30 && i < 60 ? 4.0 : 1.0;
+    }
+    const InkPath path = MakeInkPath(ink);
+    const std::vector<double> pace = PaceAlong(path, ink);
+    ASSERT_EQ(pace.size(), path.pts.size());
+    EXPECT_NEAR(pace.front(), 1.0, 1e-9);
+    EXPECT_NEAR(pace[pace.size() / 2], 0.25, 1e-9);
+    EXPECT_NEAR(pace.back(), 1.0, 1e-9);
+    for (InkSample& s : ink)
+        s.t = 5.0;
+    EXPECT_TRUE(PaceAlong(path, ink).empty());
+}
+
 TEST(InkPath, NothingToReadGivesNoPoints) {
     EXPECT_TRUE(MakeInkPath({}).pts.empty());
     const std::vector<InkSample> dot(7, InkSample{3.0, 4.0, 0.0});

@@ -1,0 +1,123 @@
+#include "tessera/recognition/internal/JoinedChain.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "tessera/recognition/internal/TangentRun.h"
+#include "tests/support/SyntheticInk.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Testing::Hand;
+using Testing::InkPlan;
+using Testing::Stretch;
+
+constexpr double kRight = 0.5 * std::numbers::pi;
+
+/// Ink of a hand that hardly strays.
+InkPath Draw(const InkPlan& plan) {
+    std::mt19937 rng(5);
+    Hand hand;
+    hand.rounding = 0.008;
+    hand.tremor = 0.0003;
+    hand.stray = 0.001;
+    return MakeInkPath(plan.Draw(rng, hand).ink.samples);
+}
+
+/// L line, A arc; | corner, ~ tangent joint, - bend.
+std::string Describe(const Chain& chain) {
+    std::string text;
+    for (const ChainPiece& piece : chain.pieces) {
+        if (!text.empty())
+            text += piece.joint == JointSight::Corner ? '|' : piece.joint == JointSight::Tangent ? '~' : '-';
+        text += piece.isArc ? 'A' : 'L';
+    }
+    return text;
+}
+
+struct Row {
+    const char* expected;
+    std::vector<Stretch> plan;
+};
+
+const std::vector<Row>& Rows() {
+    static const std::vector<Row> rows = {
+        {"L", {{0.3, 200, 0}}},
+        {"A", {{0.3, 100, 0.02}}},
+        {"L|L", {{0, 100, 0}, {kRight, 70, 0}}},
+        {"L|L", {{0, 100, 0}, {0.7, 90, 0}}},
+        {"L|L|L|L", {{1, 100, 0}, {kRight, 60, 0}, {-2.2, 80, 0}, {1.2, 60, 0}}},
+        {"L~A", {{0.4, 100, 0}, {0, 80, -0.02}}},
+        {"A~L", {{0.4, 100, 0.02}, {0, 80, 0}}},
+        {"A|L", {{0.4, 100, 0.02}, {1.2, 80, 0}}},
+        {"L~A~L", {{0.4, 100, 0}, {0, 80, -0.02}, {0, 90, 0}}},
+        {"L~A~L|L", {{0.02, 100, 0}, {0, kRight * 50, 0.02}, {0, 90, 0}, {1.3, 70, 0}}},
+        {"A~A", {{0.4, 90, 0.022}, {0, 90, -0.022}}},
+    };
+    return rows;
+}
+
+TEST(JoinedChain, TellsLinesArcsAndTheirJoints) {
+    for (const Row& row : Rows()) {
+        SCOPED_TRACE(row.expected);
+        const InkPath path = Draw(InkPlan(row.plan));
+        EXPECT_EQ(Describe(SearchJoinedChain(PricedPath(path))), row.expected);
+    }
+}
+
+TEST(JoinedChain, BackwardsIsTheSameChainBackwards) {
+    for (const Row& row : Rows()) {
+        SCOPED_TRACE(row.expected);
+        InkPath path = Draw(InkPlan(row.plan));
+        const std::string forth = Describe(SearchJoinedChain(PricedPath(path)));
+        std::reverse(path.pts.begin(), path.pts.end());
+        const std::string back = Describe(SearchJoinedChain(PricedPath(path)));
+        EXPECT_EQ(forth, std::string(back.rbegin(), back.rend()));
+    }
+}
+
+double SideOf(const LineFit& line, const CircleFit& circle) {
+    return std::fabs(line.direction.Cross(circle.centre - line.centre));
+}
+
+TEST(TangentRun, NeighboursTouchAndRadiiAreThoseOfThePlan) {
+    for (const Row& row : Rows())
+        for (const double snapRad : {0.0, 0.05}) {
+            SCOPED_TRACE(row.expected);
+            const InkPath path = Draw(InkPlan(row.plan));
+            const PricedPath ink(path);
+            Chain chain = SearchJoinedChain(ink);
+            FitTangentRuns(ink, snapRad, chain);
+            for (std::size_t i = 1; i < chain.pieces.size(); ++i) {
+                const ChainPiece& a = chain.pieces[i - 1];
+                const ChainPiece& b = chain.pieces[i];
+                if (b.joint != JointSight::Tangent)
+                    continue;
+                for (const ChainPiece* piece : {&a, &b})
+                    if (piece->isArc) {
+                        EXPECT_NEAR(b.meet.Distance(piece->circle.centre), piece->circle.radius, 1e-9);
+                        EXPECT_NEAR(piece->circle.radius * path.scale, 50.0, 6.0);
+                    }
+                const double between = a.circle.centre.Distance(b.circle.centre);
+                const double gap = a.isArc && b.isArc ? between - a.circle.radius - b.circle.radius
+                                   : a.isArc          ? SideOf(b.line, a.circle) - a.circle.radius
+                                                      : SideOf(a.line, b.circle) - b.circle.radius;
+                EXPECT_NEAR(gap, 0.0, 1e-9);
+            }
+        }
+}
+
+TEST(TangentRun, LinesNearAnAxisLieAlongIt) {
+    const InkPath path = Draw(InkPlan({{0.03, 100, 0}, {0, (kRight - 0.06) * 50, 0.02}, {0, 90, 0}}));
+    const PricedPath ink(path);
+    Chain chain = SearchJoinedChain(ink);
+    ASSERT_EQ(Describe(chain), "L~A~L");
+    FitTangentRuns(ink, 0.05, chain);
+    EXPECT_NEAR(chain.pieces[0].line.direction.y, 0.0, 1e-12);
+    EXPECT_NEAR(chain.pieces[2].line.direction.x, 0.0, 1e-12);
+}
+
+} // namespace
+} // namespace Tessera::Geometry

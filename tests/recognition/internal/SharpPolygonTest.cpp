@@ -1,0 +1,82 @@
+#include "tessera/recognition/internal/SharpPolygon.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "tessera/recognition/internal/ChainClosing.h"
+#include "tests/support/SyntheticInk.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using Testing::Hand;
+using Testing::InkPlan;
+
+std::vector<Point> RegularPolygon(int sides) {
+    std::vector<Point> corners;
+    for (int i = 0; i < sides; ++i) {
+        const double a = 0.3 + 2.0 * std::numbers::pi * i / sides;
+        corners.push_back(100.0 * Point(std::cos(a), std::sin(a)));
+    }
+    return corners;
+}
+
+InkPath Draw(const InkPlan& plan) {
+    std::mt19937 rng(9);
+    return MakeInkPath(plan.Draw(rng, Hand()).ink.samples);
+}
+
+TEST(SharpPolygon, FindsTheSidesWhereverThePenStarts) {
+    for (int sides = 5; sides <= 8; ++sides)
+        for (const bool fromMiddle : {false, true}) {
+            SCOPED_TRACE(sides);
+            std::vector<Point> corners = RegularPolygon(sides);
+            if (fromMiddle) // of a side: a corner of no turn
+                corners.insert(corners.begin(), 0.5 * (corners.front() + corners.back()));
+            const InkPath path = Draw(InkPlan::Through(corners, true));
+            const std::optional<Chain> found = FindSharpPolygon(PricedPath(path));
+            ASSERT_TRUE(found);
+            EXPECT_EQ(static_cast<int>(found->pieces.size()), sides);
+        }
+}
+
+TEST(SharpPolygon, NothingForRoundsOpenChainsAndFewSides) {
+    const InkPath round = Draw(InkPlan({{0.3, 630.0, 0.01}}));
+    EXPECT_FALSE(FindSharpPolygon(PricedPath(round)));
+    std::vector<Point> open = RegularPolygon(7);
+    open.pop_back();
+    const InkPath chain = Draw(InkPlan::Through(open, false));
+    EXPECT_FALSE(FindSharpPolygon(PricedPath(chain)));
+    const InkPath square = Draw(InkPlan::Through(RegularPolygon(4), true));
+    EXPECT_FALSE(FindSharpPolygon(PricedPath(square)));
+}
+
+// The ends of a square's ink: short of each other, past each other, in a corner and along a side.
+TEST(ChainClosing, ClosesWhatWasMeantToClose) {
+    struct Row {
+        const char* name;
+        std::vector<Point> corners;
+        bool closes;
+        std::size_t pieces;
+    };
+    const Row rows[] = {
+        {"gap in a corner", {{8, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 9}}, true, 4},
+        {"ends cross", {{-9, 0}, {100, 0}, {100, 100}, {0, 100}, {0, -9}}, true, 4},
+        {"gap in a side", {{60, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}, {45, 0}}, true, 4},
+        {"ends overlap along a side", {{30, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}, {60, 1}}, true, 4},
+        {"open bracket", {{100, 0}, {0, 0}, {0, 100}, {100, 100}}, false, 3},
+        {"caret", {{0, 0}, {50, 100}, {100, 0}}, false, 2},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const InkPath path = Draw(InkPlan::Through(row.corners, false));
+        const PricedPath ink(path);
+        const Chain chain = CloseChain(ink, SearchChain(ink));
+        EXPECT_EQ(chain.isClosed, row.closes);
+        EXPECT_EQ(chain.pieces.size(), row.pieces);
+    }
+}
+
+} // namespace
+} // namespace Tessera::Geometry
