@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tessera/recognition/internal/AngularCover.h"
+#include "tests/support/FitSamples.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -22,15 +23,7 @@ constexpr double kDegree = kPi / 180.0;
 
 std::vector<Point2> OnEllipse(double cx, double cy, double a, double b, double rotation, double start,
                               double end, int n) {
-    std::vector<Point2> pts;
-    for (int i = 0; i < n; ++i) {
-        const double t = start + (end - start) * i / (n - 1);
-        const double x = a * std::cos(t);
-        const double y = b * std::sin(t);
-        pts.push_back({cx + std::cos(rotation) * x - std::sin(rotation) * y,
-                       cy + std::sin(rotation) * x + std::cos(rotation) * y});
-    }
-    return pts;
+    return EllipsePoints({cx, cy}, a, b, rotation, start, end - start, n);
 }
 
 std::vector<Point2> OnCircle(double cx, double cy, double r, double start, double end, int n) {
@@ -91,15 +84,7 @@ TEST(AngularCover, AgreesWithSortingTheAngles) {
     EXPECT_GT(judged, 1500);
 }
 
-TEST(AngularCover, FirstOfEqualGaps) {
-    AngularCover cover; // gaps of exactly a quarter turn everywhere
-    for (const Point2 d : {Point2{0, -1}, Point2{-1, 0}, Point2{0, 1}, Point2{1, 0}})
-        cover.Add(d.x, d.y);
-    EXPECT_DOUBLE_EQ(cover.Covered().start, 0.5 * kPi);
-    EXPECT_DOUBLE_EQ(cover.Covered().end, kTurn);
-}
-
-TEST(AngularCover, DirectionsAroundAngleZero) {
+TEST(AngularCover, KnownDirections) {
     struct Row {
         const char* name;
         std::vector<Point2> directions;
@@ -111,6 +96,7 @@ TEST(AngularCover, DirectionsAroundAngleZero) {
         {"just below the axis is a turn less nothing", {{1, -1e-18}, {0, 1}}, 0.0, 0.5 * kPi},
         {"across the axis", {{1, -1}, {1, 1}}, 1.75 * kPi, 2.25 * kPi},
         {"nothing", {}, 0.0, kTurn},
+        {"first of equal gaps", {{0, -1}, {-1, 0}, {0, 1}, {1, 0}}, 0.5 * kPi, kTurn},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -140,21 +126,17 @@ TEST(SingleLine, RunsFromOutermostToOutermostProjectionAsThePenDid) {
     }
 }
 
-TEST(SingleLine, LimitIncludesItself) {
+TEST(SingleLine, LimitIncludesItselfAndTwoPlacesAreNeeded) {
     std::vector<Point2> pts = {{0, 0.25}, {1, -0.25}, {2, -0.25}, {3, 0.25}};
     double dev = 0.0;
     EXPECT_TRUE(RecognizeLine(pts, 0.25, &dev));
     EXPECT_EQ(dev, 0.25);
     EXPECT_FALSE(RecognizeLine(pts, std::nextafter(0.25, 0.0), &dev));
-}
-
-TEST(SingleLine, NeedsTwoPlaces) {
-    double dev = -1.0;
-    std::vector<Point2> one = {{1, 2}};
-    std::vector<Point2> same = {{1, 2}, {1, 2}, {1, 2}};
-    EXPECT_FALSE(RecognizeLine({}, kNoLimit, &dev));
-    EXPECT_FALSE(RecognizeLine(one, kNoLimit, &dev));
-    EXPECT_FALSE(RecognizeLine(same, kNoLimit, &dev));
+    dev = -1.0;
+    for (const std::size_t count : {0U, 1U, 3U}) {
+        std::vector<Point2> same(count, Point2{1, 2});
+        EXPECT_FALSE(RecognizeLine(same, kNoLimit, &dev));
+    }
     EXPECT_EQ(dev, -1.0);
 }
 

@@ -11,11 +11,14 @@ namespace {
 
 using namespace Testing;
 
-// A stroke from far away that ends at the given place, beside a line from (0, 0) to (400, 0).
+// A stroke from far away that ends at the given place, beside a line from (0, 0) to (400, 0) and a circle
+// about
+// (-300, 300).
 std::vector<InkConnection> EndAt(const Point& end, const SketchRecognizerPreferences& preferences,
                                  InkReading& reading, const Point& start = {120, 260}) {
     Line line({0, 0}, {400, 0});
-    Curve* const earlier[] = {nullptr, &line};
+    Arc circle({-300, 300}, 60.0);
+    Curve* const earlier[] = {nullptr, &line, &circle};
     reading = InterpretInk(InkOf(PointsOf(Straight(start, end))), preferences, earlier);
     return std::move(reading.connections);
 }
@@ -42,6 +45,9 @@ TEST(InkConnections, EndsMeetKeyPointsOrEnds) {
         {"within the closing tolerance", {0, 19.5}, &usual, SnapPointType_Start},
         {"beyond it", {0, 20.5}, &usual, SnapPointType_None},
         {"of the other end", {400, 19.5}, &usual, SnapPointType_End},
+        {"at the centre", {-297, 304}, &usual, SnapPointType_Center},
+        {"on the circle", {-300, 239}, &usual, SnapPointType_None},
+        {"near the circle's seam", {-228, 300}, &usual, SnapPointType_None},
         {"inside the line", {100, 1}, &usual, SnapPointType_None},
         {"without snapping", {0, 9.5}, &noSnapping, SnapPointType_Start},
         {"without snapping, mid point", {200, 2}, &noSnapping, SnapPointType_None},
@@ -61,7 +67,7 @@ TEST(InkConnections, EndsMeetKeyPointsOrEnds) {
         if (found.empty())
             continue;
         EXPECT_EQ(found[0].keyPoint, row.type);
-        EXPECT_EQ(found[0].earlier, 1);
+        EXPECT_EQ(found[0].earlier, row.type == SnapPointType_Center ? 2 : 1);
         EXPECT_EQ(found[0].end, made.Last());
     }
 }
