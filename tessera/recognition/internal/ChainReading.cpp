@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/Fillets.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/RegularShapes.h"
@@ -138,6 +139,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     if (!chain.isClosed)
         FitTangentRuns(ink, snapRad, chain);
     ExactChain exact = MakeExact(ink, chain);
+    RoundCorners(ink, chain, exact);
     DrawInCorners(ink, tolerance, exact);
     reading.shape = ShapeOf(exact);
     if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())
@@ -147,6 +149,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     if (preferences.AskSnapping() && !isRegular) {
         SnapLines(snapRad, chain);
         exact = MakeExact(ink, chain);
+        RoundCorners(ink, chain, exact);
         DrawInCorners(ink, tolerance, exact);
     }
     reading.isClosed = exact.isClosed;

@@ -1,0 +1,239 @@
+#include "tessera/recognition/internal/Fillets.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "tessera/recognition/internal/ChainClosing.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+// Of the hands that drew the shapes this is measured on, few keep to their sides so closely, and those turn
+// sharply. All in sizes.
+constexpr double kCarefulSpread = 0.006; // root mean square distance from the middles of the sides
+constexpr double kMostOff = 0.0065;      // the same from a fillet and what it leaves of its sides
+constexpr double kLeastCut = 0.06;       // distance of the ink from a corner that was drawn round
+constexpr double kSideShare = 0.95;      // of a side: as far as a fillet may reach
+constexpr double kLeastRadius = 0.03;    // sizes
+constexpr double kMostRadius = 2.0;
+constexpr int kRadii = 24;    // tried, each a fixed share above the last
+constexpr int kSections = 12; // of the interval between the neighbours of the best
+constexpr double kGolden = 0.6180339887498949;
+
+double Square(double v) {
+    return v * v;
+}
+
+Point Left(const Point& d) {
+    return {-d.y, d.x};
+}
+
+// The two sides of a corner and the ink that passes it.
+struct Corner {
+    const ChainPiece* before = nullptr;
+    const ChainPiece* after = nullptr;
+    const ExactPiece* in = nullptr;
+    const ExactPiece* out = nullptr;
+    std::vector<Point> ink; // from the middle of one side to the middle of the other
+    std::vector<int> index; // of each, in the path
+    double turn = 0.0;      // sense: +1 counter-clockwise
+    double cut = 0.0;       // distance of the corner from the ink
+};
+
+double Off(const ChainPiece& side, const Point& p) {
+    return side.isArc ? std::sqrt(p.Distance2(side.circle.centre)) - side.circle.radius
+                      : (p - side.line.centre).Cross(side.line.direction);
+}
+
+Point Foot(const ChainPiece& side, const Point& p) {
+    if (!side.isArc)
+        return side.line.centre + (p - side.line.centre).Dot(side.line.direction) * side.line.direction;
+    const Point radius = p - side.circle.centre;
+    return side.circle.centre + radius * (side.circle.radius / std::max(radius.Length(), 1e-12));
+}
+
+// Direction of the pen along a side at a point of it.
+Point DirectionOn(const ChainPiece& side, const ExactPiece& exact, const Point& at) {
+    if (!side.isArc)
+        return (exact.to - exact.from) / std::max((exact.to - exact.from).Length(), 1e-12);
+    const Point radius = (at - side.circle.centre) / std::max(side.circle.radius, 1e-12);
+    const bool isLeft = (exact.through - exact.from).Cross(exact.to - exact.through) > 0.0;
+    return isLeft ? Left(radius) : -1.0 * Left(radius);
+}
+
+// The side's carrier moved to one side of the pen's way; false when an arc shrinks to nothing.
+bool Offset(const ChainPiece& side, const ExactPiece& exact, double left, ChainPiece& moved) {
+    moved = side;
+    if (!side.isArc) {
+        moved.line.centre += left * Left(DirectionOn(side, exact, exact.to));
+        return true;
+    }
+    const bool isLeft = (exact.through - exact.from).Cross(exact.to - exact.through) > 0.0;
+    moved.circle.radius += isLeft ? -left : left;
+    return moved.circle.radius > 0.0;
+}
+
+int Cyclic(int i, int n) {
+    return (i % n + n) % n;
+}
+
+int PointsOf(const ChainPiece& piece, int n) {
+    return piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
+}
+
+Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after, const ExactPiece& in,
+              const ExactPiece& out) {
+    const int n = ink.path.Size();
+    Corner corner{&before, &after, &in, &out, {}, {}, 0.0, kInfinite};
+    const Point a = DirectionOn(before, in, in.to);
+    const Point b = DirectionOn(after, out, out.from);
+    corner.turn = a.Cross(b) < 0.0 ? -1.0 : 1.0;
+    const int back = PointsOf(before, n) / 2;
+    const int ahead = PointsOf(after, n) / 2;
+    for (int i = before.last - back; i <= before.last; ++i)
+        corner.index.push_back(Cyclic(i, n));
+    for (int i = after.first + (before.last == after.first ? 1 : 0); i <= after.first + ahead; ++i)
+        corner.index.push_back(Cyclic(i, n));
+    for (const int i : corner.index) {
+        const Point& p = ink.path.pts[static_cast<std::size_t>(i)];
+        corner.ink.push_back(p);
+        corner.cut = std::min(corner.cut, p.Distance(in.to));
+    }
+    return corner;
+}
+
+struct Fillet {
+    Point centre;
+    double radius = 0.0;
+    Point from, to, through;
+    std::size_t first = 0, last = 0; // of the corner's ink
+    double sumSq = kInfinite;
+};
+
+std::size_t Nearest(const Corner& corner, const Point& p) {
+    std::size_t nearest = 0;
+    for (std::size_t i = 1; i < corner.ink.size(); ++i)
+        if (corner.ink[i].Distance2(p) < corner.ink[nearest].Distance2(p))
+            nearest = i;
+    return nearest;
+}
+
+// The fillet of a radius, with the squared distances of the corner's ink; no sum when it does not fit in.
+Fillet MakeFillet(const Corner& corner, double radius) {
+    Fillet fillet;
+    fillet.radius = radius;
+    ChainPiece a;
+    ChainPiece b;
+    if (!Offset(*corner.before, *corner.in, corner.turn * radius, a) ||
+        !Offset(*corner.after, *corner.out, corner.turn * radius, b) ||
+        !IntersectPieces(a, b, corner.in->to, fillet.centre))
+        return fillet;
+    fillet.from = Foot(*corner.before, fillet.centre);
+    fillet.to = Foot(*corner.after, fillet.centre);
+    const Point& tip = corner.in->to;
+    if (fillet.from.Distance(tip) > kSideShare * corner.in->from.Distance(tip) ||
+        fillet.to.Distance(tip) > kSideShare * corner.out->to.Distance(tip))
+        return fillet;
+    const Point middle = 0.5 * (fillet.from + fillet.to) - fillet.centre;
+    fillet.through = fillet.centre + middle * (radius / std::max(middle.Length(), 1e-12));
+    fillet.first = Nearest(corner, fillet.from);
+    fillet.last = Nearest(corner, fillet.to);
+    if (fillet.last < fillet.first + 2)
+        return fillet;
+    fillet.sumSq = 0.0;
+    for (std::size_t i = 0; i < corner.ink.size(); ++i) {
+        const Point& p = corner.ink[i];
+        fillet.sumSq += Square(i < fillet.first  ? Off(*corner.before, p)
+                               : i > fillet.last ? Off(*corner.after, p)
+                                                 : std::sqrt(p.Distance2(fillet.centre)) - radius);
+    }
+    return fillet;
+}
+
+// The radius with the least squares, by golden section about the best of a coarse row.
+Fillet FindFillet(const Corner& corner) {
+    const double factor = std::pow(kMostRadius / kLeastRadius, 1.0 / (kRadii - 1));
+    Fillet best;
+    for (int i = 0; i < kRadii; ++i) {
+        const Fillet fillet = MakeFillet(corner, kLeastRadius * std::pow(factor, i));
+        if (fillet.sumSq < best.sumSq)
+            best = fillet;
+    }
+    if (best.sumSq == kInfinite)
+        return best;
+    double low = best.radius / factor;
+    double high = best.radius * factor;
+    for (int i = 0; i < kSections; ++i) {
+        const double step = kGolden * (high - low);
+        const Fillet small = MakeFillet(corner, high - step);
+        const Fillet large = MakeFillet(corner, low + step);
+        (small.sumSq < large.sumSq ? high : low) = small.sumSq < large.sumSq ? low + step : high - step;
+        for (const Fillet& fillet : {small, large})
+            if (fillet.sumSq < best.sumSq)
+                best = fillet;
+    }
+    return best;
+}
+
+std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
+                                   const ExactPiece& in, const ExactPiece& out) {
+    const Corner corner = LookAt(ink, before, after, in, out);
+    if (corner.cut < kLeastCut)
+        return std::nullopt;
+    const Fillet fillet = FindFillet(corner);
+    if (fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
+        return std::nullopt;
+    return ExactPiece{
+        PieceKind::Arc,           fillet.from, fillet.to, fillet.through, corner.index[fillet.first],
+        corner.index[fillet.last]};
+}
+
+// Root mean square distance of the ink from the middle thirds of the sides, where no corner is near.
+double SpreadOf(const PricedPath& ink, const Chain& chain) {
+    const int n = ink.path.Size();
+    double sumSq = 0.0;
+    int counted = 0;
+    for (const ChainPiece& side : chain.pieces)
+        for (int i = PointsOf(side, n) / 3; i <= 2 * PointsOf(side, n) / 3; ++i, ++counted)
+            sumSq += Square(Off(side, ink.path.pts[static_cast<std::size_t>(Cyclic(side.first + i, n))]));
+    return std::sqrt(sumSq / counted);
+}
+
+} // namespace
+
+void RoundCorners(const PricedPath& ink, const Chain& chain, ExactChain& exact) {
+    const std::size_t count = exact.pieces.size();
+    if (chain.pieces.size() != count || count < 2 || SpreadOf(ink, chain) > kCarefulSpread)
+        return;
+    std::vector<std::optional<ExactPiece>> fillets(count); // before each piece
+    for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i) {
+        const std::size_t before = (i + count - 1) % count;
+        fillets[i] =
+            FilletOf(ink, chain.pieces[before], chain.pieces[i], exact.pieces[before], exact.pieces[i]);
+    }
+    ExactChain rounded;
+    rounded.isClosed = exact.isClosed;
+    for (std::size_t i = 0; i < count; ++i) {
+        ExactPiece piece = exact.pieces[i];
+        const std::optional<ExactPiece>& start = fillets[i];
+        const std::optional<ExactPiece>& end = fillets[(i + 1) % count];
+        if (start) {
+            rounded.pieces.push_back(*start);
+            piece.from = start->to;
+            piece.first = start->last;
+        }
+        if (end) {
+            piece.to = end->from;
+            piece.last = end->first;
+        }
+        rounded.pieces.push_back(piece);
+    }
+    exact = rounded;
+}
+
+} // namespace Tessera::Geometry
