@@ -22,8 +22,8 @@ constexpr double kBowedLine = 1.2; // a hand's lone line strays so much farther 
 // Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
 // of drawn polygons take up three.
 constexpr double kMostStray = 4.0;
-// Root mean square distance of a careful hand's ink, sizes, and how many times farther off what it did not mean
-// lies: drawn circles and ovals, which a chain follows closely as well, stay below half of that.
+// Root mean square distance of a careful hand's ink, sizes, and how many times farther off what it did not
+// mean lies: drawn circles and ovals, which a chain follows closely as well, stay below half of that.
 constexpr double kCarefulSpread = 0.012;
 constexpr double kMuchFarther = 3.0;
 
@@ -82,7 +82,8 @@ bool IsSimplePolygon(const Chain& chain) {
 // A hand that keeps so close to a chain did not mean the round that it strays from.
 bool IsDrawnWithCare(const PricedPath& priced, const Chain& chain, const RoundShape& round) {
     const double chainSq = Describe(priced, chain).meanSq;
-    return chainSq <= kCarefulSpread * kCarefulSpread && round.meanSq >= kMuchFarther * kMuchFarther * chainSq;
+    return chainSq <= kCarefulSpread * kCarefulSpread &&
+           round.meanSq >= kMuchFarther * kMuchFarther * chainSq;
 }
 
 // The hypotheses compared, and the best one read.

@@ -26,13 +26,14 @@ constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free f
 // How a free form competes: the root mean square distance of the rival, sizes, below which none is looked for
 // (drawn polygons and rounds stay below it, 98 of 100 of each), the largest distance of the free form itself,
 // and the price of a pole's coordinate. A chain that is smooth all along is always challenged. What takes the
-// place of a round is told by fewer, looser poles: they lie where their neighbours let expect them.
+// place of a round, or of one curve that misses the ink, is told by cheaper poles: they lie where their
+// neighbours let expect them.
 struct FreeTerms {
     double badSpread;
     double tolerance;
     double polePrice;
 };
-constexpr FreeTerms kFreeTerms[] = {{0.065, kFreeTolerance, 4.0},
+constexpr FreeTerms kFreeTerms[] = {{0.065, kFreeTolerance, 3.0},
                                     {0.0, kFreeTolerance, 4.0},
                                     {0.065, kFreeTolerance, 4.0},
                                     {0.095, 0.06, 3.0}};

@@ -1,0 +1,107 @@
+#include "tessera/recognition/internal/Fillets.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "tessera/geometry/Arc.h"
+#include "tests/support/PenPaths.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using namespace Testing;
+
+// Samples some two units apart along sides and quarter turns: 200 x 120, from the middle of the lower side.
+std::vector<Point> RoundedBox(double radius, double turnedBy) {
+    std::vector<Point> pts;
+    const Point corners[] = {{100, -60}, {100, 60}, {-100, 60}, {-100, -60}};
+    Point at(0, -60);
+    const auto lineTo = [&](const Point& to) {
+        const int n = static_cast<int>(at.Distance(to) / 2.0);
+        for (int i = 0; i < n; ++i)
+            pts.push_back(at + (static_cast<double>(i) / n) * (to - at));
+        at = to;
+    };
+    double heading = 0.0;
+    for (const Point& corner : corners) {
+        const Point ahead(std::cos(heading), std::sin(heading));
+        const Point left(-ahead.y, ahead.x);
+        lineTo(corner - radius * ahead);
+        const Point centre = at + radius * left;
+        const int n = std::max(1, static_cast<int>(0.8 * radius));
+        for (int i = 0; i < n && radius > 0.0; ++i) {
+            const double a = heading + 0.5 * std::numbers::pi * (static_cast<double>(i) / n - 1.0);
+            pts.push_back(centre + radius * Point(std::cos(a), std::sin(a)));
+        }
+        at = corner + radius * left;
+        heading += 0.5 * std::numbers::pi;
+    }
+    lineTo({0, -60});
+    const double c = std::cos(turnedBy);
+    const double s = std::sin(turnedBy);
+    for (Point& p : pts)
+        p = {c * p.x - s * p.y, s * p.x + c * p.y};
+    return pts;
+}
+
+int CountTangent(const InkReading& reading) {
+    int count = 0;
+    for (const InkJoint& joint : reading.joints)
+        count += joint.kind == JointKind::Tangent ? 1 : 0;
+    return count;
+}
+
+// A careful hand's round corners are arcs of their radius that touch both sides; the same box drawn with a
+// shaky hand, or with corners that any hand rounds so much, is a rectangle.
+TEST(Fillets, RoundCornersOfACarefulHandAreArcs) {
+    const struct {
+        double radius;
+        double tremor;
+        bool isRounded;
+    } rows[] = {{33, 0.3, true}, {30, 0.3, true}, {22, 0.3, true},  {8, 0.3, false},
+                {0, 0.3, false}, {0, 0.0, false}, {22, 1.2, false}, {30, 0.0, true}};
+    unsigned seed = 1;
+    for (const auto& row : rows)
+        for (const double turnedBy : {0.0, 0.5, 2.0}) {
+            SCOPED_TRACE(testing::Message() << row.radius << " +- " << row.tremor << ", turned " << turnedBy);
+            const InkReading reading =
+                InterpretInk(Trembling(RoundedBox(row.radius, turnedBy), row.tremor, ++seed), {});
+            if (!row.isRounded) {
+                EXPECT_EQ(reading.shape, InkShape::Rectangle);
+                continue;
+            }
+            EXPECT_EQ(reading.curves.size(), 8U);
+            EXPECT_EQ(CountTangent(reading), 8);
+            for (const InterpretedCurve& made : reading.curves) {
+                EXPECT_LT(made.maxDeviation, 6.0 * row.tremor + 1.0);
+                if (made.curve->GetType() == CurveType_Arc) {
+                    EXPECT_NEAR(static_cast<const Arc&>(*made.curve).GetRadius(), row.radius,
+                                0.08 * row.radius + 2.0 * row.tremor);
+                }
+            }
+        }
+}
+
+// A line that turns smoothly into the counter-curve of a larger arc: the corner between them, which the ink
+// never reaches, is no point of the drawing.
+TEST(Fillets, CornersOfLinesAndArcsToo) {
+    std::vector<Point> pts = PointsOf(Straight({-160, 0}, {-20, 0}), 0.0, 1.0, 70);
+    const std::vector<Point> fillet = PointsOf(Round({-20, 25}, 25, 25, -0.25 * kTurn, 0.0), 0.03, 1.0, 20);
+    const std::vector<Point> bow = PointsOf(Round({75, 25}, 70, 70, 0.5 * kTurn, 0.0), 0.02, 1.0, 110);
+    pts.insert(pts.end(), fillet.begin(), fillet.end());
+    pts.insert(pts.end(), bow.begin(), bow.end());
+    for (const bool isBackwards : {false, true}) {
+        const InkReading reading = InterpretInk(Trembling(pts, 0.25, 5), {});
+        ASSERT_EQ(reading.curves.size(), 3U) << isBackwards;
+        EXPECT_EQ(CountTangent(reading), 2);
+        EXPECT_NEAR(static_cast<const Arc&>(*reading.curves[1].curve).GetRadius(), 25.0, 4.0);
+        for (const InterpretedCurve& made : reading.curves)
+            EXPECT_LT(made.maxDeviation, 2.5);
+        std::reverse(pts.begin(), pts.end());
+    }
+}
+
+} // namespace
+} // namespace Tessera::Geometry
