@@ -22,3 +22,6 @@ if(TESSERA_SANITIZE)
     target_compile_options(tessera_options INTERFACE ${sanitizers} -O1)
     target_link_options(tessera_options INTERFACE ${sanitizers})
 endif()
+
+# Reports to the host name the source file within the project, wherever it was built.
+target_compile_options(tessera_options INTERFACE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")

@@ -168,8 +168,9 @@ private:
                          {"T and middles", &Maker::Tees},  {"belt", &Maker::Belt},
                          {"ribbon", &Maker::Ribbon},       {"sector", &Maker::Sector}};
         static_assert(std::size(kFamilies) == kFamilyCount);
-        sketch_.name = kFamilies[family].name;
-        (this->*kFamilies[family].draw)();
+        const auto& chosen = kFamilies[family];
+        sketch_.name = chosen.name;
+        (this->*chosen.draw)();
     }
     void Rectangle() { IntendAxes(AddBox(), 4, true); }
     void TurnedRectangle() {

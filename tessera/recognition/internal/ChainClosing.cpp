@@ -17,6 +17,8 @@ constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may 
 constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
 constexpr double kParallel = 0.17; // sine of the angle below which lines do not make a corner
 
+constexpr double kRunsOn = 0.94; // cosine of 20 degrees
+
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
 }
@@ -125,6 +127,20 @@ bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near
     if (b.isArc)
         return LineMeetsCircle(a.line, b.circle, near, meet);
     return LineMeetsLine(a.line, b.line, meet);
+}
+
+bool CloseTouching(const PricedPath& ink, Chain& chain) {
+    if (chain.isClosed || chain.pieces.size() < 3 || chain.pieces.front().isArc == chain.pieces.back().isArc)
+        return false;
+    const ChainPiece& first = chain.pieces.front();
+    const ChainPiece& last = chain.pieces.back();
+    const Point in = DirectionAt(ink, last, true);
+    const Point out = DirectionAt(ink, first, false);
+    if (ink.path.Gap() > kCloseReach * ink.closing || in.Dot(out) < kRunsOn)
+        return false;
+    chain.isClosed = true;
+    chain.cost -= 2.0 * ink.prices.parameter;
+    return true;
 }
 
 Chain CloseChain(const PricedPath& ink, const Chain& open) {

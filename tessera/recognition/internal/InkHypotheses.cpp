@@ -110,6 +110,8 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
         isSmooth = chain.pieces.size() > 1 && !ShowsCorner(priced, chain);
         if (isSmooth)
             FitTangentRuns(priced, 0.0, chain);
+        if (preferences.GetCurveTidy())
+            CloseTouching(priced, chain);
     }
     Description best = round ? Describe(*round) : Describe(priced, chain);
     std::optional<EllipticArc> arc;
