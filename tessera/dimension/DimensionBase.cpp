@@ -181,9 +181,9 @@ void DimensionBase::FollowParents(const CurveList& former) {
     AttachToParents();
 }
 
-bool DimensionBase::ReplaceParent(Curve* replacement) {
+void DimensionBase::ReplaceParent(Curve* replacement) {
     if (replacement == nullptr)
-        return false;
+        return;
     const CurveList former = DistinctParents(*this);
     auto place = std::find_if(former.begin(), former.end(),
                               [&](const Curve* curve) { return curve->GetId() == replacement->GetId(); });
@@ -191,11 +191,10 @@ bool DimensionBase::ReplaceParent(Curve* replacement) {
         place = std::find_if(former.begin(), former.end(),
                              [&](const Curve* curve) { return curve->GetType() == replacement->GetType(); });
     if (place == former.end() || (*place)->GetType() != replacement->GetType())
-        return false;
+        return;
     LogForChange();
     ExchangeCurve(*place, replacement);
     FollowParents(former);
-    return true;
 }
 
 DimensionBase* DimensionBase::DeepCopy(std::set<int>& ids, std::map<int, Core::TaggedObject*>& copies) const {

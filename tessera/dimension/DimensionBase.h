@@ -201,8 +201,8 @@ protected:
     /// Attaches to each parent that does not list this dimension yet.
     void AttachToParents();
     /// ReplaceCurve of every kind: the replacement takes the place of the parent with its identifier, else of
-    /// the first parent of its curve type; attachment moves along, no update. False when there is none.
-    bool ReplaceParent(Geometry::Curve* replacement);
+    /// the first parent of its curve type; attachment moves along, no update.
+    void ReplaceParent(Geometry::Curve* replacement);
     /// After a change of parents: leaves the former ones and, if it was attached to any, joins the new ones.
     void FollowParents(const std::vector<Geometry::Curve*>& former);
     /// Assigns what all kinds share except the finalized flag, each field reported; no pending edit remains.
