@@ -23,7 +23,6 @@ struct Exhibit {
     double angleDeg;
     std::vector<std::unique_ptr<Curve>> curves;
     std::vector<std::unique_ptr<DimensionBase>> dims;
-    double value = 0.0;
 
     Point At(double distance, double turnDeg = 0.0) const {
         return Point(middle.x + distance * std::cos((angleDeg + turnDeg) * kRad),
@@ -56,9 +55,9 @@ inline void Straight(Exhibit& e) {
     const Kind probe(&line, kFont);
     const double dx = std::fabs(length * std::cos(e.angleDeg * kRad));
     const double dy = std::fabs(length * std::sin(e.angleDeg * kRad));
-    e.value = probe.GetType() == Length ? length : probe.GetType() == Horizontal ? dx : dy;
+    const double value = probe.GetType() == Length ? length : probe.GetType() == Horizontal ? dx : dy;
     const double beyond = probe.GetType() == Length ? 0.0 : probe.GetType() == Horizontal ? dy : dx;
-    if (e.value < 1.0) {
+    if (value < 1.0) {
         return; // square to the axis
     }
     e.dims.push_back(std::make_unique<Kind>(&line, 7.0 + beyond, kFont));
@@ -67,7 +66,6 @@ inline void Straight(Exhibit& e) {
 
 template <class First, class Second>
 inline void Between(Exhibit& e, const First& first, const Second& second) {
-    e.value = 40.0;
     for (const double offset : {7.0, -7.0}) {
         e.dims.push_back(std::make_unique<LinearDimension>(&first, &second, offset, kFont));
     }
@@ -77,7 +75,6 @@ inline void ParallelLines(Exhibit& e) {
     const Line& first = e.AddWall(-20.0, 40.0);
     const Line& second = e.AddWall(20.0, 15.0);
     const Point pick = e.At(-20.0);
-    e.value = 40.0;
     for (const double offset : {7.0, -7.0}) {
         e.dims.push_back(std::make_unique<LinearDimension>(&first, &second, &pick, offset, kFont));
     }
@@ -104,7 +101,6 @@ template <int reach>
 inline void Angle(Exhibit& e) {
     const Line& first = e.AddLine(e.At(-14.0), e.At(38.0));
     const Line& second = e.AddLine(e.At(-14.0, kSector), e.At(38.0, kSector));
-    e.value = kSector;
     for (const double r : {reach, -reach}) {
         e.dims.push_back(
             std::make_unique<AngularDimension>(&first, &second, e.At(r), e.At(r, kSector), 0.0, kFont));
@@ -114,7 +110,6 @@ inline void Angle(Exhibit& e) {
 template <int sweepDeg>
 inline void Radius(Exhibit& e) {
     Arc& arc = e.AddArc(e.middle, 24.0, sweepDeg);
-    e.value = sweepDeg > 180 ? 48.0 : 24.0;
     for (const double side : {1.0, -1.0}) {
         auto dim = std::make_unique<RadialDimension>(&arc, kFont);
         dim->SetTextOffset(side * (dim->GetTextWidthOffset() + 1.5 * kFont));
@@ -123,28 +118,24 @@ inline void Radius(Exhibit& e) {
     }
 }
 
-inline const struct {
-    const char* name;
-    void (*fill)(Exhibit&);
-    bool isOutside; // the arrowheads
-} kRows[] = {{"length", Straight<LengthDimension, 60>, false},
-             {"short length", Straight<LengthDimension, 12>, true},
-             {"horizontal", Straight<HorizontalDimension, 50>, false},
-             {"short horizontal", Straight<HorizontalDimension, 14>, true},
-             {"vertical", Straight<VerticalDimension, 50>, false},
-             {"short vertical", Straight<VerticalDimension, 14>, true},
-             {"linear, lines", ParallelLines, false},
-             {"linear, line and arc", LineAndArc, false},
-             {"linear, arcs", Arcs, false},
-             {"linear, line and ellipse", LineAndEllipse, false},
-             {"angular", Angle<26>, false},
-             {"narrow angular", Angle<11>, true},
-             {"radius", Radius<120>, false},
-             {"diameter", Radius<280>, false}};
+inline void (*const kRows[])(Exhibit&) = {Straight<LengthDimension, 60>,
+                                          Straight<LengthDimension, 12>,
+                                          Straight<HorizontalDimension, 50>,
+                                          Straight<HorizontalDimension, 14>,
+                                          Straight<VerticalDimension, 50>,
+                                          Straight<VerticalDimension, 14>,
+                                          ParallelLines,
+                                          LineAndArc,
+                                          Arcs,
+                                          LineAndEllipse,
+                                          Angle<26>,
+                                          Angle<11>,
+                                          Radius<120>,
+                                          Radius<280>};
 
 inline Exhibit MakeExhibit(int row, int eighth, const Point& middle) {
     Exhibit e{middle, 45.0 * eighth, {}, {}};
-    kRows[row].fill(e);
+    kRows[row](e);
     return e;
 }
 
