@@ -294,6 +294,8 @@ TEST(AngularDimension, DrawnFormExtentAndDistance) {
         EXPECT_EQ(drawn.curves.size(), row.curves);
         Tessera::Geometry::XYBox box;
         ASSERT_TRUE(dim.AskXYBox(box));
+        for (int i = 0; i <= 20; ++i)
+            EXPECT_TRUE(box.ContainPoint(FromCentre(row.reach, 250 + 5 * i))) << "the arc under the text too";
         const Point probes[] = {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)};
         double least[3];
         for (int i = 0; i < 3; ++i) {

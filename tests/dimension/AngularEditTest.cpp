@@ -163,7 +163,6 @@ TEST(AngularEdit, TheRadiusStaysAboveTheFontHeight) {
     Drag(corner.dim, {TextMiddle(corner.dim), kCentre}); // no direction left: the angle stays
     EXPECT_DOUBLE_EQ(corner.dim.GetDimensionArc()->GetRadius(), 4.0);
     EXPECT_NEAR(corner.dim.GetParam() * kDeg, 40.0, 1e-6);
-    EXPECT_FALSE(corner.dim.MoveDimDeco(nullptr));
 }
 
 TEST(AngularEdit, TextSnapsToTheMiddleOnApproachOnly) {

@@ -7,6 +7,7 @@
 
 #include "tessera/dimension/HorizontalDimension.h"
 #include "tessera/dimension/LinearDimension.h"
+#include "tessera/dimension/VerticalDimension.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/ChangeLog.h"
@@ -80,13 +81,14 @@ TEST(DimensionBase, FactoriesByType) {
     for (int type : {-1, 0, 7, 99})
         EXPECT_EQ(DimensionBase::CreateDimensionByType(static_cast<DimensionType_e>(type)), nullptr) << type;
     Line line(Point(0, 0), Point(10, 0));
-    for (const DimensionType_e type : {Length, Horizontal, Vertical, Linear}) {
+    for (const DimensionType_e type : {Length, Horizontal, Vertical, Linear, Angular}) {
         const std::unique_ptr<DimensionBase> made(DimensionBase::CreateDimensionByType(type));
         ASSERT_NE(made, nullptr);
         EXPECT_EQ(made->GetType(), type);
+        EXPECT_EQ(made->GetTextHeightOffset(), 15.0);
         const std::unique_ptr<DimensionBase> bound(
             DimensionBase::CreateDimensionByType(type, &line, 7.0, 2.0));
-        ASSERT_EQ(bound == nullptr, type == Linear);
+        ASSERT_EQ(bound == nullptr, type == Linear || type == Angular);
         if (bound != nullptr) {
             EXPECT_EQ(bound->GetType(), type);
             EXPECT_TRUE(line.HasDimension(bound.get()));
@@ -94,7 +96,24 @@ TEST(DimensionBase, FactoriesByType) {
             EXPECT_EQ(bound->GetFontHeight(), 2.0);
         }
     }
-    EXPECT_EQ(DimensionBase::CreateDimensionByType(Angular, &line, 7.0, 2.0), nullptr);
+    const std::unique_ptr<LengthDimension> dims[] = {
+        std::unique_ptr<LengthDimension>(LengthDimension::MakeDimension(&line, 4.0)),
+        std::make_unique<HorizontalDimension>(&line, 4.0), std::make_unique<VerticalDimension>(&line, 4.0)};
+    for (const auto& dim : dims)
+        EXPECT_EQ(dim->GetTextHeightOffset(), 3.0) << "unless given";
+    EXPECT_EQ(LengthDimension::MakeDimension(&line, 9.0), dims[0].get());
+    EXPECT_EQ(LengthDimension::MakeDimension(nullptr, 9.0), nullptr);
+}
+
+TEST(DimensionBase, DetachingFromOneCurveIsFromAll) {
+    Line line(Point(0, 0), Point(10, 0));
+    Arc arc(FromCentre(10, 0), FromCentre(10, 90), kCentre);
+    LinearDimension dim(&line, &arc, 9.0, 4.0);
+    EXPECT_FALSE(DimensionBase::RemoveDimensionOnCurve(nullptr, &dim));
+    EXPECT_FALSE(DimensionBase::RemoveDimensionOnCurve(&line, nullptr));
+    EXPECT_TRUE(DimensionBase::RemoveDimensionOnCurve(&arc, &dim));
+    EXPECT_FALSE(line.HasDimension(&dim) || arc.HasDimension(&dim));
+    EXPECT_FALSE(DimensionBase::RemoveDimensionOnCurve(&arc, &dim));
 }
 
 // --- Fields
@@ -193,30 +212,10 @@ TEST(DimensionBase, RecordsChangeHandsOnceReported) {
     EXPECT_EQ(radial.ComputeUpdateSide(Point(0, 0)), -1) << "an incomplete record is nothing drawn";
 }
 
-TEST(DimensionBase, CopiesAndAssignments) {
+TEST(DimensionBase, AssignmentTakesTheIdentifierAndNoCurve) {
     Line line(Point(0, 0), Point(100, 0));
     Line other(Point(0, 50), Point(30, 50));
-    LengthDimension dim(&line, 10.0, 4.0);
-    dim.SetUpdateSide(1);
-    dim.SetWidth(7.5);
-    dim.SetIsFinalized(true);
-    ChangeLog log;
-    const std::unique_ptr<LengthDimension> copy(dim.Copy());
-    EXPECT_TRUE(log.entries.empty());
-    LengthDimension target(&other, 3.0, 2.0);
-    EXPECT_TRUE(target.Replace(&dim));
-    for (const LengthDimension* taken :
-         {static_cast<const LengthDimension*>(copy.get()), &std::as_const(target)}) {
-        EXPECT_TRUE(taken->GetIsFinalized());
-        EXPECT_EQ(taken->GetUpdateSide(), 1);
-        EXPECT_EQ(taken->AskWidth(), 7.5);
-        EXPECT_NE(taken->GetId(), dim.GetId());
-        EXPECT_NE(taken->GetLengthDimDeco(1), dim.GetLengthDimDeco(1));
-        ExpectSamePlacement(*taken, dim, 0.0);
-    }
-    EXPECT_FALSE(line.HasDimension(copy.get()));
-    EXPECT_TRUE(copy->Replace(copy.get()));
-    ExpectSamePlacement(*copy, dim, 0.0);
+    const LengthDimension dim(&line, 10.0, 4.0);
     HorizontalDimension horizontal(&other, 4.0);
     static_cast<DimensionBase&>(horizontal) = dim;
     EXPECT_EQ(horizontal.GetId(), dim.GetId());
@@ -236,7 +235,7 @@ TEST(DimensionBase, DigitsAndStringLength) {
                 {Length, 0.1 + 0.2, 1, 3},    {Length, 99.999, 0, 3}, {Length, -2.5, 1, 4},
                 {Length, 3e9, 0, 10},         {Length, 1e19, 0, 20},  {Length, 12.0 + 9e-11, 0, 2},
                 {Length, 12.0 + 2e-10, 0, 2}, {Length, 0.004, 0, 1},  {Length, 100.1, 1, 5},
-                {Angular, 90.0, 0, 3},        {Angular, 89.6, 0, 3},  {Angular, 9.4, 0, 2},
+                {Angular, 90.0, 0, 3},        {Angular, 99.55, 0, 4}, {Angular, 9.4, 0, 2},
                 {Length, 1e300, 0, 49}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.value);
@@ -250,9 +249,12 @@ TEST(DimensionBase, DigitsAndStringLength) {
     EXPECT_EQ(TypedDimension(Length, 0.5).GetNumDigitsAfterDecimalPoint(9), 1);
     EXPECT_EQ(TypedDimension(Length, 0.5).GetNumDigitsAfterDecimalPoint(-4), -4);
     EXPECT_EQ(TypedDimension(Length, 12.25).GetAnnotationText(), "12.250000");
-    ChangeLog host; // of unit code 7
-    EXPECT_EQ(TypedDimension(Length, 1.0).GetNumDigitsRequired(), 3);
-    EXPECT_EQ(TypedDimension(Angular, 1.0).GetNumDigitsRequired(), 0);
+    ChangeLog host;
+    for (const int unitCode : {-1, 0, 1, 2, 7}) {
+        host.unitCode = unitCode;
+        EXPECT_EQ(TypedDimension(Length, 1.0).GetNumDigitsRequired(), unitCode == 0 || unitCode == 1 ? 2 : 3);
+        EXPECT_EQ(TypedDimension(Angular, 1.0).GetNumDigitsRequired(), 0);
+    }
 }
 
 TEST(DimensionBase, ReadableTextAngles) {
@@ -329,6 +331,7 @@ TEST(DimensionBase, LassoAndCurve) {
                 {"not the extension lines", -1, 11, 101, 13, false, true},
                 {"a corner of the text", 46, 9, 48, 10.5, false, true},
                 {"the middle of the text only", 49, 11.5, 51, 12.5, false, false},
+                {"a corner of an arrowhead", 2.9, 12.6, 3.1, 12.9, false, true},
                 {"elsewhere", 40, 20, 60, 30, false, false}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -337,6 +340,10 @@ TEST(DimensionBase, LassoAndCurve) {
         EXPECT_EQ(dim.IsInPolygon(4, xs, ys), row.isInside);
         EXPECT_EQ(dim.IsCrossPolygon(4, xs, ys), row.isCrossed);
     }
+    // All of it but for the upper corner of an arrowhead, at (3, 12.75).
+    double xs[] = {-1, 101, 101, 4, 3, 2, -1};
+    double ys[] = {0.5, 0.5, 15, 15, 12.5, 15, 15};
+    EXPECT_FALSE(dim.IsInPolygon(7, xs, ys));
     const Line throughLine(Point(20, 0), Point(20, 30));
     const Line throughText(Point(50, 9), Point(50, 13));
     const Line shortOfText(Point(50, 20), Point(50, 14.1));

@@ -206,7 +206,12 @@ TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
             log.Take(*dim);
         }
         dim->SetIsFinalized(true);
-        log.Take(*dim);
+        log.onChange = [&] { EXPECT_EQ(ParentsOf(*dim), parents) << "also during an update"; };
+        dim->UpdateDimension();
+        const DragData standing;
+        EXPECT_TRUE(dim->MoveDimDeco(&standing));
+        EXPECT_FALSE(dim->MoveDimDeco(nullptr));
+        EXPECT_GT(log.Take(*dim), 0);
         const DimensionType_e type = dim->GetType();
         log.onChange = [&] {
             std::vector<DimensionBase*> dying;
@@ -221,12 +226,13 @@ TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
 
 TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
     for (const Kind& kind : kKinds) {
-        for (const bool fromCurve : {true, false}) {
+        const bool rows[][2] = {{true, true}, {false, true}, {false, false}};
+        for (const auto& [fromCurve, finalized] : rows) {
             SCOPED_TRACE(kind.name);
             const CurvePtr first = kind.first();
             const CurvePtr second = kind.second();
             const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
-            dim->SetIsFinalized(true);
+            dim->SetIsFinalized(finalized);
             std::set<int> ids;
             std::map<int, TaggedObject*> copies;
             const TaggedObject& root = fromCurve ? static_cast<TaggedObject&>(*first) : *dim;
@@ -251,36 +257,60 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
     }
 }
 
-TEST(DimensionLife, ReplacingMovesContentAndAttachment) {
+TEST(DimensionLife, CopiesAndReplacing) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(kind.name);
         const CurvePtr curves[] = {kind.first(), kind.second(), kind.first(), kind.second()};
         const DimPtr dim = kind.make(*curves[0], *curves[1], 9.0, 3.0);
-        const DimPtr preview = kind.make(*curves[2], *curves[3], -5.0, 2.0);
+        const DimPtr source = kind.make(*curves[2], *curves[3], -5.0, 2.0);
         const std::vector<Curve*> former = ParentsOf(*dim);
-        const DimPtr copy(preview->Copy());
-        EXPECT_TRUE(copy->Replace(dim.get()));
-        EXPECT_EQ(former.front()->GetNumDimensions(), 1) << "what is attached to nothing stays so";
-        dim->SetIsFinalized(true);
+        for (DimensionBase* each : {dim.get(), source.get()})
+            each->SetIsFinalized(true);
+        Drag(*source, {Point(0, 0), Point(1, 2)});
+        source->SetUpdateSide(1);
+        source->SetWidth(7.5);
         ChangeLog log;
-        EXPECT_TRUE(dim->Replace(preview.get()));
-        EXPECT_FALSE(dim->GetIsFinalized());
-        ExpectSamePlacement(*dim, *preview, 0.0);
-        EXPECT_EQ(ParentsOf(*dim), ParentsOf(*preview));
-        for (Curve* parent : ParentsOf(*dim))
-            EXPECT_TRUE(parent->HasDimension(dim.get()));
+        const DimPtr copy(source->Copy());
+        EXPECT_EQ(log.Take(*copy), 0);
+        EXPECT_TRUE(copy->Replace(copy.get()));
+        const DimPtr unattached(dim->Copy());
+        EXPECT_TRUE(unattached->Replace(source.get()));
+        dim->SetAnnotation(77.0);
+        log.entries.clear();
+        EXPECT_TRUE(dim->Replace(source.get()));
+        for (DimensionBase* taken : {copy.get(), unattached.get(), dim.get()}) {
+            EXPECT_TRUE(taken->GetIsFinalized());
+            EXPECT_EQ(taken->GetUpdateSide(), 1);
+            EXPECT_EQ(taken->AskWidth(), 7.5);
+            EXPECT_NE(taken->GetId(), source->GetId());
+            EXPECT_EQ(ParentsOf(*taken), ParentsOf(*source));
+            ExpectSamePlacement(*taken, *source, 0.0);
+            for (const Curve* parent : ParentsOf(*taken))
+                EXPECT_EQ(parent->HasDimension(taken), taken == dim.get()) << "attached stays attached";
+        }
         for (const Curve* parent : former) {
             EXPECT_EQ(parent->GetNumDimensions(), 0);
             EXPECT_TRUE(std::any_of(log.entries.begin(), log.entries.end(), [&](const auto& entry) {
                 return entry.object == parent;
             })) << "it loses a finalized dimension";
         }
+        for (DimensionBase* each : {source.get(), copy.get(), unattached.get()}) {
+            each->UpdateDimension();
+            ExpectSamePlacement(*each, *source, 1e-9);
+        }
+        double m[3][3] = {{0.9, -0.2, 1.0}, {0.2, 0.9, 2.0}, {0.0, 0.0, 0.8}};
+        curves[2]->Transform(m);
+        const Point end = curves[2]->GetEnd();
+        dim->UpdateDimension();
+        ExpectNear(curves[2]->GetEnd(), end, 1e-12, "what was typed is forgotten");
+        source->SetIsFinalized(false);
         for (const Kind& other : kKinds) {
             const CurvePtr first = other.first();
             const CurvePtr second = other.second();
             const DimPtr stranger = other.make(*first, *second, 9.0, 3.0);
             EXPECT_EQ(dim->Replace(stranger.get()), stranger->GetType() == dim->GetType()) << other.name;
-            dim->Replace(preview.get());
+            dim->Replace(source.get());
+            EXPECT_FALSE(dim->GetIsFinalized());
         }
         EXPECT_FALSE(dim->Replace(curves[0].get()));
         EXPECT_FALSE(dim->Replace(nullptr));
@@ -355,16 +385,4 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
             }
         }
     }
-}
-
-TEST(DimensionLife, TheLogSeesOnlyParents) {
-    // During an update the host may ask which curves a dimension measures.
-    const CurvePtr first = kLine();
-    const CurvePtr second = MakeArc();
-    const DimPtr dim = OfTwo<LinearDimension, Line, Arc>(*first, *second, 9.0, 3.0);
-    dim->SetIsFinalized(true);
-    ChangeLog log;
-    log.onChange = [&] { EXPECT_EQ(ParentsOf(*dim), (std::vector<Curve*>{first.get(), second.get()})); };
-    dim->UpdateDimension();
-    EXPECT_GT(log.Take(*dim), 0);
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 
+#include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/XYBox.h"
 #include "tests/support/DimensionProbes.h"
@@ -230,11 +231,12 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     Line line(Point(5, 5), Point(5, 5));
     LengthDimension dim(&line, 10.0, 4.0);
     EXPECT_EQ(dim.GetAnnotation(), 0.0);
-    EXPECT_EQ(LengthDimension(&line, 4.0).GetTextHeightOffset(), 3.0) << "unless given";
     EXPECT_EQ(dim.GetRelativeParam(), 0.5);
     for (const int side : {1, 2})
         for (const Point& p : DecorationOf(dim, side))
             EXPECT_TRUE(std::isfinite(p.x) && std::isfinite(p.y));
+    EXPECT_LT(DecorationOf(dim, 1)[0].x, 5.0) << "as if along the reading direction";
+    EXPECT_GT(DecorationOf(dim, 2)[0].x, 5.0);
     EXPECT_NE(dim.ComputeUpdateSide(Point(9, 9)), -1);
     EXPECT_EQ(dim.ComputeNewValue(Point(9, 9), 2), 0.0);
     Drag(dim, {{0, 0}, {3, 3}});
@@ -242,6 +244,18 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     dim.SetAnnotation(7.0);
     dim.UpdateDimension();
     ExpectNear(line.GetEnd(), {12, 5});
+}
+
+TEST(LengthDimension, ALineIsAddedInPlaceOfTheOther) {
+    Line line(Point(0, 0), Point(10, 0));
+    Line other(Point(0, 0), Point(0, 7));
+    const Tessera::Geometry::Arc arc(Point(0, 0), 3.0);
+    LengthDimension dim(&line, 4.0);
+    dim.AddGeometry(&other);
+    dim.AddGeometry(const_cast<Tessera::Geometry::Arc*>(&arc));
+    dim.AddGeometry(nullptr);
+    EXPECT_EQ(dim.GetLine(), &other);
+    EXPECT_FALSE(other.HasDimension(&dim)) << "adding does not attach";
 }
 
 TEST(LengthDimension, SinglePointsAreBroughtBack) {

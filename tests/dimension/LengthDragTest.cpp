@@ -158,6 +158,24 @@ TEST(LengthDrag, SnapsOnApproachOnly) {
         EXPECT_NEAR(dim.GetRelativeParam(), row.anchor / 100.0, 1e-9);
         EXPECT_NEAR(dim.GetOrigin().y, 10.0 + 0.25 * row.path.back(), 1e-9);
     }
+    for (const double alignedWithin : {1e-5, 3.0}) {
+        Line line(Point(0, 0), Point(100, 0));
+        LengthDimension dim(&line, 10.0, 4.0);
+        Drag(dim, {{0, 0}, {44.5, 0}});
+        Drag(dim, {{0, 0}, {2, 0}}, 1.0, alignedWithin);
+        EXPECT_NEAR(dim.GetOrigin().x, alignedWithin < 2.5 ? 97.0 : 96.5, 1e-9);
+    }
+    Line line(Point(0, 0), Point(100, 0));
+    const LengthDimension dim(&line, 10.0, 4.0);
+    const DragData drag;
+    for (const double along : {10.0, 46.3}) {
+        Point origin(50, 10);
+        Vector step(along, 1.0);
+        EXPECT_EQ(dim.SnapAnnotationOrigin(&drag, origin, step), along > 46.0);
+        ExpectNear(origin, Point(along > 46.0 ? 97 : 60, 11), 1e-9);
+        EXPECT_NEAR(step.x, origin.x - 50.0, 1e-9);
+        EXPECT_FALSE(dim.SnapAnnotationOrigin(nullptr, origin, step)) << "only moved";
+    }
 }
 
 TEST(LengthDrag, ReportsOnceFinalized) {

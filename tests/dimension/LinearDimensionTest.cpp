@@ -179,15 +179,22 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     dim.SetAnnotation(6.0);
     dim.UpdateDimension();
     ExpectNear(b.GetCenter(), {0, 6});
-    // Lines that never were apart: the default direction runs along them.
-    Line lower(Point(0, 0), Point(40, 0));
-    Line upper(Point(5, 0), Point(35, 0));
-    LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
-    lines.SetUpdateSide(2);
-    lines.SetAnnotation(7.0);
-    lines.UpdateDimension();
-    EXPECT_DOUBLE_EQ(lines.GetAnnotation(), 7.0);
-    EXPECT_DOUBLE_EQ(upper.GetStart().x, 5.0);
+    // Lines that never were apart: the default direction runs along them. Else they part as they stood.
+    for (const double apart : {0.0, 5.0}) {
+        for (const double end : {-40.0, 40.0}) {
+            Line lower(Point(0, 0), Point(end, 0));
+            Line upper(Point(5, apart), Point(35, apart));
+            LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
+            Line onLower(Point(5, 0), Point(35, 0));
+            upper.CopyCurveData(&onLower);
+            lines.SetUpdateSide(2);
+            lines.SetAnnotation(7.0);
+            lines.UpdateDimension();
+            EXPECT_DOUBLE_EQ(lines.GetAnnotation(), 7.0);
+            EXPECT_DOUBLE_EQ(upper.GetStart().x, 5.0);
+            EXPECT_TRUE(apart == 0.0 || upper.GetStart().y == 7.0);
+        }
+    }
 }
 
 TEST(LinearDimension, PickAndParentsCanBeExchanged) {

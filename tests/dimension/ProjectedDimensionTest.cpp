@@ -19,6 +19,8 @@ using DimensionPtr = std::unique_ptr<LengthDimension>;
 
 namespace {
 
+constexpr double kQuarter = std::numbers::pi / 2;
+
 DimensionPtr Make(DimensionType_e type, Line* line, double heightOffset = 10.0) {
     if (type == Horizontal)
         return std::make_unique<HorizontalDimension>(line, heightOffset, 4.0);
@@ -44,17 +46,8 @@ TEST(ProjectedDimension, MeasuredExtentAndTips) {
         {"rising", Vertical, {0, 0}, {30, 40}, 0, 40, {12, 0}, {12, 40}, {1, 0}, {29, 40}},
         {"falling", Vertical, {0, 40}, {30, 0}, 0, 40, {12, 40}, {12, 0}, {1, 40}, {29, 0}},
         {"upright, downwards", Vertical, {5, 40}, {5, 0}, 0, 40, {17, 40}, {17, 0}, {6, 40}, {6, 0}},
-        {"quarter turn",
-         Horizontal,
-         {0, 0},
-         {30, 40},
-         std::numbers::pi / 2,
-         40,
-         // the turned axes are (0, 1) and (-1, 0): the end on the right comes first
-         {42, 0},
-         {42, 40},
-         {1, 0},
-         {31, 40}},
+        // The turned axes are (0, 1) and (-1, 0): the end on the right comes first.
+        {"quarter turn", Horizontal, {0, 0}, {30, 40}, kQuarter, 40, {42, 0}, {42, 40}, {1, 0}, {31, 40}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::string(row.name) + (row.type == Horizontal ? " horizontal" : " vertical"));
@@ -147,6 +140,11 @@ TEST(ProjectedDimension, TwoCurves) {
     arcs->UpdateDimension();
     ExpectNear(arc.GetCenter(), {-5, 0});
     ExpectNear(arc.GetStart(), {-5, 4});
+    arcs->SetUpdateSide(1);
+    arcs->SetAnnotation(31.0);
+    arcs->UpdateDimension();
+    ExpectNear(circle.GetCenter(), {27.5, 31});
+    ExpectNear(arc.GetCenter(), {-5, 0});
 }
 
 TEST(ProjectedDimension, TypedExtentsMoveAlongTheAxisOnly) {
@@ -157,12 +155,9 @@ TEST(ProjectedDimension, TypedExtentsMoveAlongTheAxisOnly) {
         double value;
         Point start, end; // of a line from (30, 40) to (0, 0)
     } rows[] = {
-        {Horizontal, 0, 2, 50, {30, 40}, {-20, 0}},
-        {Horizontal, 0, 1, 50, {50, 40}, {0, 0}},
-        {Horizontal, 0, 0, 10, {20, 40}, {10, 0}},
-        {Vertical, 0, 1, 50, {30, 50}, {0, 0}},
-        {Vertical, 0, 0, 60, {30, 50}, {0, -10}},
-        {Vertical, std::numbers::pi / 2, 2, 40, {30, 40}, {-10, 0}},
+        {Horizontal, 0, 2, 50, {30, 40}, {-20, 0}}, {Horizontal, 0, 1, 50, {50, 40}, {0, 0}},
+        {Horizontal, 0, 0, 10, {20, 40}, {10, 0}},  {Vertical, 0, 1, 50, {30, 50}, {0, 0}},
+        {Vertical, 0, 0, 60, {30, 50}, {0, -10}},   {Vertical, kQuarter, 2, 40, {30, 40}, {-10, 0}},
         {Horizontal, 0, 2, -1, {30, 40}, {0, 0}},
     };
     for (const auto& row : rows) {
@@ -187,7 +182,7 @@ TEST(ProjectedDimension, RotationFields) {
     EXPECT_EQ(dim.GetCachedRotateAngle(), 0.0);
     dim.SetCachedRotateAngle(1.0);
     EXPECT_EQ(dim.GetCachedRotateAngle(), 0.3);
-    dim.Rotate(std::numbers::pi / 2);
+    dim.Rotate(kQuarter);
     EXPECT_NEAR(dim.GetAnnotation(), 4.0, 1e-12);
     EXPECT_EQ(dim.GetCachedRotateAngle(), 0.3);
     dim.FinalizeRotate();
@@ -223,10 +218,18 @@ TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {
         EXPECT_EQ(log.Take(dim), 1) << "whether it is taken or not";
     }
     dim.AddGeometry(nullptr);
+    dim.AddArc(nullptr);
+    EXPECT_EQ(log.Take(dim), 0);
     EXPECT_EQ(dim.GetLine(), &line) << "the first one stays";
-    std::vector<Arc*> arcs;
-    dim.GetArcs(arcs);
-    EXPECT_EQ(arcs, std::vector<Arc*>{&arc});
+    HorizontalDimension twin;
+    twin.SetIsFinalized(true);
+    twin.AddArc(&arc);
+    EXPECT_EQ(log.Take(twin), 1);
+    for (const HorizontalDimension* each : {&dim, &twin}) {
+        std::vector<Arc*> arcs;
+        each->GetArcs(arcs);
+        EXPECT_EQ(arcs, std::vector<Arc*>{&arc});
+    }
     EXPECT_EQ(line.GetNumDimensions(), 0) << "adding does not attach";
     arc.AddDimension(&dim);
     line.AddDimension(&dim);

@@ -27,7 +27,7 @@ public:
                 onChange();
             }
         };
-        callbacks.askDigits = [](std::int64_t context) { return context == kContext ? 7 : -1; };
+        callbacks.askDigits = [this](std::int64_t context) { return context == kContext ? unitCode : -1; };
         Core::TesseraCore_InitCallbacks(&callbacks);
     }
     ~ChangeLog() {
@@ -47,6 +47,7 @@ public:
         return count;
     }
 
+    std::int32_t unitCode = 7;
     std::vector<Entry> entries;
     std::function<void()> onChange; ///< runs inside the report: the object must still be in its old state
 };

@@ -86,10 +86,11 @@ inline Point TextMiddle(const Dimension::DimensionBase& dim) {
 }
 
 /// A drag of the text through the given pointer positions, with or without snapping.
-inline void Drag(Dimension::DimensionBase& dim, const std::vector<Point>& path, double snapDistance = 0.0) {
+inline void Drag(Dimension::DimensionBase& dim, const std::vector<Point>& path, double snapDistance = 0.0,
+                 double alignedWithin = 1e-5) {
     Dimension::MoveDimDeco driver;
     driver.SetDimension(&dim);
-    driver.SetParameters(1e-5, snapDistance);
+    driver.SetParameters(alignedWithin, snapDistance);
     ASSERT_TRUE(driver.BeginMove(path.front()));
     for (std::size_t i = 1; i < path.size(); ++i)
         EXPECT_TRUE(driver.Move(path[i], 0.0, 0.0, false));
