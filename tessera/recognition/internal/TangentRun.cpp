@@ -13,15 +13,17 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kRounds = 8;
-constexpr int kHalvings = 4;          // of a step that makes the fit worse
-constexpr double kStep = 1e-5;        // of the differences, sizes or radians: small against any stray
-constexpr double kDamping = 1e-3;     // of the normal matrix' diagonal: the place of a joint is hardly known
-constexpr double kShortestLink = 0.1; // sizes
-constexpr int kTrim = 3;              // points next to a corner, which the pen rounds
-constexpr double kTarget = 1e3;       // weight of a direction on an axis against the distance of a point
-constexpr double kDefiance = 0.06;    // root mean square distance that no hand strays, sizes
-constexpr double kStraight = 1e-6;    // curvature below which an arc is drawn as a line
+constexpr int kRounds = 10;
+constexpr int kSettled = 3;            // rounds with the breaks as they were found: the start lies far off
+constexpr int kHalvings = 4;           // of a step that makes the fit worse
+constexpr double kStep = 1e-5;         // of the differences, sizes or radians: small against any stray
+constexpr double kDamping = 1e-3;      // of the normal matrix' diagonal: the place of a joint is hardly known
+constexpr double kShortestLink = 0.1;  // sizes
+constexpr int kTrim = 3;               // points next to a corner, which the pen rounds
+constexpr double kTarget = 1e3;        // weight of a direction on an axis against the distance of a point
+constexpr double kDefiance = 0.06;     // root mean square distance that no hand strays, sizes
+constexpr double kBendDefiance = 0.015; // the same where no tangency was seen: a usual hand's spread
+constexpr double kStraight = 1e-6;     // curvature below which an arc is drawn as a line
 
 struct Link {
     bool isArc = false;
@@ -179,10 +181,11 @@ std::vector<double> FindStep(const PricedPath& ink, Run& run, const std::vector<
 }
 
 // One step; false when none makes the fit better.
-bool Improve(const PricedPath& ink, Run& run) {
+bool Improve(const PricedPath& ink, bool assign, Run& run) {
     std::vector<double> residuals;
     Lay(run);
-    AssignPoints(ink, run);
+    if (assign)
+        AssignPoints(ink, run);
     Measure(ink, run, residuals);
     const double before = SumSq(residuals);
     const std::vector<double> step = FindStep(ink, run, residuals);
@@ -274,8 +277,11 @@ void WriteBack(const Run& run, std::size_t from, Chain& chain) {
         const Link& link = run.links[k];
         ChainPiece& piece = chain.pieces[from + k];
         const Point d = Direction(link.heading);
-        if (k > 0)
+        if (k > 0) {
             piece.meet = link.start;
+            piece.first = run.links[k - 1].last;
+        }
+        piece.last = link.last;
         if (link.isArc) {
             piece.circle.centre = link.start + Point(-d.y, d.x) / link.curvature;
             piece.circle.radius = std::fabs(1.0 / link.curvature);
@@ -286,14 +292,16 @@ void WriteBack(const Run& run, std::size_t from, Chain& chain) {
     }
 }
 
-void FitRun(const PricedPath& ink, double snapRad, std::size_t from, std::size_t to, Chain& chain) {
+void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t from, std::size_t to,
+            Chain& chain) {
     Run run = MakeRun(ink, chain, from, to);
-    for (int round = 0; round < kRounds && Improve(ink, run); ++round) {
+    for (int round = 0; round < kRounds && (Improve(ink, round >= kSettled, run) || round < kSettled);
+         ++round) {
     }
     std::vector<double> residuals;
     Measure(ink, run, residuals);
     const double spread = std::sqrt(SumSq(residuals) / static_cast<double>(residuals.size()));
-    bool isSound = !residuals.empty() && spread <= kDefiance;
+    bool isSound = !residuals.empty() && spread <= defiance;
     for (const Link& link : run.links)
         isSound = isSound && (!link.isArc || std::fabs(link.curvature) > kStraight);
     if (!isSound) {
@@ -303,11 +311,13 @@ void FitRun(const PricedPath& ink, double snapRad, std::size_t from, std::size_t
     }
     SetTargets(snapRad, run);
     if (std::any_of(run.links.begin(), run.links.end(), [](const Link& link) { return link.hasTarget; })) {
-        for (int round = 0; round < kRounds && Improve(ink, run); ++round) {
+        for (int round = 0; round < kRounds && Improve(ink, true, run); ++round) {
         }
         MeetTargets(run);
     }
     WriteBack(run, from, chain);
+    for (std::size_t i = from + 1; i <= to; ++i)
+        chain.pieces[i].joint = JointSight::Tangent;
 }
 
 } // namespace
@@ -319,11 +329,8 @@ void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
         bool isFree = false;
         while (to + 1 < count && chain.pieces[to + 1].joint != JointSight::Corner)
             isFree = chain.pieces[++to].joint == JointSight::Bend || isFree;
-        if (isFree)
-            for (std::size_t i = from + 1; i <= to; ++i)
-                chain.pieces[i].joint = JointSight::Bend;
-        else if (to > from)
-            FitRun(ink, snapRad, from, to, chain);
+        if (to > from)
+            FitRun(ink, snapRad, isFree ? kBendDefiance : kDefiance, from, to, chain);
         from = to + 1;
     }
 }
