@@ -238,6 +238,21 @@ TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
     EXPECT_GT(splines, 10);
 }
 
+TEST(InkInterpretation, WavesAreFollowedNotStraightened) {
+    for (const double height : {8.0, 18.0, 25.0})
+        for (const double waves : {1.0, 1.5, 2.0, 3.0}) {
+            SCOPED_TRACE(testing::Message() << height << ", " << waves);
+            InkStroke ink;
+            for (int i = 0; i <= 120; ++i) {
+                const double u = i / 120.0;
+                ink.samples.push_back(
+                    {155.0 * u, height * std::sin(2.0 * std::numbers::pi * waves * u), 0.0});
+            }
+            for (const InterpretedCurve& made : Read(ink).curves)
+                EXPECT_LT(made.maxDeviation, 0.04 * 155.0);
+        }
+}
+
 TEST(InkInterpretation, ArcsOfEitherSenseKeepTheirEnds) {
     InkStroke ink = DrawRound(50, 50, 150, 0.0);
     for (const bool backwards : {false, true}) {

@@ -17,6 +17,11 @@ namespace {
 constexpr double kBow = 0.045;
 constexpr double kBowInHaste = 0.065;
 constexpr double kWander = 0.01;
+// Root mean square distance of a line's ink, of its length, that sides of drawn shapes hardly exceed: a wave
+// or a bow that strays farther was meant.
+constexpr double kFreeStray = 0.016;
+constexpr double kFreeStrayInHaste = 0.024;
+constexpr double kStraySpread = 0.006;
 constexpr double kMostWander = 0.03; // nobody wanders so far along a line
 constexpr int kStretches = 6;        // of a line, enough to tell an S from a straight line
 constexpr double kStraight = 0.1; // parameters' worth of a careful hand's squares below which nothing is bent
@@ -133,7 +138,9 @@ JoinedPieces PriceJoinedPieces(const PricedPath& ink, int first, int last, doubl
     line.piece = {first, last, false, 0.0, fits.line, {}};
     line.first = DirectionAt(ink, line.piece, false);
     line.last = line.first;
-    const double plain = 2.0 * parameter + Excess(kShortLine - points, kShortSpread);
+    const double stray = std::sqrt(fits.line.sumSq / points) / fits.length;
+    const double plain = 2.0 * parameter + Excess(kShortLine - points, kShortSpread) +
+                         Excess(stray - Between(kFreeStray, kFreeStrayInHaste, haste), kStraySpread);
     const double slow = SlowSumSq(ink, fits.line, first, last);
     const double wander = std::sqrt(slow / points) / fits.length;
     line.accounts[0] = {plain + fits.hiddenByLine, fits.line.sumSq};
