@@ -46,7 +46,7 @@ std::vector<Drawing> Drawings() {
         {"circle", RoundInk(0, 0, 80, 80, 6, 366), kHostInkCurves, {8}, {}, {}},
         {"ellipse", RoundInk(0, 0, 120, 50, 6, 366), kHostInkCurves, {16}, {}, {}},
         {"elliptic arc", RoundInk(0, 900, 200, 80, 17, 160), kHostInkCurves, {64}, {}, {}},
-        {"line and spline", WaveInk(), kHostInkCurves, {1, 128}, {1, 0, 0, 0}, {}},
+        {"wave", WaveInk(), kHostInkCurves, {128}, {}, {}},
         {"line drawn over", Pen(2, -403).To(198, -404).ink, kHostInkRetrace, {1}, {}, {flat}},
         {"arc drawn over", RoundInk(0, 0, 104, 104, 2, 88), kHostInkRetrace, {2}, {}, {arc}},
         {"scribble", ScratchInk(100, 200, 0), kHostInkScribble, {1, 1, 1}, {}, {under, across, flat}},

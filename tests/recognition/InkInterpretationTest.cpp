@@ -253,6 +253,27 @@ TEST(InkInterpretation, WavesAreFollowedNotStraightened) {
         }
 }
 
+// Flights of stairs in one stroke: every step is found, however small it is beside the whole.
+TEST(InkInterpretation, LongStrokesKeepTheirCorners) {
+    for (const int sides : {10, 16, 30}) {
+        SCOPED_TRACE(sides);
+        InkStroke ink;
+        Point at;
+        for (int side = 0; side < sides; ++side)
+            for (int i = 0; i < 16; ++i) {
+                ink.samples.push_back({at.x, at.y, 0.0});
+                at += side % 2 == 0 ? Point(0.0, 3.0) : Point(3.0, 0.0);
+            }
+        ink.samples.push_back({at.x, at.y, 0.0});
+        const InkReading reading = Read(ink);
+        EXPECT_EQ(reading.curves.size(), static_cast<std::size_t>(sides));
+        for (const InterpretedCurve& made : reading.curves) {
+            EXPECT_EQ(made.curve->GetType(), CurveType_Line);
+            EXPECT_LT(made.maxDeviation, 3.0);
+        }
+    }
+}
+
 TEST(InkInterpretation, ArcsOfEitherSenseKeepTheirEnds) {
     InkStroke ink = DrawRound(50, 50, 150, 0.0);
     for (const bool backwards : {false, true}) {

@@ -17,7 +17,8 @@ constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may 
 constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
 constexpr double kParallel = 0.17; // sine of the angle below which lines do not make a corner
 
-constexpr double kRunsOn = 0.94; // cosine of 20 degrees
+constexpr double kRunsOn = 0.94;   // cosine of 20 degrees
+constexpr double kExtension = 1.0; // of its length: as far as a side is drawn on to close a chain
 
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
@@ -86,7 +87,10 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     if (!IntersectPieces(last, first, 0.5 * (start + end), meet))
         return false;
     const double reach = (chain.pieces.size() < 4 ? kCloseReach : kManySidesReach) * ink.closing;
-    if (meet.Distance(start) > reach || meet.Distance(end) > reach)
+    const auto isTooFar = [&](const ChainPiece& piece, const Point& from) {
+        return meet.Distance(from) > std::min(reach, kExtension * ink.path.step * (piece.last - piece.first));
+    };
+    if (isTooFar(first, start) || isTooFar(last, end))
         return false;
     chain.isClosed = true;
     chain.cost -= 2.0 * ink.prices.parameter;

@@ -26,6 +26,9 @@ constexpr double kMostStray = 4.0;
 // mean lies: drawn circles and ovals, which a chain follows closely as well, stay below half of that.
 constexpr double kCarefulSpread = 0.012;
 constexpr double kMuchFarther = 3.0;
+// Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
+// rules, which look at every sample.
+constexpr int kLeastSteps = 6;
 
 void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
@@ -151,6 +154,10 @@ void ReadByHypotheses(const InkStroke& ink, const InkPath& path,
                       const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                       InkReading& reading) {
     RulesReading rules(ink, preferences);
+    if (rules.Count() * kLeastSteps > path.Size()) {
+        rules.Take(reading);
+        return;
+    }
     PricedPath priced(path);
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);

@@ -17,6 +17,8 @@ class RulesReading {
 public:
     RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
 
+    int Count() const { return static_cast<int>(pieces_.size()); }
+
     /// Hands the curves over, with deviations and the samples they stand for; joins nothing. Once only.
     void Take(InkReading& reading);
 

@@ -9,6 +9,7 @@ namespace Tessera::Geometry {
 
 namespace {
 
+constexpr double kGapShare = 0.75;     // of a side: where the ends are farther apart, one is missing
 constexpr std::size_t kFewest = 5;     // sides
 constexpr double kLeastTurn = 0.45;    // radians: the sides of a dodecagon turn by 0.52
 constexpr double kLeastSeen = 0.6;     // of a corner's turn that lies within a few points of it
@@ -64,7 +65,8 @@ bool IsSharp(const PricedPath& ink, const Chain& chain) {
 } // namespace
 
 std::optional<Chain> FindSharpPolygon(const PricedPath& ink) {
-    if (ink.peaks.size() + 1 < kFewest || ink.path.Gap() > ink.closing)
+    const double side = ink.path.length / static_cast<double>(ink.peaks.size() + 1); // on average
+    if (ink.peaks.size() + 1 < kFewest || ink.path.Gap() > std::min(ink.closing, kGapShare * side))
         return std::nullopt;
     const int n = ink.path.Size();
     std::vector<int> breaks{0};
