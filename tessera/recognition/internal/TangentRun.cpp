@@ -14,16 +14,16 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr int kRounds = 10;
-constexpr int kSettled = 3;            // rounds with the breaks as they were found: the start lies far off
-constexpr int kHalvings = 4;           // of a step that makes the fit worse
-constexpr double kStep = 1e-5;         // of the differences, sizes or radians: small against any stray
-constexpr double kDamping = 1e-3;      // of the normal matrix' diagonal: the place of a joint is hardly known
-constexpr double kShortestLink = 0.1;  // sizes
-constexpr int kTrim = 3;               // points next to a corner, which the pen rounds
-constexpr double kTarget = 1e3;        // weight of a direction on an axis against the distance of a point
-constexpr double kDefiance = 0.06;     // root mean square distance that no hand strays, sizes
+constexpr int kSettled = 3;           // rounds with the breaks as they were found: the start lies far off
+constexpr int kHalvings = 4;          // of a step that makes the fit worse
+constexpr double kStep = 1e-5;        // of the differences, sizes or radians: small against any stray
+constexpr double kDamping = 1e-3;     // of the normal matrix' diagonal: the place of a joint is hardly known
+constexpr double kShortestLink = 0.1; // sizes
+constexpr int kTrim = 3;              // points next to a corner, which the pen rounds
+constexpr double kTarget = 1e3;       // weight of a direction on an axis against the distance of a point
+constexpr double kDefiance = 0.06;    // root mean square distance that no hand strays, sizes
 constexpr double kBendDefiance = 0.015; // the same where no tangency was seen: a usual hand's spread
-constexpr double kStraight = 1e-6;     // curvature below which an arc is drawn as a line
+constexpr double kStraight = 1e-6;      // curvature below which an arc is drawn as a line
 
 struct Link {
     bool isArc = false;
