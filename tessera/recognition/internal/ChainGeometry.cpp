@@ -23,13 +23,6 @@ int PointsOf(const PricedPath& ink, const ChainPiece& piece) {
     return piece.last > piece.first ? piece.last - piece.first : piece.last + ink.path.Size() - piece.first;
 }
 
-Point OnPiece(const ChainPiece& piece, const Point& p) {
-    if (!piece.isArc)
-        return piece.line.centre + (p - piece.line.centre).Dot(piece.line.direction) * piece.line.direction;
-    const Point radius = p - piece.circle.centre;
-    return piece.circle.centre + radius * (piece.circle.radius / std::max(radius.Length(), 1e-12));
-}
-
 Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
     if (after.isJudged && after.joint == JointSight::Tangent)
         return after.meet;
@@ -193,6 +186,13 @@ void MakeTangent(const PricedPath& ink, const std::vector<ChainPiece>& pieces, E
 }
 
 } // namespace
+
+Point OnPiece(const ChainPiece& piece, const Point& p) {
+    if (!piece.isArc)
+        return piece.line.centre + (p - piece.line.centre).Dot(piece.line.direction) * piece.line.direction;
+    const Point radius = p - piece.circle.centre;
+    return piece.circle.centre + radius * (piece.circle.radius / std::max(radius.Length(), 1e-12));
+}
 
 bool ExactChain::IsPolygon() const {
     return isClosed && std::none_of(pieces.begin(), pieces.end(),

@@ -25,6 +25,9 @@ struct ExactChain {
     bool IsPolygon() const;
 };
 
+/// Nearest point of a piece's carrier.
+Point OnPiece(const ChainPiece& piece, const Point& p);
+
 /// Neighbours are extended or trimmed to where their carriers meet, if that is near the ink's own corner;
 /// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to
 /// arc, they become tangent. Pieces between which the ink only bends become one free-form piece.

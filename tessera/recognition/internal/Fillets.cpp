@@ -50,13 +50,6 @@ double Off(const ChainPiece& side, const Point& p) {
                       : (p - side.line.centre).Cross(side.line.direction);
 }
 
-Point Foot(const ChainPiece& side, const Point& p) {
-    if (!side.isArc)
-        return side.line.centre + (p - side.line.centre).Dot(side.line.direction) * side.line.direction;
-    const Point radius = p - side.circle.centre;
-    return side.circle.centre + radius * (side.circle.radius / std::max(radius.Length(), 1e-12));
-}
-
 // Direction of the pen along a side at a point of it.
 Point DirectionOn(const ChainPiece& side, const ExactPiece& exact, const Point& at) {
     if (!side.isArc)
@@ -133,8 +126,8 @@ Fillet MakeFillet(const Corner& corner, double radius) {
         !Offset(*corner.after, *corner.out, corner.turn * radius, b) ||
         !IntersectPieces(a, b, corner.in->to, fillet.centre))
         return fillet;
-    fillet.from = Foot(*corner.before, fillet.centre);
-    fillet.to = Foot(*corner.after, fillet.centre);
+    fillet.from = OnPiece(*corner.before, fillet.centre);
+    fillet.to = OnPiece(*corner.after, fillet.centre);
     const Point& tip = corner.in->to;
     if (fillet.from.Distance(tip) > kSideShare * corner.in->from.Distance(tip) ||
         fillet.to.Distance(tip) > kSideShare * corner.out->to.Distance(tip))

@@ -16,6 +16,7 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
+constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
 constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
@@ -155,7 +156,7 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
     reading.curves.push_back(std::move(made));
 }
 
-void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
+bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
                        InkReading& reading) {
     const double c = std::cos(arc.rotation);
     const double s = std::sin(arc.rotation);
@@ -168,10 +169,13 @@ void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
     const Point chord = at(arc.isReversed ? arc.from : arc.to) - first;
     // The similarity that takes the old chord to the new one, as a complex number.
     const Point wanted = to - from;
-    const Point factor = Point(chord.Dot(wanted), chord.Cross(wanted)) / std::max(chord.Dot(chord), 1e-12);
+    Point factor = Point(chord.Dot(wanted), chord.Cross(wanted)) / std::max(chord.Dot(chord), 1e-12);
+    const bool isKept = factor.Distance({1.0, 0.0}) <= kMostStretch;
+    if (!isKept)
+        factor = {1.0, 0.0};
     const Point away = arc.centre - first;
-    const Point middle = path.ToModel(
-        from + Point(factor.x * away.x - factor.y * away.y, factor.x * away.y + factor.y * away.x));
+    const Point middle = path.ToModel((isKept ? from : first) + Point(factor.x * away.x - factor.y * away.y,
+                                                                      factor.x * away.y + factor.y * away.x));
     const double scale = path.scale * factor.Length();
     double centre[2] = {middle.x, middle.y};
     double radii[2] = {scale * arc.radii[0], scale * arc.radii[1]};
@@ -181,6 +185,7 @@ void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
     made.isReversed = arc.isReversed;
     made.lastSample = SampleAt(path, path.Size() - 1);
     reading.curves.push_back(std::move(made));
+    return isKept;
 }
 
 void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading) {

@@ -16,8 +16,9 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
 /// Appends one full circle or ellipse.
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
 
-/// Appends an elliptic arc, its ends moved to `from` and `to` (in the pen's order) as a whole.
-void AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
+/// Appends an elliptic arc, its ends moved to `from` and `to` (in the pen's order) as a whole. Where this
+/// would throw it far off, as with ends that lie close together, it stays where it is, and false.
+bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
                        InkReading& reading);
 
 /// Appends one free form, which goes over into the reading.

@@ -47,7 +47,8 @@ void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& p
     ExactChain chord = ChordOf(ink, PieceKind::Line);
     reading.shape = InkShape::EllipticArc;
     reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
-    AppendEllipticArc(ink.path, arc, chord.pieces[0].from, chord.pieces[0].to, reading);
+    if (!AppendEllipticArc(ink.path, arc, chord.pieces[0].from, chord.pieces[0].to, reading))
+        reading.connections.clear();
     NameEnds(reading);
 }
 
