@@ -5,6 +5,7 @@
 
 #include "tessera/geometry/Spline.h"
 #include "tessera/kernel/BCRVFIT.h"
+#include "tessera/kernel/internal/RecordPtr.h"
 
 namespace Tessera::Geometry {
 
@@ -22,14 +23,18 @@ std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, do
     while (tol < most) {
         int status = 1;
         double err[3];
-        KC_CURVE_struct_s* record =
-            BCRVFIT_least_squares_fit(static_cast<int>(copy.size()), copy.data(), 0, nullptr, kOrder,
-                                      isClosed ? 1 : 0, BCRVFIT_KNOTS_ADAPTIVE, tol, &status, err);
-        if (record != nullptr && rms != nullptr)
+        RecordPtr record(BCRVFIT_least_squares_fit(static_cast<int>(copy.size()), copy.data(), 0, nullptr,
+                                                   kOrder, isClosed ? 1 : 0, BCRVFIT_KNOTS_ADAPTIVE, tol,
+                                                   &status, err));
+        if (!record) {
+            tol *= 2.0;
+            continue;
+        }
+        if (rms != nullptr)
             *rms = err[1];
-        if (record != nullptr)
-            return std::make_unique<Spline>(record);
-        tol *= 2.0;
+        auto spline = std::make_unique<Spline>(record.get());
+        static_cast<void>(record.release()); // now the spline's
+        return spline;
     }
     return nullptr;
 }

@@ -110,7 +110,7 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
         round.reset();
     bool isSmooth = false;
     if (!round && !chain.isClosed && !isLine) {
-        chain = SearchJoinedChain(priced);
+        chain = StraightenBracket(priced, SearchJoinedChain(priced));
         isSmooth = chain.pieces.size() > 1 && !ShowsCorner(priced, chain);
         if (isSmooth)
             FitTangentRuns(priced, 0.0, chain);

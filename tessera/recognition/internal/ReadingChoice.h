@@ -18,4 +18,8 @@ bool ShowsCorner(const PricedPath& ink, const Chain& chain);
 /// and costs no more than the numbers a rectangle saves; else the chain itself.
 Chain StraightenRectangle(const PricedPath& ink, const Chain& chain);
 
+/// The same for an open chain of three sides: with arcs straightened, and of four pieces two made one. The
+/// ends of a bracket run the same way from its middle.
+Chain StraightenBracket(const PricedPath& ink, const Chain& chain);
+
 } // namespace Tessera::Geometry
