@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <numeric>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -11,95 +11,107 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/SmFault.h"
+#include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/recognition/internal/ScribbleRecord.h"
-#include "tessera/strokes/Stroke.h"
+#include "tests/support/DrawnStrokes.h"
 
 namespace {
 
 using namespace Tessera::Geometry;
+using Tessera::Testing::StrokeThrough;
+using Points = std::vector<Point>;
 
 constexpr double kPi = 3.141592653589793;
 
-/// Samples along a poly-line, `perLeg` on each side, at even speed.
-Stroke Along(const std::vector<Point>& corners, int perLeg) {
-    Stroke stroke;
-    stroke.AddPoint(StrokePoint(corners[0].x, corners[0].y, 1));
-    for (std::size_t c = 1; c < corners.size(); ++c) {
-        for (int i = 1; i <= perLeg; ++i) {
-            const double t = static_cast<double>(i) / perLeg;
-            stroke.AddPoint(StrokePoint(corners[c - 1].x + t * (corners[c].x - corners[c - 1].x),
-                                        corners[c - 1].y + t * (corners[c].y - corners[c - 1].y), 1));
-        }
-    }
-    return stroke;
+Points Along(const Points& corners, int perLeg) {
+    const Tessera::Testing::Samples samples = Tessera::Testing::DrawPath(corners, perLeg);
+    return {samples.begin(), samples.end()};
 }
 
 /// Back and forth between y = 0 and y = height, `pitch` forward with each leg.
-Stroke Zigzag(int legs, double height, double pitch, int perLeg) {
-    std::vector<Point> corners;
-    for (int i = 0; i <= legs; ++i) {
+Points Zigzag(int legs, double height, double pitch, int perLeg) {
+    Points corners;
+    for (int i = 0; i <= legs; ++i)
         corners.emplace_back(pitch * i, i % 2 == 0 ? 0.0 : height);
-    }
     return Along(corners, perLeg);
 }
 
-Stroke Turns(double turns, int samples, double growth = 2.0) {
-    Stroke stroke;
+Points Spiral(double turns, int samples, double growth) {
+    Points points;
     for (int i = 0; i <= samples; ++i) {
         const double angle = 2 * kPi * turns * i / samples;
-        const double r = 40 + growth * angle;
-        stroke.AddPoint(StrokePoint(r * std::cos(angle), r * std::sin(angle), 1));
+        points.push_back((40 + growth * angle) * Point(std::cos(angle), std::sin(angle)));
     }
-    return stroke;
+    return points;
+}
+
+/// A five-pointed star in one stroke: every corner reverses by 144 degrees.
+Points Star() {
+    Points tips;
+    for (int i = 0; i <= 5; ++i)
+        tips.emplace_back(60.0 * std::sin(0.8 * kPi * i), 60.0 * std::cos(0.8 * kPi * i));
+    return Along(tips, 25);
+}
+
+Points ScratchInk() {
+    return Along({{0, 0}, {60, 8}, {4, 14}, {62, 20}, {6, 28}, {60, 34}}, 25);
+}
+
+// --- Shape
+
+struct Row {
+    const char* name;
+    Points ink;
+    bool isShape, isScribble; // by the bare test, and of ink that may be a drawing
+    int cusps;
+};
+
+std::vector<Row> Rows() {
+    return {
+        {"scratch", ScratchInk(), true, true, 4},
+        {"five legs of four samples: up-sampled", Zigzag(5, 100, 9, 4), true, true, 4},
+        {"four legs: three reversals", Zigzag(4, 100, 9, 40), true, true, 3},
+        {"three legs are too few", Zigzag(3, 100, 9, 40), false, false, 2},
+        {"a staircase turns by 90 degrees only", Along({{0, 0}, {40, 0}, {40, 40}, {80, 40}, {80, 80}}, 30),
+         false, false, 0},
+        {"corner", Along({{0, 0}, {50, 80}, {100, 0}}, 40), false, false, 1},
+        {"star", Star(), true, false, 4},
+        {"arrow in one go", Along({{0, 100}, {75, 20}, {40, 28}, {73, 18}, {62, 58}}, 25), true, false, 3},
+        {"three turns of a spiral", Spiral(3, 300, 2.0), true, true, 0},
+        {"one and a half turns", Spiral(1.5, 200, 2.0), false, false, 0},
+        {"circle twice over", Spiral(2.2, 400, 0.0), true, false, 0},
+        {"circle over and over", Spiral(4, 400, 0.0), true, true, 0},
+        {"dot", Points(5, Point(3, 3)), false, false, 0},
+        {"no ink", {}, false, false, 0},
+    };
 }
 
 TEST(ScribbleShape, TellsScribblesFromDrawings) {
-    struct Row {
-        const char* name;
-        Stroke stroke;
-        bool isScribble;
-        int cusps;
-    };
-    const std::vector<Point> staircase{{0, 0}, {40, 0}, {40, 40}, {80, 40}, {80, 80}, {120, 80}, {120, 120}};
-    const Row rows[] = {
-        {"five legs, dense", Zigzag(5, 100, 9, 40), true, 4},
-        {"five legs of four samples: up-sampled", Zigzag(5, 100, 9, 4), true, 4},
-        {"four legs: three reversals", Zigzag(4, 100, 9, 40), true, 3},
-        {"three legs are too few", Zigzag(3, 100, 9, 40), false, 2},
-        {"a staircase turns by 90 degrees only", Along(staircase, 30), false, 0},
-        {"three turns of a spiral", Turns(3, 300), true, 0},
-        {"one and a half turns", Turns(1.5, 200), false, 0},
-        {"a straight line", Along({{0, 0}, {200, 30}}, 60), false, 0},
-    };
-    for (const Row& row : rows) {
+    SketchRecognizerPreferences preferences;
+    for (const Row& row : Rows()) {
         SCOPED_TRACE(row.name);
-        SketchRecognizerPreferences preferences;
-        Stroke stroke = row.stroke;
-        int cusps = -1;
-        EXPECT_EQ(StrokeIsScribbleShape(&stroke, &preferences, &cusps), row.isScribble);
-        EXPECT_EQ(cusps, row.cusps);
+        Stroke stroke = StrokeThrough(row.ink);
+        int shapeCusps = -1, inkCusps = -1;
+        EXPECT_EQ(StrokeIsScribbleShape(&stroke, &preferences, &shapeCusps), row.isShape);
+        EXPECT_EQ(shapeCusps, row.cusps);
+        EXPECT_EQ(IsScribbleInk(row.ink, preferences, &inkCusps), row.isScribble);
+        EXPECT_EQ(inkCusps, row.cusps);
     }
 }
 
 TEST(ScribbleShape, CuspsOfAnUpSampledStrokeAreItsOwnSamples) {
-    const Stroke stroke = Zigzag(6, 100, 9, 4);
     ScribbleRecord record{SketchRecognizerPreferences()};
-    ASSERT_TRUE(record.Test(stroke));
-    ASSERT_EQ(record.cusps.size(), 5u);
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(record.cusps[i], 4 * (i + 1));
-    }
+    ASSERT_TRUE(record.Test(StrokeThrough(Zigzag(6, 100, 9, 4))));
+    EXPECT_EQ(record.cusps, (std::vector<int>{4, 8, 12, 16, 20}));
 }
 
 TEST(ScribbleShape, ReversalsMustFollowEachOther) {
     const ScribbleRecord record{SketchRecognizerPreferences()};
-    const auto isZigzag = [&](const std::vector<Point>& corners) {
+    const auto isZigzag = [&](const Points& corners) {
         std::vector<int> all(corners.size());
-        for (std::size_t i = 0; i < all.size(); ++i) {
-            all[i] = static_cast<int>(i);
-        }
-        return IsZigzag(Along(corners, 1), all, record);
+        std::iota(all.begin(), all.end(), 0);
+        return IsZigzag(StrokeThrough(corners), all, record);
     };
     EXPECT_TRUE(isZigzag({{0, 0}, {0, 9}, {1, 0}, {2, 9}, {3, 0}}));
     EXPECT_FALSE(isZigzag({{0, 0}, {0, 9}, {1, 0}, {2, 9}}));
@@ -108,20 +120,97 @@ TEST(ScribbleShape, ReversalsMustFollowEachOther) {
     EXPECT_FALSE(isZigzag({{0, 0}, {0, 9}}));
     ScribbleRecord any{SketchRecognizerPreferences()};
     any.minNumCusps = -1;
-    EXPECT_TRUE(IsZigzag(Along({{0, 0}, {9, 0}, {9, 9}}, 1), {0, 1, 2}, any)) << "reached without a reversal";
+    EXPECT_TRUE(IsZigzag(StrokeThrough({{0, 0}, {9, 0}, {9, 9}}), {0, 1, 2}, any))
+        << "reached without a reversal";
 }
 
 TEST(ScribbleShape, NullArguments) {
     SketchRecognizerPreferences preferences;
-    Stroke stroke = Zigzag(5, 100, 9, 40);
+    Stroke stroke = StrokeThrough(ScratchInk());
     int cusps = -1;
     EXPECT_FALSE(StrokeIsScribbleShape(nullptr, &preferences, &cusps));
     EXPECT_EQ(cusps, 0);
     EXPECT_FALSE(StrokeIsScribbleShape(&stroke, nullptr, &cusps));
     EXPECT_TRUE(StrokeIsScribbleShape(&stroke, &preferences, nullptr));
-    Stroke empty;
-    EXPECT_FALSE(StrokeIsScribbleShape(&empty, &preferences, &cusps));
-    EXPECT_EQ(cusps, 0);
+}
+
+// --- Question
+
+TEST(ScribbleQuestion, TheAnswerDoesNotDependOnPlaceSizeTurnOrSense) {
+    const SketchRecognizerPreferences preferences;
+    for (const Row& row : Rows())
+        for (const double size : {1e-6, 1.0, 1e6})
+            for (const double turn : {0.3, 2.0}) {
+                Points ink;
+                for (const Point& p : row.ink)
+                    ink.emplace_back(size * (1e3 + p.x * std::cos(turn) - p.y * std::sin(turn)),
+                                     size * (2e3 + p.x * std::sin(turn) + p.y * std::cos(turn)));
+                EXPECT_EQ(IsScribbleInk(ink, preferences), row.isScribble) << row.name << ' ' << size;
+                std::reverse(ink.begin(), ink.end());
+                EXPECT_EQ(IsScribbleInk(ink, preferences), row.isScribble) << row.name << " reversed";
+            }
+}
+
+// A diamond on a coarse grid, every sample doubled back on by the noise of the device: the bare test counts
+// its turns, a person sees a diamond.
+TEST(ScribbleQuestion, NoiseOfTheGridIsNoTurning) {
+    SketchRecognizerPreferences preferences;
+    std::mt19937 rng(42);
+    std::uniform_int_distribution<int> noise(-1, 1);
+    int bareAlarms = 0;
+    for (int trial = 0; trial < 40; ++trial) {
+        Points ink = Along({{0, 80}, {80, 0}, {0, -80}, {-80, 0}, {0, 80}}, 160);
+        for (Point& p : ink)
+            p = {std::round(p.x) + noise(rng), std::round(p.y) + noise(rng)};
+        Stroke stroke = StrokeThrough(ink);
+        bareAlarms += StrokeIsScribbleShape(&stroke, &preferences, nullptr) ? 1 : 0;
+        EXPECT_FALSE(IsScribbleInk(ink, preferences)) << trial;
+    }
+    EXPECT_GT(bareAlarms, 20); // else this ink would prove nothing
+}
+
+TEST(ScribbleQuestion, PreferencesDecide) {
+    SketchRecognizerPreferences preferences;
+    preferences.SetMinNumCusps(5);
+    EXPECT_FALSE(IsScribbleInk(ScratchInk(), preferences));
+    preferences.SetScribbleMinRotationAngle(1200.0);
+    EXPECT_FALSE(IsScribbleInk(Spiral(3, 300, 2.0), preferences));
+    EXPECT_TRUE(IsScribbleInk(Spiral(4, 400, 0.0), preferences));
+    preferences.SetDoScribble(false);
+    int cusps = 0;
+    EXPECT_FALSE(IsScribbleInk(ScratchInk(), preferences, &cusps));
+    EXPECT_EQ(cusps, 4);
+}
+
+TEST(ScribbleQuestion, WithoutTremorKeepsTheEndsAndEvenSteps) {
+    const double step = std::hypot(62.0, 34.0) / 100.0;
+    for (const double far : {0.0, 1e9}) {
+        Points moved = ScratchInk();
+        for (Point& p : moved)
+            p += Point(far, -far);
+        const std::unique_ptr<Stroke> walk = WithoutTremor(moved);
+        const std::vector<StrokePoint>& points = walk->GetPoints();
+        EXPECT_EQ(points.front().x, moved.front().x);
+        EXPECT_NEAR(points.back().y, moved.back().y, 1e-6);
+        for (std::size_t i = 1; i + 1 < points.size(); ++i)
+            ASSERT_NEAR(points[i].Distance(points[i - 1]), step, 1e-6);
+        EXPECT_LE(points.back().Distance(points[points.size() - 2]), step + 1e-6);
+    }
+    EXPECT_EQ(WithoutTremor(Points(5, Point(3, 3)))->AskNumberOfPoints(), 5);
+}
+
+// Ink that fills its box a thousand times over, and coordinates at the ends of the number range.
+TEST(ScribbleQuestion, ExtremeInkStaysBounded) {
+    Points wild;
+    for (int i = 0; i < 200000; ++i)
+        wild.emplace_back(i % 2 == 0 ? 0.0 : 100.0, 1e-4 * i);
+    EXPECT_LE(WithoutTremor(wild)->AskNumberOfPoints(), 20001);
+    EXPECT_TRUE(IsScribbleInk(wild, SketchRecognizerPreferences()));
+    for (const double size : {1e-320, 1e-200, 1e154, 1e308}) {
+        const Points ink = {{-size, 0}, {size, 0.5 * size}, {-size, size}};
+        EXPECT_FALSE(IsScribbleInk(ink, SketchRecognizerPreferences()));
+        EXPECT_GE(WithoutTremor(ink)->AskNumberOfPoints(), 1);
+    }
 }
 
 // --- Erasing
@@ -153,19 +242,27 @@ Erased Scratch(Stroke stroke, std::vector<Curve*> curves,
     return out;
 }
 
+Stroke Scribble() {
+    return StrokeThrough(Zigzag(12, 60, 10, 30)); // x 0 to 120, y 0 to 60
+}
+
+SketchRecognizerPreferences TrimTolerance(double tol) {
+    SketchRecognizerPreferences preferences;
+    preferences.SetScribbleTrimTolerance(tol);
+    return preferences;
+}
+
 TEST(ScribbleErase, EachCurveByThePartThatLiesUnderTheScribble) {
-    const Stroke scribble = Zigzag(12, 60, 10, 30); // x 0..120, y 0..60
-    Line under(Point(10, 30), Point(110, 30));      // wholly
-    Line mostly(Point(30, 20), Point(130, 20));     // 0.89 or so
-    Line half(Point(60, 40), Point(180, 40));       // about a half
-    Line little(Point(100, 10), Point(300, 10));    // about 0.1
+    Line under(Point(10, 30), Point(110, 30));   // wholly
+    Line mostly(Point(30, 20), Point(130, 20));  // 0.89 or so
+    Line half(Point(60, 40), Point(180, 40));    // about a half
+    Line little(Point(100, 10), Point(300, 10)); // about 0.1
     Line beside(Point(0, 70), Point(120, 70));
     Arc around(Point(60, 30), 500.0);
     Arc circle(Point(60, 30), 20.0);
-    SketchRecognizerPreferences preferences;
-    preferences.SetScribbleTrimTolerance(10); // no crossing is that near
-    const Erased e =
-        Scratch(scribble, {&under, &mostly, nullptr, &half, &little, &beside, &around, &circle}, preferences);
+    // No crossing is as near as 10.
+    const Erased e = Scratch(
+        Scribble(), {&under, &mostly, nullptr, &half, &little, &beside, &around, &circle}, TrimTolerance(10));
     EXPECT_EQ(e.result, 1);
     EXPECT_EQ(e.status, 0);
     EXPECT_EQ(e.hit, (std::vector<int>{under.GetId(), mostly.GetId(), half.GetId(), little.GetId(),
@@ -179,25 +276,22 @@ TEST(ScribbleErase, EachCurveByThePartThatLiesUnderTheScribble) {
 }
 
 TEST(ScribbleErase, TrimmedEndsMoveToNearbyIntersections) {
-    const Stroke scribble = Zigzag(12, 60, 10, 30);
     Line line(Point(60, 40), Point(180, 40));
     Line crossing(Point(130, 0), Point(130, 300));
-    const Erased pulled = Scratch(scribble, {&line, &crossing});
+    const Erased pulled = Scratch(Scribble(), {&line, &crossing});
     ASSERT_EQ(pulled.trimmed, std::vector<int>{line.GetId()});
     EXPECT_NEAR(pulled.ranges[1], 70.0 / 120, 1e-9);
+    EXPECT_LT(Scratch(Scribble(), {&line, &crossing}, TrimTolerance(10)).ranges[1], 0.5);
     SketchRecognizerPreferences preferences;
-    preferences.SetScribbleTrimTolerance(10);
-    EXPECT_LT(Scratch(scribble, {&line, &crossing}, preferences).ranges[1], 0.5);
     preferences.SetScribbleOverCurve(false);
-    const Erased off = Scratch(scribble, {&line, &crossing}, preferences);
+    const Erased off = Scratch(Scribble(), {&line, &crossing}, preferences);
     EXPECT_TRUE(off.trimmed.empty());
     EXPECT_EQ(off.hit, std::vector<int>{line.GetId()});
 }
 
 TEST(ScribbleErase, ARangeMayLieAcrossTheSeamOfACircle) {
-    const Stroke scribble = Zigzag(12, 60, 10, 30);
     Arc circle(Point(75, 30), 35.0); // its seam at (110, 30) lies under the scribble
-    const Erased e = Scratch(scribble, {&circle});
+    const Erased e = Scratch(Scribble(), {&circle});
     ASSERT_EQ(e.trimmed.size(), 2u);
     EXPECT_LT(e.ranges[1], 2 * kPi);
     EXPECT_LT(e.ranges[2], 2 * kPi);
@@ -209,14 +303,13 @@ TEST(ScribbleErase, ARangeMayLieAcrossTheSeamOfACircle) {
 }
 
 // Even-odd rule, unlike the half planes of the code.
-bool IsInside(const Point& p, const std::vector<Point>& polygon) {
+bool IsInside(const Point& p, const Points& polygon) {
     bool inside = false;
     for (std::size_t i = 0, j = polygon.size() - 1; i < polygon.size(); j = i++) {
         const Point& a = polygon[i];
         const Point& b = polygon[j];
-        if ((a.y > p.y) != (b.y > p.y) && a.x + (b.x - a.x) * (p.y - a.y) / (b.y - a.y) > p.x) {
+        if ((a.y > p.y) != (b.y > p.y) && a.x + (b.x - a.x) * (p.y - a.y) / (b.y - a.y) > p.x)
             inside = !inside;
-        }
     }
     return inside;
 }
@@ -227,7 +320,7 @@ TEST(ScribbleErase, CoveredLengthAgreesWithDenseSampling) {
     int trimmed = 0;
     for (int trial = 0; trial < 40; ++trial) {
         SCOPED_TRACE(trial);
-        const Stroke scribble = trial % 2 == 0 ? Zigzag(9, 90, 12, 25) : Turns(3.2, 260, 3.0);
+        const Stroke scribble = StrokeThrough(trial % 2 == 0 ? Zigzag(9, 90, 12, 25) : Spiral(3.2, 260, 3.0));
         Line line(Point(at(rng), at(rng)), Point(at(rng), at(rng)));
         ScribbleRecord record{SketchRecognizerPreferences()};
         ASSERT_TRUE(record.Test(scribble));
@@ -237,12 +330,10 @@ TEST(ScribbleErase, CoveredLengthAgreesWithDenseSampling) {
         for (int i = 0; i < kSamples; ++i) {
             const Point p = line.GetPointAtParameter((i + 0.5) / kSamples, true);
             inside += std::any_of(region.begin(), region.end(),
-                                  [&](const std::vector<Point>& polygon) { return IsInside(p, polygon); });
+                                  [&](const Points& polygon) { return IsInside(p, polygon); });
         }
         const double part = static_cast<double>(inside) / kSamples;
-        SketchRecognizerPreferences preferences;
-        preferences.SetScribbleTrimTolerance(0.0);
-        const Erased e = Scratch(scribble, {&line}, preferences);
+        const Erased e = Scratch(scribble, {&line}, TrimTolerance(0.0));
         EXPECT_EQ(!e.hit.empty(), part > 0);
         if (std::fabs(part - 0.75) > 2e-3) {
             EXPECT_EQ(!e.erased.empty(), part > 0.75);
@@ -250,9 +341,8 @@ TEST(ScribbleErase, CoveredLengthAgreesWithDenseSampling) {
         if (!e.trimmed.empty()) {
             ++trimmed;
             double covered = 0;
-            for (std::size_t i = 0; i < e.ranges.size(); i += 2) {
+            for (std::size_t i = 0; i < e.ranges.size(); i += 2)
                 covered += e.ranges[i + 1] - e.ranges[i];
-            }
             EXPECT_NEAR(covered, part, 2e-3);
         }
     }
@@ -261,18 +351,18 @@ TEST(ScribbleErase, CoveredLengthAgreesWithDenseSampling) {
 
 TEST(ScribbleErase, NoScribbleReportsNothing) {
     Line line(Point(10, 30), Point(110, 30));
-    const Erased plain = Scratch(Along({{0, 0}, {100, 60}}, 50), {&line});
+    const Erased plain = Scratch(StrokeThrough(Along({{0, 0}, {100, 60}}, 50)), {&line});
     EXPECT_EQ(plain.result, 0);
     EXPECT_EQ(plain.status, 0);
     EXPECT_TRUE(plain.hit.empty());
     SketchRecognizerPreferences preferences;
     preferences.SetDoScribble(false);
-    EXPECT_EQ(Scratch(Zigzag(12, 60, 10, 30), {&line}, preferences).result, 0);
+    EXPECT_EQ(Scratch(Scribble(), {&line}, preferences).result, 0);
 }
 
 TEST(ScribbleErase, AMissingOutputEmptiesTheOthers) {
     SketchRecognizerPreferences preferences;
-    Stroke stroke = Zigzag(12, 60, 10, 30);
+    Stroke stroke = Scribble();
     for (int missing = 0; missing < 10; ++missing) {
         SCOPED_TRACE(missing);
         int counts[4] = {-1, -1, -1, -1}, status = -1, some = 0;
@@ -296,13 +386,12 @@ TEST(ScribbleErase, AMissingOutputEmptiesTheOthers) {
 TEST(ScribbleErase, EveryFailedAllocationEmptiesTheOutputs) {
     Line line(Point(60, 40), Point(180, 40));
     Line under(Point(10, 30), Point(110, 30));
-    const Stroke scribble = Zigzag(12, 60, 10, 30);
     SM_fail_nth(0);
-    Scratch(scribble, {&line, &under});
+    Scratch(Scribble(), {&line, &under});
     const long count = SM_ask_allocation_count();
     for (long n = count - 4; n <= count; ++n) { // the arrays that are handed out come last
         SM_fail_nth(n);
-        const Erased e = Scratch(scribble, {&line, &under});
+        const Erased e = Scratch(Scribble(), {&line, &under});
         SM_fail_nth(0);
         EXPECT_EQ(e.status, 1) << n;
         EXPECT_TRUE(e.hit.empty() && e.erased.empty() && e.trimmed.empty() && e.cusps.empty());

@@ -1,6 +1,6 @@
 #include "tessera/recognition/internal/SingleShapes.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +10,7 @@
 
 #include "tessera/recognition/internal/AngularCover.h"
 #include "tests/support/FitSamples.h"
+#include "tests/support/SegmentDistance.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -17,23 +18,9 @@ namespace {
 using Vex::Math::Point2;
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kTurn = 2.0 * kPi;
+constexpr double kTurn = 2.0 * std::numbers::pi;
 constexpr double kNoLimit = 1e300;
 constexpr double kDegree = kPi / 180.0;
-
-std::vector<Point2> OnEllipse(double cx, double cy, double a, double b, double rotation, double start,
-                              double end, int n) {
-    return EllipsePoints({cx, cy}, a, b, rotation, start, end - start, n);
-}
-
-std::vector<Point2> OnCircle(double cx, double cy, double r, double start, double end, int n) {
-    return OnEllipse(cx, cy, r, r, 0.0, start, end, n);
-}
-
-// a - b reduced to [-pi, pi].
-double AngleDifference(double a, double b) {
-    return std::remainder(a - b, kTurn);
-}
 
 // --- Covered angles
 
@@ -59,14 +46,12 @@ TEST(AngularCover, AgreesWithSortingTheAngles) {
         SCOPED_TRACE(trial);
         const double start = kTurn * unit(rng);
         const double sweep = kTurn * unit(rng);
-        const int n = 1 + static_cast<int>(rng() % 200);
         AngularCover cover;
         std::vector<double> angles;
-        for (int i = 0; i < n; ++i) {
+        for (auto n = 1 + rng() % 200; n > 0; --n) {
             const double angle = start + sweep * unit(rng);
             const double radius = std::exp(4.0 * unit(rng) - 2.0);
-            const double x = radius * std::cos(angle);
-            const double y = radius * std::sin(angle);
+            const double x = radius * std::cos(angle), y = radius * std::sin(angle);
             cover.Add(x, y);
             const double polar = std::atan2(y, x);
             angles.push_back(polar < 0.0 ? polar + kTurn : polar);
@@ -85,26 +70,22 @@ TEST(AngularCover, AgreesWithSortingTheAngles) {
 }
 
 TEST(AngularCover, KnownDirections) {
-    struct Row {
-        const char* name;
+    const struct {
         std::vector<Point2> directions;
         double start, end;
+    } rows[] = {
+        {{}, 0.0, kTurn},
+        {{{1, 0}}, 0.0, 0.0},
+        {{{1, -0.0}, {0, 1}}, 0.0, 0.5 * kPi},                  // negative zero is angle 0
+        {{{1, -1e-18}, {0, 1}}, 0.0, 0.5 * kPi},                // just below the axis is a turn less nothing
+        {{{0, -1}, {-1, 0}, {0, 1}, {1, 0}}, 0.5 * kPi, kTurn}, // the first of equal gaps
     };
-    const Row rows[] = {
-        {"one direction", {{1, 0}}, 0.0, 0.0},
-        {"negative zero is angle 0", {{1, -0.0}, {0, 1}}, 0.0, 0.5 * kPi},
-        {"just below the axis is a turn less nothing", {{1, -1e-18}, {0, 1}}, 0.0, 0.5 * kPi},
-        {"across the axis", {{1, -1}, {1, 1}}, 1.75 * kPi, 2.25 * kPi},
-        {"nothing", {}, 0.0, kTurn},
-        {"first of equal gaps", {{0, -1}, {-1, 0}, {0, 1}, {1, 0}}, 0.5 * kPi, kTurn},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& row : rows) {
         AngularCover cover;
         for (const Point2& d : row.directions)
             cover.Add(d.x, d.y);
-        EXPECT_NEAR(cover.Covered().start, row.start, 1e-15);
-        EXPECT_NEAR(cover.Covered().end, row.end, 1e-15);
+        EXPECT_NEAR(cover.Covered().start, row.start, 1e-15) << &row - rows;
+        EXPECT_NEAR(cover.Covered().end, row.end, 1e-15) << &row - rows;
     }
 }
 
@@ -114,14 +95,11 @@ TEST(SingleLine, RunsFromOutermostToOutermostProjectionAsThePenDid) {
     std::vector<Point2> pts = {{1, 1}, {0, 0}, {3, 3}, {5, 5}, {4, 4}}; // overshoots at both ends
     double dev = -1.0;
     for (const bool backwards : {false, true}) {
-        SCOPED_TRACE(backwards);
         const auto line = RecognizeLine(pts, kNoLimit, &dev);
         ASSERT_TRUE(line);
         EXPECT_NEAR(dev, 0.0, 1e-12);
-        const Point low = backwards ? line->GetEnd() : line->GetStart();
-        const Point high = backwards ? line->GetStart() : line->GetEnd();
-        EXPECT_NEAR(low.Distance(Point(0, 0)), 0.0, 1e-12);
-        EXPECT_NEAR(high.Distance(Point(5, 5)), 0.0, 1e-12);
+        EXPECT_NEAR(line->GetStart().Distance(backwards ? Point(5, 5) : Point(0, 0)), 0.0, 1e-12);
+        EXPECT_NEAR(line->GetEnd().Distance(backwards ? Point(0, 0) : Point(5, 5)), 0.0, 1e-12);
         std::reverse(pts.begin(), pts.end());
     }
 }
@@ -140,43 +118,62 @@ TEST(SingleLine, LimitIncludesItselfAndTwoPlacesAreNeeded) {
     EXPECT_EQ(dev, -1.0);
 }
 
-// --- Arc
+// --- Arc and ellipse
 
-TEST(SingleArc, CounterClockwiseOverThePointsWhicheverWayThePenRan) {
-    for (const double sweep : {20.0, 90.0, 180.0, 270.0, 330.0, 341.0})
+// Counter-clockwise over the points, whichever way the pen ran.
+TEST(SingleShapes, EndWhereThePointsEnd) {
+    for (const double sweep : {20.0, 150.0, 270.0, 341.0})
         for (int start = 3; start < 360; start += 17)
             for (const bool backwards : {false, true}) {
                 SCOPED_TRACE(testing::Message() << sweep << " from " << start << " back " << backwards);
-                auto pts = OnCircle(0.3, -0.2, 0.8, start * kDegree, (start + sweep) * kDegree, 101);
-                if (backwards)
+                auto pts = EllipsePoints({0.3, -0.2}, 0.8, 0.8, 0, start * kDegree, sweep * kDegree, 101);
+                auto oval = EllipsePoints({0.5, 0.4}, 0.5, 0.2, 0.7, start * kDegree, sweep * kDegree, 121);
+                const Point first(oval[0].x, oval[0].y), last(oval[120].x, oval[120].y);
+                const Point middle(oval[60].x, oval[60].y);
+                if (backwards) {
                     std::reverse(pts.begin(), pts.end());
+                    std::reverse(oval.begin(), oval.end());
+                }
                 double dev = -1.0;
                 const auto arc = RecognizeArc(pts, false, 0.01, kNoLimit, &dev);
                 ASSERT_TRUE(arc);
                 EXPECT_LT(dev, 1e-9);
                 EXPECT_NEAR(arc->GetCenter().Distance(Point(0.3, -0.2)), 0.0, 1e-9);
                 EXPECT_NEAR(arc->GetRadius(), 0.8, 1e-9);
-                EXPECT_NEAR(AngleDifference(arc->GetStartAngle(), start * kDegree), 0.0, 1e-9);
-                EXPECT_NEAR(arc->GetEndAngle() - arc->GetStartAngle(), sweep * kDegree, 1e-9);
-                EXPECT_GE(arc->GetStartAngle(), 0.0);
-                EXPECT_LT(arc->GetStartAngle(), kTurn);
+                EXPECT_NEAR(arc->GetStartAngle(), start * kDegree, 1e-9);
+                EXPECT_NEAR(arc->GetEndAngle(), (start + sweep) * kDegree, 1e-9);
+                if (sweep < 150.0)
+                    continue; // too little of an ellipse to know it well
+                const auto ellipse = RecognizeEllipse(oval, false, kNoLimit, &dev);
+                ASSERT_TRUE(ellipse);
+                EXPECT_LT(dev, 1e-6);
+                EXPECT_LT(ellipse->GetStart().Distance(first), 1e-5);
+                EXPECT_LT(ellipse->GetEnd().Distance(last), 1e-5);
+                EXPECT_LT(ellipse->DistanceBounded(middle), 1e-5);
             }
 }
 
-TEST(SingleArc, MoreThan95PercentIsNoArc) {
+TEST(SingleShapes, MoreThan95PercentOnlyWhenFull) {
     double dev = 0.0;
-    auto arc = OnCircle(0, 0, 1, 1.0, 1.0 + 0.9499 * kTurn, 400);
-    EXPECT_TRUE(RecognizeArc(arc, false, 0.0, kNoLimit, &dev));
-    auto nearlyRound = OnCircle(0, 0, 1, 1.0, 1.0 + 0.9501 * kTurn, 400);
-    EXPECT_FALSE(RecognizeArc(nearlyRound, false, 0.0, kNoLimit, &dev));
-    const auto circle = RecognizeArc(nearlyRound, true, 0.0, kNoLimit, &dev);
-    ASSERT_TRUE(circle);
-    EXPECT_TRUE(circle->IsClosed());
-    EXPECT_EQ(circle->GetStartAngle(), 0.0);
+    const auto arc = [&](double share, bool full) {
+        auto pts = EllipsePoints({0, 0}, 1, 1, 0, 1.0, share * kTurn, 400);
+        return RecognizeArc(pts, full, 0.0, kNoLimit, &dev);
+    };
+    EXPECT_TRUE(arc(0.9499, false));
+    EXPECT_FALSE(arc(0.9501, false));
+    EXPECT_TRUE(arc(0.9501, true)->IsClosed());
+    EXPECT_EQ(arc(0.9501, true)->GetStartAngle(), 0.0);
+    const auto ellipse = [&](double share, bool full) {
+        auto pts = EllipsePoints({0, 0}, 1, 0.5, 0.2, 1.0, share * kTurn, 400);
+        return RecognizeEllipse(pts, full, kNoLimit, &dev);
+    };
+    EXPECT_TRUE(ellipse(0.9495, false));
+    EXPECT_FALSE(ellipse(0.9505, false));
+    EXPECT_TRUE(ellipse(0.9505, true)->IsClosed());
 }
 
 TEST(SingleArc, EndsThatNearlyMeetAreNoArc) {
-    auto pts = OnCircle(0, 0, 2, 0.5, 0.5 + 0.75 * kTurn, 200);
+    auto pts = EllipsePoints({0, 0}, 2, 2, 0, 0.5, 0.75 * kTurn, 200);
     const double open = 0.25 * kTurn * 2.0; // length of the part not drawn
     double dev = 0.0;
     EXPECT_TRUE(RecognizeArc(pts, false, open * (1 - 1e-6), kNoLimit, &dev));
@@ -184,7 +181,7 @@ TEST(SingleArc, EndsThatNearlyMeetAreNoArc) {
 }
 
 TEST(SingleArc, LimitAndStraightPoints) {
-    auto pts = OnCircle(0, 0, 1, 0.0, 2.0, 50);
+    auto pts = EllipsePoints({0, 0}, 1, 1, 0, 0.0, 2.0, 50);
     pts[25] = {1.1 * pts[25].x, 1.1 * pts[25].y};
     double dev = 0.0;
     ASSERT_TRUE(RecognizeArc(pts, false, 0.0, kNoLimit, &dev));
@@ -196,46 +193,7 @@ TEST(SingleArc, LimitAndStraightPoints) {
     EXPECT_FALSE(RecognizeArc(straight, false, 0.0, kNoLimit, &dev));
 }
 
-// --- Ellipse
-
-TEST(SingleEllipse, ArcEndsWhereThePointsEnd) {
-    for (const double sweep : {150.0, 270.0, 341.0})
-        for (int start = 5; start < 360; start += 29) {
-            SCOPED_TRACE(testing::Message() << sweep << " from " << start);
-            auto pts = OnEllipse(0.5, 0.4, 0.5, 0.2, 0.7, start * kDegree, (start + sweep) * kDegree, 120);
-            double dev = -1.0;
-            const auto ellipse = RecognizeEllipse(pts, false, kNoLimit, &dev);
-            ASSERT_TRUE(ellipse);
-            EXPECT_LT(dev, 1e-6);
-            const Point first(pts.front().x, pts.front().y);
-            const Point last(pts.back().x, pts.back().y);
-            EXPECT_LT(ellipse->GetStart().Distance(first), 1e-5);
-            EXPECT_LT(ellipse->GetEnd().Distance(last), 1e-5);
-            const Point middle(pts[60].x, pts[60].y);
-            EXPECT_LT(ellipse->DistanceBounded(middle), 1e-5);
-        }
-}
-
-TEST(SingleEllipse, MoreThan95PercentOnlyWhenFull) {
-    double dev = 0.0;
-    auto arc = OnEllipse(0, 0, 1, 0.5, 0.2, 1.0, 1.0 + 0.9495 * kTurn, 400);
-    EXPECT_TRUE(RecognizeEllipse(arc, false, kNoLimit, &dev));
-    auto nearlyRound = OnEllipse(0, 0, 1, 0.5, 0.2, 1.0, 1.0 + 0.9505 * kTurn, 400);
-    EXPECT_FALSE(RecognizeEllipse(nearlyRound, false, kNoLimit, &dev));
-    const auto full = RecognizeEllipse(nearlyRound, true, kNoLimit, &dev);
-    ASSERT_TRUE(full);
-    EXPECT_TRUE(full->IsClosed());
-}
-
 // --- Ellipse check
-
-double DistanceToPath(const Point& p, const std::vector<Point2>& pts) {
-    double nearest = 1e300;
-    for (std::size_t i = 0; i + 1 < pts.size(); ++i)
-        nearest = std::min(
-            nearest, Line(Point(pts[i].x, pts[i].y), Point(pts[i + 1].x, pts[i + 1].y)).DistanceBounded(p));
-    return nearest;
-}
 
 TEST(EllipseCheck, AgreesWithTheDistanceToEverySegment) {
     std::mt19937 rng(11);
@@ -262,22 +220,14 @@ TEST(EllipseCheck, AgreesWithTheDistanceToEverySegment) {
         ellipse.CreatePolylinePoints(ellipse.AskNumberOfSampledPoints(tol), samples);
         double farthest = 0.0;
         for (const Point& p : samples)
-            farthest = std::max(farthest, DistanceToPath(p, pts));
+            farthest = std::max(farthest, Testing::PolylineDistance(pts, Point2{p.x, p.y}));
         ASSERT_EQ(CheckEllipse(pts, tol, ellipse), farthest <= tol) << farthest - tol;
         passed += farthest <= tol ? 1 : 0;
     }
     EXPECT_GT(passed, 50);
     EXPECT_LT(passed, 250);
-}
-
-TEST(EllipseCheck, BulgeBetweenThePoints) {
-    double centre[2] = {0, 0};
-    double radii[2] = {1, 0.5};
-    const Ellipse half(centre, radii, 0.0, 0.0, kPi);
-    const std::vector<Point2> ends = {{1, 0}, {-1, 0}}; // on the ellipse, 0.5 below its top
-    EXPECT_FALSE(CheckEllipse(ends, 0.1, half));
-    EXPECT_TRUE(CheckEllipse(ends, 0.5 + 1e-9, half));
-    EXPECT_FALSE(CheckEllipse(std::vector<Point2>{{1, 0}}, 10.0, half));
+    double radii[2] = {1, 1};
+    EXPECT_FALSE(CheckEllipse(std::vector<Point2>{{1, 0}}, 10.0, Ellipse(radii, radii, 0.0, 0.0, 1.0)));
 }
 
 } // namespace

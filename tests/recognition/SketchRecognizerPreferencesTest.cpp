@@ -2,10 +2,9 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <cmath>
 #include <limits>
-#include <utility>
+#include <string>
 #include <vector>
 
 #include "tessera/kernel/EQ.h"
@@ -15,63 +14,42 @@ namespace Tessera::Geometry {
 namespace {
 
 using Prefs = SketchRecognizerPreferences;
-using Four = std::array<double, 4>;
 using ::testing::ElementsAre;
 using Testing::ThrownMessage;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-Four AbsoluteOf(const Prefs& prefs) {
-    Four values{};
-    prefs.AskAbsoluteRecognitionTolerances(values.data());
+// Tolerances absolute, relative, of closing and of sketching over; the minimum; snapping, scribbles and
+// dragging; the font's height; schemes and interval.
+std::vector<double> ValuesOf(const Prefs& p) {
+    std::vector<double> values(12);
+    p.AskAbsoluteRecognitionTolerances(&values[0]);
+    p.AskRelativeRecognitionTolerances(&values[4]);
+    p.AskCloseStrokeTolerances(&values[8], &values[9]);
+    p.AskOverSketchTolerances(&values[10], &values[11]);
+    values.insert(values.end(),
+                  {p.AskMinimumRecognitionTolerance(), p.AskSnapDistanceCreate(), p.AskSnapDistanceEdit(),
+                   p.GetScribbleTrimTolerance(), p.AskDragScaleThreshold(), p.GetCurrentDisplayFontHeight()});
+    for (const int choice : {p.AskSegmentationScheme(), p.AskToleranceScheme(), p.AskTangentPointInterval()})
+        values.push_back(choice);
     return values;
 }
 
-Four RelativeOf(const Prefs& prefs) {
-    Four values{};
-    prefs.AskRelativeRecognitionTolerances(values.data());
-    return values;
-}
-
-std::array<double, 2> CloseStrokeOf(const Prefs& prefs) {
-    std::array<double, 2> values{};
-    prefs.AskCloseStrokeTolerances(&values[0], &values[1]);
-    return values;
-}
-
-std::array<double, 2> OverSketchOf(const Prefs& prefs) {
-    std::array<double, 2> values{};
-    prefs.AskOverSketchTolerances(&values[0], &values[1]);
-    return values;
-}
-
+// Those of lengths and schemes are in what scaling makes of them, below.
 TEST(SketchRecognizerPreferences, Defaults) {
     const Prefs p;
-    EXPECT_THAT((std::vector{p.GetZoomFactor(), p.AskContextScale(), p.AskSpeedFactor(), p.AskStandardSpeed(),
-                             p.AskLinearFactorOfSpeedTol(), p.AskSpeed1Ratio(), p.AskSpeed2Ratio(),
-                             p.AskTangentAngleThreshold(), p.AskPeriodicAngleThreshold(),
-                             p.AskMinimumRecognitionTolerance()}),
-                ElementsAre(1, 1, 1, 1.25, 1, 0.06666666666666667, 0.3, 50, 20, 2.5));
-    EXPECT_THAT((std::vector{p.AskSnapAngleCreate(), p.AskSnapDistanceCreate(), p.AskSnapAngleEdit(),
-                             p.AskSnapDistanceEdit(), p.AskDragScaleThreshold(), p.AskDragSnapMaxSpeed(),
+    EXPECT_THAT((std::vector{p.AskStandardSpeed(), p.AskLinearFactorOfSpeedTol(), p.AskSpeed1Ratio(),
+                             p.AskSpeed2Ratio(), p.AskTangentAngleThreshold(), p.AskPeriodicAngleThreshold(),
+                             p.AskSnapAngleCreate(), p.AskSnapAngleEdit(), p.AskDragSnapMaxSpeed(),
                              p.AskDragShakeMinSpeed(), p.AskDragShakeTime(), p.GetReflectionAngle(),
-                             p.GetScribbleTrimTolerance(), p.GetScribbleMinRotationAngle(),
-                             p.GetCurrentDisplayFontHeight()}),
-                ElementsAre(5, 10, 3, 6.25, 40, 8, 3.2, 0.5, 70, 40, 720, 4));
-    EXPECT_THAT((std::vector{p.AskSegmentationScheme(), p.AskTangentPointInterval(), p.AskToleranceScheme(),
-                             p.AskSnapCandidateCount(), p.GetMinNumCusps()}),
-                ElementsAre(2, 8, 2, 5, 3));
-    EXPECT_TRUE(p.AskSnapping() && p.GetCurveTidy() && p.GetReduceInkCurveDeviation());
-    EXPECT_TRUE(p.GetChangeCurveType() && p.AskOversketch() && p.GetRegularPolygonRecognition());
-    EXPECT_TRUE(p.GetDoScribble() && p.GetScribbleOverCurve());
+                             p.GetScribbleMinRotationAngle()}),
+                ElementsAre(1.25, 1, 0.06666666666666667, 0.3, 50, 20, 5, 3, 8, 3.2, 0.5, 70, 720));
+    EXPECT_TRUE(p.GetCurveTidy() && p.GetReduceInkCurveDeviation() && p.GetChangeCurveType());
+    EXPECT_TRUE(p.AskOversketch() && p.GetRegularPolygonRecognition());
     EXPECT_FALSE(p.AskUseSpeedFactor() || p.GetThinWallRecognition());
-    EXPECT_THAT(AbsoluteOf(p), ElementsAre(20, 40, 40, 5));
-    EXPECT_THAT(RelativeOf(p), ElementsAre(0.05, 0.04, 0.05, 0.025));
-    EXPECT_THAT(CloseStrokeOf(p), ElementsAre(20, 0.125));
-    EXPECT_THAT(OverSketchOf(p), ElementsAre(10, 80));
 }
 
-// Each checked scalar setter, at the ends of its range and just outside them.
+// Each checked scalar setter, at the ends of its range and just outside them; NaN is outside all.
 TEST(SketchRecognizerPreferences, CheckedScalars) {
     using P = Prefs;
     struct Row {
@@ -106,70 +84,56 @@ TEST(SketchRecognizerPreferences, CheckedScalars) {
             (prefs.*row.set)(good);
             EXPECT_EQ((prefs.*row.get)(), good);
         }
-        for (const double bad : {row.below, row.above, -1.0, kNaN}) {
+        for (const double bad : {row.below, row.above, kNaN}) {
             EXPECT_EQ(ThrownMessage([&] { (prefs.*row.set)(bad); }), row.message) << bad;
             EXPECT_EQ((prefs.*row.get)(), row.highest);
         }
     }
 }
 
-TEST(SketchRecognizerPreferences, SchemesAndInterval) {
-    Prefs prefs;
-    for (const int scheme : {0, 1, 2}) {
-        prefs.SetSegmentationScheme(scheme);
-        prefs.SetToleranceScheme(scheme);
-        EXPECT_TRUE(prefs.AskSegmentationScheme() == scheme && prefs.AskToleranceScheme() == scheme);
-    }
-    for (const int scheme : {-1, 3, std::numeric_limits<int>::min()}) {
-        EXPECT_EQ(ThrownMessage([&] { prefs.SetSegmentationScheme(scheme); }),
-                  "Invalid segmentation scheme specified");
-        EXPECT_EQ(ThrownMessage([&] { prefs.SetToleranceScheme(scheme); }),
-                  "Invalid tolerance scheme specified");
-    }
-    EXPECT_TRUE(prefs.AskSegmentationScheme() == 2 && prefs.AskToleranceScheme() == 2);
-    prefs.SetTangentPointInterval(1);
-    EXPECT_EQ(ThrownMessage([&] { prefs.SetTangentPointInterval(0); }),
-              "Invalid tangent point interval specified");
-    EXPECT_EQ(prefs.AskTangentPointInterval(), 1);
-}
-
-TEST(SketchRecognizerPreferences, ArraysAreCheckedWholeBeforeAnyIsStored) {
+// The others likewise: what they refuse they refuse whole.
+TEST(SketchRecognizerPreferences, SchemesArraysAndPairs) {
     const double tol = EQ_ask_length_tolerance();
     Prefs prefs;
-    const Four smallest = {tol, tol, tol, tol};
-    prefs.SetAbsoluteRecognitionTolerances(smallest.data());
-    EXPECT_EQ(AbsoluteOf(prefs), smallest);
-    const Four bounds = {1e-10, 0.9999999999, 0.5, 0.25};
-    prefs.SetRelativeRecognitionTolerances(bounds.data());
-    EXPECT_EQ(RelativeOf(prefs), bounds);
-    for (const double bad : {0.99 * tol, -1.0, kNaN}) {
-        const Four values = {1, 2, 3, bad};
-        EXPECT_EQ(ThrownMessage([&] { prefs.SetAbsoluteRecognitionTolerances(values.data()); }),
-                  "Invalid absolute tolerance specified");
-    }
-    for (const double bad : {1.0, 0.99e-10, kNaN}) {
-        const Four values = {0.1, 0.1, bad, 0.1};
-        EXPECT_EQ(ThrownMessage([&] { prefs.SetRelativeRecognitionTolerances(values.data()); }),
-                  "Invalid relative tolerance specified");
-    }
-    EXPECT_EQ(AbsoluteOf(prefs), smallest);
-    EXPECT_EQ(RelativeOf(prefs), bounds);
-}
-
-TEST(SketchRecognizerPreferences, PairsOfTolerances) {
-    Prefs prefs;
+    const double smallest[] = {tol, tol, tol, tol}, bounds[] = {1e-10, 0.9999999999, 0.5, 0.25};
+    prefs.SetAbsoluteRecognitionTolerances(smallest);
+    prefs.SetRelativeRecognitionTolerances(bounds);
     prefs.SetCloseStrokeTolerances(7.0, 0.5);
-    EXPECT_EQ(ThrownMessage([&] { prefs.SetCloseStrokeTolerances(0.0, 2.0); }),
-              "Invalid absolute close stroke tolerance specified");
-    EXPECT_EQ(ThrownMessage([&] { prefs.SetCloseStrokeTolerances(1.0, 1.0); }),
-              "Invalid relative close stroke tolerance specified");
     prefs.SetOverSketchTolerances(1.0, 2.0);
-    for (const auto& [first, second] : {std::pair{0.0, 5.0}, {5.0, 0.0}, {5.0, kNaN}}) {
-        EXPECT_EQ(ThrownMessage([&, f = first, s = second] { prefs.SetOverSketchTolerances(f, s); }),
+    prefs.SetSegmentationScheme(0);
+    prefs.SetToleranceScheme(1);
+    prefs.SetTangentPointInterval(1);
+    const auto expected = ElementsAre(tol, tol, tol, tol, 1e-10, 0.9999999999, 0.5, 0.25, 7, 0.5, 1, 2, 2.5,
+                                      10, 6.25, 40, 40, 4, 0, 1, 1);
+    EXPECT_THAT(ValuesOf(prefs), expected);
+    const auto refused = [&](auto set, auto... values) {
+        const std::string message = ThrownMessage([&] { (prefs.*set)(values...); });
+        EXPECT_THAT(ValuesOf(prefs), expected) << message;
+        return message;
+    };
+    for (const int scheme : {-1, 3, std::numeric_limits<int>::min()}) {
+        EXPECT_EQ(refused(&Prefs::SetSegmentationScheme, scheme), "Invalid segmentation scheme specified");
+        EXPECT_EQ(refused(&Prefs::SetToleranceScheme, scheme), "Invalid tolerance scheme specified");
+    }
+    EXPECT_EQ(refused(&Prefs::SetTangentPointInterval, 0), "Invalid tangent point interval specified");
+    for (const double bad : {0.99 * tol, kNaN}) {
+        const double absolute[] = {1, 2, 3, bad};
+        EXPECT_EQ(refused(&Prefs::SetAbsoluteRecognitionTolerances, absolute),
+                  "Invalid absolute tolerance specified");
+        EXPECT_EQ(refused(&Prefs::SetCloseStrokeTolerances, bad, 2.0),
+                  "Invalid absolute close stroke tolerance specified");
+        EXPECT_EQ(refused(&Prefs::SetOverSketchTolerances, bad, 5.0),
+                  "Invalid oversketch tolerances specified");
+        EXPECT_EQ(refused(&Prefs::SetOverSketchTolerances, 5.0, bad),
                   "Invalid oversketch tolerances specified");
     }
-    EXPECT_THAT(CloseStrokeOf(prefs), ElementsAre(7, 0.5));
-    EXPECT_THAT(OverSketchOf(prefs), ElementsAre(1, 2));
+    for (const double bad : {1.0, 0.99e-10, kNaN}) {
+        const double relative[] = {0.1, 0.1, bad, 0.1};
+        EXPECT_EQ(refused(&Prefs::SetRelativeRecognitionTolerances, relative),
+                  "Invalid relative tolerance specified");
+        EXPECT_EQ(refused(&Prefs::SetCloseStrokeTolerances, 1.0, bad),
+                  "Invalid relative close stroke tolerance specified");
+    }
 }
 
 TEST(SketchRecognizerPreferences, TheMinimumNeverExceedsAnAbsoluteTolerance) {
@@ -195,16 +159,10 @@ TEST(SketchRecognizerPreferences, ContextAndScaling) {
     EXPECT_EQ(tol, 6.0);
     prefs.AdjustToleranceByZoomFactor(&tol);
     EXPECT_EQ(tol, 3.0);
-
     prefs.ScaleLengthTolerances(2.0);
-    EXPECT_THAT(AbsoluteOf(prefs), ElementsAre(40, 80, 80, 10));
-    EXPECT_EQ(RelativeOf(prefs), RelativeOf(Prefs()));
-    EXPECT_THAT(CloseStrokeOf(prefs), ElementsAre(40, 0.125));
-    EXPECT_THAT(OverSketchOf(prefs), ElementsAre(20, 160));
-    EXPECT_EQ(prefs.AskMinimumRecognitionTolerance(), 5.0);
-    EXPECT_TRUE(prefs.AskSnapDistanceCreate() == 20 && prefs.AskSnapDistanceEdit() == 12.5);
-    EXPECT_TRUE(prefs.GetScribbleTrimTolerance() == 80 && prefs.AskDragScaleThreshold() == 40);
-    EXPECT_TRUE(prefs.GetCurrentDisplayFontHeight() == 4 && prefs.AskContextScale() == 100.0);
+    EXPECT_THAT(ValuesOf(prefs), ElementsAre(40, 80, 80, 10, 0.05, 0.04, 0.05, 0.025, 40, 0.125, 20, 160, 5,
+                                             20, 12.5, 80, 40, 4, 2, 2, 8));
+    EXPECT_EQ(prefs.AskContextScale(), 100.0);
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cmath>
-#include <initializer_list>
 #include <random>
 #include <vector>
 
@@ -15,7 +14,7 @@ namespace Tessera::Testing {
 using Samples = std::vector<Geometry::StrokePoint>;
 
 /// Poly-line through the corners with perSide segments to each side.
-inline Samples DrawPath(std::initializer_list<Geometry::Point> corners, int perSide, double speed = 1.0) {
+inline Samples DrawPath(const std::vector<Geometry::Point>& corners, int perSide, double speed = 1.0) {
     Samples samples;
     const Geometry::Point* from = nullptr;
     for (const Geometry::Point& to : corners) {
@@ -53,27 +52,6 @@ inline Geometry::Stroke StrokeThrough(const std::vector<Geometry::Point>& points
     for (const Geometry::Point& p : points)
         stroke.AddPoint(Geometry::StrokePoint(p.x, p.y, speed));
     return stroke;
-}
-
-/// A wandering pen that turns, stops and slows at random; on a coarse grid, so that ties occur.
-inline Samples DrawAtRandom(std::mt19937& rng, int n) {
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
-    Samples samples;
-    double x = 0.0;
-    double y = 0.0;
-    double heading = 0.0;
-    double speed = 1.0;
-    for (int i = 0; i < n; ++i) {
-        const double chance = unit(rng);
-        heading += chance < 0.03 ? 3.0 * unit(rng) : 0.1 * (unit(rng) - 0.5);
-        speed = chance > 0.97 ? 2.0 * unit(rng) : 0.9 * speed + 0.1;
-        const double step = chance > 0.5 && chance < 0.52 ? 0.0 : std::floor(4.0 * unit(rng)) / 2.0;
-        x += step * std::cos(heading);
-        y += step * std::sin(heading);
-        samples.emplace_back(std::round(8.0 * x) / 8.0, std::round(8.0 * y) / 8.0,
-                             std::round(16.0 * speed) / 16.0);
-    }
-    return samples;
 }
 
 } // namespace Tessera::Testing
