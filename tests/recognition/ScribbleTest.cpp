@@ -70,7 +70,7 @@ struct Row {
 std::vector<Row> Rows() {
     return {
         {"scratch", ScratchInk(), true, true, 4},
-        {"five legs of four samples: up-sampled", Zigzag(5, 100, 9, 4), true, true, 4},
+        {"26 samples are up-sampled, five to a leg", Zigzag(5, 30, 3, 5), true, true, 4},
         {"four legs: three reversals", Zigzag(4, 100, 9, 40), true, true, 3},
         {"three legs are too few", Zigzag(3, 100, 9, 40), false, false, 2},
         {"a staircase turns by 90 degrees only", Along({{0, 0}, {40, 0}, {40, 40}, {80, 40}, {80, 80}}, 30),

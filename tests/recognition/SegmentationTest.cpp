@@ -96,6 +96,7 @@ TEST(ContinuityBreaks, KnownCorners) {
     const Samples square = DrawPath({{0, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}}, 100);
     const Samples corner = DrawPath({{0, 0}, {8, 0}, {8, 12}}, 8);
     const Samples open = DrawPath({{0, 0}, {40, 0}, {40, 40}}, 40);
+    const Samples slight = DrawPath({{0, 0}, {10, 0}, {10, 10}, {18.2, 15.7}}, 10);
     const Samples near = DrawPath({{0, 0}, {3, 0}, {3, 15}}, 3);
     Samples two = DrawPath({{0, 0}, {3, 0}, {3, 9}}, 3); // corner of 90 degrees at 3
     for (int i = 1; i <= 5; ++i)                         // and one of 135 degrees at 6
@@ -122,6 +123,8 @@ TEST(ContinuityBreaks, KnownCorners) {
         {"too near the start", near, 4, 50.0, 1, {}},
         {"a sharper corner takes the place of one too near", two, 4, 50.0, 1, {6}},
         {"both", two, 3, 50.0, 1, {3, 6}},
+        {"the fewest samples that can break", {{0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {1, 2, 1}}, 1, 50.0, 1, {1}},
+        {"55 degrees after 90", slight, 5, 50.0, 1, {10, 20}},
         {"repeated samples count as a turn", stop, 5, 50.0, 1, {10}},
     };
     for (const auto& row : rows)
@@ -164,7 +167,8 @@ TEST(SpeedBreaks, RunsThatVary) {
         Breaks expected;
     } rows[] = {
         {"a run, the first of equals", {{20, 6}, {21, 2}, {22, 2}, {23, 6}}, {21}},
-        {"nearly even", {{20, 6}, {21, 5.5}, {22, 6}}, {}},
+        {"nearly even", {{20, 6}, {21, 4}, {22, 6}}, {}},
+        {"two even ones", {{20, 6}, {21, 6}, {22, 6}, {40, 2}, {41, 2}, {42, 2}}, {}},
         {"two samples wait", {{20, 1}, {21, 9}}, {}},
         {"the third comes later, the slowest is still the first", {{20, 1}, {21, 9}, {40, 5}}, {20}},
         {"nine from the start", {{8, 6}, {9, 1}, {10, 6}}, {}},

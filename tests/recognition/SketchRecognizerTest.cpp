@@ -162,6 +162,8 @@ TEST(Recognize, KindsAndCuts) {
     } rows[] = {
         {"pieces share their breaks", CleanShapes()[4].samples, {3, 3, 3, 3}, {60, 120, 180}},
         {"two samples", {{0, 0, 1}, {5, 1, 1}}, {3}, {}},
+        {"corner five samples in", DrawPath({{0, 0}, {100, 0}, {100, 80}}, 5), {3, 3}, {5}},
+        {"corner four samples in", DrawPath({{0, 0}, {100, 0}, {100, 80}}, 4), {9}, {}},
         {"the type is a lower bound: none", straight, {3}, {}, true, 0},
         {"spline at least", straight, {9}, {}, true, CurveType_Spline},
         {"arc at least", arc, {5}, {}, true, CurveType_Arc},
@@ -246,7 +248,7 @@ TEST(RecognizePeriodic, OpenOrAngularInkHasNoResult) {
         {},
         DrawPath({{0, 0}, {100, 0}}, 50),
         DrawPath({{0, 0}, {900, 0}, {900, 500}, {0, 500}, {0, 0}}, 60),
-        DrawEllipse({0, 0}, 90, 90, 0, 0, 335 * kDegree, 90),
+        DrawEllipse({0, 0}, 20, 20, 0, 0, 339 * kDegree, 90),   // its ends nearly meet
         DrawEllipse({0, 0}, 150, 150, 0, 0, 345 * kDegree, 90), // ends 39 units apart
         back,
     };
@@ -255,6 +257,7 @@ TEST(RecognizePeriodic, OpenOrAngularInkHasNoResult) {
     const Samples nearly = DrawEllipse({0, 0}, 20, 20, 0, 0, 330 * kDegree, 90); // ends 10 units apart
     EXPECT_THAT(PeriodicKinds(nearly, 29.0), IsEmpty());
     EXPECT_THAT(PeriodicKinds(nearly, 31.0), ElementsAre(5));
+    EXPECT_THAT(PeriodicKinds(DrawEllipse({0, 0}, 20, 20, 0, 0, 341 * kDegree, 90), 1.0), ElementsAre(5));
 }
 
 // --- Results
@@ -302,7 +305,7 @@ TEST(RemoveSmallCurves, ShorterThanATwentiethOfTheLongestPiece) {
         access.AppendResult(std::make_unique<Line>(Point(0, 0), Point(length, 0)), piece, 0.0);
     };
     add(0, 101, 5.0 + 1e-6); // pieces of 100, 3 and 80 units: the limit is 5
-    add(101, 105, 3.0);
+    add(101, 105, 5.0 - 1e-6);
     add(105, 186, 80.0);
     for (const int noSuchIndex : {-1, 3})
         access.DeleteResult(noSuchIndex);

@@ -154,16 +154,19 @@ TEST(SplineRecognition, ClosesWhereThePenWasHeading) {
         const char* name;
         std::vector<Point2> pts;
         bool closed;
+        double closeTol = 0.1;
     } rows[] = {
         {"ends within the spline tolerance", OpenCircle(0.0099), true},
         {"gap just inside", OpenCircle(0.0999), true},
         {"gap just outside", OpenCircle(0.1001), false},
+        {"29 degrees from the last five steps to the first", CirclePoints(kTau * 335 / 360), true, 1.0},
+        {"31 degrees", CirclePoints(kTau * 333 / 360), false, 1.0},
         {"overshot: the gap lies behind", CirclePoints(1.02 * kTau), false},
         {"hairpin", hairpin, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const Recognised r = Recognise(row.pts, 0.01, 0.1);
+        const Recognised r = Recognise(row.pts, 0.01, row.closeTol);
         ASSERT_TRUE(r.spline);
         EXPECT_EQ(r.spline->IsClosed(), row.closed);
         EXPECT_LE(LargestDistance(row.pts, DensePoints(*r.spline)), 0.01 + 1e-6);
