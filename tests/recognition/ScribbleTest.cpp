@@ -351,13 +351,13 @@ TEST(ScribbleErase, CoveredLengthAgreesWithDenseSampling) {
 
 TEST(ScribbleErase, NoScribbleReportsNothing) {
     Line line(Point(10, 30), Point(110, 30));
-    const Erased plain = Scratch(StrokeThrough(Along({{0, 0}, {100, 60}}, 50)), {&line});
-    EXPECT_EQ(plain.result, 0);
-    EXPECT_EQ(plain.status, 0);
-    EXPECT_TRUE(plain.hit.empty());
-    SketchRecognizerPreferences preferences;
-    preferences.SetDoScribble(false);
-    EXPECT_EQ(Scratch(Scribble(), {&line}, preferences).result, 0);
+    SketchRecognizerPreferences off;
+    off.SetDoScribble(false);
+    for (const Erased& none : {Scratch(StrokeThrough(Along({{0, 0}, {100, 60}}, 50)), {&line}),
+                               Scratch(Scribble(), {&line}, off)}) {
+        EXPECT_TRUE(none.result == 0 && none.status == 0);
+        EXPECT_TRUE(none.hit.empty());
+    }
 }
 
 TEST(ScribbleErase, AMissingOutputEmptiesTheOthers) {
