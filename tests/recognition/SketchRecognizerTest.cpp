@@ -10,6 +10,7 @@
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tests/support/RecognizedResults.h"
 
@@ -210,6 +211,28 @@ TEST(Recognize, EarlierResultsSurvive) {
     EXPECT_NEAR(first.CurveOf(0).Length(), 100.0, 1e-9);
     ASSERT_EQ(second.Count(), 2U);
     EXPECT_EQ(second[1].GetStrokeId(), corner->GetId());
+}
+
+// However the memory runs out, recognition returns, what it found is whole, and (under the leak sanitizer)
+// nothing is lost: not the whole-stroke candidate either when a later piece fails.
+TEST(Recognize, OutOfMemoryAnywhere) {
+    testing::internal::CaptureStderr();
+    for (const Shape& shape : CleanShapes()) {
+        const auto stroke = StrokeOf(shape.samples);
+        bool hasFailed = true;
+        for (long nth = 1; hasFailed; ++nth) {
+            SketchRecognizer recognizer;
+            SM_fail_nth(nth);
+            recognizer.Recognize(*stroke, true, kAnyKind);
+            hasFailed = SM_ask_allocation_count() >= nth;
+            SM_fail_nth(0);
+            EXPECT_TRUE(hasFailed || nth > 3) << shape.name;
+            const Results results(recognizer);
+            for (std::size_t i = 0; i < results.Count(); ++i)
+                EXPECT_TRUE(std::isfinite(results.CurveOf(i).Length())) << shape.name << ' ' << nth;
+        }
+    }
+    testing::internal::GetCapturedStderr();
 }
 
 // --- Rounds
