@@ -21,9 +21,8 @@ RecognizedDrawing DrawingOf(const std::vector<CurveShape>& shapes) {
     RecognizedDrawing drawing;
     drawing.ink.strokes.emplace_back().samples.resize(1);
     RecognizedStroke& stroke = drawing.strokes.emplace_back();
-    for (const CurveShape& shape : shapes) {
+    for (const CurveShape& shape : shapes)
         stroke.curves.emplace_back().shape = shape;
-    }
     return drawing;
 }
 
@@ -33,20 +32,17 @@ RecognizedDrawing TurnedRectangle(double angle, bool isReversed) {
         return Position{x * std::cos(angle) - y * std::sin(angle), x * std::sin(angle) + y * std::cos(angle)};
     };
     std::vector<Position> corners = {at(0, 0), at(120, 0), at(120, 80), at(0, 80)};
-    if (isReversed) {
+    if (isReversed)
         std::reverse(corners.begin(), corners.end());
-    }
     std::vector<CurveShape> sides;
-    for (std::size_t i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i)
         sides.emplace_back(LineShape{corners[i], corners[(i + 1) % 4]});
-    }
     return DrawingOf(sides);
 }
 
 /// Distance from the line through the curve's ends.
 double FromLine(const LineShape& line, Position p) {
-    const double dx = line.end.x - line.start.x;
-    const double dy = line.end.y - line.start.y;
+    const double dx = line.end.x - line.start.x, dy = line.end.y - line.start.y;
     return std::fabs(dx * (p.y - line.start.y) - dy * (p.x - line.start.x)) / std::hypot(dx, dy);
 }
 
@@ -94,9 +90,8 @@ TEST(Dimensions, KindsMeasureWhatTheyName) {
                                            ArcShape{{30, 150}, 45.0, 0.0, 1.0, {75, 150}, {54.3, 187.9}}});
     AddDimensions(drawing, ParseDimensionKinds("horizontal,vertical,linear,radial"));
     std::map<std::string, int> texts;
-    for (const DrawnDimension& dimension : *drawing.dimensions) {
+    for (const DrawnDimension& dimension : *drawing.dimensions)
         ++texts[dimension.kind + " " + dimension.text];
-    }
     // The upright lines have no horizontal extent.
     EXPECT_EQ(texts, (std::map<std::string, int>{{"horizontal 60", 1},
                                                  {"vertical 25", 1},
@@ -129,9 +124,8 @@ TEST(Dimensions, DistancesThatALengthTellsAreLeftOut) {
         RecognizedDrawing drawing = DrawingOf({level, parallel, row.side});
         AddDimensions(drawing, ParseDimensionKinds(row.kinds));
         std::size_t distances = 0;
-        for (const DrawnDimension& dimension : *drawing.dimensions) {
+        for (const DrawnDimension& dimension : *drawing.dimensions)
             distances += dimension.kind == "linear" ? 1 : 0;
-        }
         EXPECT_EQ(distances, row.distances) << row.name;
     }
 }

@@ -12,9 +12,8 @@ std::string Text(const Drawing& drawing) {
         text << (&stroke == drawing.strokes.data() ? "" : "| ");
         for (const Sample& s : stroke.samples) {
             text << s.x << ',' << s.y;
-            if (stroke.isTimed) {
+            if (stroke.isTimed)
                 text << '@' << s.timeMs;
-            }
             text << ' ';
         }
     }
@@ -36,12 +35,11 @@ std::string Refusal(const std::string& content, const std::string& name = "ink")
 }
 
 TEST(InkReader, KindsByContent) {
-    struct Row {
+    const struct {
         const char* content;
         const char* name;
         InkFormat format;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"<?xml version='1.0'?><!-- x --><ink/>", "a.svg", InkFormat::InkML},
         {"<inkml:ink xmlns:inkml='u'/>", "a", InkFormat::InkML},
         {" \n<svg/>", "a.inkml", InkFormat::Svg},
@@ -55,7 +53,7 @@ TEST(InkReader, KindsByContent) {
         {"\xEF\xBB\xBF{}", "a", InkFormat::Json},
         {"0,0\n1,1", "a.json", InkFormat::Csv},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.content);
         EXPECT_EQ(SniffInkFormat(row.content, row.name), row.format);
     }
@@ -84,11 +82,10 @@ TEST(InkReader, CsvForms) {
 }
 
 TEST(InkReader, RefusalsNameThePlace) {
-    struct Row {
+    const struct {
         const char* content;
         const char* message;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"", "the file is empty"},
         {" \r\n\t", "the file is empty"},
         {"<html/>", "neither an InkML nor an SVG document"},
@@ -107,7 +104,7 @@ TEST(InkReader, RefusalsNameThePlace) {
         {R"({"strokes":[]})", "no strokes found"},
         {"<svg><path d='M0 0'/></svg>", "no strokes found"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.content);
         EXPECT_EQ(Refusal(row.content), row.message);
     }

@@ -33,8 +33,7 @@ TEST(Preferences, EveryKindOfValue) {
     EXPECT_EQ(tolerances[0], 0.1);
     EXPECT_EQ(tolerances[3], 0.4);
     SetPreference(record, "AskCloseStrokeTolerances=7,0.25");
-    double absolute = 0.0;
-    double relative = 0.0;
+    double absolute = 0.0, relative = 0.0;
     record.AskCloseStrokeTolerances(&absolute, &relative);
     EXPECT_EQ(absolute, 7.0);
     EXPECT_EQ(relative, 0.25);
@@ -58,9 +57,8 @@ TEST(Preferences, RefusalsAreTheSettersMessages) {
 TEST(Preferences, ListedValuesSetThemselves) {
     const std::vector<std::string> list = ListPreferences();
     EXPECT_EQ(list.size(), 41U); // 40 fields, the four pairs of tolerances being two lines
-    for (const std::string& line : list) {
+    for (const std::string& line : list)
         EXPECT_EQ(Refusal(line), "accepted") << line;
-    }
 }
 
 } // namespace

@@ -1,65 +1,58 @@
 #include "apps/cli/recognize/RecognizeDrawing.h"
 
-#include <cmath>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
 #include "apps/cli/recognize/Constraints.h"
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
 
 /// A curve p(u), u in [0, 1], as the only stroke of a drawing, sampled evenly in 2 s.
 template <class Curve>
-Drawing DrawingOf(Curve curve, int n = 240) {
-    Drawing drawing;
-    InkStroke& stroke = drawing.strokes.emplace_back();
+Drawing Along(Curve curve) {
+    InkStroke stroke;
     stroke.isTimed = true;
-    for (int i = 0; i < n; ++i) {
-        const double u = static_cast<double>(i) / (n - 1);
+    for (int i = 0; i < 240; ++i) {
+        const double u = i / 239.0;
         const Position p = curve(u);
         stroke.samples.push_back({p.x, p.y, 2000.0 * u});
     }
-    return drawing;
+    return DrawingOf({stroke});
 }
 
-constexpr double kTurn = 2.0 * std::numbers::pi;
+/// Counter-clockwise, from and to in radians.
+Drawing RoundOf(Position centre, double a, double b, double from = 0.0, double to = kTurn) {
+    return Along([=](double u) {
+        const double t = from + u * (to - from);
+        return Position{centre.x + a * std::cos(t), centre.y + b * std::sin(t)};
+    });
+}
 
 TEST(RecognizeDrawing, ShapesComeBackInInkUnitsWhateverTheUnitAndPlace) {
     for (const double size : {1e-6, 1.0, 300.0, 1e6}) {
         for (const double place : {0.0, 40.0}) {
             SCOPED_TRACE(testing::Message() << size << " at " << place);
             const double o = place * size;
-            const RecognizedDrawing circle = RecognizeDrawing(
-                DrawingOf([&](double u) {
-                    return Position{o + size * std::cos(kTurn * u), o + size * std::sin(kTurn * u)};
-                }),
-                {});
-            ASSERT_EQ(circle.strokes.at(0).curves.size(), 1U);
-            const auto* found = std::get_if<CircleShape>(&circle.strokes[0].curves[0].shape);
+            const auto curves = RecognizeDrawing(RoundOf({o, o}, size, size), {}).strokes.at(0).curves;
+            ASSERT_EQ(curves.size(), 1U);
+            const auto* found = std::get_if<CircleShape>(&curves[0].shape);
             ASSERT_NE(found, nullptr);
             EXPECT_NEAR(found->radius, size, 2e-3 * size);
-            EXPECT_NEAR(found->center.x, o, 2e-3 * size);
-            EXPECT_EQ(circle.strokes[0].curves[0].from, 0);
-            EXPECT_EQ(circle.strokes[0].curves[0].to, 239);
-            EXPECT_LT(circle.strokes[0].curves[0].deviation, 2e-3 * size);
+            ExpectNear(found->center, {o, o}, 2e-3 * size);
+            EXPECT_TRUE(curves[0].from == 0 && curves[0].to == 239);
+            EXPECT_LT(curves[0].deviation, 2e-3 * size);
         }
     }
 }
 
 TEST(RecognizeDrawing, CornersOfAPolyLineAreFoundAtTheirSamples) {
-    Drawing drawing;
-    drawing.strokes.push_back({{{0, 0, 0}, {100, 0, 0}, {100, 80, 0}, {0, 80, 0}, {0, 0, 0}}, false, ""});
+    const Drawing drawing = DrawingOf({StrokeThrough({{0, 0}, {100, 0}, {100, 80}, {0, 80}, {0, 0}})});
     const std::vector<RecognizedCurve> curves = RecognizeDrawing(drawing, {}).strokes.at(0).curves;
     ASSERT_EQ(curves.size(), 4U);
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(curves[i].from, i);
-        EXPECT_EQ(curves[i].to, i + 1);
+        EXPECT_TRUE(curves[i].from == i && curves[i].to == i + 1) << i;
         const auto* line = std::get_if<LineShape>(&curves[i].shape);
         ASSERT_NE(line, nullptr);
-        EXPECT_NEAR(line->start.x, drawing.strokes[0].samples[i].x, 0.5);
-        EXPECT_NEAR(line->start.y, drawing.strokes[0].samples[i].y, 0.5);
+        ExpectNear(line->start, drawing.strokes[0].samples[i], 0.5);
     }
 }
 
@@ -85,16 +78,10 @@ InkStroke Moved(InkStroke stroke, double turn, Position by) {
     return stroke;
 }
 
-Drawing DrawingOf(std::vector<InkStroke> strokes) {
-    Drawing drawing;
-    drawing.strokes = std::move(strokes);
-    return drawing;
-}
-
 const InkStroke kSquare = Drawn({{0, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}});
 
 TEST(RecognizeDrawing, PreferencesReachRulesAndInterpretation) {
-    const Drawing bend = DrawingOf([](double u) {
+    const Drawing bend = Along([](double u) {
         return u < 0.5 ? Position{200.0 * u, 0.0} : Position{100.0 + 140.0 * (u - 0.5), 140.0 * (u - 0.5)};
     });
     RecognizeOptions options;
@@ -119,23 +106,14 @@ TEST(RecognizeDrawing, PreferencesReachRulesAndInterpretation) {
 TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
     for (const double size : {1e-6, 1.0, 1e6}) {
         SCOPED_TRACE(size);
-        const auto circle = DrawingOf([](double u) {
-            return Position{160.0 + 30.0 * std::cos(kTurn * u), 190.0 + 30.0 * std::sin(kTurn * u)};
-        });
-        Drawing drawing = DrawingOf({kSquare, Drawn({{101.5, 99}, {161, 189}}), circle.strokes[0]});
-        for (InkStroke& stroke : drawing.strokes) {
-            for (Sample& sample : stroke.samples) {
-                sample.x *= size;
-                sample.y *= size;
-            }
-        }
-        const RecognizedDrawing told = RecognizeDrawing(drawing, {});
+        const Drawing drawing =
+            DrawingOf({kSquare, Drawn({{101.5, 99}, {161, 189}}), RoundOf({160, 190}, 30, 30).strokes[0]});
+        const RecognizedDrawing told = RecognizeDrawing(Scaled(drawing, size), {});
         const RecognizedStroke& square = told.strokes[0];
         EXPECT_EQ(square.shape, Geometry::InkShape::Square);
         ASSERT_EQ(square.joints.size(), 4U);
         for (int i = 0; i < 4; ++i) {
-            EXPECT_EQ(square.joints[i].before, i);
-            EXPECT_EQ(square.joints[i].after, (i + 1) % 4);
+            EXPECT_TRUE(square.joints[i].before == i && square.joints[i].after == (i + 1) % 4);
             EXPECT_NEAR(square.joints[i].turn, 0.25 * kTurn, 1e-9);
             const auto& side = std::get<LineShape>(square.curves[i].shape);
             EXPECT_EQ(square.joints[i].position.x, side.end.x);
@@ -146,18 +124,15 @@ TEST(RecognizeDrawing, StrokesOfADrawingSeeEachOther) {
         ASSERT_EQ(told.strokes[1].connections.size(), 1U);
         const RecognizedConnection& onto = told.strokes[1].connections[0];
         EXPECT_FALSE(onto.isEnd);
-        EXPECT_NEAR(onto.position.x, 100.0 * size, 0.5 * size);
-        EXPECT_NEAR(onto.position.y, 100.0 * size, 0.5 * size);
+        ExpectNear(onto.position, {100.0 * size, 100.0 * size}, 0.5 * size);
         EXPECT_EQ(told.strokes[2].shape, Geometry::InkShape::Circle);
         // The line's end is put onto the centre: the adjusted geometry is what is told.
         const auto& line = std::get<LineShape>(told.strokes[1].curves[0].shape);
         const auto& round = std::get<CircleShape>(told.strokes[2].curves[0].shape);
-        EXPECT_NEAR(line.end.x, round.center.x, 1e-9 * size);
-        EXPECT_NEAR(line.end.y, round.center.y, 1e-9 * size);
+        ExpectNear(line.end, round.center, 1e-9 * size);
         EXPECT_GT(told.strokes[1].curves[0].deviation, 0.1 * size);
-        for (const RecognizedConstraint& constraint : *told.constraints) {
+        for (const RecognizedConstraint& constraint : *told.constraints)
             EXPECT_GT(constraint.confidence, 0.011);
-        }
     }
 }
 
@@ -206,25 +181,18 @@ TEST(RecognizeDrawing, OnlyKindsAskedForAreInferred) {
 /// To and fro between y - half and y + half, from x0 to x1.
 InkStroke Scratch(double x0, double x1, double y, double half) {
     std::vector<Position> corners;
-    for (int i = 0; i <= 8; ++i) {
+    for (int i = 0; i <= 8; ++i)
         corners.push_back({x0 + (x1 - x0) * i / 8.0, y + (i % 2 == 0 ? -half : half)});
-    }
     return Drawn(corners);
 }
 
 TEST(RecognizeDrawing, ScribblesEraseWhatTheyCoverOfEarlierStrokes) {
     for (const double size : {1e-6, 1.0, 1e6}) {
         SCOPED_TRACE(size);
-        Drawing drawing;
-        drawing.strokes = {Drawn({{0, 0}, {200, 0}}),     Drawn({{100, -260}, {100, 140}}),
-                           Drawn({{0, 100}, {200, 100}}), Scratch(10, 190, 100, 30),
-                           Scratch(105, 200, 0, 12),      Drawn({{0, 105}, {200, 105}})};
-        for (InkStroke& stroke : drawing.strokes) {
-            for (Sample& sample : stroke.samples) {
-                sample.x *= size;
-                sample.y *= size;
-            }
-        }
+        const Drawing drawing = Scaled(DrawingOf({Drawn({{0, 0}, {200, 0}}), Drawn({{100, -260}, {100, 140}}),
+                                                  Drawn({{0, 100}, {200, 100}}), Scratch(10, 190, 100, 30),
+                                                  Scratch(105, 200, 0, 12), Drawn({{0, 105}, {200, 105}})}),
+                                       size);
         const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, {}).strokes;
         // The third line lies under the first scribble, which also crosses the second one: that stays.
         EXPECT_TRUE(strokes[2].curves.empty());
@@ -249,30 +217,21 @@ TEST(RecognizeDrawing, ScribblesEraseWhatTheyCoverOfEarlierStrokes) {
 }
 
 TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
-    struct Row {
+    const struct {
         const char* name;
         Drawing drawing;
         std::size_t left;
         const char* kind;
-    };
-    const auto round = [](double a, double b) {
-        return DrawingOf([=](double u) {
-            return Position{a * std::cos(kTurn * u), b * std::sin(kTurn * u)};
-        });
-    };
-    const Row rows[] = {
-        {"circle", round(100, 100), 1, "arc"},
-        {"ellipse", round(100, 60), 1, "elliptic_arc"},
-        {"arc", DrawingOf([](double u) {
-             return Position{100 * std::cos(3 * u - 1.5), 100 * std::sin(3 * u - 1.5)};
-         }),
-         2, "arc"},
-        {"spline", DrawingOf([](double u) {
+    } rows[] = {
+        {"circle", RoundOf({}, 100, 100), 1, "arc"},
+        {"ellipse", RoundOf({}, 100, 60), 1, "elliptic_arc"},
+        {"arc", RoundOf({}, 100, 100, -1.5, 1.5), 2, "arc"},
+        {"spline", Along([](double u) {
              return Position{300.0 * u - 150.0, 30.0 * std::sin(kTurn * u)};
          }),
          2, "spline"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Drawing drawing = row.drawing;
         const bool isSpline = row.kind == std::string("spline");
@@ -281,18 +240,16 @@ TEST(RecognizeDrawing, TrimmingLeavesPiecesOfEveryKind) {
         // Over the right side, across the seam of full turns; over the middle of the free form.
         drawing.strokes.push_back(isSpline ? Scratch(-60, 60, 0, 40) : [] {
             InkStroke scratch = Scratch(-85, 85, 70, 70);
-            for (Sample& s : scratch.samples) {
+            for (Sample& s : scratch.samples)
                 std::swap(s.x, s.y);
-            }
             return scratch;
         }());
         const std::vector<RecognizedStroke> strokes = RecognizeDrawing(drawing, options).strokes;
         ASSERT_TRUE(strokes[1].isScribble);
         ASSERT_EQ(strokes[0].curves.size(), row.left);
         ASSERT_EQ(strokes[0].erased.size(), 1U);
-        for (const RecognizedCurve& curve : strokes[0].curves) {
+        for (const RecognizedCurve& curve : strokes[0].curves)
             EXPECT_STREQ(curve.KindName(), row.kind);
-        }
     }
 }
 

@@ -1,11 +1,7 @@
-#include <cmath>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/ink/SvgPath.h"
 #include "apps/cli/ink/SvgTransform.h"
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
@@ -34,8 +30,7 @@ void ExpectSame(const Lines& a, const Lines& b) {
     for (std::size_t i = 0; i < a.size(); ++i) {
         ASSERT_EQ(a[i].size(), b[i].size());
         for (std::size_t k = 0; k < a[i].size(); ++k) {
-            EXPECT_NEAR(a[i][k].x, b[i][k].x, 1e-9);
-            EXPECT_NEAR(a[i][k].y, b[i][k].y, 1e-9);
+            ExpectNear(a[i][k], b[i][k]);
         }
     }
 }
@@ -56,9 +51,8 @@ TEST(SvgPath, ShorthandCurvesAreTheFullOnes) {
     ExpectSame(Flatten("M0 0s1 2 2 2"), Flatten("M0 0C0 0 1 2 2 2"));
     ExpectSame(Flatten("M0 0Q1 2 2 0T4 0 6 0"), Flatten("M0 0q1 2 2 0q1-2 2 0q1 2 2 0"));
     // A parabola: every flattened point of Q satisfies its equation.
-    for (const Position& p : FirstLine("M0 0Q1 2 2 0")) {
+    for (const Position& p : FirstLine("M0 0Q1 2 2 0"))
         EXPECT_NEAR(p.y, p.x * (2.0 - p.x), 1e-12);
-    }
 }
 
 TEST(SvgPath, ArcsTakeTheSideAndTheSizeOfTheirFlags) {
@@ -85,14 +79,12 @@ TEST(SvgPath, ArcsTakeTheSideAndTheSizeOfTheirFlags) {
 }
 
 TEST(SvgPath, ArcsOutOfRange) {
-    for (const Position& p : FirstLine("M0 0A1 1 0 0 1 10 0")) { // grown to the half circle over the chord
+    for (const Position& p : FirstLine("M0 0A1 1 0 0 1 10 0")) // grown to the half circle over the chord
         EXPECT_NEAR(std::hypot(p.x - 5.0, p.y), 5.0, 1e-9);
-    }
     ExpectSame(Flatten("M0 0A0 5 0 0 1 10 0"), {{{0, 0}, {10, 0}}});
     // A turned ellipse: all points satisfy its equation about the middle of its long axis.
-    for (const Position& p : FirstLine("M0 0a10 5 90 0 1 0 20")) {
+    for (const Position& p : FirstLine("M0 0a10 5 90 0 1 0 20"))
         EXPECT_NEAR(std::hypot(p.x / 5.0, (p.y - 10.0) / 10.0), 1.0, 1e-9);
-    }
 }
 
 TEST(SvgPath, BrokenData) {
@@ -106,11 +98,10 @@ TEST(SvgPath, BrokenData) {
 
 TEST(SvgTransform, ListsWorkFromTheInside) {
     const auto apply = [](const char* text) { return ParseSvgTransform(text).Apply({1.0, 2.0}); };
-    struct Row {
+    const struct {
         const char* text;
         Position expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"", {1, 2}},
         {"translate(10)", {11, 2}},
         {"translate(10,20) scale(2)", {12, 24}},
@@ -121,14 +112,12 @@ TEST(SvgTransform, ListsWorkFromTheInside) {
         {"skewX(45)", {3, 2}},
         {"skewY(45)", {1, 3}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
-        EXPECT_NEAR(apply(row.text).x, row.expected.x, 1e-12);
-        EXPECT_NEAR(apply(row.text).y, row.expected.y, 1e-12);
+        ExpectNear(apply(row.text), row.expected, 1e-12);
     }
-    for (const char* text : {"spin(1)", "rotate(1 2)", "matrix(1)", "scale", "scale(a)", ")scale("}) {
+    for (const char* text : {"spin(1)", "rotate(1 2)", "matrix(1)", "scale", "scale(a)", ")scale("})
         EXPECT_THROW(ParseSvgTransform(text), InkError) << text;
-    }
 }
 
 TEST(SvgReader, ShapesTransformsAndWhatIsNotDrawn) {

@@ -1,15 +1,13 @@
-#include <cmath>
-#include <numbers>
 #include <sstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/DrawingWriter.h"
 #include "apps/cli/write/GlyphLayout.h"
 #include "apps/cli/write/SvgCurve.h"
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
@@ -22,55 +20,42 @@ std::vector<Sample> DrawnBy(const CurveShape& shape) {
 }
 
 Position OnEllipse(const EllipseShape& e, double t) {
-    const double u = e.radii[0] * std::cos(t);
-    const double v = e.radii[1] * std::sin(t);
+    const double u = e.radii[0] * std::cos(t), v = e.radii[1] * std::sin(t);
     return {e.center.x + u * std::cos(e.rotation) - v * std::sin(e.rotation),
             e.center.y + u * std::sin(e.rotation) + v * std::cos(e.rotation)};
 }
 
 TEST(SvgCurve, EllipticArcsOfEverySweepAndTurn) {
-    for (const double start : {0.0, 1.0, 2.5, 4.0, 6.0}) {
-        for (const double sweep : {0.1, 1.5, 3.1, 3.2, 5.0, 6.2}) {
+    for (const double start : {0.0, 1.0, 2.5, 4.0, 6.0})
+        for (const double sweep : {0.1, 1.5, 3.1, 3.2, 5.0, 6.2})
             for (const double rotation : {0.0, 0.7, 3.0}) {
+                SCOPED_TRACE(testing::Message() << start << ' ' << sweep << ' ' << rotation);
                 const EllipseShape ellipse{{3.0, -2.0}, {5.0, 2.0}, rotation};
                 const EllipticArcShape arc{ellipse, start, start + sweep, OnEllipse(ellipse, start),
                                            OnEllipse(ellipse, start + sweep)};
                 const std::vector<Sample> drawn = DrawnBy(arc);
-                for (std::size_t i = 0; i < drawn.size(); ++i) {
-                    const double t =
-                        start + sweep * static_cast<double>(i) / static_cast<double>(drawn.size() - 1);
-                    const Position p = OnEllipse(ellipse, t);
-                    ASSERT_NEAR(drawn[i].x, p.x, 1e-6) << start << ' ' << sweep << ' ' << rotation;
-                    ASSERT_NEAR(drawn[i].y, p.y, 1e-6);
-                }
+                const int n = static_cast<int>(drawn.size());
+                for (int i = 0; i < n; ++i)
+                    ExpectNear(drawn[i], OnEllipse(ellipse, start + sweep * i / (n - 1)), 1e-6);
             }
-        }
-    }
 }
 
 TEST(SvgCurve, ArcsRunCounterClockwiseFromStartToEnd) {
     for (const double sweep : {0.5, 3.0, 3.3, 6.0}) {
-        const ArcShape arc{{1.0, 1.0},
-                           2.0,
-                           1.0,
-                           1.0 + sweep,
-                           {1.0 + 2.0 * std::cos(1.0), 1.0 + 2.0 * std::sin(1.0)},
-                           {1.0 + 2.0 * std::cos(1.0 + sweep), 1.0 + 2.0 * std::sin(1.0 + sweep)}};
+        const auto at = [](double t) { return Position{1.0 + 2.0 * std::cos(t), 1.0 + 2.0 * std::sin(t)}; };
+        const ArcShape arc{{1.0, 1.0}, 2.0, 1.0, 1.0 + sweep, at(1.0), at(1.0 + sweep)};
         const std::vector<Sample> drawn = DrawnBy(arc);
-        const Sample& middle = drawn[drawn.size() / 2];
-        const double f = static_cast<double>(drawn.size() / 2) / static_cast<double>(drawn.size() - 1);
-        EXPECT_NEAR(middle.x, 1.0 + 2.0 * std::cos(1.0 + f * sweep), 1e-6);
-        EXPECT_NEAR(middle.y, 1.0 + 2.0 * std::sin(1.0 + f * sweep), 1e-6);
+        const std::size_t middle = drawn.size() / 2;
+        const double f = static_cast<double>(middle) / static_cast<double>(drawn.size() - 1);
+        ExpectNear(drawn[middle], at(1.0 + f * sweep), 1e-6);
     }
 }
 
 /// Cox and de Boor's recursion, as written in the textbooks.
 double Basis(const std::vector<double>& knots, int i, int degree, double t) {
-    if (degree == 0) {
+    if (degree == 0)
         return t >= knots[i] && t < knots[i + 1] ? 1.0 : 0.0;
-    }
-    const double left = knots[i + degree] - knots[i];
-    const double right = knots[i + degree + 1] - knots[i + 1];
+    const double left = knots[i + degree] - knots[i], right = knots[i + degree + 1] - knots[i + 1];
     return (left > 0.0 ? (t - knots[i]) / left * Basis(knots, i, degree - 1, t) : 0.0) +
            (right > 0.0 ? (knots[i + degree + 1] - t) / right * Basis(knots, i + 1, degree - 1, t) : 0.0);
 }
@@ -94,32 +79,23 @@ TEST(SvgCurve, BezierSegmentsAreTheSpline) {
          true,
          {0, 0, 0, 0, 0.1, 0.6, 0.6, 1, 1, 1, 1},
          {{0, 0}, {1, 4}, {3, -2}, {6, 5}, {8, 0}, {3, -6}, {0, 0}},
-         {}},
-    };
+         {}}};
     for (const SplineShape& spline : splines) {
-        std::vector<double> breaks;
-        for (const double knot : spline.knots) {
-            if (breaks.empty() || knot != breaks.back()) {
-                breaks.push_back(knot);
-            }
-        }
+        std::vector<double> breaks = spline.knots;
+        breaks.erase(std::unique(breaks.begin(), breaks.end()), breaks.end());
         const std::vector<Position> poles = BezierPoles(spline);
         ASSERT_EQ(poles.size(), static_cast<std::size_t>(spline.degree) * (breaks.size() - 1) + 1);
         for (std::size_t segment = 0; segment + 1 < breaks.size(); ++segment) {
             for (const double u : {0.0, 0.25, 0.5, 0.9}) {
-                std::vector<Position> row(
-                    poles.begin() + static_cast<std::ptrdiff_t>(segment) * spline.degree,
-                    poles.begin() + static_cast<std::ptrdiff_t>(segment + 1) * spline.degree + 1);
-                for (; row.size() > 1; row.pop_back()) {
-                    for (std::size_t k = 0; k + 1 < row.size(); ++k) {
+                const auto first = poles.begin() + static_cast<std::ptrdiff_t>(segment) * spline.degree;
+                std::vector<Position> row(first, first + spline.degree + 1);
+                for (; row.size() > 1; row.pop_back())
+                    for (std::size_t k = 0; k + 1 < row.size(); ++k)
                         row[k] = {row[k].x + u * (row[k + 1].x - row[k].x),
                                   row[k].y + u * (row[k + 1].y - row[k].y)};
-                    }
-                }
                 const Position p =
                     OnSpline(spline, breaks[segment] + u * (breaks[segment + 1] - breaks[segment]));
-                EXPECT_NEAR(row[0].x, p.x, 1e-12);
-                EXPECT_NEAR(row[0].y, p.y, 1e-12);
+                ExpectNear(row[0], p, 1e-12);
             }
         }
     }
@@ -151,9 +127,8 @@ RecognizedDrawing OneOfEach() {
 std::string Written(OutputFormat format, int copies = 1) {
     std::ostringstream out;
     const std::unique_ptr<DrawingWriter> writer = MakeWriter(format, out);
-    for (int i = 0; i < copies; ++i) {
+    for (int i = 0; i < copies; ++i)
         writer->Add(OneOfEach());
-    }
     writer->Finish();
     return out.str();
 }
@@ -237,9 +212,8 @@ TEST(GlyphLayout, GlyphsStandClear) {
             return std::max(std::fabs(p.x - q.x), std::fabs(p.y - q.y)) / size;
         };
         for (std::size_t i = 0; i < glyphs.size(); ++i) {
-            if (glyphs[i].kind == Geometry::ConstraintKind_Coincident) {
+            if (glyphs[i].kind == Geometry::ConstraintKind_Coincident)
                 continue;
-            }
             double nearest = INFINITY; // of the middles of all curves
             for (int k = 0; k < 6; ++k) {
                 nearest = std::min({nearest, gap(glyphs[i].center, {(10.0 * k + 1.0) * size, 20.0 * size}),
@@ -260,9 +234,8 @@ TEST(SvgWriter, DocumentsAreWellFormedAndHoldEveryKind) {
         const std::string svg = Written(OutputFormat::Svg, copies);
         SCOPED_TRACE(copies);
         const Drawing read = ReadSvg(svg, "a"); // parses, and sees lines and paths
-        for (const char* element : {"<line ", "<circle ", "<ellipse ", "<path "}) {
+        for (const char* element : {"<line ", "<circle ", "<ellipse ", "<path "})
             EXPECT_EQ(svg.find(element) != std::string::npos, copies > 0 || element == std::string("<line "));
-        }
         EXPECT_EQ(svg.find("a<b>"), std::string::npos);
         EXPECT_EQ(read.problem, "");
     }

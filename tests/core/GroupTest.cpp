@@ -63,16 +63,15 @@ TEST(DisplayableObject, EverySetterReportsBeforeItStores) {
 
 TEST(DisplayableObject, MergedExtentTakesTheOriginForNull) {
     Stroke a = StrokeThrough({{5, 6}}), b = StrokeThrough({{9, 2}});
-    struct Row {
+    const struct {
         std::vector<DisplayableObject*> objects;
         Point min, max;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {{&a}, {5, 6}, {5, 6}},          {{&a, &b}, {5, 2}, {9, 6}},
         {{&a, nullptr}, {0, 0}, {5, 6}}, {{nullptr, &a}, {-1, -1}, {5, 6}}, // the box keeps what it held
         {{nullptr}, {-1, -1}, {1, 1}},   {{}, {-1, -1}, {1, 1}},
     };
-    for (Row row : rows) {
+    for (auto row : rows) {
         XYBox box(Point(-1, -1), Point(1, 1));
         DisplayableObject::AskXYBox(static_cast<int>(row.objects.size()), row.objects.data(), box);
         EXPECT_EQ(box.min, row.min);

@@ -18,11 +18,10 @@ Point Moved(double m[3][3], Point p) {
 }
 
 TEST(FindMeanAndStdDev, KnownLists) {
-    struct Row {
+    struct {
         std::vector<double> values;
         double mean, stdDev, meanKept, stdDevKept;
-    };
-    Row rows[] = {
+    } rows[] = {
         {{2, 4, 4, 4, 5, 5, 7, 9}, 5, 2, 5, 2}, // 9 lies exactly on the bound and is kept
         {{1, 1, 1, 1, 1, 1, 1, 1, 1, 100}, 10.9, 29.7, 1, 0},
         {{7}, 7, 0, 7, 0},
@@ -34,7 +33,7 @@ TEST(FindMeanAndStdDev, KnownLists) {
          30.0 / 13,
          std::sqrt(900.0 / 13 - 900.0 / 169)},
     };
-    for (Row& row : rows) {
+    for (auto& row : rows) {
         double all[2] = {-1, -1}, kept[2] = {-1, -1};
         EXPECT_TRUE(FindMeanAndStdDev(row.values, &all[0], &all[1]));
         EXPECT_TRUE(FindMeanAndStdDevWithOutlierRejection(row.values, &kept[0], &kept[1]));
@@ -88,12 +87,11 @@ TEST(ComposeMirrorTransform, ReflectsAcrossTheLine) {
 
 TEST(PointInPolygon, SlopesNotchesAndEdgesByTheRule) {
     double xs[] = {0, 4, 4, 2, 0}, ys[] = {0, 0, 4, 2, 4}; // a square with a notch from above
-    struct Row {
+    const struct {
         const char* name;
         Point p;
         bool inside;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"below the notch", {2, 1}, true},
         {"in the notch", {2, 3}, false},
         {"left of its slope", {0.9, 3}, true},
@@ -111,7 +109,7 @@ TEST(PointInPolygon, SlopesNotchesAndEdgesByTheRule) {
         {"level with the base", {-1, 0}, false},
         {"far to the right", {9, 1}, false},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(PointInPolygon(row.p.x, row.p.y, 5, xs, ys), row.inside) << row.name;
     EXPECT_FALSE(PointInPolygon(1, 0.5, 2, xs, ys)) << "two vertices enclose nothing";
 }

@@ -2,23 +2,12 @@
 #include "tessera/dimension/AngularDimension.h"
 
 #include <algorithm>
-#include <limits>
-#include <memory>
 
 #include "tessera/dimension/internal/TempDecoration.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/XYBox.h"
 #include "tessera/kernel/EQ.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::AngularDimension;
-using Tessera::Dimension::TempDecoration;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 using DimPtr = std::unique_ptr<AngularDimension>;
 
 namespace {
@@ -46,11 +35,11 @@ const struct {
 void ExpectDecoration(const AngularDimension& dim, const Layout& layout, double at) {
     const double r = layout.reach;
     const Point tip(r, 0);
-    const std::vector<Point> first = {Polar(r, layout.lineEndDeg), tip, {layout.foot, 0},
-                                      {layout.extensionEnd, 0},    tip, {r - 0.75, layout.base},
-                                      {r + 0.75, layout.base},     tip, {r - 2, 0}};
+    const Points first = {Polar(r, layout.lineEndDeg), tip, {layout.foot, 0},
+                          {layout.extensionEnd, 0},    tip, {r - 0.75, layout.base},
+                          {r + 0.75, layout.base},     tip, {r - 2, 0}};
     for (const int side : {1, 2}) {
-        const std::vector<Point> points = DecorationOf(dim, side);
+        const Points points = DecorationOf(dim, side);
         ASSERT_EQ(points.size(), first.size());
         for (std::size_t i = 0; i < first.size(); ++i) {
             const Point local = side == 1 ? first[i] : Point(first[i].y, first[i].x);
@@ -93,8 +82,7 @@ TEST(AngularDimension, PicksChooseOneOfFourSectors) {
     std::vector<DimPtr> made;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.pick1);
-        const Point p1 = FromCentre(10, row.pick1);
-        const Point p2 = FromCentre(15, row.pick2);
+        const Point p1 = FromCentre(10, row.pick1), p2 = FromCentre(15, row.pick2);
         EXPECT_EQ(AngularDimension::FindDimension(&level, &steep, p1, p2), nullptr);
         made.emplace_back(AngularDimension::MakeDimension(&level, &steep, p1, p2, 9.0, 4.0));
         AngularDimension& dim = *made.back();
@@ -104,8 +92,7 @@ TEST(AngularDimension, PicksChooseOneOfFourSectors) {
         EXPECT_NEAR(dim.GetDimensionArc()->GetRadius(), 10.0, 1e-9) << "the nearer pick";
         EXPECT_EQ(dim.GetOutsideSide(), 0);
         // Found again from elsewhere in the sector, in either order.
-        const Point q1 = FromCentre(33, row.pick1);
-        const Point q2 = FromCentre(4, row.pick2);
+        const Point q1 = FromCentre(33, row.pick1), q2 = FromCentre(4, row.pick2);
         EXPECT_EQ(AngularDimension::FindDimension(&level, &steep, q1, q2), &dim);
         EXPECT_EQ(AngularDimension::MakeDimension(&steep, &level, q2, q1, 1.0, 2.0), &dim);
     }
@@ -116,10 +103,8 @@ TEST(AngularDimension, PicksChooseOneOfFourSectors) {
 }
 
 TEST(AngularDimension, LinesThatHaveNoAngle) {
-    const Line line(Point(0, 0), Point(10, 0));
-    const Line parallel(Point(0, 5), Point(-10, 5));
-    const Line other(Point(0, 0), Point(0, 3));
-    const Line point(Point(1, 1), Point(1, 1));
+    const Line line(Point(0, 0), Point(10, 0)), parallel(Point(0, 5), Point(-10, 5));
+    const Line other(Point(0, 0), Point(0, 3)), point(Point(1, 1), Point(1, 1));
     const Point p(1, 1);
     EXPECT_EQ(AngularDimension::MakeDimension(nullptr, &line, p, p, 9, 4), nullptr);
     EXPECT_EQ(AngularDimension::MakeDimension(&line, nullptr, p, p, 9, 4), nullptr);
@@ -154,11 +139,9 @@ TEST(AngularDimension, TheArcFollowsItsLines) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Line first(Point(0, 0), Point(30, 0));
-        Line second(Point(0, 0), Point(0, 30));
+        Line first(Point(0, 0), Point(30, 0)), second(Point(0, 0), Point(0, 30));
         AngularDimension dim(&first, &second, Point(15, 0), Point(0, 15), 9.0, 4.0);
-        Line moved1(row.from1, row.to1);
-        Line moved2(row.from2, row.to2);
+        Line moved1(row.from1, row.to1), moved2(row.from2, row.to2);
         ASSERT_TRUE(first.CopyCurveData(&moved1));
         ASSERT_TRUE(second.CopyCurveData(&moved2));
         dim.UpdateDimension();
@@ -172,7 +155,7 @@ TEST(AngularDimension, TheArcFollowsItsLines) {
         EXPECT_FALSE(arc.IsMajorArc());
         ExpectNear(TextMiddle(dim), arc.GetMidPoint(), 1e-9, "still in the middle");
         // Another update changes nothing.
-        const std::vector<Point> points = DecorationOf(dim, 2);
+        const Points points = DecorationOf(dim, 2);
         dim.UpdateDimension();
         for (std::size_t i = 0; i < points.size(); ++i)
             ExpectNear(DecorationOf(dim, 2)[i], points[i]);
@@ -181,7 +164,7 @@ TEST(AngularDimension, TheArcFollowsItsLines) {
 
 TEST(AngularDimension, LinesThatBecomeParallelKeepWhatWasDrawn) {
     Corner corner(30, 60);
-    const std::vector<Point> points = DecorationOf(corner.dim, 1);
+    const Points points = DecorationOf(corner.dim, 1);
     Line parallel(FromCentre(0, 30) + Point(0, 5), FromCentre(50, 30) + Point(0, 5));
     Line original(corner.second);
     ASSERT_TRUE(corner.second.CopyCurveData(&parallel));
@@ -189,7 +172,7 @@ TEST(AngularDimension, LinesThatBecomeParallelKeepWhatWasDrawn) {
     EXPECT_FALSE(corner.dim.IsValid());
     EXPECT_FALSE(corner.dim.CanUpdate());
     ASSERT_NE(corner.dim.GetDimensionArc(), nullptr);
-    std::vector<Tessera::Dimension::DimensionBase*> invalid;
+    std::vector<DimensionBase*> invalid;
     corner.first.GetInvalidDimensions(invalid);
     EXPECT_EQ(invalid.size(), 1U);
     ASSERT_TRUE(corner.second.CopyCurveData(&original));
@@ -252,11 +235,11 @@ TEST(AngularDimension, SidesInAllDirections) {
 TEST(AngularDimension, TipsAreBroughtBack) {
     for (const double to : {50.0, 15.0}) { // with an extension line from 15 on
         Corner corner(0, 90, 20, 0, to);
-        const std::vector<Point> before = DecorationOf(corner.dim, 1);
+        const Points before = DecorationOf(corner.dim, 1);
         for (Point& p : corner.dim.GetAngularDimDeco(1)->GetPoints())
             p += Point(3, 1);
         corner.dim.AdjustPoint1s();
-        const std::vector<Point> after = DecorationOf(corner.dim, 1);
+        const Points after = DecorationOf(corner.dim, 1);
         for (std::size_t i = 0; i < after.size(); ++i)
             ExpectNear(after[i], before[i] + (i == 0 || (i == 2 && to < 20) ? Point(3, 1) : Point(0, 0)),
                        1e-12, std::to_string(i));
@@ -292,7 +275,7 @@ TEST(AngularDimension, DrawnFormExtentAndDistance) {
         dim.UpdateDimension();
         const TempDecoration drawn(dim);
         EXPECT_EQ(drawn.curves.size(), row.curves);
-        Tessera::Geometry::XYBox box;
+        XYBox box;
         ASSERT_TRUE(dim.AskXYBox(box));
         for (int i = 0; i <= 20; ++i)
             EXPECT_TRUE(box.ContainPoint(FromCentre(row.reach, 250 + 5 * i))) << "the arc under the text too";

@@ -1,22 +1,10 @@
 // Value edits and drags of angular dimensions.
 #include <functional>
-#include <limits>
-#include <memory>
 #include <random>
 
-#include "tessera/dimension/AngularDimension.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::AngularDimDeco;
-using Tessera::Dimension::AngularDimension;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 
 namespace {
 
@@ -64,11 +52,11 @@ TEST(AngularEdit, TypedValuesTurnTheLines) {
             Corner corner(165, 70);
             AngularDimension& dim = corner.dim;
             dim.SetIsFinalized(true);
-            std::vector<Curve*> curves;
+            CurveList curves;
             dim.GetUpdateCurves(side, curves);
-            EXPECT_EQ(curves, side == 0   ? (std::vector<Curve*>{&corner.first, &corner.second})
-                              : side == 1 ? std::vector<Curve*>{&corner.first}
-                                          : std::vector<Curve*>{&corner.second});
+            EXPECT_EQ(curves, side == 0   ? (CurveList{&corner.first, &corner.second})
+                              : side == 1 ? CurveList{&corner.first}
+                                          : CurveList{&corner.second});
             ChangeLog log;
             dim.SetUpdateSide(side);
             dim.SetAnnotation(value);
@@ -131,7 +119,7 @@ TEST(AngularEdit, TheTextFollowsThePointer) {
         AngularDimension& dim = corner.dim;
         const double value = dim.GetAnnotation();
         const Line* first = dim.GetLine(0);
-        std::vector<Point> path = {TextMiddle(dim)};
+        Points path = {TextMiddle(dim)};
         for (int i = 0; i < 6; ++i) {
             path.push_back(FromCentre(5 + std::fabs(at(rng)), 3 * at(rng)));
             Drag(dim, {path[i], path[i + 1]});
@@ -145,7 +133,7 @@ TEST(AngularEdit, TheTextFollowsThePointer) {
             EXPECT_NEAR(dim.GetDecoEndDistance(), dim.ComputeDecoEndDistance(dim.GetParam()), 1e-12);
             ExpectNear(first->GetStart().AffineCombine(dim.GetLineParam(1), first->GetDirection()),
                        arc.GetStart(), 1e-8);
-            const std::vector<Point> points = DecorationOf(dim, 1);
+            const Points points = DecorationOf(dim, 1);
             dim.UpdateDimension();
             for (std::size_t k = 0; k < points.size(); ++k)
                 ExpectNear(DecorationOf(dim, 1)[k], points[k], 1e-8, "an update changes nothing");
@@ -186,9 +174,7 @@ TEST(AngularEdit, TextSnapsToTheMiddleOnApproachOnly) {
         for (const double step : row.steps)
             drag(step, 1.0);
         EXPECT_NEAR(corner.dim.GetAnnotCenterParamOffset() * 20, row.end, 1e-9);
-        if (row.end == 0.0) {
-            EXPECT_EQ(corner.dim.GetParam(), corner.dim.GetDimensionArc()->GetMidParam());
-        }
+        EXPECT_EQ(corner.dim.GetParam() == corner.dim.GetDimensionArc()->GetMidParam(), row.end == 0.0);
     }
 }
 

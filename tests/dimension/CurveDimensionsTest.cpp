@@ -129,8 +129,7 @@ TEST(CurveDimensions, ReplaceKeepsThePlace) {
 }
 
 TEST(CurveDimensions, SearchByTypeAndPartner) {
-    Line line(Point(0, 0), Point(1, 0));
-    Line partner(Point(0, 1), Point(1, 1));
+    Line line(Point(0, 0), Point(1, 0)), partner(Point(0, 1), Point(1, 1));
     Line stranger(Point(0, 2), Point(1, 2));
     PlainDimension length(Tessera::Dimension::Length, {&line});
     PlainDimension linear(Tessera::Dimension::Linear, {&line, &partner});
@@ -193,8 +192,7 @@ TEST(CurveDimensions, CopiesShareAndDeepCopiesCopyTheFinalizedOnes) {
 }
 
 TEST(CurveDimensions, DeepCopiesKeepTheOrderOfTheList) {
-    Line line(Point(0, 0), Point(1, 0));
-    Line partner(Point(0, 1), Point(1, 1));
+    Line line(Point(0, 0), Point(1, 0)), partner(Point(0, 1), Point(1, 1));
     PlainDimension linear(Tessera::Dimension::Linear, {&partner, &line});
     PlainDimension vertical(Tessera::Dimension::Vertical, {&line, &partner});
     PlainDimension length(Tessera::Dimension::Length, {&partner});
@@ -216,8 +214,7 @@ TEST(CurveDimensions, DeepCopiesKeepTheOrderOfTheList) {
 }
 
 TEST(CurveDimensions, ReplacedCurvesKeepTheirDimensions) {
-    Line line(Point(0, 0), Point(1, 0));
-    Line longer(Point(0, 0), Point(9, 0));
+    Line line(Point(0, 0), Point(1, 0)), longer(Point(0, 0), Point(9, 0));
     const LengthDimension dim(&line, 4.0);
     EXPECT_TRUE(line.Replace(&longer));
     line.UpdateDimensions();
@@ -226,8 +223,7 @@ TEST(CurveDimensions, ReplacedCurvesKeepTheirDimensions) {
 }
 
 TEST(CurveDimensions, SameDimensionsAreMadeOnce) {
-    Line model(Point(0, 0), Point(10, 0));
-    Line line(Point(0, 5), Point(4, 8));
+    Line model(Point(0, 0), Point(10, 0)), line(Point(0, 5), Point(4, 8));
     Arc arc(Point(0, 0), 3.0);
     const std::unique_ptr<DimensionBase> length(model.CreateUpdateDimension(1, true, 7.0, 2.0));
     const std::unique_ptr<DimensionBase> vertical(model.CreateUpdateDimension(3, true, -7.0, 2.0));

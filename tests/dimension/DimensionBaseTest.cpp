@@ -2,23 +2,12 @@
 #include "tessera/dimension/DimensionBase.h"
 
 #include <functional>
-#include <memory>
 #include <utility>
 
-#include "tessera/dimension/HorizontalDimension.h"
-#include "tessera/dimension/LinearDimension.h"
-#include "tessera/dimension/VerticalDimension.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 #include "tests/support/SlotOf.h"
 
-using namespace Tessera::Dimension;
 using namespace Tessera::Testing;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 
 namespace {
 
@@ -213,8 +202,7 @@ TEST(DimensionBase, RecordsChangeHandsOnceReported) {
 }
 
 TEST(DimensionBase, AssignmentTakesTheIdentifierAndNoCurve) {
-    Line line(Point(0, 0), Point(100, 0));
-    Line other(Point(0, 50), Point(30, 50));
+    Line line(Point(0, 0), Point(100, 0)), other(Point(0, 50), Point(30, 50));
     const LengthDimension dim(&line, 10.0, 4.0);
     HorizontalDimension horizontal(&other, 4.0);
     static_cast<DimensionBase&>(horizontal) = dim;
@@ -267,8 +255,7 @@ TEST(DimensionBase, ReadableTextAngles) {
                               {180, 0, 0},   {225, 45, 1},  {270, 90, 1},
                               {300, 300, 0}, {-30, -30, 0}, {360, 360, 0}};
     for (const auto& row : rows) {
-        double textAngle = -1.0;
-        double offset = 10.0;
+        double textAngle = -1.0, offset = 10.0;
         DimensionBase::ComputeTextAngleAndHeightOffset(Radial, row[0], 4.0, &textAngle, &offset);
         EXPECT_DOUBLE_EQ(textAngle, row[1]) << row[0];
         EXPECT_EQ(offset, row[2] != 0.0 ? 14.0 : 10.0) << row[0];
@@ -296,8 +283,7 @@ TEST(DimensionBase, OrientationAngleAndOffsetSide) {
         dim.SetOrientation(row.v);
         EXPECT_NEAR(dim.ComputeAnnotationOrientationAngle(), row.angleDeg, 1e-12);
         EXPECT_NEAR(dim.GetOrientation().Length(), row.v.LengthSq() > 0.0 ? 1.0 : 0.0, 1e-15);
-        EXPECT_NEAR(dim.ComputeOffsetVector(row.v).x, row.offset.x, 1e-11);
-        EXPECT_NEAR(dim.ComputeOffsetVector(row.v).y, row.offset.y, 1e-11);
+        ExpectNear(dim.ComputeOffsetVector(row.v), row.offset, 1e-11);
     }
     dim.SetOrientation({1, -2e-10});
     EXPECT_LT(dim.ComputeAnnotationOrientationAngle(), 360.0);
@@ -310,8 +296,7 @@ TEST(DimensionBase, TextIsPickedWithinItsBox) {
     Line line(Point(0, 0), Polar(100, 30));
     const LengthDimension dim(&line, 10.0, 4.0);
     const Point middle = TextMiddle(dim);
-    const Vector along(Point(), Polar(1, 30));
-    const Vector across(Point(), Polar(1, 120));
+    const Vector along(Point(), Polar(1, 30)), across(Point(), Polar(1, 120));
     for (const double side : {-1.0, 1.0}) {
         EXPECT_TRUE(dim.AnnotationSelected(middle.AffineCombine(side * 3.499, along), 0.5));
         EXPECT_FALSE(dim.AnnotationSelected(middle.AffineCombine(side * 3.501, along), 0.5));
@@ -335,17 +320,14 @@ TEST(DimensionBase, LassoAndCurve) {
                 {"elsewhere", 40, 20, 60, 30, false, false}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        double xs[] = {row.x0, row.x1, row.x1, row.x0};
-        double ys[] = {row.y0, row.y0, row.y1, row.y1};
+        double xs[] = {row.x0, row.x1, row.x1, row.x0}, ys[] = {row.y0, row.y0, row.y1, row.y1};
         EXPECT_EQ(dim.IsInPolygon(4, xs, ys), row.isInside);
         EXPECT_EQ(dim.IsCrossPolygon(4, xs, ys), row.isCrossed);
     }
     // All of it but for the upper corner of an arrowhead, at (3, 12.75).
-    double xs[] = {-1, 101, 101, 4, 3, 2, -1};
-    double ys[] = {0.5, 0.5, 15, 15, 12.5, 15, 15};
+    double xs[] = {-1, 101, 101, 4, 3, 2, -1}, ys[] = {0.5, 0.5, 15, 15, 12.5, 15, 15};
     EXPECT_FALSE(dim.IsInPolygon(7, xs, ys));
-    const Line throughLine(Point(20, 0), Point(20, 30));
-    const Line throughText(Point(50, 9), Point(50, 13));
+    const Line throughLine(Point(20, 0), Point(20, 30)), throughText(Point(50, 9), Point(50, 13));
     const Line shortOfText(Point(50, 20), Point(50, 14.1));
     EXPECT_TRUE(dim.IntersectCurve(&throughLine, 1e-6, false));
     EXPECT_TRUE(dim.IntersectCurve(&throughText, 1e-6, true));

@@ -1,25 +1,14 @@
 // Dimensions and their curves over their lives: destruction in any order, finalizing, deep copies,
 // transforms.
 #include <algorithm>
-#include <memory>
 #include <random>
 
 #include "tessera/core/NumericHelpers.h"
-#include "tessera/dimension/HorizontalDimension.h"
-#include "tessera/dimension/LinearDimension.h"
-#include "tessera/dimension/VerticalDimension.h"
 #include "tessera/dimension/internal/TempDecoration.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
-using namespace Tessera::Dimension;
 using namespace Tessera::Testing;
 using Tessera::Core::TaggedObject;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Line;
 using CurvePtr = std::unique_ptr<Curve>;
 using DimPtr = std::unique_ptr<DimensionBase>;
 
@@ -75,8 +64,8 @@ const Kind kKinds[] = {{"length", kLine, MakeArc, OfOne<LengthDimension, Line>},
                        {"angular", kLine, kCrossing, OfCorner},
                        {"radial", MakeArc, kLine, OfOne<RadialDimension, Arc>}};
 
-std::vector<Curve*> ParentsOf(const DimensionBase& dim) {
-    std::vector<Curve*> parents;
+CurveList ParentsOf(const DimensionBase& dim) {
+    CurveList parents;
     dim.GetParentCurves(parents);
     return parents;
 }
@@ -90,11 +79,10 @@ void UseAll(DimensionBase& dim) {
     dim.ComputeUpdateSide(Point(1, 1));
     int part = 0;
     dim.GetDistanceToPoint(Point(1, 1), part);
-    std::vector<Curve*> curves;
+    CurveList curves;
     dim.GetUpdateCurves(1, curves);
     dim.GetUpdateCurves(0, curves);
-    double xs[] = {0, 1, 1};
-    double ys[] = {0, 0, 1};
+    double xs[] = {0, 1, 1}, ys[] = {0, 0, 1};
     dim.IsInPolygon(3, xs, ys);
     dim.IsCrossPolygon(3, xs, ys);
     dim.Rotate(0.2);
@@ -125,8 +113,7 @@ TEST(DimensionLife, DestructionInAnyOrder) {
         int order[] = {0, 1, 2};
         do {
             SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(order[0]) + std::to_string(order[1]));
-            CurvePtr first = kind.first();
-            CurvePtr second = kind.second();
+            CurvePtr first = kind.first(), second = kind.second();
             DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
             dim->SetIsFinalized(true);
             const CurvePtr sharing(first->Copy()); // lists the dimension without being its parent
@@ -172,10 +159,10 @@ TEST(DimensionLife, BareDimensionsAreHarmless) {
         UseAll(*row.dim);
         row.dim->SetAnnotation(12.0);
         EXPECT_EQ(row.dim->ComputeNewValue(Point(5, 5), 2), 12.0);
-        Tessera::Geometry::XYBox box;
+        XYBox box;
         EXPECT_FALSE(row.dim->AskXYBox(box));
-        std::vector<Curve*> curves;
-        std::vector<Point> arrows;
+        CurveList curves;
+        Points arrows;
         row.dim->GetTempDimDecoObjects(curves, arrows, false);
         EXPECT_TRUE(curves.empty() && arrows.empty());
         int part = 5;
@@ -187,14 +174,13 @@ TEST(DimensionLife, BareDimensionsAreHarmless) {
 TEST(DimensionLife, NothingIsReportedBeforeItIsFinalized) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(kind.name);
-        const CurvePtr first = kind.first();
-        const CurvePtr second = kind.second();
+        const CurvePtr first = kind.first(), second = kind.second();
         ChangeLog log;
         DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
         dim->SetTextHeightOffset(-4.0);
         dim->UpdateDimension();
         EXPECT_EQ(log.Take(*dim), 0);
-        const std::vector<Curve*> parents = ParentsOf(*dim);
+        const CurveList parents = ParentsOf(*dim);
         for (const bool finalized : {true, true, false}) {
             const bool changes = finalized != dim->GetIsFinalized();
             bool wasFinalized = finalized;
@@ -229,19 +215,18 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
         const bool rows[][2] = {{true, true}, {false, true}, {false, false}};
         for (const auto& [fromCurve, finalized] : rows) {
             SCOPED_TRACE(kind.name);
-            const CurvePtr first = kind.first();
-            const CurvePtr second = kind.second();
+            const CurvePtr first = kind.first(), second = kind.second();
             const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
             dim->SetIsFinalized(finalized);
             std::set<int> ids;
             std::map<int, TaggedObject*> copies;
             const TaggedObject& root = fromCurve ? static_cast<TaggedObject&>(*first) : *dim;
             root.DeepCopy(ids, copies);
-            const std::vector<Curve*> parents = ParentsOf(*dim);
+            const CurveList parents = ParentsOf(*dim);
             ASSERT_EQ(copies.size(), parents.size() + 1);
             auto* copy = dynamic_cast<DimensionBase*>(copies.at(dim->GetId()));
             ASSERT_NE(copy, nullptr);
-            const std::vector<Curve*> copied = ParentsOf(*copy);
+            const CurveList copied = ParentsOf(*copy);
             ASSERT_EQ(copied.size(), parents.size());
             for (std::size_t i = 0; i < parents.size(); ++i) {
                 EXPECT_EQ(copied[i], copies.at(parents[i]->GetId()));
@@ -263,7 +248,7 @@ TEST(DimensionLife, CopiesAndReplacing) {
         const CurvePtr curves[] = {kind.first(), kind.second(), kind.first(), kind.second()};
         const DimPtr dim = kind.make(*curves[0], *curves[1], 9.0, 3.0);
         const DimPtr source = kind.make(*curves[2], *curves[3], -5.0, 2.0);
-        const std::vector<Curve*> former = ParentsOf(*dim);
+        const CurveList former = ParentsOf(*dim);
         for (DimensionBase* each : {dim.get(), source.get()})
             each->SetIsFinalized(true);
         Drag(*source, {Point(0, 0), Point(1, 2)});
@@ -305,8 +290,7 @@ TEST(DimensionLife, CopiesAndReplacing) {
         ExpectNear(curves[2]->GetEnd(), end, 1e-12, "what was typed is forgotten");
         source->SetIsFinalized(false);
         for (const Kind& other : kKinds) {
-            const CurvePtr first = other.first();
-            const CurvePtr second = other.second();
+            const CurvePtr first = other.first(), second = other.second();
             const DimPtr stranger = other.make(*first, *second, 9.0, 3.0);
             EXPECT_EQ(dim->Replace(stranger.get()), stranger->GetType() == dim->GetType()) << other.name;
             dim->Replace(source.get());
@@ -319,8 +303,7 @@ TEST(DimensionLife, CopiesAndReplacing) {
 
 TEST(DimensionLife, ADragDropsATypedValue) {
     for (const Kind& kind : kKinds) {
-        const CurvePtr first = kind.first();
-        const CurvePtr second = kind.second();
+        const CurvePtr first = kind.first(), second = kind.second();
         const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
         if (dim->GetType() != Angular && dim->GetType() != Radial)
             continue; // a drag does not measure
@@ -341,20 +324,17 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
     std::uniform_real_distribution<double> at(-40.0, 40.0);
     for (int trial = 0; trial < 48; ++trial) {
         const double angle = trial % 3 == 0 ? 0.0 : at(rng);
-        const double scale = trial % 2 == 0 ? 1.0 : std::exp(at(rng) / 20.0);
-        const double c = std::cos(angle);
+        const double scale = trial % 2 == 0 ? 1.0 : std::exp(at(rng) / 20.0), c = std::cos(angle);
         const double s = std::sin(angle);
         double m[3][3] = {{c, -s, at(rng)}, {s, c, at(rng)}, {0.0, 0.0, 1.0 / scale}};
         const double offset = trial % 4 < 2 ? 9.0 : -9.0;
         for (const Kind& kind : kKinds) {
             SCOPED_TRACE(std::string(kind.name) + " trial " + std::to_string(trial));
-            const CurvePtr first = kind.first();
-            const CurvePtr second = kind.second();
+            const CurvePtr first = kind.first(), second = kind.second();
             const DimPtr dim = kind.make(*first, *second, offset, 3.0);
-            const std::vector<Point> before = DecorationOf(*dim, 1);
+            const Points before = DecorationOf(*dim, 1);
             Point anchor = dim->GetOrigin();
-            const double leader = dim->GetTextOffset();
-            const double width = dim->GetTextWidthOffset();
+            const double leader = dim->GetTextOffset(), width = dim->GetTextWidthOffset();
             auto* length = dynamic_cast<LengthDimension*>(dim.get());
             if (length != nullptr)
                 length->SetDecoEndDistance(6.0);

@@ -1,18 +1,9 @@
 // Placement, decoration and value edits of length dimensions.
 #include "tessera/dimension/LengthDimension.h"
 
-#include <limits>
-#include <memory>
-
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/XYBox.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::LengthDimension;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 
 namespace {
 
@@ -37,13 +28,13 @@ const Orientation kOrientations[] = {
 struct Layout {
     const char* name;
     double length, heightOffset;
-    std::vector<Point> points;
+    Points points;
 };
 
-const std::vector<Point> kInside = {{45, 12},   {0, 12},    {0, 1},  {0, 14}, {0, 12},
-                                    {3, 11.25}, {3, 12.75}, {0, 12}, {0, 10}};
-const std::vector<Point> kOutside = {{-6, 12},    {0, 12},     {0, 1},  {0, 14}, {0, 12},
-                                     {-3, 11.25}, {-3, 12.75}, {0, 12}, {0, 10}};
+const Points kInside = {{45, 12},   {0, 12},    {0, 1},  {0, 14}, {0, 12},
+                        {3, 11.25}, {3, 12.75}, {0, 12}, {0, 10}};
+const Points kOutside = {{-6, 12},    {0, 12},     {0, 1},  {0, 14}, {0, 12},
+                         {-3, 11.25}, {-3, 12.75}, {0, 12}, {0, 10}};
 const Layout kLayouts[] = {{"above", 100, 10, kInside},
                            {"below", 100, -10, kInside},
                            {"arrowheads outside, above", 8, 10, kOutside},
@@ -57,10 +48,10 @@ void ExpectDecoration(const LengthDimension& dim, const Layout& layout, const Or
     const bool isBelow = layout.heightOffset < 0.0;
     for (const int side : {1, 2}) {
         const bool isFirst = (side == 1) != o.isReversed;
-        std::vector<Point> expected = layout.points;
+        Points expected = layout.points;
         if (isBelow)
             std::swap(expected[5], expected[6]); // the base corners keep their sides of n
-        const std::vector<Point> points = DecorationOf(dim, side);
+        const Points points = DecorationOf(dim, side);
         ASSERT_EQ(points.size(), expected.size());
         for (std::size_t i = 0; i < points.size(); ++i) {
             const Point& p = expected[i];
@@ -121,7 +112,7 @@ TEST(LengthDimension, ArrowheadsTurnExactlyWhenTheTextDoesNotFit) {
 TEST(LengthDimension, ExtentDrawingAndDistance) {
     Line line(Point(0, 0), Point(100, 0));
     LengthDimension dim(&line, 10.0, 4.0);
-    Tessera::Geometry::XYBox box;
+    XYBox box;
     ASSERT_TRUE(dim.AskXYBox(box));
     ExpectNear(box.min, {0, 1});
     ExpectNear(box.max, {100, 14});
@@ -142,8 +133,7 @@ TEST(LengthDimension, ExtentDrawingAndDistance) {
     EXPECT_NEAR(LengthDimension(&shorter, 10.0, 4.0).GetDistanceToPoint(Point(4, 0), part), std::sqrt(17),
                 1e-12);
     EXPECT_EQ(part, 2) << "of equally near sides the second";
-    Point a;
-    Point b;
+    Point a, b;
     dim.GetAnnotationBoundingPoints(a, b);
     ExpectNear(a, {47, 12});
     ExpectNear(b, {53, 12});
@@ -156,8 +146,7 @@ TEST(LengthDimension, SidesFollowTheLineNotTheReading) {
     for (const bool isReversed : {false, true}) {
         Line line(Point(isReversed ? 100 : 0, 0), Point(isReversed ? 0 : 100, 0));
         const LengthDimension dim(&line, 10.0, 4.0);
-        const int left = isReversed ? 2 : 1;
-        const int right = 3 - left;
+        const int left = isReversed ? 2 : 1, right = 3 - left;
         const struct {
             Point p;
             int side;
@@ -192,9 +181,9 @@ TEST(LengthDimension, TypedValuesMoveTheChosenSide) {
         SCOPED_TRACE(std::to_string(row.side) + ": " + std::to_string(row.value));
         Line line(Point(0, 0), Point(6, 8));
         LengthDimension dim(&line, 10.0, 4.0);
-        std::vector<Tessera::Geometry::Curve*> changing;
+        CurveList changing;
         dim.GetUpdateCurves(row.side, changing);
-        EXPECT_EQ(changing, std::vector<Tessera::Geometry::Curve*>{&line});
+        EXPECT_EQ(changing, CurveList{&line});
         dim.SetUpdateSide(row.side);
         dim.SetAnnotation(row.value);
         dim.UpdateDimension();
@@ -247,12 +236,11 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
 }
 
 TEST(LengthDimension, ALineIsAddedInPlaceOfTheOther) {
-    Line line(Point(0, 0), Point(10, 0));
-    Line other(Point(0, 0), Point(0, 7));
-    const Tessera::Geometry::Arc arc(Point(0, 0), 3.0);
+    Line line(Point(0, 0), Point(10, 0)), other(Point(0, 0), Point(0, 7));
+    const Arc arc(Point(0, 0), 3.0);
     LengthDimension dim(&line, 4.0);
     dim.AddGeometry(&other);
-    dim.AddGeometry(const_cast<Tessera::Geometry::Arc*>(&arc));
+    dim.AddGeometry(const_cast<Arc*>(&arc));
     dim.AddGeometry(nullptr);
     EXPECT_EQ(dim.GetLine(), &other);
     EXPECT_FALSE(other.HasDimension(&dim)) << "adding does not attach";
@@ -261,8 +249,8 @@ TEST(LengthDimension, ALineIsAddedInPlaceOfTheOther) {
 TEST(LengthDimension, SinglePointsAreBroughtBack) {
     Line line(Point(0, 0), Point(100, 0));
     LengthDimension dim(&line, 10.0, 4.0);
-    std::vector<Point>& points = dim.GetLengthDimDeco(1)->GetPoints();
-    const std::vector<Point> before = points;
+    Points& points = dim.GetLengthDimDeco(1)->GetPoints();
+    const Points before = points;
     for (Point& p : points)
         p += Point(3, 1);
     points[0] = before[0];
@@ -286,11 +274,11 @@ TEST(LengthDimension, SinglePointsAreBroughtBack) {
 TEST(LengthDimension, AnEmptyRecordIsNoDecoration) {
     Line line(Point(0, 0), Point(100, 0));
     LengthDimension dim(&line, 10.0, 4.0);
-    std::vector<Point> outline;
+    Points outline;
     dim.GetLengthDimDecoPolygon(1, outline);
     ASSERT_EQ(outline.size(), 5U);
     ExpectNear(outline[2], {3, 11.25});
-    auto empty = std::make_unique<Tessera::Dimension::LengthDimDeco>();
+    auto empty = std::make_unique<LengthDimDeco>();
     EXPECT_EQ(empty->GetExtensionStartIndex(), -1);
     EXPECT_EQ(empty->GetExtensionEndIndex(), -1);
     dim.SetLengthDimDeco(3, empty.get()); // no such side: not taken

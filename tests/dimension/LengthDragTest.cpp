@@ -1,18 +1,9 @@
 // Dragging the text of length-like dimensions, and the driver of drags.
-#include <memory>
 #include <random>
 
-#include "tessera/dimension/HorizontalDimension.h"
-#include "tessera/dimension/LinearDimension.h"
-#include "tessera/dimension/VerticalDimension.h"
-#include "tessera/geometry/Line.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
-using namespace Tessera::Dimension;
 using namespace Tessera::Testing;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 using DimensionPtr = std::unique_ptr<LengthDimension>;
 
 namespace {
@@ -74,8 +65,7 @@ TEST(LengthDrag, DrawingAndRebuildAgreeOnBothSides) {
                 Scene s = MakeScene(type, 45.0 * k, offset);
                 if (s.dim->GetAnnotation() < 1.0)
                     continue; // square to the measuring axis
-                const Point p(0, 0);
-                const Point text = TextMiddle(*s.dim);
+                const Point p(0, 0), text = TextMiddle(*s.dim);
                 Drag(*s.dim, {p, Step(s, p, 3, offset / 3)});
                 ExpectRebuildAgrees(*s.dim);
                 ExpectNear(TextMiddle(*s.dim), Step(s, text, 3, offset / 3), 1e-9, "under the pointer");
@@ -95,7 +85,7 @@ TEST(LengthDrag, AcrossTheLineAndBackIsNoChange) {
         Scene s = MakeScene(trial % 2 == 0 ? Length : Linear, 45.0 * (trial % 8), trial % 3 == 0 ? -9 : 9);
         const DimensionPtr before(s.dim->Copy());
         const Point p(1, 2);
-        std::vector<Point> path = {p};
+        Points path = {p};
         for (int i = 0; i < 6; ++i)
             path.push_back(Step(s, p, along(rng), (i % 2 == 0 ? -1.0 : 1.0) * (25.0 + along(rng))));
         path.push_back(p);
@@ -150,7 +140,7 @@ TEST(LengthDrag, SnapsOnApproachOnly) {
         SCOPED_TRACE(row.name);
         Line line(Point(0, 0), Point(100, 0));
         LengthDimension dim(&line, 10.0, 4.0);
-        std::vector<Point> path;
+        Points path;
         for (const double x : row.path)
             path.emplace_back(x, 0.25 * x);
         Drag(dim, path, row.snapDistance);

@@ -1,21 +1,12 @@
 // Distances between two curves.
 #include "tessera/dimension/LinearDimension.h"
 
-#include <memory>
-
-#include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
-#include "tessera/geometry/Line.h"
 #include "tests/support/DimensionProbes.h"
 #include "tests/support/SampleCurves.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::LinearDimension;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
 using Tessera::Geometry::Ellipse;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 using LinearPtr = std::unique_ptr<LinearDimension>;
 
 namespace {
@@ -27,10 +18,8 @@ LinearPtr Own(LinearDimension* dim) {
 const Point kPick(20, 3);
 
 struct Curves {
-    Line a{Point(0, 0), Point(40, 0)};
-    Line b{Point(30, 10), Point(0, 10)};
-    Arc c{Point(60, 30), Point(50, 40), Point(50, 30)};
-    Arc d{Point(50, 42), 3.0};
+    Line a{Point(0, 0), Point(40, 0)}, b{Point(30, 10), Point(0, 10)};
+    Arc c{Point(60, 30), Point(50, 40), Point(50, 30)}, d{Point(50, 42), 3.0};
     CurvePtr e = MakeEllipse({70, 5}, 4, 2, 0.3, 0.0, 6.283185307179586);
     CurvePtr f = MakeEllipse({74, 8}, 3, 1, 1.0, 0.5, 4.0);
 
@@ -79,7 +68,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
         ExpectNear(measured->GetStart(), pair.from);
         ExpectNear(measured->GetEnd(), pair.to);
         EXPECT_EQ(dim->GetLine(), nullptr);
-        std::vector<Curve*> parents;
+        CurveList parents;
         dim->GetParentCurves(parents);
         ASSERT_EQ(parents.size(), 2U);
         for (Curve* parent : parents)
@@ -119,14 +108,13 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
             SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
             Curves curves;
             const LinearPtr dim = pair.Make(curves);
-            std::vector<Curve*> parents;
+            CurveList parents;
             dim->GetParentCurves(parents);
-            const Point first = parents[0]->GetStart();
-            const Point second = parents[1]->GetStart();
+            const Point first = parents[0]->GetStart(), second = parents[1]->GetStart();
             const double length = parents[1]->Length();
             Vector along(pair.from, pair.to);
             along.Normalize();
-            std::vector<Curve*> changing;
+            CurveList changing;
             dim->GetUpdateCurves(row.side, changing);
             EXPECT_EQ(changing.size(), row.side == 0 ? 2U : row.side < 0 ? 0U : 1U);
             dim->SetUpdateSide(row.side);
@@ -148,7 +136,7 @@ TEST(LinearDimension, ValidityFollowsTheCurves) {
     EXPECT_FALSE(dim->IsValid());
     EXPECT_FALSE(dim->CanUpdate());
     EXPECT_EQ(dim->GetDimensionLine(), nullptr);
-    std::vector<Tessera::Dimension::DimensionBase*> invalid;
+    std::vector<DimensionBase*> invalid;
     curves.b.GetInvalidDimensions(invalid);
     EXPECT_EQ(invalid.size(), 1U);
     dim->SetUpdateSide(2);
@@ -164,17 +152,16 @@ TEST(LinearDimension, ValidityFollowsTheCurves) {
 }
 
 TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
-    Arc a(Point(0, 0), 2.0);
-    Arc b(Point(0, 9), 3.0);
+    Arc a(Point(0, 0), 2.0), b(Point(0, 9), 3.0);
     LinearDimension dim(&a, &b, 8.0, 4.0);
     EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
     b.SetCenter(Point(0, 0));
     dim.UpdateDimension();
     EXPECT_EQ(dim.GetAnnotation(), 0.0);
     EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
-    std::vector<Curve*> changing;
+    CurveList changing;
     dim.GetUpdateCurves(2, changing);
-    EXPECT_EQ(changing, std::vector<Curve*>{&a}) << "of equally near ones the first";
+    EXPECT_EQ(changing, CurveList{&a}) << "of equally near ones the first";
     dim.SetUpdateSide(2);
     dim.SetAnnotation(6.0);
     dim.UpdateDimension();
@@ -182,8 +169,7 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     // Lines that never were apart: the default direction runs along them. Else they part as they stood.
     for (const double apart : {0.0, 5.0}) {
         for (const double end : {-40.0, 40.0}) {
-            Line lower(Point(0, 0), Point(end, 0));
-            Line upper(Point(5, apart), Point(35, apart));
+            Line lower(Point(0, 0), Point(end, 0)), upper(Point(5, apart), Point(35, apart));
             LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
             Line onLower(Point(5, 0), Point(35, 0));
             upper.CopyCurveData(&onLower);

@@ -1,20 +1,8 @@
 // Horizontal and vertical dimensions: what they measure, in which frame, and which curves follow an edit.
-#include <memory>
 
-#include "tessera/dimension/HorizontalDimension.h"
-#include "tessera/dimension/VerticalDimension.h"
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
-using namespace Tessera::Dimension;
 using namespace Tessera::Testing;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
-using CurveList = std::vector<Curve*>;
 using DimensionPtr = std::unique_ptr<LengthDimension>;
 
 namespace {
@@ -55,8 +43,7 @@ TEST(ProjectedDimension, MeasuredExtentAndTips) {
         const DimensionPtr dim = Make(row.type, &line);
         dim->Rotate(row.rotate);
         EXPECT_NEAR(dim->GetAnnotation(), row.value, 1e-12);
-        const std::vector<Point> side1 = DecorationOf(*dim, 1);
-        const std::vector<Point> side2 = DecorationOf(*dim, 2);
+        const Points side1 = DecorationOf(*dim, 1), side2 = DecorationOf(*dim, 2);
         ExpectNear(side1[1], row.tip1);
         ExpectNear(side2[1], row.tip2);
         ExpectNear(side1[2], row.foot1, std::string(row.name) == "end at the tip" ? 1.0 : 1e-9);
@@ -76,8 +63,7 @@ TEST(ProjectedDimension, EndsInTheirOrderAcrossTheAxis) {
     const VerticalDimension vertical;
     for (const auto& row : rows) {
         const Line line(Point(0, 0), row.end);
-        Point a;
-        Point b;
+        Point a, b;
         int order = 0;
         horizontal.GetYorderPoints(&line, a, b, order);
         EXPECT_EQ(order, row.lower) << row.end.x << " " << row.end.y;
@@ -89,8 +75,7 @@ TEST(ProjectedDimension, EndsInTheirOrderAcrossTheAxis) {
 }
 
 TEST(ProjectedDimension, SquareToTheAxisMeasuresNothing) {
-    Line line(Point(3, 0), Point(3, 10));
-    Line level(Point(3, 0), Point(13, 0));
+    Line line(Point(3, 0), Point(3, 10)), level(Point(3, 0), Point(13, 0));
     const DimensionPtr dim = Make(Vertical, &line);
     EXPECT_EQ(dim->GetOrientation(), Vector(0, 1));
     ASSERT_TRUE(line.CopyCurveData(&level));
@@ -103,8 +88,7 @@ TEST(ProjectedDimension, SquareToTheAxisMeasuresNothing) {
 
 TEST(ProjectedDimension, TwoCurves) {
     Line line(Point(0, 0), Point(10, 3));
-    Arc circle(Point(25, 30), 2.0);
-    Arc arc(Point(-5, 6), Point(-9, 2), Point(-5, 2));
+    Arc circle(Point(25, 30), 2.0), arc(Point(-5, 6), Point(-9, 2), Point(-5, 2));
     const std::unique_ptr<HorizontalDimension> lineArc(
         HorizontalDimension::MakeDimension(&line, &circle, 8.0, 4.0));
     const std::unique_ptr<VerticalDimension> arcs(VerticalDimension::MakeDimension(&circle, &arc, 8.0, 4.0));
@@ -204,10 +188,8 @@ TEST(ProjectedDimension, OffsetIsFoundAgainFromThePlacedText) {
 }
 
 TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {
-    Line line(Point(0, 0), Point(10, 3));
-    Line other(Point(1, 1), Point(5, 5));
-    Arc arc(Point(25, 30), 2.0);
-    Arc moved(Point(35, 30), 2.0);
+    Line line(Point(0, 0), Point(10, 3)), other(Point(1, 1), Point(5, 5));
+    Arc arc(Point(25, 30), 2.0), moved(Point(35, 30), 2.0);
     HorizontalDimension dim;
     EXPECT_DOUBLE_EQ(dim.GetTextHeightOffset(), 15.0);
     dim.SetIsFinalized(true);

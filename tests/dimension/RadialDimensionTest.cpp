@@ -2,23 +2,10 @@
 #include "tessera/dimension/RadialDimension.h"
 
 #include <functional>
-#include <limits>
-#include <memory>
 
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/XYBox.h"
-#include "tests/support/ChangeLog.h"
 #include "tests/support/DimensionProbes.h"
 
 using namespace Tessera::Testing;
-using Tessera::Dimension::DimensionBase;
-using Tessera::Dimension::RadialDimDeco;
-using Tessera::Dimension::RadialDimension;
-using Tessera::Geometry::Arc;
-using Tessera::Geometry::Curve;
-using Tessera::Geometry::Line;
-using Tessera::Geometry::Vector;
 using DimPtr = std::unique_ptr<RadialDimension>;
 
 namespace {
@@ -44,7 +31,7 @@ TEST(RadialDimension, DecorationInEightOrientations) {
         const char* name;
         double textOffset; // 0: as made
         double textMiddle;
-        std::vector<Point> points;
+        Points points;
     } layouts[] = {
         {"outside", 0, 17.5, {{20, 0}, {10, 0}, {10, 0}, {13, -0.75}, {13, 0.75}, {10, 0}}},
         {"inside", -10, -2.5, {{0, 0}, {10, 0}, {10, 0}, {7, -0.75}, {7, 0.75}, {10, 0}}},
@@ -59,12 +46,11 @@ TEST(RadialDimension, DecorationInEightOrientations) {
                 dim.SetTextOffset(layout.textOffset);
                 dim.UpdateDimension();
             }
-            const Vector along(kCentre, FromCentre(1, o.at));
-            const Vector perp(-along.y, along.x);
+            const Vector along(kCentre, FromCentre(1, o.at)), perp(-along.y, along.x);
             const auto place = [&](double u, double v) {
                 return kCentre.AffineCombine(u, along).AffineCombine(v, perp);
             };
-            const std::vector<Point> points = DecorationOf(dim, 1);
+            const Points points = DecorationOf(dim, 1);
             ASSERT_EQ(points.size(), layout.points.size());
             for (std::size_t i = 0; i < points.size(); ++i)
                 ExpectNear(points[i], place(layout.points[i].x, layout.points[i].y), 1e-9,
@@ -78,11 +64,11 @@ TEST(RadialDimension, DecorationInEightOrientations) {
             ExpectNear(TextMiddle(dim), middle);
             ExpectNear(dim.GetReferencePoint(), middle);
             ExpectNear(dim.GetAnnotationMidPoint(), middle);
-            std::vector<Point> box;
+            Points box;
             dim.GetOrientedTextBox(box);
             ExpectNear(Point(box[1] - box[0]), Polar(5, o.textAngle));
             ExpectNear(Point(box[2] - box[1]), Polar(4, o.textAngle + 90));
-            std::vector<Point> outline;
+            Points outline;
             dim.GetRadialDimDecoPolygon(outline);
             const int order[] = {0, 1, 3, 4, 1};
             ASSERT_EQ(outline.size(), std::size(order));
@@ -148,12 +134,12 @@ TEST(RadialDimension, ReusedPerArc) {
     const DimPtr dim(RadialDimension::MakeDimension(&arc, 4.0));
     EXPECT_EQ(RadialDimension::MakeDimension(&arc, 9.0), dim.get());
     EXPECT_EQ(RadialDimension::MakeDimension(&arc, Point(1, 1), 4.0), dim.get());
-    EXPECT_EQ(arc.CreateUpdateDimension(Tessera::Dimension::Radial, true, 1.0, 2.0), dim.get());
+    EXPECT_EQ(arc.CreateUpdateDimension(Radial, true, 1.0, 2.0), dim.get());
     EXPECT_EQ(arc.GetNumDimensions(), 1);
     Arc twin = ArcOf(5, 0, 90);
     twin.CreateSameDimensions(&arc);
     std::vector<DimensionBase*> made;
-    twin.FindDimensions(Tessera::Dimension::Radial, made);
+    twin.FindDimensions(Radial, made);
     ASSERT_EQ(made.size(), 1U);
     const std::unique_ptr<DimensionBase> owned(made.front());
     EXPECT_EQ(owned->GetAnnotation(), 5.0);
@@ -228,16 +214,16 @@ TEST(RadialDimension, SidesAndDistance) {
         EXPECT_EQ(part, row.part) << row.p.x << " " << row.p.y;
         EXPECT_EQ(dim.ComputeUpdateSide(kCentre + row.p), row.side) << row.p.x << " " << row.p.y;
     }
-    Tessera::Geometry::XYBox box;
+    XYBox box;
     ASSERT_TRUE(dim.AskXYBox(box));
     ExpectNear(box.min, kCentre + Point(10, -0.75));
     ExpectNear(box.max, kCentre + Point(20, 0.75));
-    std::vector<Curve*> changed;
+    CurveList changed;
     dim.GetUpdateCurves(1, changed);
-    EXPECT_EQ(changed, std::vector<Curve*>{&arc});
+    EXPECT_EQ(changed, CurveList{&arc});
     dim.SetRelativeParam(1.5);
     dim.UpdateDimension();
-    std::vector<Point> points;
+    Points points;
     dim.GetRadialDimDecoPoints(points);
     ASSERT_EQ(points.size(), 6U);
     ExpectNear(points[1], arc.GetEnd(), 1e-9, "never beyond the arc");

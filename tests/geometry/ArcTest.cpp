@@ -56,11 +56,10 @@ TEST(Arc, FromThreePointsPassesThroughAllThree) {
 }
 
 TEST(Arc, NumberOfDisplaySegments) {
-    struct Row {
+    const struct {
         double radius, sweep, tol;
         int expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {1, 2 * kPi, 1e-8, 0},
         {1, 2 * kPi, 1e-7, 0},
         {10, kPi, 0.1, 1 + static_cast<int>(kPi / (2 * std::acos(0.99)))},
@@ -71,7 +70,7 @@ TEST(Arc, NumberOfDisplaySegments) {
         {1, 1, -1, 0},
         {1, 1, NAN, 0},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(Arc::ComputeNumberOfDisplaySegments(row.radius, row.sweep, row.tol), row.expected)
             << row.radius << " " << row.tol;
     EXPECT_EQ(AnglesArc(0, 2 * kPi).AskNumberOfSampledPoints(1e-9), 1 + 43);
@@ -80,11 +79,10 @@ TEST(Arc, NumberOfDisplaySegments) {
 }
 
 TEST(Arc, ParametersOfPlainAndWrappedArcs) {
-    struct Row {
+    const struct {
         const char* name;
         double start, end, theta, relative;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"inside", 1, 3, 1.5, 0.25},
         {"before, nearer the start", 1, 3, 0.5, 0.0},
         {"after, nearer the end", 1, 3, 3.5, 1.0},
@@ -93,7 +91,7 @@ TEST(Arc, ParametersOfPlainAndWrappedArcs) {
         {"wrapped", 5, 1, 0.5, (0.5 + 2 * kPi - 5) / (1 + 2 * kPi - 5)},
         {"wrapped, first stretch lifted all the same", 5, 1, 5.5, 1.0},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_NEAR(AnglesArc(row.start, row.end).GetRelativeParam(row.theta), row.relative, 1e-14)
             << row.name;
     const Arc plain = AnglesArc(1, 3), wrapped = AnglesArc(5, 1);
@@ -111,12 +109,11 @@ TEST(Arc, ParametersOfPlainAndWrappedArcs) {
 TEST(Arc, WithinBoundsComparesAngles) {
     const Arc third(Point(-1, 0), Point(0, -1), Point(0, 0)), across = AnglesArc(-0.5, 0.5),
                                                               seam = AnglesArc(3.0, 3.5);
-    struct Row {
+    const struct {
         const Arc& arc;
         Point p;
         bool within;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {third, {-1, 0}, true},
         {third, {-1, -1e-300}, true},
         {third, {-7, -7}, true},
@@ -128,7 +125,7 @@ TEST(Arc, WithinBoundsComparesAngles) {
         {seam, At(2.9), false},
         {seam, At(-2.7), false},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(row.arc.WithinBounds(row.p), row.within) << row.p.x << ", " << row.p.y;
 }
 
@@ -146,13 +143,12 @@ TEST(Arc, ChangesKeepTheRest) {
 }
 
 TEST(Arc, MergeTakesTheUnion) {
-    struct Row {
+    const struct {
         const char* name;
         double start, end;
         std::vector<std::pair<double, double>> others;
         double mergedStart, mergedEnd;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"overlapping", 0, 1, {{0.5, 2}}, 0, 2},
         {"gap bridged the short way", 0, 1, {{1.5, 2}}, 0, 2},
         {"across the seam", 0, 1, {{6, 6.2}}, 6, 1 + 2 * kPi},
@@ -161,7 +157,7 @@ TEST(Arc, MergeTakesTheUnion) {
         {"contained", 0, 3, {{1, 2}}, 0, 3},
         {"three with the largest gap between the first two", 0, 0.5, {{3, 4}, {5, 6}}, 3, 0.5 + 2 * kPi},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Arc arc = AnglesArc(row.start, row.end);
         std::vector<CurvePtr> others;

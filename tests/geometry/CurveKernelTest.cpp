@@ -88,12 +88,11 @@ TEST(CurveKernel, PointsOnAndEndsAtTheBoundedCurve) {
 // In this order; the other way round the same for a line, reversed for two circles.
 TEST(CurveKernel, CarriersOfLinesAndCirclesMeetInClosedForm) {
     const double h = std::sqrt(0.75);
-    struct Row {
+    const struct {
         const char* name;
         CurvePtr a, b;
         std::vector<Point> expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"line through the centre", MakeLine({1, 0}, {1, 1}), MakeCircle({1, 2}, 2), {{1, 4}, {1, 0}}},
         {"far from its own ends", MakeLine({-10, 2}, {-9, 2}), MakeCircle({1, 2}, 2), {{3, 2}, {-1, 2}}},
         {"tangent", MakeLine({3, 0}, {3, 1}), MakeCircle({1, 2}, 2), {{3, 2}}},
@@ -107,7 +106,7 @@ TEST(CurveKernel, CarriersOfLinesAndCirclesMeetInClosedForm) {
         {"inside", MakeCircle({0, 0}, 1), MakeCircle({0.2, 0}, 0.5), {}},
         {"touching from inside", MakeCircle({0, 0}, 1), MakeCircle({0.7, 0}, 0.3), {{1, 0}, {1, 0}}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         std::vector<Point> found, swapped;
         row.a->Intersect(*row.b, found);
@@ -154,12 +153,11 @@ TEST(CurveKernel, IntersectBoundedAgreesWithTheKernel) {
 
 // Exact touches and shared ends become two near points or none by the rounding of a turn.
 TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
-    struct Row {
+    struct {
         const char* name;
         CurvePtr a, b;
         std::vector<Point> touch;
-    };
-    Row rows[] = {
+    } rows[] = {
         {"fillet", MakeLine({-5, 1}, {0, 1}), MakeArc({0, 0}, 1, 0, kPi / 2), {{0, 1}}},
         {"line along a circle", MakeLine({-5, 3}, {7, 3}), MakeCircle({1, 1}, 2), {{1, 3}}},
         {"two arcs in an S", MakeArc({0, 0}, 1, 0, kPi), MakeArc({3, 0}, 2, kPi, 2 * kPi), {{1, 0}}},
@@ -171,7 +169,7 @@ TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
     };
     double m[3][3] = {
         {std::cos(0.37), -std::sin(0.37), 0.3}, {std::sin(0.37), std::cos(0.37), -0.7}, {0, 0, 1}};
-    for (Row& row : rows) {
+    for (auto& row : rows) {
         for (int turn = 0; turn < 40; ++turn) {
             SCOPED_TRACE(testing::Message() << row.name << ", turn " << turn);
             for (const bool swapped : {false, true}) {

@@ -47,13 +47,12 @@ TEST(CurvePolygon, Traps) {
     // The square with a slit of no width down to its middle.
     const Polygon slit = {{0, 0}, {10, 0}, {10, 10}, {5, 10}, {5, 5}, {5, 10}, {0, 10}};
     const double turn = 2 * std::numbers::pi;
-    struct Row {
+    const struct {
         const char* name;
         const Polygon& polygon;
         CurvePtr curve;
         Side side;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"line ending on the border", square, MakeLine({5, 5}, {10, 5}), kCrossing},
         {"line ending just before it", square, MakeLine({5, 5}, {10 - 1e-8, 5}), kInside},
         {"line along the border", square, MakeLine({2, 0}, {4, 0}), kCrossing},
@@ -78,7 +77,7 @@ TEST(CurvePolygon, Traps) {
         {"spline along an edge", square, MakeSpline(2, {{2, 4}, {3, 0}, {6, 0}, {7, 4}}), kCrossing},
         {"spline with poles outside only", square, MakeSpline(3, {{1, 5}, {5, 13}, {9, 5}}), kInside},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Polygon polygon = row.polygon;
         EXPECT_EQ(polygon.Holds(*row.curve), row.side == kInside);
@@ -106,8 +105,7 @@ TEST(CurvePolygon, RandomPolygonsAgainstSamples) {
             polygon.Add(Point(r * std::cos(i * 0.698), r * std::sin(i * 0.698)));
         }
         const CurvePtr curve = RandomCurve(rng, trial);
-        const std::vector<Point> points = DensePoints(*curve, 500);
-        const std::vector<Point> border = polygon.Border();
+        const std::vector<Point> points = DensePoints(*curve, 500), border = polygon.Border();
         bool someIn = false, someOut = false;
         double gap = 1e300;
         for (const Point& p : points) {

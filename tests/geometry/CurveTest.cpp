@@ -85,12 +85,11 @@ TEST(Curve, SameWithinItsTolerances) {
     const CurvePtr line = MakeLine({0, 0}, {1, 2}), arc = MakeArc({0, 0}, 1, 1, 2);
     const CurvePtr oval = MakeEllipse({1, -2}, 3, 1, 0.5, 0.2, 2),
                    spline = MakeSpline(3, {{0, 0}, {1, 2}, {2, -1}, {3, 3}});
-    struct Row {
+    const struct {
         const CurvePtr& curve;
         CurvePtr other;
         bool same;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {line, MakeLine({1e-9, 0}, {1, 2}), true},
         {line, MakeLine({1, 2}, {0, 0}), false}, // direction matters
         {line, MakeLine({0, 0}, {2, 4}), false},
@@ -116,7 +115,7 @@ TEST(Curve, SameWithinItsTolerances) {
         {spline, MakeSpline(4, {{0, 0}, {1, 2}, {2, -1}, {3, 3}}), false},
         {spline, MakeSpline(3, {{0, 0}, {1, 2}, {2, -1}, {3, 3}}, {1, 1, 1.001, 1}), false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
         EXPECT_EQ(row.curve->IsSameCurve(row.other.get()), row.same);
         EXPECT_TRUE(row.curve->IsSameCurve(row.curve.get()));
@@ -143,13 +142,12 @@ TEST(Curve, ZeroLengthAtItsTolerances) {
 }
 
 TEST(Curve, SetLimitsOfArcsAndEllipses) {
-    struct Row {
+    const Point centre(3, -1);
+    const struct {
         const char* name;
         CurvePtr curve;
         double a, b, start, end;
-    };
-    const Point centre(3, -1);
-    const Row rows[] = {
+    } rows[] = {
         {"arc", MakeArc(centre, 2, 0, 3), 1, 2, 1, 2},
         {"arc reversed", MakeArc(centre, 2, 0, 3), 2, 1, 2, 1 + 2 * kPi},
         {"one lift only", MakeArc(centre, 2, 0, 3), -1, -2, -1, 2 * kPi - 2},
@@ -163,7 +161,7 @@ TEST(Curve, SetLimitsOfArcsAndEllipses) {
         {"beyond the present limits", MakeEllipse(centre, 3, 1, 0.7, 0.1, 0.2), 3, 4, 3, 4},
         {"coincident makes a full turn", MakeEllipse(centre, 3, 1, 0.7, 0.5, 1), 2, 2, 2, 2 + 2 * kPi},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Curve& curve = *row.curve;
         const Point a = curve.GetPointAtParameter(row.a, true), b = curve.GetPointAtParameter(row.b, true);
@@ -212,15 +210,13 @@ TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
     const CurvePtr cubic = MakeSpline(4, {{0, 0}, {1, 2}, {2, -1}, {3, 3}});
     Point near(1, 3), far(-5, -2), p2(7, 7), p3(9, 9);
     const std::vector<Point*> poles = {&near, &far, &p2, &p3};
-    double half[2] = {0.5, 0.75};
-    double move[3][3] = {{1, 0, 5}, {0, 1, 5}, {0, 0, 1}};
-    struct Row {
+    double half[2] = {0.5, 0.75}, move[3][3] = {{1, 0, 5}, {0, 1, 5}, {0, 0, 1}};
+    const struct {
         const char* name;
         Curve& curve;
         std::function<void()> change;
         int reports;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"SetLimits of a line", line, [&] { line.SetLimits(near, far); }, 1},
         {"Merge of lines", line, [&] { line.Merge({&longer}); }, 2},
         {"Trim", line, [&] { line.Trim(half); }, 1},
@@ -235,10 +231,9 @@ TEST(Curve, EveryChangeIsReportedWhileTheOldStateStands) {
         {"SetClosed of an ellipse", *ellipse, [&] { ellipse->SetClosed(); }, 1},
         {"SetPoles", *cubic, [&] { static_cast<Spline&>(*cubic).SetPoles(poles); }, 1},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const Point start = row.curve.GetStart();
-        const Point middle = row.curve.GetMidPoint();
+        const Point start = row.curve.GetStart(), middle = row.curve.GetMidPoint();
         std::vector<double> moved;
         ChangeLog log;
         log.onChange = [&] { moved.push_back(row.curve.GetMidPoint().Distance(middle)); };
@@ -268,11 +263,10 @@ TEST(Curve, MessagesWithoutARecord) {
     int i = 0;
     std::vector<double> knots;
     std::vector<Point*> poles;
-    struct Row {
+    const struct {
         std::function<void()> call;
         const char* text;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {[&] { line.GetStart(); }, "Curve::GetStart - CURVE cannot be NULL"},
         {[&] { line.GetEnd(); }, "Curve::GetEnd - CURVE cannot be NULL"},
         {[&] { line.GetMidPoint(); }, "Curve::GetMidPoint - CURVE cannot be NULL"},
@@ -321,7 +315,7 @@ TEST(Curve, MessagesWithoutARecord) {
         {[] { Spline none(static_cast<KC_CURVE_struct_s*>(nullptr)); },
          "Input CURVE data structure is not of B-curve type"},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(ThrownMessage(row.call), row.text);
     EXPECT_EQ(line.ConvertToSpline(), nullptr);
     std::vector<Point> points;
@@ -346,18 +340,17 @@ TEST(Curve, PolylinePointsAreEvenInTheParameter) {
 
 TEST(Curve, RunningOutOfMemoryChangesNothing) {
     double m[3][3] = {{0, -1, 2}, {1, 0, 3}, {0, 0, 1}};
-    struct Row {
+    const struct {
         const char* name;
         std::function<bool(Curve&, double*)> call; // false for a failure without a message
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"Copy", [](Curve& c, double*) { return CurvePtr(c.Copy()) != nullptr; }},
         {"Extract", [](Curve& c, double* range) { return CurvePtr(c.Extract(range)) != nullptr; }},
         {"ConvertToSpline", [](Curve& c, double*) { return CurvePtr(c.ConvertToSpline()) != nullptr; }},
         {"Trim", [](Curve& c, double* range) { return c.Trim(range); }},
         {"Transform", [&](Curve& c, double*) { return c.Transform(m), true; }},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         for (const Sample& sample : SampleCurves()) {
             SCOPED_TRACE(std::string(row.name) + ", " + sample.name);
             const CurvePtr twin(sample.curve->CopyCurveOnly());

@@ -22,8 +22,7 @@ Data DataOf(const Ellipse& ellipse) {
 }
 
 Ellipse Make(double r1, double r2, double rotation, double start, double end) {
-    double centre[2] = {1, -2};
-    double radii[2] = {r1, r2};
+    double centre[2] = {1, -2}, radii[2] = {r1, r2};
     return Ellipse(centre, radii, rotation, start, end);
 }
 

@@ -37,11 +37,10 @@ TEST(Line, ThreeFourFive) {
 
 TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
     const Line line(Point(0, 0), Point(3, 4));
-    struct Row {
+    const struct {
         Point p;
         bool on, within;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {{6, 8}, true, false},
         {{-6, -8}, true, false},
         {{0, 0}, false, true},
@@ -56,7 +55,7 @@ TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
         {{3 + 5e-11, 4 + 6e-11}, true, true},
         {{3 + 3e-10, 4 + 4e-10}, true, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.p.x << ", " << row.p.y);
         EXPECT_EQ(line.OnLine(row.p), row.on);
         EXPECT_EQ(line.WithinBounds(row.p), row.within);
@@ -65,19 +64,18 @@ TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
 
 TEST(Line, HorizontalVerticalParallelAndZeroLengthAtTheirTolerances) {
     const double t = EQ_ask_length_tolerance();
-    struct Row {
+    const struct {
         const char* name;
         Point end;
         bool horizontal, vertical, zero;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"horizontal, just inside", {5, 0.99 * t}, true, false, false},
         {"not horizontal, just outside", {5, 1.01 * t}, false, false, false},
         {"vertical", {-0.99 * t, 5}, false, true, false},
         {"zero by components, longer by length", {0.9 * t, 0.9 * t}, true, true, true},
         {"one component beyond", {0, 1.01 * t}, false, true, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Line line(Point(0, 0), row.end);
         EXPECT_EQ(line.IsHorizontal(), row.horizontal);
@@ -116,14 +114,13 @@ TEST(Line, Statics) {
     EXPECT_TRUE(Line::Colinear({{0, 0}, {1, 5}}, 0.0));
     EXPECT_TRUE(Line::Colinear({{0, 0}, {1, 0.1}, {7, -0.1}, {4, 0}}, 0.1));
     EXPECT_FALSE(Line::Colinear({{0, 0}, {1, 0.100001}, {4, 0}}, 0.1));
-    struct Row {
+    const struct {
         Point p, end;
         int where;
         double distanceSq;
-    };
-    const Row rows[] = {{{-1, 3}, {2, 0}, 0, 9}, {{0, 3}, {2, 0}, 1, 9}, {{1, -2}, {2, 0}, 1, 4},
-                        {{2, 1}, {2, 0}, 1, 1},  {{5, 1}, {2, 0}, 2, 1}, {{3, 4}, {0, 0}, -1, 25}};
-    for (const Row& row : rows) {
+    } rows[] = {{{-1, 3}, {2, 0}, 0, 9}, {{0, 3}, {2, 0}, 1, 9}, {{1, -2}, {2, 0}, 1, 4},
+                {{2, 1}, {2, 0}, 1, 1},  {{5, 1}, {2, 0}, 2, 1}, {{3, 4}, {0, 0}, -1, 25}};
+    for (const auto& row : rows) {
         int where = 99;
         EXPECT_NEAR(Line::PointToLineDistance2(row.p, Point(0, 0), row.end, &where), row.distanceSq, 1e-12);
         EXPECT_EQ(where, row.where) << row.p.x;

@@ -11,18 +11,17 @@ namespace Tessera::Geometry {
 namespace {
 
 TEST(Point, EqualityAndOrderGoThroughTheLengthTolerance) {
-    struct Row {
+    const struct {
         Point p, q;
         bool equal, less, greater;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {{0, 0}, {1e-9, 0}, true, false, false},     {{0, 0}, {3e-9, 0}, false, true, false},
         {{0, 0}, {2e-9, 2e-9}, false, false, false}, // apart, but neither coordinate decides
         {{0, 5}, {1e-9, 0}, false, false, true},     // x within tolerance: y decides
         {{1, 0}, {0, 5}, false, false, true},        {{0, 0}, {0, 3e-9}, false, true, false},
         {{NAN, 0}, {0, 0}, false, false, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.p.x << "," << row.p.y << " " << row.q.x << "," << row.q.y);
         EXPECT_EQ(row.p == row.q, row.equal);
         EXPECT_EQ(row.q != row.p, !row.equal);

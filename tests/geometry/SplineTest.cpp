@@ -86,14 +86,13 @@ TEST(Spline, SetPolesMovesOnlyWhatMoved) {
 }
 
 TEST(Spline, ClosedAndSmoothAcrossTheSeam) {
-    struct Row {
+    const double t = EQ_ask_length_tolerance();
+    const struct {
         const char* name;
         int order;
         std::vector<Point> poles;
         bool closed, smooth;
-    };
-    const double t = EQ_ask_length_tolerance();
-    const Row rows[] = {
+    } rows[] = {
         {"open", 3, {{0, 0}, {1, 1}, {2, 0}}, false, false},
         {"kink", 3, {{0, 0}, {1, 1}, {-1, 1}, {0, 0}}, true, false},
         {"just closed", 3, {{0, 0}, {1, 1}, {-1, 1}, {0, 0.9 * t}}, true, false},
@@ -104,7 +103,7 @@ TEST(Spline, ClosedAndSmoothAcrossTheSeam) {
         {"kink just above it", 3, {{0, 0}, {1, 0}, {0, 2}, {-1, 1.1e-7}, {0, 0}}, true, false},
         {"vanishing end derivative", 4, {{0, 0}, {0, 0}, {2, 0}, {1, 2}, {-1, 0}, {0, 0}}, true, true},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const SplinePtr spline = Make(row.order, row.poles);
         EXPECT_EQ(spline->IsClosed(), row.closed);

@@ -12,13 +12,12 @@ TEST(TriangleBox, KnownPlaces) {
     const TriangleBox right(Point(0, 0), Point(4, 0), Point(0, 3));
     const TriangleBox equal(Point(-1, 0), Point(1, 0), Point(0, std::sqrt(3.0)));
     const TriangleBox tiny(Point(0, 0), Point(1e-3, 0), Point(0, 1e-3));
-    struct Row {
+    const struct {
         const char* name;
         const TriangleBox& box;
         Vex::Math::Point3 p;
         bool inside;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"vertex", right, {4, 0, 0}, true},
         {"edge", right, {2, 1.5, 0}, true},
         {"an edge whatever the height", right, {2, 0, 50}, true},
@@ -31,7 +30,7 @@ TEST(TriangleBox, KnownPlaces) {
         {"the fixed limit makes tiny triangles hollow", tiny, {3e-4, 3e-4, 0}, false},
         {"but keeps their edges", tiny, {5e-4, 5e-4, 0}, true},
     };
-    for (const Row& row : rows) // the tolerance is not used
+    for (const auto& row : rows) // the tolerance is not used
         EXPECT_EQ(row.box.IsPointInTriangleBox(row.p, 1e6), row.inside) << row.name;
 }
 

@@ -15,18 +15,17 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 
 TEST(Vector, AngleBetweenIsSignedInHalfOpenInterval) {
-    struct Row {
+    const struct {
         Vector from, to;
         double angle;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {{1, 0}, {0, 1}, kPi / 2}, {{0, 1}, {1, 0}, -kPi / 2},
         {{1, 0}, {0, 0}, 0.0},     {{0, 0}, {1, 0}, 0.0},
         {{1, 0}, {-1, 0}, kPi},    {{-1, 0}, {1, 0}, kPi}, // cross is -0
         {{2e-9, 0}, {0, 1}, 0.0},  {{1, 0}, {-1, -1e-3}, -kPi + std::atan(1e-3)},
         {{3, 3}, {1e6, 1e6}, 0.0},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_NEAR(row.from.AngleBetween(row.to), row.angle, 1e-15) << row.from.x << " " << row.from.y;
     std::mt19937 rng(3);
     std::uniform_real_distribution<double> angle(-kPi, kPi), coordinate(-9, 9);

@@ -31,13 +31,12 @@ HostElement2d Bspline(const std::vector<tagGPosition2d>& poles, const std::vecto
 
 // Each kind runs from its start to its end, whichever way round it was given.
 TEST(HostDocument, ElementsRunFromStartToEnd) {
-    struct Row {
+    const double r = std::sqrt(0.5);
+    const struct {
         const char* name;
         HostElement2d element;
         tagGPosition2d at[3]; // start, middle, end
-    };
-    const double r = std::sqrt(0.5);
-    const Row rows[] = {
+    } rows[] = {
         {"line", LineElement({1, 2}, {5, 4}), {{1, 2}, {3, 3}, {5, 4}}},
         {"arc", ArcElement({1, 0}, {0, 1}, {r, r}), {{1, 0}, {r, r}, {0, 1}}},
         {"clockwise arc", ArcElement({0, 1}, {1, 0}, {r, r}), {{0, 1}, {r, r}, {1, 0}}},
@@ -51,15 +50,14 @@ TEST(HostDocument, ElementsRunFromStartToEnd) {
          Element(kHostElementEllipticArc, {{0, 0}, {4, 0}, {0, -2}, {4, 0}, {-4, 0}}),
          {{4, 0}, {0, -2}, {-4, 0}}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Document document = NewDocument();
         const HostElementId id = AddTo(document, row.element);
         for (int i = 0; i < 3; ++i) {
             tagGPosition2d p{};
             ASSERT_EQ(TesseraHost_EvaluateElement(document.get(), id, 0.5 * i, &p), 0);
-            EXPECT_NEAR(p.x, row.at[i].x, 1e-12);
-            EXPECT_NEAR(p.y, row.at[i].y, 1e-12);
+            ExpectNear(p, row.at[i], 1e-12);
         }
     }
 }
@@ -67,8 +65,7 @@ TEST(HostDocument, ElementsRunFromStartToEnd) {
 TEST(HostDocument, ARationalBSplineIsTheCircleItDescribes) {
     const Document document = NewDocument();
     const std::vector<tagGPosition2d> poles{{1, 0}, {1, 1}, {0, 1}};
-    const std::vector<double> knots{2, 2, 2, 5, 5, 5};
-    const std::vector<double> weights{1, std::sqrt(0.5), 1};
+    const std::vector<double> knots{2, 2, 2, 5, 5, 5}, weights{1, std::sqrt(0.5), 1};
     const HostElementId id = AddTo(document, Bspline(poles, knots, weights));
     for (int i = 0; i <= 8; ++i) {
         tagGPosition2d p{};
@@ -85,10 +82,8 @@ TEST(HostDocument, ARationalBSplineIsTheCircleItDescribes) {
 TEST(HostDocument, RefusesElementsThatAreNone) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const std::vector<tagGPosition2d> poles{{0, 0}, {1, 1}, {2, 0}};
-    const std::vector<double> falling{0, 0, 0, 1, 1, 0.5};
-    const std::vector<double> empty{1, 1, 1, 1, 1, 1};
-    const std::vector<double> good{0, 0, 0, 1, 1, 1};
-    const std::vector<double> badWeights{1, 0, 1};
+    const std::vector<double> falling{0, 0, 0, 1, 1, 0.5}, empty{1, 1, 1, 1, 1, 1};
+    const std::vector<double> good{0, 0, 0, 1, 1, 1}, badWeights{1, 0, 1};
     const HostElement2d bad[] = {
         Element(kHostElementNone, {}),
         Element(77, {{0, 0}, {1, 1}}),
@@ -143,9 +138,8 @@ TEST(HostDocument, EveryFunctionChecksItsArguments) {
                                   TesseraHost_AskConstraintCount(nullptr),
                                   TesseraHost_AskConstraintAt(d, 0, nullptr),
                                   TesseraHost_AskConstraintError(d, 0, nullptr)};
-    for (const std::int32_t code : nulls) {
+    for (const std::int32_t code : nulls)
         EXPECT_EQ(static_cast<std::uint32_t>(code), kPointer);
-    }
     const std::int32_t invalids[] = {TesseraHost_SetView(d, &flat),
                                      TesseraHost_SetPreferences(d, 1, 0),
                                      TesseraHost_RemoveElement(d, line + 1),
@@ -155,9 +149,8 @@ TEST(HostDocument, EveryFunctionChecksItsArguments) {
                                      TesseraHost_EvaluateElement(d, line, 1.01, &p),
                                      TesseraHost_AskConstraintAt(d, 0, &constraint),
                                      TesseraHost_AskConstraintError(d, line, &error)};
-    for (const std::int32_t code : invalids) {
+    for (const std::int32_t code : invalids)
         EXPECT_EQ(static_cast<std::uint32_t>(code), kInvalid);
-    }
     EXPECT_EQ(host.reports.size(), std::size(nulls) + std::size(invalids));
     TesseraHost_DeleteDocument(nullptr);
 }
@@ -277,14 +270,11 @@ TEST(HostDocument, TheViewTurnsThereAndBack) {
     const HostView view{{100, 50}, 4, 1, 0};
     ASSERT_EQ(TesseraHost_SetView(document.get(), &view), 0);
     const tagGPosition2d device{8, 20};
-    tagGPosition2d model{};
-    tagGPosition2d back{};
+    tagGPosition2d model{}, back{};
     ASSERT_EQ(services.DCToModel(nullptr, document.get(), &device, &model), 0);
-    EXPECT_EQ(model.x, 102);
-    EXPECT_EQ(model.y, 45);
+    ExpectNear(model, {102, 45}, 0.0);
     ASSERT_EQ(services.ModelToDC(nullptr, document.get(), &model, &back), 0);
-    EXPECT_EQ(back.x, device.x);
-    EXPECT_EQ(back.y, device.y);
+    ExpectNear(back, device, 0.0);
 }
 
 } // namespace

@@ -106,8 +106,7 @@ TEST(InkCreation, JointsNameTheEndsThatMeet) {
             const double s = isMirrored ? -1 : 1;
             Created made(InkShape::Chain, ~0u);
             made.Add(std::make_unique<Line>(Point(x, 0), Point(x + s * 100, 0.5)));
-            const Point foot(x + s * 100.5, 0);
-            const Point top(x + s * 100.5, 80);
+            const Point foot(x + s * 100.5, 0), top(x + s * 100.5, 80);
             made.Add(isMirrored ? std::make_unique<Arc>(top, foot, Point(foot.x, 40))
                                 : std::make_unique<Arc>(foot, top, Point(foot.x, 40)));
             made.Create();
@@ -149,8 +148,7 @@ TEST(InkCreation, ARetracedElementKeepsItsIdentifierAndDirection) {
     for (const bool isClockwise : {false, true}) {
         for (const bool isKept : {false, true}) {
             Created made(InkShape::Retrace);
-            const tagGPosition2d a{100, 0};
-            const tagGPosition2d b{0, 100};
+            const tagGPosition2d a{100, 0}, b{0, 100};
             const HostElementId id =
                 AddTo(made.document, isClockwise ? ArcElement(b, a, {r, r}) : ArcElement(a, b, {r, r}));
             const HostElement2d drawn = ElementsOf(made.document)[0];

@@ -101,8 +101,7 @@ TEST(InkEntry, TheViewDecidesWhereThingsAre) {
     const Conversion converted(document, RoundInk(200, 100, 80, 80, 6, 366));
     ASSERT_EQ(converted.result.elementCount, 1);
     const HostElement2d circle = ElementsOf(document)[0];
-    EXPECT_NEAR(circle.points[0].x, 1050, 0.5);
-    EXPECT_NEAR(circle.points[0].y, 475, 0.5);
+    ExpectNear(circle.points[0], {1050, 475}, 0.5);
     EXPECT_NEAR(circle.radius, 20, 0.5);
 }
 
@@ -254,11 +253,8 @@ TEST(InkEntry, MissingPointersAreReportedOnce) {
 
 TEST(InkEntry, BadInputIsRefused) {
     const double nan = std::nan("");
-    const tagGPosition2d good[] = {{0, 0}, {50, 1}, {100, 0}};
-    const tagGPosition2d bad[] = {{0, 0}, {nan, 1}, {100, 0}};
-    const double times[] = {0, 1, 2};
-    const double falling[] = {0, 2, 1};
-    const double lost[] = {0, nan, 1};
+    const tagGPosition2d good[] = {{0, 0}, {50, 1}, {100, 0}}, bad[] = {{0, 0}, {nan, 1}, {100, 0}};
+    const double times[] = {0, 1, 2}, falling[] = {0, 2, 1}, lost[] = {0, nan, 1};
     using Change = void (*)(HostInkStroke&, HostInkOptions&, HostInkResult&);
     static const tagGPosition2d* badPoints;
     static const double* fallingTimes;

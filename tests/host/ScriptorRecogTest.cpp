@@ -25,9 +25,8 @@ constexpr double kPi = std::numbers::pi;
 
 Points Sample(int n, const Shape& shape) {
     Points points;
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n; ++i)
         points.push_back(shape(static_cast<double>(i) / (n - 1)));
-    }
     return points;
 }
 Shape Ellipse(InputPoint centre, double a, double b, double turn, double from, double to) {
@@ -48,9 +47,8 @@ struct Recognised {
         ConvertPolyLinePointsTorecognizedAnalyticTypes(points, handles);
     }
     ~Recognised() {
-        for (HostGeometryHandle& handle : handles) {
+        for (HostGeometryHandle& handle : handles)
             TesseraHost_ReleaseHandle(&handle);
-        }
     }
     Recognised(const Recognised&) = delete;
     Recognised& operator=(const Recognised&) = delete;
@@ -68,10 +66,6 @@ tagGPosition2d At(const HostGeometryHandle& handle, double t) {
     tagGPosition2d p{};
     EXPECT_EQ(TesseraHost_EvaluateHandle(&handle, t, &p), 0);
     return p;
-}
-void ExpectNear(const tagGPosition2d& a, const tagGPosition2d& b, double tolerance) {
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
 }
 
 TEST(PolyLineEntry, NothingIsAppendedForInputWithoutACurve) {
@@ -218,10 +212,7 @@ HostGeometryHandle NewHandle(std::uint8_t code) {
 Handles DivisibleHandles() {
     const HostServices services = Tessera::Host::ReferenceHostServices();
     std::int32_t status = 0;
-    const tagGPosition2d a{1, 2};
-    const tagGPosition2d b{5, -1};
-    const tagGPosition2d over{3, 4};
-    const tagGPosition2d under{3, -4};
+    const tagGPosition2d a{1, 2}, b{5, -1}, over{3, 4}, under{3, -4};
     Handles handles{NewHandle(103), NewHandle(116), NewHandle(116), NewHandle(127)};
     services.lineFromPositions(nullptr, handles[0].data, &a, &b, &status);
     services.arcThroughPositions(nullptr, &a, &b, &over, handles[1].data, &status);
@@ -246,16 +237,14 @@ TEST(ReferenceHost, ProjectionInvertsEvaluationAndPiecesRetraceTheWhole) {
             EXPECT_NEAR(parameter, cut, 1e-7);
             ExpectNear(foot, p, 1e-9);
 
-            HostGeometryHandle first;
-            HostGeometryHandle second;
+            HostGeometryHandle first, second;
             services.splitCurve(nullptr, &handle, cut, &first, &second, &status);
             EXPECT_EQ(status, 0);
             EXPECT_EQ(first.data == nullptr, cut < 1e-9);
             EXPECT_EQ(second.data == nullptr, cut > 1 - 1e-9);
             for (const double u : {0.0, 0.4, 1.0}) {
-                if (first.data != nullptr) {
+                if (first.data != nullptr)
                     ExpectNear(At(first, u), At(handle, second.data == nullptr ? u : u * cut), 1e-12);
-                }
                 if (second.data != nullptr) {
                     ExpectNear(At(second, u), At(handle, first.data == nullptr ? u : cut + u * (1 - cut)),
                                1e-12);
@@ -271,9 +260,7 @@ TEST(ReferenceHost, ProjectionInvertsEvaluationAndPiecesRetraceTheWhole) {
 TEST(ReferenceHost, RefusesWhatItCannotAnswer) {
     HostProbe host;
     tagGPosition2d p{7, 7};
-    HostGeometryHandle empty;
-    HostGeometryHandle unfilled = NewHandle(0);
-    HostGeometryHandle line = NewHandle(103);
+    HostGeometryHandle empty, unfilled = NewHandle(0), line = NewHandle(103);
     EXPECT_EQ(static_cast<std::uint32_t>(TesseraHost_EvaluateHandle(nullptr, 0, &p)), 0x80004003u);
     EXPECT_EQ(static_cast<std::uint32_t>(TesseraHost_EvaluateHandle(&empty, 0, &p)), 0x80004003u);
     EXPECT_EQ(static_cast<std::uint32_t>(TesseraHost_EvaluateHandle(&unfilled, 0, &p)), 0x80070057u);

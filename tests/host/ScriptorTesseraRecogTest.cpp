@@ -13,26 +13,24 @@ using namespace Tessera::Host;
 struct FourSides {
     SideSegment sides[4];
     explicit FourSides(const tagGPosition2d (&corners)[4]) {
-        for (int i = 0; i < 4; ++i) {
+        for (int i = 0; i < 4; ++i)
             sides[i] = {corners[i], corners[(i + 1) % 4]};
-        }
     }
 };
 
 TEST(RectangleGate, TellsNearRectanglesFromOtherShapes) {
-    struct Row {
+    const struct {
         const char* name;
         tagGPosition2d corners[4];
         bool isCandidate;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"hand-drawn rectangle", {{0, 0}, {200, 8}, {190, 110}, {-6, 100}}, true},
         {"the other way round", {{-6, 100}, {190, 110}, {200, 8}, {0, 0}}, true},
         {"exactly parallel sides are not taken", {{0, 0}, {200, 0}, {200, 100}, {0, 100}}, false},
         {"a corner of 50 degrees", {{0, 0}, {200, 8}, {330, 110}, {130, 100}}, false},
         {"bow tie", {{0, 0}, {200, 100}, {200, 0}, {0, 103}}, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(IsRectangleCandidate(FourSides(row.corners).sides), row.isCandidate);
     }
@@ -42,8 +40,7 @@ TEST(RectangleGate, CornersAreJudgedStrictlyBetween60And120Degrees) {
     // A parallelogram, one corner moved a little so that no sides are exactly parallel.
     for (const double angleDeg : {57.0, 63.0, 117.0, 123.0}) {
         SCOPED_TRACE(angleDeg);
-        const double a = angleDeg * 3.141592653589793 / 180;
-        const double dx = 150 * std::cos(a);
+        const double a = angleDeg * 3.141592653589793 / 180, dx = 150 * std::cos(a);
         const double dy = 150 * std::sin(a);
         const FourSides shape({{0, 0}, {200, 0}, {200 + dx, dy}, {dx + 1.5, dy + 1.5}});
         EXPECT_EQ(IsRectangleCandidate(shape.sides), angleDeg > 60 && angleDeg < 120);
@@ -52,8 +49,7 @@ TEST(RectangleGate, CornersAreJudgedStrictlyBetween60And120Degrees) {
 
 TEST(RectangleConstruction, RebuildsATurnedRectangleFromNoisySides) {
     std::mt19937 rng(20240611);
-    std::uniform_real_distribution<double> noise(-1.5, 1.5);
-    std::uniform_real_distribution<double> turn(0, 6.28);
+    std::uniform_real_distribution<double> noise(-1.5, 1.5), turn(0, 6.28);
     for (int trial = 0; trial < 50; ++trial) {
         SCOPED_TRACE(trial);
         const double angle = turn(rng);
@@ -109,9 +105,8 @@ TEST(ConstructListBuilding, EntriesFollowTheDrawing) {
             const double angle = 1.5707963267948966 * i / 60;
             points.push_back({100 + 100 * std::sin(angle), s * (100 - 100 * std::cos(angle))});
         }
-        for (int i = 1; i <= 60; ++i) {
+        for (int i = 1; i <= 60; ++i)
             points.push_back({200 - 3.0 * i, s * 100});
-        }
         BuildConstructList(points, list, nullptr);
         ASSERT_EQ(list.size(), 2u);
         EXPECT_EQ(list[0].kind, ConstructKind_OpenArc);

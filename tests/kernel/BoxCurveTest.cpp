@@ -87,13 +87,12 @@ TEST(BoxCurve, HoldsEveryFormTightly) {
 TEST(BoxCurve, Dimensions) {
     const double p[3] = {1, 2, 3};
     std::mt19937 rng(53);
-    struct Row {
+    const struct {
         const char* name;
         RecordPtr c;
         double from, to;
         int dimension;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"point", RecordPtr(ev02p0(p)), 0, 0, 0},
         {"line", Line(0, 0, 3, 4), 0, 1, 1},
         {"line of no length", Line(1, 1, 1, 1), 0, 1, 0},
@@ -106,7 +105,7 @@ TEST(BoxCurve, Dimensions) {
         {"place on a B-curve", Bcurve(3, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}}), 0.5, 0.5, 0},
         {"B-curve in space", RandomOpen(rng, 4, 7, true), 0, 1, 3},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(BoxOf(row.c, row.from, row.to).dimension, row.dimension) << row.name;
     KC_CURVE_struct_s odd{nullptr, 4, 0, 1, 0};
     Box box;
@@ -119,10 +118,9 @@ TEST(BoxCurve, ArcsUpToHalfATurnLieAlongTheirChord) {
         const Box box = BoxOf(Arc(0, 0, 2, 0.2, 0.2 + sweep), 0.2, 0.2 + sweep);
         const double half = sweep / 2, area = std::hypot(box.half[0][0], box.half[0][1]) *
                                               std::hypot(box.half[1][0], box.half[1][1]);
-        if (sweep <= kPi) {
+        if (sweep <= kPi)
             EXPECT_NEAR(area, 2 * std::sin(half) * (1 - std::cos(half)), 1e-12); // chord and sagitta, halved
-        } else {
+        else
             EXPECT_EQ(box.half[0][1], 0.0) << "along the axes of the plane";
-        }
     }
 }

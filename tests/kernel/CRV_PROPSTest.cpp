@@ -68,12 +68,11 @@ TEST(ArcLength, KnownLengths) {
     const RecordPtr cusp = Bcurve(4, {{0, 0, 1}, {2, 2, 1}, {0, 2, 1}, {2, 0, 1}});
     const RecordPtr parabola = Bcurve(3, {{0, 0, 1}, {1, 2, 1}, {2, 0, 1}});
     const double parabolaLength = std::sqrt(5.0) + std::asinh(2.0) / 2;
-    struct Row {
+    const struct {
         const char* name;
         RecordPtr c;
         double from, to, length;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"segment", Line(1, 1, 4, 5), 0, 1, 5},
         {"beyond its ends", Line(1, 1, 4, 5), -1, 2, 15},
         {"empty range", Line(1, 1, 4, 5), 0.5, 0.5, 0},
@@ -88,7 +87,7 @@ TEST(ArcLength, KnownLengths) {
         // Half of it is smooth up to the tip; mirror images.
         {"cusp", Copy(cusp), 0, 1, 2.0 * static_cast<double>(SpeedIntegral(cusp, 0, 0.5L))},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_NEAR(Length(row.c, row.from, row.to), row.length, 1e-12 * row.length) << row.name;
 }
 

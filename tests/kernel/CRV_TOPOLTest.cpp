@@ -155,13 +155,12 @@ TEST(Intersect, AgreesWithBruteForceOnHardBCurves) {
 TEST(Intersect, KnownPairs) {
     const RecordPtr parabola = Bcurve(3, {{0, 0, 1}, {1, 2, 1}, {2, 0, 1}}); // top (1, 1)
     const RecordPtr roof = Bcurve(2, {{0, 0, 1}, {1, 1, 1}, {2, 0, 1}});
-    struct Row {
+    struct {
         const char* name;
         RecordPtr a, b;
         int count, tangents;
         CRV_TOPOL_extent_t extent = CRV_TOPOL_BOUNDED;
-    };
-    Row rows[] = {
+    } rows[] = {
         {"segments that only meet when extended", Line(0, 0, 1, 1), Line(3, 0, 2, 1), 0, 0},
         {"their carriers", Line(0, 0, 1, 1), Line(3, 0, 2, 1), 1, 0, CRV_TOPOL_CARRIER},
         {"end to end in one line", Line(0, 0, 1, 0), Line(1, 0, 3, 0), 1, 1},
@@ -204,7 +203,7 @@ TEST(Intersect, KnownPairs) {
          Bcurve(2, {{0.09, -1, 1}, {0.09, 0.1, 1}, {0, 0, 1}}), 2, 0},
         {"corner to corner", Bcurve(2, {{0, 2, 1}, {1, 1, 1}, {2, 3, 1}}), Copy(roof), 1, 0},
     };
-    for (Row& row : rows) {
+    for (auto& row : rows) {
         SCOPED_TRACE(row.name);
         for (const double scale : {1.0, 1e-3, 1e5}) { // and moved away from the origin
             double m[3][3] = {{0.8, -0.6, 0}, {0.6, 0.8, 0}, {0, 0, 1}}, v[3] = {0.3, -0.2, 0};

@@ -25,13 +25,12 @@ CRV_TOPOL_state_t Mirrored(CRV_TOPOL_state_t s) {
 }
 
 TEST(Overlap, KnownPairs) {
-    struct Row {
+    struct {
         const char* name;
         RecordPtr a, b;
         CRV_TOPOL_state_t state;
         double a0 = -9, a1 = -9, b0 = -9, b1 = -9;
-    };
-    Row rows[] = {
+    } rows[] = {
         {"segments that overlap", Line(0, 0, 4, 0), Line(1, 0, 5, 0), CRV_TOPOL_PARTIAL, 0.25, 1, 0, 0.75},
         {"the other way round", Line(0, 0, 4, 0), Line(5, 0, 1, 0), CRV_TOPOL_PARTIAL, 0.25, 1, 1, 0.25},
         {"inside", Line(0, 0, 4, 0), Line(1, 0, 3, 0), CRV_TOPOL_CONTAINS, 0.25, 0.75, 0, 1},
@@ -58,7 +57,7 @@ TEST(Overlap, KnownPairs) {
          0.5, 2.5},
         {"ellipse beside a circle", Ellipse(1, 1, 3, 2.9, 0.5, 0, 2), Arc(1, 1, 3), CRV_TOPOL_SEPARATE},
     };
-    for (Row& row : rows) {
+    for (auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Overlap o = Find(row.a, row.b);
         EXPECT_TRUE(o.status == 0 && o.state == row.state);

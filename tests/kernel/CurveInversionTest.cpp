@@ -34,8 +34,7 @@ double SampledDistance(const RecordPtr& c, Xy p, double lo, double hi) {
 
 struct Found {
     int state = 0;
-    double t = 0.0, distance = 0.0;
-    double foot[3] = {}, tangent[3] = {};
+    double t = 0.0, distance = 0.0, foot[3] = {}, tangent[3] = {};
 };
 
 Found Invert(const RecordPtr& c, Xy p, bool bounded) {
@@ -84,23 +83,21 @@ TEST(CurveInversion, NamedPlaces) {
     const RecordPtr kink =
         Bcurve(3, {{0, 0, 1}, {1, 0, 1}, {2, 2, 1}, {3, 0, 1}, {4, 0, 1}}, {0, 0, 0, 1, 1, 2, 2, 2});
     const RecordPtr heap = Bcurve(4, {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}});
-    const RecordPtr thin = Ellipse(0, 0, 1000, 1, 0);
-    const RecordPtr part = Ellipse(0, 0, 4, 2, 0, 0.2, kPi - 0.5);
+    const RecordPtr thin = Ellipse(0, 0, 1000, 1, 0), part = Ellipse(0, 0, 4, 2, 0, 0.2, kPi - 0.5);
     const RecordPtr arc = Arc(1, 1, 2, 5.0, 7.0);
     const double inner = std::acos(500.0 * 1000 / (1e6 - 1)),
                  innerDistance = std::sqrt(1 - 250000.0 / (1e6 - 1));
     const double toPart = Distance({-9, -9}, {-4 * std::cos(0.5), 2 * std::sin(0.5)});
     const double toArc = Distance({1, 5}, At(arc, 7.0));
     const RecordPtr line = Line(1, 1, 4, 5), dot = Line(1, 1, 1, 1);
-    struct Row {
+    const struct {
         const char* name;
         const RecordPtr& c;
         Xy p;
         bool bounded;
         int state;
         double t, distance;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"tip of a cusp from above", cusp, {1, 3}, false, kInversionInside, 0.5, 1.5},
         {"axis of a loop", loop, {1, 5}, false, kInversionInside, 0.5, 5.0 - 2.25},
         {"kink from above", kink, {2, 9}, false, kInversionInside, 0.5, 7.0},
@@ -118,7 +115,7 @@ TEST(CurveInversion, NamedPlaces) {
         {"line of no length", dot, {4, 5}, false, kInversionAtEnd, 0.0, 5.0},
         {"centre of an arc", arc, {1, 1}, true, kInversionAmbiguous, 5.0, 2.0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Found found = Invert(row.c, row.p, row.bounded);
         EXPECT_EQ(found.state, row.state);

@@ -8,8 +8,7 @@ using namespace records;
 namespace {
 
 struct Map {
-    double m[3][3];
-    double v[3];
+    double m[3][3], v[3];
 
     RecordPtr operator()(const RecordPtr& c) { return RecordPtr(evcrvx(c.get(), m, v)); }
     std::vector<double> operator()(const std::vector<double>& p) const {

@@ -66,14 +66,13 @@ long double PrattResidual(const Points2& pts, long double cx, long double cy, lo
 }
 
 TEST(LineFit, KnownLines) {
-    struct Row {
+    const double h = std::sqrt(0.5);
+    const struct {
         const char* name;
         Points2 pts;
         int status;
         double nx, ny;
-    };
-    const double h = std::sqrt(0.5);
-    const Row rows[] = {
+    } rows[] = {
         {"horizontal", {{0, 5}, {1, 5}, {9, 5}}, 0, 0, 1},
         {"vertical, far away", {{1e6, 0}, {1e6, 1}, {1e6, 4}}, 0, 1, 0},
         {"two points", {{1, 1}, {2, 2}}, 0, h, -h},
@@ -84,7 +83,7 @@ TEST(LineFit, KnownLines) {
         {"just coincident", {{0, 0}, {1.99e-6, 0}}, 1, 0, 0},
         {"just apart", {{0, 0}, {2.01e-6, 0}}, 0, 1, 0}, // both eigenvalues count as 0: the first one wins
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const LineFit fit = FitLine(row.pts);
         EXPECT_EQ(fit.status, row.status);
@@ -124,14 +123,13 @@ TEST(LineFit, NoScannedLineIsBetter) {
 }
 
 TEST(CircleFit, ExactCircles) {
-    struct Row {
+    const struct {
         const char* name;
         Point2 centre;
         double radius, sweep;
         int n;
         double tol; // of the radius
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"full", {3, 4}, 10, kTau * 11 / 12, 12, 1e-12},
         {"closed stroke", {3, 4}, 10, kTau, 33, 1e-12},
         {"small closed stroke", {3e-3, 4e-3}, 1e-3, kTau, 100, 1e-12},
@@ -143,7 +141,7 @@ TEST(CircleFit, ExactCircles) {
         {"very many points", {3, 4}, 10, kTau, 300000, 1e-9},
         {"far from the origin", {1e6, -1e6}, 1, kTau, 64, 1e-8},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         for (double start : {0.0, 1.0, 4.0}) {
             SCOPED_TRACE(testing::Message() << row.name << " from " << start);
             const CircleFit fit = FitCircle(CirclePoints(row.centre, row.radius, start, row.sweep, row.n));

@@ -48,14 +48,13 @@ double SumOfSquares(const Points2& pts, const EllipseFit& e) {
 }
 
 TEST(EllipseFit, ExactEllipses) {
-    struct Row {
+    const struct {
         const char* name;
         Point2 centre;
         double a, b, angle, sweep;
         int n;
         double tol; // of a
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"full", {3, 4}, 5, 2, 0.5, kTau, 60, 1e-13},
         {"five points", {3, 4}, 5, 2, 2.9, 0.8 * kTau, 5, 1e-11},
         {"steep", {3, 4}, 5, 2, std::numbers::pi / 2, kTau, 60, 1e-13},
@@ -66,7 +65,7 @@ TEST(EllipseFit, ExactEllipses) {
         {"far away", {1e6, 1e6}, 5, 2, 0.5, kTau, 60, 1e-9},
         {"more points than samples", {3, 4}, 5, 2, 0.5, kTau, 5000, 1e-13},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const EllipseFit fit =
             FitEllipse(EllipsePoints(row.centre, row.a, row.b, row.angle, 0.4, row.sweep, row.n));

@@ -39,26 +39,25 @@ TEST(PNTLST, ThinningKeepsEndsExtremesAndTurns) {
         line.push_back({1.0 * i, 0.5 * i, 0.1 * i});
     for (int i = 0; i <= 10; ++i)
         thereAndBack.push_back({i <= 6 ? 1.0 * i : 12.0 - i, 0, 0});
-    struct Row {
+    const struct {
         const char* name;
         std::vector<Point3> points;
         int window;
         double tol;
         std::size_t kept;
-    };
-    const Row rows[] = {{"ends of a line", line, 100, 0.0, 2},
-                        {"every second one", line, 3, 0.1, 6},
-                        {"turning point", thereAndBack, 100, 0.1, 3},
-                        {"turning points inside the extent",
-                         {{0, 0, 0}, {10, 0, 0}, {-5, 0, 0}, {3, 0, 0}, {-20, 0, 0}},
-                         9,
-                         0.0,
-                         5},
-                        {"nothing", {}, 5, 1, 0},
-                        {"one", {{1, 1, 1}}, 5, 1, 1},
-                        {"both ends, though equal", {{1, 1, 1}, {1, 1, 1}}, 5, 1, 2},
-                        {"the bump is the highest point", {{0, 0, 0}, {1, 0.5, 0}, {2, 0, 0}}, 5, 0.6, 3}};
-    for (const Row& row : rows)
+    } rows[] = {{"ends of a line", line, 100, 0.0, 2},
+                {"every second one", line, 3, 0.1, 6},
+                {"turning point", thereAndBack, 100, 0.1, 3},
+                {"turning points inside the extent",
+                 {{0, 0, 0}, {10, 0, 0}, {-5, 0, 0}, {3, 0, 0}, {-20, 0, 0}},
+                 9,
+                 0.0,
+                 5},
+                {"nothing", {}, 5, 1, 0},
+                {"one", {{1, 1, 1}}, 5, 1, 1},
+                {"both ends, though equal", {{1, 1, 1}, {1, 1, 1}}, 5, 1, 2},
+                {"the bump is the highest point", {{0, 0, 0}, {1, 0.5, 0}, {2, 0, 0}}, 5, 0.6, 3}};
+    for (const auto& row : rows)
         EXPECT_EQ(Thin(row.points, row.window, row.tol).size(), row.kept) << row.name;
     EXPECT_TRUE(Thin(line, 3, 0.1)[1].z == 0.2 && Thin(thereAndBack, 100, 0.1)[1].x == 6);
 }

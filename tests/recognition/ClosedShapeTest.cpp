@@ -51,8 +51,7 @@ TEST(CloseRoundStroke, CirclesAndEllipsesFromAnyStartInEitherSense) {
                 const Answer answer = RecognizedAndClosed(drawn);
                 const Curve* curve = answer.ClosedCurve(drawn);
                 ASSERT_NE(curve, nullptr);
-                double r1 = 0.0;
-                double r2 = 0.0;
+                double r1 = 0.0, r2 = 0.0;
                 if (ratio < 0.88) {
                     ASSERT_EQ(curve->GetType(), CurveType_Ellipse);
                     static_cast<const Ellipse&>(*curve).AskRadii(r1, r2);

@@ -69,14 +69,12 @@ TEST(InkInterpretation, RefusesSamplesThatAreNotFinite) {
 }
 
 TEST(InkInterpretation, TellsPlainShapes) {
-    struct Row {
+    const struct {
         const char* name;
         InkStroke ink;
         InkShape shape;
-        std::size_t curves;
-        std::size_t joints;
-    };
-    const Row rows[] = {
+        std::size_t curves, joints;
+    } rows[] = {
         {"line", DrawThrough({{0, 0}, {80, 33}}, false), InkShape::Line, 1, 0},
         {"corner", DrawThrough({{0, 0}, {80, 33}, {90, -50}}, false), InkShape::Polyline, 2, 1},
         {"bracket", DrawThrough({{50, 0}, {0, 3}, {2, 90}, {52, 88}}, false), InkShape::Polyline, 3, 2},
@@ -90,7 +88,7 @@ TEST(InkInterpretation, TellsPlainShapes) {
         {"ellipse", DrawRound(80, 40, 370, 0.05), InkShape::Ellipse, 1, 0},
         {"arc", DrawRound(50, 50, 150, 0.0), InkShape::Arc, 1, 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const InkReading reading = Read(row.ink);
         EXPECT_EQ(reading.shape, row.shape);

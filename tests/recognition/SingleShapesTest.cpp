@@ -44,8 +44,7 @@ TEST(AngularCover, AgreesWithSortingTheAngles) {
     int judged = 0;
     for (int trial = 0; trial < 3000; ++trial) {
         SCOPED_TRACE(trial);
-        const double start = kTurn * unit(rng);
-        const double sweep = kTurn * unit(rng);
+        const double start = kTurn * unit(rng), sweep = kTurn * unit(rng);
         AngularCover cover;
         std::vector<double> angles;
         for (auto n = 1 + rng() % 200; n > 0; --n) {

@@ -52,12 +52,6 @@ TEST(SketchRecognizerPreferences, Defaults) {
 // Each checked scalar setter, at the ends of its range and just outside them; NaN is outside all.
 TEST(SketchRecognizerPreferences, CheckedScalars) {
     using P = Prefs;
-    struct Row {
-        const char* message;
-        void (P::*set)(double);
-        double (P::*get)() const;
-        double lowest, highest, below, above;
-    };
     const double tol = EQ_ask_length_tolerance(), tiny = std::numeric_limits<double>::denorm_min();
     const double below45 = std::nextafter(45.0, 0.0), above180 = std::nextafter(180.0, 200.0);
     const double above1 = std::nextafter(1.0, 2.0), huge = 1e300;
@@ -65,7 +59,12 @@ TEST(SketchRecognizerPreferences, CheckedScalars) {
                *angle = "Invalid snap angle threshold specified",
                *gap = "Invalid snap distance threshold specified",
                *least = "Invalid minimum tolerance specified";
-    const Row rows[] = {
+    const struct {
+        const char* message;
+        void (P::*set)(double);
+        double (P::*get)() const;
+        double lowest, highest, below, above;
+    } rows[] = {
         {"Invalid speed 1 ratio specified", &P::SetSpeed1Ratio, &P::AskSpeed1Ratio, tiny, 1, 0, above1},
         {"Invalid speed 2 ratio specified", &P::SetSpeed2Ratio, &P::AskSpeed2Ratio, tiny, huge, 0, kNaN},
         {turn, &P::SetTangentAngleThreshold, &P::AskTangentAngleThreshold, tiny, 180, 0, above180},
@@ -77,7 +76,7 @@ TEST(SketchRecognizerPreferences, CheckedScalars) {
         {least, &P::SetMinimumRecognitionTolerance, &P::AskMinimumRecognitionTolerance, -tol, 5 + tol / 2,
          -1.1 * tol, kNaN},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.message);
         Prefs prefs;
         for (const double good : {row.lowest, row.highest}) {

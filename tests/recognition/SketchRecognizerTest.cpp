@@ -48,14 +48,13 @@ SketchRecognizerAccess Straight(SketchRecognizer& recognizer, double length) {
 // Zoom and page shrink every absolute tolerance; the spline's and the minimum do not follow the speed factor.
 TEST(RecognizerMeasures, TolerancesFollowSchemeAndDrawingContext) {
     using Prefs = SketchRecognizerPreferences;
-    struct Row {
+    const struct {
         int scheme;
         bool isZoomed;
         double length;
         std::vector<double> expected;
         double closing; // of the hundred segments the last does not count
-    };
-    const Row rows[] = {
+    } rows[] = {
         {Prefs::ToleranceScheme_Mixed, false, 100.0, {5, 4, 5, 2.5}, 12.375},
         {Prefs::ToleranceScheme_Mixed, false, 1000.0, {20, 40, 40, 5}, 20.0},
         {Prefs::ToleranceScheme_Mixed, false, 10.0, {2.5, 2.5, 2.5, 2.5}, 2.5},
@@ -65,7 +64,7 @@ TEST(RecognizerMeasures, TolerancesFollowSchemeAndDrawingContext) {
         {Prefs::ToleranceScheme_Mixed, true, 1.0, {0.25, 0.25, 0.25, 0.25}, 0.25},
         {Prefs::ToleranceScheme_Relative, true, 1000.0, {50, 40, 50, 25}, 123.75},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SketchRecognizer recognizer;
         const SketchRecognizerAccess access = Straight(recognizer, row.length);
         recognizer.AskPreferences()->SetToleranceScheme(row.scheme);
@@ -305,8 +304,7 @@ TEST(RecognizedGeometry, KeyIndicesAreTheFarthestSamples) {
 }
 
 TEST(RecognizedGeometry, Equality) {
-    Line line(Point(0, 0), Point(10, 0));
-    Line other(Point(0, 0), Point(10, 0));
+    Line line(Point(0, 0), Point(10, 0)), other(Point(0, 0), Point(10, 0));
     const RecognizedGeometry base(line, 5, 1, 9, 0.1, nullptr);
     EXPECT_TRUE(base == RecognizedGeometry(line, 5, 1, 9, 0.1 + 5e-9, nullptr));
     for (const RecognizedGeometry& different :

@@ -26,25 +26,23 @@ TEST(CurveStroke, ByLengthSpacesSamplesEvenly) {
     const Line line(Point(1, 1), Point(4, 5));
     const auto ellipse = Testing::MakeEllipse(Point(3, 4), 9.0, 1.0, 0.4, 0.0, 2 * std::numbers::pi);
     const auto hairpin = Testing::MakeSpline(4, {{0, 0}, {4, 0}, {4, 0}, {0, 0}}); // speed 0 half-way
-    struct Row {
+    const struct {
         const Curve* curve;
         double t0, t1;
-    };
-    const Row rows[] = {{&line, 0.2, 1.0},
-                        {ellipse.get(), 0.3, 6.0},
-                        {&spline, 0.0, 1.0},
-                        {&spline, 0.9, 0.1},
-                        {hairpin.get(), 0.0, 1.0}};
+    } rows[] = {{&line, 0.2, 1.0},
+                {ellipse.get(), 0.3, 6.0},
+                {&spline, 0.0, 1.0},
+                {&spline, 0.9, 0.1},
+                {hairpin.get(), 0.0, 1.0}};
     constexpr int kSamples = 12, kSteps = 200000;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.curve->GetType() << " from " << row.t0);
         std::vector<Point> walk;
         std::vector<double> reached = {0.0};
         for (int i = 0; i <= kSteps; ++i) {
             walk.push_back(row.curve->GetPointAtParameter(row.t0 + (row.t1 - row.t0) * i / kSteps, false));
-            if (i > 0) {
+            if (i > 0)
                 reached.push_back(reached.back() + walk[i].Distance(walk[i - 1]));
-            }
         }
         const StrokePtr stroke(row.curve->CreateStroke(row.t0, row.t1, kSamples, true));
         ASSERT_EQ(stroke->AskNumberOfPoints(), kSamples);

@@ -49,19 +49,18 @@ TEST(UpSampling, KeepsTheSamplesAndDividesTheSegmentsEvenly) {
 }
 
 TEST(CumulativeAngle, SumsSignedTurns) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<Point> points;
         double degrees;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"two points", {{0, 0}, {5, 0}}, 0},
         {"left turn", {{0, 0}, {5, 0}, {5, 5}}, 90},
         {"right turn", {{0, 0}, {5, 0}, {5, -5}}, -90},
         {"left and right cancel", {{0, 0}, {5, 0}, {5, 5}, {10, 5}}, 0},
         {"a reversal has no sense", {{0, 0}, {5, 0}, {1, 0}}, 0},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         EXPECT_NEAR(StrokeThrough(row.points).ComputeCummulativeAngle(), row.degrees, 1e-9) << row.name;
     Stroke fine;
     for (int i = 0; i <= 1000000; ++i) {
@@ -79,13 +78,12 @@ std::vector<double> SpeedsOf(std::vector<double> x, std::vector<double> duration
 }
 
 TEST(Speeds, AreDistancesOverTheNeighbouringDurations) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<double> x, durations;
         double scale;
         std::vector<double> speeds;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"plain",
          {0, 10, 21, 33, 44, 54},
          {1, 1, 1.1, 1, 0.9},
@@ -110,7 +108,7 @@ TEST(Speeds, AreDistancesOverTheNeighbouringDurations) {
         {"no sample has a known speed", {5, kNan, 9}, {0, 2}, 1, {0, 0, 0}},
         {"too short for a finite speed", {5, 5, 9}, {5e-324, 5e-324}, 1, {0, 0, 0}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const std::vector<double> speeds = SpeedsOf(row.x, row.durations, row.scale);
         for (std::size_t i = 0; i < row.speeds.size(); ++i)
@@ -245,17 +243,16 @@ TEST(Cusps, AreTheInnerCornersOfAZigzag) {
 }
 
 TEST(Cusps, TraverseTimesFallBackFromTheEndSpeedsToTheMeanToTheDistance) {
-    struct Row {
+    // Five samples one unit apart: distance 4 over the window.
+    const struct {
         const char* name;
         double atEnds, between, time;
-    };
-    // Five samples one unit apart: distance 4 over the window.
-    const Row rows[] = {
+    } rows[] = {
         {"mean of the end speeds", 2, 9, 2.0},
         {"stroke's mean speed", 0, 10, 4.0 / 6},
         {"at rest", 0, 0, 4.0},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         Stroke stroke = StrokeThrough({{0, 0}, {1, 0}, {2, 0}, {3, 0}, {4, 0}}, row.between);
         stroke.AssignPoint(StrokePoint(0, 0, 1.5 * row.atEnds), 0);

@@ -41,9 +41,8 @@ Stroke Ramp(int n) {
 
 std::vector<double> XsOf(const Stroke& stroke) {
     std::vector<double> xs;
-    for (const StrokePoint& point : stroke.GetPoints()) {
+    for (const StrokePoint& point : stroke.GetPoints())
         xs.push_back(point.x);
-    }
     return xs;
 }
 
@@ -53,9 +52,8 @@ void ExpectSameBox(const BoundingBox& a, const BoundingBox& b) {
     a.AskCorners(&countA, cornersA);
     b.AskCorners(&countB, cornersB);
     ASSERT_EQ(countA, countB);
-    for (int i = 0; i < countA; ++i) {
+    for (int i = 0; i < countA; ++i)
         EXPECT_NEAR(Point(cornersA[i]).Distance(Point(cornersB[i])), 0.0, 1e-12);
-    }
 }
 
 TEST(Stroke, ConstructionFromArrays) {
@@ -142,11 +140,10 @@ TEST(Stroke, SubStrokesAndSplinesTakeARange) {
 
 TEST(Stroke, ExtractCutsAtIndexParameters) {
     const Stroke stroke = Ramp(11); // sample i at parameter i / 10
-    struct Row {
+    const struct {
         double t0, t1;
         std::vector<double> xs; // empty: null
-    };
-    const Row rows[] = {
+    } rows[] = {
         {0.25, 0.45, {2.5, 3, 4, 4.5}},
         {0.2, 0.35, {2, 3, 3.5}},              // the sample after the cut counts
         {0.25, 0.4, {}},                       // only samples 3 and 4
@@ -159,7 +156,7 @@ TEST(Stroke, ExtractCutsAtIndexParameters) {
         {NAN, 0.5, {}},
         {0.1, NAN, {}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.t0 << " to " << row.t1);
         double params[2] = {row.t0, row.t1};
         const StrokePtr part(stroke.Extract(params));
@@ -243,13 +240,12 @@ TEST(Stroke, ChangesAreReportedMarkTheBoxAndReachTheDistance) {
     Stroke stroke = StrokeThrough(RandomWalk(rng, 60));
     const Stroke tail = StrokeThrough(RandomWalk(rng, 5));
     double turn[3][3] = {{0, -1, 2}, {1, 0, 1}, {0, 0, 1}};
-    struct Row {
+    const struct {
         const char* name;
         std::function<void()> change;
         int reports;
         bool marks; // the box as outdated
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"nothing", [] {}, 0, false},
         {"AddPoint", [&] { stroke.AddPoint(StrokePoint(10, 10, 0)); }, 1, true},
         {"AssignPoint", [&] { stroke.AssignPoint(StrokePoint(-10, 10, 0), 3); }, 1, true},
@@ -263,7 +259,7 @@ TEST(Stroke, ChangesAreReportedMarkTheBoxAndReachTheDistance) {
         {"Replace", [&] { stroke.Replace(StrokePtr(tail.Copy()).get()); }, 1, true},
         {"assignment", [&] { stroke = Ramp(9); }, 0, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         stroke.UpdateBoundingBox();
         ChangeLog log;

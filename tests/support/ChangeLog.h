@@ -23,9 +23,8 @@ public:
         callbacks.getContext = [](void*) { return kContext; };
         callbacks.logChange = [this](std::int64_t context, Core::TaggedObject* object, std::int32_t kind) {
             entries.push_back({context, object, kind});
-            if (onChange) {
+            if (onChange)
                 onChange();
-            }
         };
         callbacks.askDigits = [this](std::int64_t context) { return context == kContext ? unitCode : -1; };
         Core::TesseraCore_InitCallbacks(&callbacks);
@@ -40,9 +39,8 @@ public:
     /// Number of reports about the object since the last call, all of which are then forgotten.
     int Take(const Core::TaggedObject& object) {
         int count = 0;
-        for (const Entry& entry : entries) {
+        for (const Entry& entry : entries)
             count += entry.object == &object ? 1 : 0;
-        }
         entries.clear();
         return count;
     }

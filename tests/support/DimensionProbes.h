@@ -4,19 +4,35 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
+#include <memory>
 #include <numbers>
 #include <string>
 #include <vector>
 
 #include "tessera/dimension/AngularDimension.h"
-#include "tessera/dimension/LengthDimension.h"
+#include "tessera/dimension/HorizontalDimension.h"
+#include "tessera/dimension/LinearDimension.h"
 #include "tessera/dimension/MoveDimDeco.h"
 #include "tessera/dimension/RadialDimension.h"
+#include "tessera/dimension/VerticalDimension.h"
+#include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/geometry/XYBox.h"
+#include "tests/support/ChangeLog.h"
+#include "tests/support/ExpectNear.h"
 
 namespace Tessera::Testing {
 
+using namespace Dimension;
+using Geometry::Arc;
+using Geometry::Curve;
+using Geometry::Line;
 using Geometry::Point;
+using Geometry::Vector;
+using Geometry::XYBox;
+using CurveList = std::vector<Curve*>;
+using Points = std::vector<Point>;
 
 inline Point Polar(double radius, double angleDeg) {
     const double a = angleDeg * std::numbers::pi / 180.0;
@@ -40,31 +56,24 @@ struct Corner {
           second(FromCentre(to, at + angle), FromCentre(from, at + angle)),
           dim(&first, &second, FromCentre(reach, at), FromCentre(reach, at + angle), 9.0, 4.0) {}
 
-    Geometry::Line first, second;
-    Dimension::AngularDimension dim;
+    Line first, second;
+    AngularDimension dim;
 };
 
-inline void ExpectNear(const Point& actual, const Point& expected, double tol = 1e-9,
-                       const std::string& what = "") {
-    EXPECT_NEAR(actual.x, expected.x, tol) << what;
-    EXPECT_NEAR(actual.y, expected.y, tol) << what;
-}
-
 /// Points of one side; a radial dimension has them on side 1.
-inline std::vector<Point> DecorationOf(const Dimension::DimensionBase& dim, int side) {
-    const Dimension::DimDeco* deco = nullptr;
-    if (const auto* length = dynamic_cast<const Dimension::LengthDimension*>(&dim))
+inline std::vector<Point> DecorationOf(const DimensionBase& dim, int side) {
+    const DimDeco* deco = nullptr;
+    if (const auto* length = dynamic_cast<const LengthDimension*>(&dim))
         deco = length->GetLengthDimDeco(side);
-    else if (const auto* angular = dynamic_cast<const Dimension::AngularDimension*>(&dim))
+    else if (const auto* angular = dynamic_cast<const AngularDimension*>(&dim))
         deco = angular->GetAngularDimDeco(side);
-    else if (const auto* radial = dynamic_cast<const Dimension::RadialDimension*>(&dim))
+    else if (const auto* radial = dynamic_cast<const RadialDimension*>(&dim))
         deco = side == 1 ? radial->GetRadialDimDeco() : nullptr;
     return deco != nullptr ? deco->GetPoints() : std::vector<Point>();
 }
 
 /// Everything that an update computes, side by side.
-inline void ExpectSamePlacement(const Dimension::DimensionBase& a, const Dimension::DimensionBase& b,
-                                double tol) {
+inline void ExpectSamePlacement(const DimensionBase& a, const DimensionBase& b, double tol) {
     EXPECT_NEAR(a.GetAnnotation(), b.GetAnnotation(), tol);
     EXPECT_NEAR(a.GetTextHeightOffset(), b.GetTextHeightOffset(), tol);
     EXPECT_NEAR(a.GetTextWidthOffset(), b.GetTextWidthOffset(), tol);
@@ -79,16 +88,16 @@ inline void ExpectSamePlacement(const Dimension::DimensionBase& a, const Dimensi
     }
 }
 
-inline Point TextMiddle(const Dimension::DimensionBase& dim) {
+inline Point TextMiddle(const DimensionBase& dim) {
     std::vector<Point> box;
     dim.GetOrientedTextBox(box);
     return (box[0] + box[2]) / 2.0;
 }
 
 /// A drag of the text through the given pointer positions, with or without snapping.
-inline void Drag(Dimension::DimensionBase& dim, const std::vector<Point>& path, double snapDistance = 0.0,
+inline void Drag(DimensionBase& dim, const std::vector<Point>& path, double snapDistance = 0.0,
                  double alignedWithin = 1e-5) {
-    Dimension::MoveDimDeco driver;
+    MoveDimDeco driver;
     driver.SetDimension(&dim);
     driver.SetParameters(alignedWithin, snapDistance);
     ASSERT_TRUE(driver.BeginMove(path.front()));

@@ -13,6 +13,7 @@
 #include "tessera/host/HostDocument.h"
 #include "tessera/host/HostServices.h"
 #include "tessera/host/internal/ReferenceHostServices.h"
+#include "tests/support/ExpectNear.h"
 
 namespace Tessera::Testing {
 

@@ -16,11 +16,10 @@ double DistanceToFoot(double a, double b, double x, double y) {
 }
 
 TEST(EllipseFoot, SpecialPositions) {
-    struct Row {
+    const struct {
         const char* name;
         double a, b, x, y, distance;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"centre", 5, 2, 0, 0, 2},
         {"centre, tall", 2, 5, 0, 0, 2},
         {"centre of a circle", 3, 3, 0, 0, 3},
@@ -36,7 +35,7 @@ TEST(EllipseFoot, SpecialPositions) {
         {"point", 0, 0, 3, 4, 5},
         {"far away", 5, 2, -3e12, 0, 3e12 - 5},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         EXPECT_NEAR(DistanceToFoot(row.a, row.b, row.x, row.y), row.distance,
                     2e-15 * std::max(1.0, row.distance));

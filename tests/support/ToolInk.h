@@ -1,0 +1,39 @@
+// Drawings for the tests of the tool.
+#pragma once
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "apps/cli/ink/Ink.h"
+#include "apps/cli/recognize/RecognizedDrawing.h"
+#include "tests/support/ExpectNear.h"
+
+namespace Tessera::Tool {
+
+using Testing::ExpectNear;
+
+inline constexpr double kTurn = 2.0 * std::numbers::pi;
+
+inline InkStroke StrokeThrough(const std::vector<Position>& points) {
+    InkStroke stroke;
+    for (const Position& p : points)
+        stroke.samples.push_back({p.x, p.y, 0.0});
+    return stroke;
+}
+
+inline Drawing DrawingOf(std::vector<InkStroke> strokes) {
+    Drawing drawing;
+    drawing.strokes = std::move(strokes);
+    return drawing;
+}
+
+/// The same drawing in other units.
+inline Drawing Scaled(Drawing drawing, double factor) {
+    for (InkStroke& stroke : drawing.strokes)
+        for (Sample& sample : stroke.samples)
+            sample = {factor * sample.x, factor * sample.y, sample.timeMs};
+    return drawing;
+}
+
+} // namespace Tessera::Tool
