@@ -16,6 +16,7 @@ namespace Tessera::Testing {
 
 using Geometry::InferredConstraint;
 using Geometry::SketchElement;
+using enum Geometry::ConstraintKind_e;
 
 struct SketchNoise {
     double directionDeg = 1.0; ///< standard deviation of each curve's direction
@@ -100,8 +101,7 @@ private:
 
     // --- Exact curves, in the shape's frame
     Point Place(double x, double y) const {
-        const double c = std::cos(frame_[2]);
-        const double s = std::sin(frame_[2]);
+        const double c = std::cos(frame_[2]), s = std::sin(frame_[2]);
         return {frame_[0] + c * x - s * y, frame_[1] + s * x + c * y};
     }
     int Keep(CurvePtr curve) {
@@ -122,18 +122,17 @@ private:
         sketch_.intended.push_back(MakeConstraint(kind, elements, side));
     }
     void Join(int a, Geometry::SnapPointType_e endA, int b, Geometry::SnapPointType_e endB) {
-        Intend(Geometry::ConstraintKind_Coincident, {{a, endA}, {b, endB}});
+        Intend(ConstraintKind_Coincident, {{a, endA}, {b, endB}});
     }
     /// Joined and smooth.
     void Flow(int a, Geometry::SnapPointType_e endA, int b, Geometry::SnapPointType_e endB) {
         Join(a, endA, b, endB);
-        Intend(Geometry::ConstraintKind_Tangent, {{a, endA}, {b, endB}});
+        Intend(ConstraintKind_Tangent, {{a, endA}, {b, endB}});
     }
     void Relate(Geometry::ConstraintKind_e kind, int a, int b) { Intend(kind, {{a, kWhole}, {b, kWhole}}); }
     /// Joined lines through the points; returns the first line's index.
     int AddOutline(const std::vector<Point>& pts, bool closed) {
-        const int n = static_cast<int>(pts.size());
-        const int first = static_cast<int>(sketch_.exact.size());
+        const int n = static_cast<int>(pts.size()), first = static_cast<int>(sketch_.exact.size());
         const int count = closed ? n : n - 1;
         for (int i = 0; i < count; ++i)
             AddLine(pts[i].x, pts[i].y, pts[(i + 1) % n].x, pts[(i + 1) % n].y);
@@ -143,8 +142,7 @@ private:
     }
     void IntendAxes(int first, int count, bool horizontalFirst) {
         for (int i = 0; i < count; ++i)
-            Intend((i % 2 == 0) == horizontalFirst ? Geometry::ConstraintKind_Horizontal
-                                                   : Geometry::ConstraintKind_Vertical,
+            Intend((i % 2 == 0) == horizontalFirst ? ConstraintKind_Horizontal : ConstraintKind_Vertical,
                    {{first + i, kWhole}});
     }
     /// Turned shapes of one drawing are turned alike.
@@ -152,8 +150,7 @@ private:
 
     // --- The shapes
     int AddBox() {
-        const double w = Uniform(50, 150);
-        const double h = Uniform(50, 150);
+        const double w = Uniform(50, 150), h = Uniform(50, 150);
         return AddOutline({{0, 0}, {w, 0}, {w, h}, {0, h}}, true);
     }
     void Draw(int family) {
@@ -177,50 +174,42 @@ private:
         TurnFrame();
         const int first = AddBox();
         for (int i = 0; i < 3; ++i)
-            Relate(Geometry::ConstraintKind_Perpendicular, first + i, first + i + 1);
-        Relate(Geometry::ConstraintKind_Parallel, first, first + 2);
-        Relate(Geometry::ConstraintKind_Parallel, first + 1, first + 3);
+            Relate(ConstraintKind_Perpendicular, first + i, first + i + 1);
+        Relate(ConstraintKind_Parallel, first, first + 2);
+        Relate(ConstraintKind_Parallel, first + 1, first + 3);
     }
     void Slot() {
         const bool turned = Choose(0, 1) == 1;
         if (turned)
             TurnFrame();
-        const double l = Uniform(50, 120);
-        const double r = Uniform(14, 35);
-        const double half = std::numbers::pi / 2;
-        const int bottom = AddLine(0, -r, l, -r);
-        const int right = AddArc(l, 0, r, -half, half);
-        const int top = AddLine(l, r, 0, r);
-        const int left = AddArc(0, 0, r, half, 3 * half);
+        const double l = Uniform(50, 120), r = Uniform(14, 35), half = std::numbers::pi / 2;
+        const int bottom = AddLine(0, -r, l, -r), right = AddArc(l, 0, r, -half, half);
+        const int top = AddLine(l, r, 0, r), left = AddArc(0, 0, r, half, 3 * half);
         Flow(bottom, kEnd, right, kStart);
         Flow(right, kEnd, top, kStart);
         Flow(top, kEnd, left, kStart);
         Flow(left, kEnd, bottom, kStart);
-        Relate(Geometry::ConstraintKind_Parallel, bottom, top);
-        Relate(Geometry::ConstraintKind_EqualRadius, right, left);
+        Relate(ConstraintKind_Parallel, bottom, top);
+        Relate(ConstraintKind_EqualRadius, right, left);
         if (!turned)
-            Intend(Geometry::ConstraintKind_Horizontal, {{bottom, kWhole}});
+            Intend(ConstraintKind_Horizontal, {{bottom, kWhole}});
     }
     void Bracket() {
-        const double w = Uniform(90, 150);
-        const double h = Uniform(90, 150);
-        const double a = Uniform(30, w - 40);
+        const double w = Uniform(90, 150), h = Uniform(90, 150), a = Uniform(30, w - 40);
         const double b = Uniform(30, h - 40);
         IntendAxes(AddOutline({{0, 0}, {w, 0}, {w, b}, {a, b}, {a, h}, {0, h}}, true), 6, true);
         const double r = Uniform(5, 8);
-        const int hole1 = AddCircle(a / 2, h - a / 2, r);
-        const int hole2 = AddCircle(w - b / 2, b / 2, r);
-        Relate(Geometry::ConstraintKind_EqualRadius, hole1, hole2);
+        const int hole1 = AddCircle(a / 2, h - a / 2, r), hole2 = AddCircle(w - b / 2, b / 2, r);
+        Relate(ConstraintKind_EqualRadius, hole1, hole2);
     }
     void Holes() {
         const double r = Uniform(15, 25);
-        const int inner = AddCircle(0, 0, r);
-        const int outer = AddCircle(0, 0, r * Uniform(1.6, 2.2));
-        Intend(Geometry::ConstraintKind_Concentric, {{inner, kCentre}, {outer, kCentre}});
+        const int inner = AddCircle(0, 0, r), outer = AddCircle(0, 0, r * Uniform(1.6, 2.2));
+        Intend(ConstraintKind_Concentric, {{inner, kCentre}, {outer, kCentre}});
         const double d = Uniform(80, 100);
         const int left = AddCircle(-d, Uniform(-9, 9), r / 1.7);
         const int right = AddCircle(d, Uniform(-9, 9), r / 1.7);
-        Relate(Geometry::ConstraintKind_EqualRadius, left, right);
+        Relate(ConstraintKind_EqualRadius, left, right);
     }
     void Profile() {
         const bool turned = Choose(0, 1) == 1;
@@ -232,10 +221,9 @@ private:
             {{w[0], h[0]}, {w[1], h[1]}, {w[2], h[2]}, {-w[2], h[2]}, {-w[1], h[1]}, {-w[0], h[0]}}, true);
         const int axis = AddLine(0, -20, 0, h[2] + 20);
         for (int i = 0; i < 3; ++i)
-            Intend(Geometry::ConstraintKind_Symmetric,
-                   {{first + i, kStart}, {first + 5 - i, kStart}, {axis, kWhole}});
+            Intend(ConstraintKind_Symmetric, {{first + i, kStart}, {first + 5 - i, kStart}, {axis, kWhole}});
         if (!turned)
-            Intend(Geometry::ConstraintKind_Vertical, {{axis, kWhole}});
+            Intend(ConstraintKind_Vertical, {{axis, kWhole}});
     }
     void Chain() {
         std::vector<Point> pts{{0, 0}};
@@ -256,9 +244,9 @@ private:
                 Point(std::cos(i * 2 * std::numbers::pi / n), std::sin(i * 2 * std::numbers::pi / n)) * r);
         const int first = AddOutline(pts, true);
         for (int i = 0; i + 1 < n; ++i)
-            Relate(Geometry::ConstraintKind_EqualLength, first + i, first + i + 1);
+            Relate(ConstraintKind_EqualLength, first + i, first + i + 1);
         for (int i = 0; n % 2 == 0 && i < n / 2; ++i)
-            Relate(Geometry::ConstraintKind_Parallel, first + i, first + n / 2 + i);
+            Relate(ConstraintKind_Parallel, first + i, first + n / 2 + i);
     }
     void Tees() {
         if (Choose(0, 1) == 1)
@@ -266,53 +254,43 @@ private:
         const double l = Uniform(90, 150);
         const int base = AddLine(0, 0, l, 0);
         if (frame_[2] == 0.0)
-            Intend(Geometry::ConstraintKind_Horizontal, {{base, kWhole}});
-        const double angle = Uniform(0.9, 1.2);
-        const double height = Uniform(30, 60);
+            Intend(ConstraintKind_Horizontal, {{base, kWhole}});
+        const double angle = Uniform(0.9, 1.2), height = Uniform(30, 60);
         const int stem = AddLine(l / 2, 0, l / 2, height);
-        Intend(Geometry::ConstraintKind_MidPoint, {{stem, kStart}, {base, Geometry::SnapPointType_Mid}});
-        Relate(Geometry::ConstraintKind_Perpendicular, base, stem);
+        Intend(ConstraintKind_MidPoint, {{stem, kStart}, {base, Geometry::SnapPointType_Mid}});
+        Relate(ConstraintKind_Perpendicular, base, stem);
         const double at = Uniform(0.7, 0.85) * l;
         const int slanted = AddLine(at, 0, at + 75 * std::cos(angle), -75 * std::sin(angle));
-        Intend(Geometry::ConstraintKind_PointOnCurve, {{slanted, kStart}, {base, kWhole}});
+        Intend(ConstraintKind_PointOnCurve, {{slanted, kStart}, {base, kWhole}});
         const double gap = Uniform(15, 30);
         const int beyond = AddLine(l + gap, 0, 1.6 * l + gap, 0);
-        Relate(Geometry::ConstraintKind_Collinear, base, beyond);
+        Relate(ConstraintKind_Collinear, base, beyond);
     }
     /// Two pulleys, their lines ending on the circles.
     void Belt() {
         TurnFrame();
-        const double d = Uniform(110, 150);
-        const double r1 = Uniform(28, 40);
-        const double r2 = r1 * Uniform(0.45, 0.7);
-        const int big = AddCircle(0, 0, r1);
-        const int small = AddCircle(d, 0, r2);
+        const double d = Uniform(110, 150), r1 = Uniform(28, 40), r2 = r1 * Uniform(0.45, 0.7);
+        const int big = AddCircle(0, 0, r1), small = AddCircle(d, 0, r2);
         const double a = std::acos((r1 - r2) / d);
         for (double s : {a, -a}) {
             const int line =
                 AddLine(r1 * std::cos(s), r1 * std::sin(s), d + r2 * std::cos(s), r2 * std::sin(s));
             for (const auto& [end, circle] : {std::pair{kStart, big}, std::pair{kEnd, small}}) {
-                Intend(Geometry::ConstraintKind_PointOnCurve, {{line, end}, {circle, kWhole}});
-                Intend(Geometry::ConstraintKind_Tangent, {{line, end}, {circle, kWhole}});
+                Intend(ConstraintKind_PointOnCurve, {{line, end}, {circle, kWhole}});
+                Intend(ConstraintKind_Tangent, {{line, end}, {circle, kWhole}});
             }
         }
     }
     /// A smooth chain: line, arc, arc the other way, line.
     void Ribbon() {
         TurnFrame();
-        const double l = Uniform(50, 90);
-        const double r1 = Uniform(30, 45);
-        const double r2 = r1 * Uniform(1.4, 1.8);
-        const double a = Uniform(0.8, 1.3);
-        const double b = a * Uniform(0.5, 0.7) + 0.4;
+        const double l = Uniform(50, 90), r1 = Uniform(30, 45), r2 = r1 * Uniform(1.4, 1.8);
+        const double a = Uniform(0.8, 1.3), b = a * Uniform(0.5, 0.7) + 0.4;
         const double half = std::numbers::pi / 2;
-        const int in = AddLine(-l, 0, 0, 0);
-        const int left = AddArc(0, r1, r1, -half, a - half);
-        const double c2x = (r1 + r2) * std::sin(a);
-        const double c2y = r1 - (r1 + r2) * std::cos(a);
+        const int in = AddLine(-l, 0, 0, 0), left = AddArc(0, r1, r1, -half, a - half);
+        const double c2x = (r1 + r2) * std::sin(a), c2y = r1 - (r1 + r2) * std::cos(a);
         const int right = AddArc(c2x, c2y, r2, half + a - b, half + a);
-        const double ex = c2x + r2 * std::cos(half + a - b);
-        const double ey = c2y + r2 * std::sin(half + a - b);
+        const double ex = c2x + r2 * std::cos(half + a - b), ey = c2y + r2 * std::sin(half + a - b);
         const double l2 = l * 1.4;
         const int out = AddLine(ex, ey, ex + l2 * std::cos(a - b), ey + l2 * std::sin(a - b));
         Flow(in, kEnd, left, kStart);
@@ -322,20 +300,16 @@ private:
     /// Two arcs about one centre, closed by two lines towards it.
     void Sector() {
         TurnFrame();
-        const double r = Uniform(45, 60);
-        const double outer = r + Uniform(30, 45);
-        const double sweep = Uniform(1.1, 1.4);
-        const int inside = AddArc(0, 0, r, 0, sweep);
-        const int outside = AddArc(0, 0, outer, 0, sweep);
+        const double r = Uniform(45, 60), outer = r + Uniform(30, 45), sweep = Uniform(1.1, 1.4);
+        const int inside = AddArc(0, 0, r, 0, sweep), outside = AddArc(0, 0, outer, 0, sweep);
         const int low = AddLine(r, 0, outer, 0);
-        const double c = std::cos(sweep);
-        const double s = std::sin(sweep);
+        const double c = std::cos(sweep), s = std::sin(sweep);
         const int high = AddLine(r * c, r * s, outer * c, outer * s);
         Join(inside, kStart, low, kStart);
         Join(outside, kStart, low, kEnd);
         Join(inside, kEnd, high, kStart);
         Join(outside, kEnd, high, kEnd);
-        Intend(Geometry::ConstraintKind_Concentric, {{inside, kCentre}, {outside, kCentre}});
+        Intend(ConstraintKind_Concentric, {{inside, kCentre}, {outside, kCentre}});
     }
 
     // --- What nobody could tell from the drawing: relations that nearly hold
@@ -387,8 +361,7 @@ private:
                          d.x * std::sin(turn) + d.y * std::cos(turn));
         };
         if (curve.GetType() == Geometry::CurveType_Line) {
-            const Point a = turned(curve.GetStart());
-            const Point b = turned(curve.GetEnd());
+            const Point a = turned(curve.GetStart()), b = turned(curve.GetEnd());
             const Point u = (b - a) / curve.Length();
             return std::make_unique<Geometry::Line>(a + u * Uniform(-noise.overrun, noise.overrun),
                                                     b + u * Uniform(-noise.overrun, noise.overrun));
@@ -404,7 +377,7 @@ private:
     }
     bool JointsHold() const {
         for (const InferredConstraint& c : sketch_.intended) {
-            if (c.kind != Geometry::ConstraintKind_Coincident)
+            if (c.kind != ConstraintKind_Coincident)
                 continue;
             const auto at = [&](const SketchElement& e) {
                 const Curve& curve = *sketch_.drawn[e.curve];

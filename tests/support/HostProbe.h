@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -50,6 +51,19 @@ inline HostElementId AddTo(const Document& document, const HostElement2d& elemen
     return made;
 }
 
+/// Null code: made. Points of members: those of elements, or kHostPointNone for the whole element.
+inline std::int32_t Constrain(const Document& document, std::int32_t kind,
+                              const std::vector<HostConstraintMember>& members, std::int32_t side = 0,
+                              HostConstraintId* made = nullptr) {
+    HostConstraint2d c{};
+    c.kind = kind;
+    c.side = side;
+    c.memberCount = static_cast<std::int32_t>(members.size());
+    std::copy(members.begin(), members.end(), c.members);
+    HostConstraintId id = 0;
+    return Host::ReferenceHostServices().createConstraint(nullptr, document.get(), &c, made ? made : &id);
+}
+
 /// One report to HRerrEx.
 struct HostReport {
     std::int32_t code;
@@ -75,28 +89,12 @@ public:
         table.HRerrEx = [](void*, std::int32_t code, const char* file, std::int32_t line, const char* name) {
             current->reports.push_back({code, file, line, name});
         };
-        Wrap<0>(table.HCreateLine2d);
-        Wrap<1>(table.HCreateArc2d);
-        Wrap<2>(table.HCreateCircle2d);
-        Wrap<3>(table.HCreateEllipse2d);
-        Wrap<4>(table.HCreateEllipArc2d);
-        Wrap<5>(table.HCreateBspCurve2dEx);
-        Wrap<6>(table.HCreateRectangle2d);
-        Wrap<7>(table.HModifyElement2d);
-        Wrap<8>(table.HRemoveElement2d);
-        Wrap<9>(table.HRestoreElement2d);
-        Wrap<10>(table.DCToModel);
-        Wrap<11>(table.ModelToDC);
-        Wrap<12>(table.GetShowRelationship);
-        Wrap<13>(table.GetToleranceZone);
-        Wrap<14>(table.createConstraint);
-        Wrap<15>(table.retargetConstraint);
-        Wrap<16>(table.removeConstraint);
-        Wrap<17>(table.commitConstraints);
-        Wrap<18>(table.Locate);
-        Wrap<19>(table.SetTarget);
-        Wrap<20>(table.Evaluate);
-        Wrap<21>(table.Clear);
+        WrapAll(table.HCreateLine2d, table.HCreateArc2d, table.HCreateCircle2d, table.HCreateEllipse2d,
+                table.HCreateEllipArc2d, table.HCreateBspCurve2dEx, table.HCreateRectangle2d,
+                table.HModifyElement2d, table.HRemoveElement2d, table.HRestoreElement2d, table.DCToModel,
+                table.ModelToDC, table.GetShowRelationship, table.GetToleranceZone, table.createConstraint,
+                table.retargetConstraint, table.removeConstraint, table.commitConstraints, table.Locate,
+                table.SetTarget, table.Evaluate, table.Clear);
         Install();
     }
     ~HostProbe() {
@@ -135,6 +133,15 @@ private:
     void Wrap(std::int32_t (*&entry)(Args...)) {
         Wrapped<Index, Args...>::original = entry;
         entry = Wrapped<Index, Args...>::Call;
+    }
+
+    template <class... Entries>
+    void WrapAll(Entries&... entries) {
+        static_assert(sizeof...(entries) == kServiceCount);
+        [&]<int... Index>(std::integer_sequence<int, Index...>) {
+            (Wrap<Index>(entries), ...);
+        }
+        (std::make_integer_sequence<int, kServiceCount>());
     }
 
     static inline HostProbe* current = nullptr;
