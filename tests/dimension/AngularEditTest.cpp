@@ -52,15 +52,12 @@ TEST(AngularEdit, TypedValuesTurnTheLines) {
             Corner corner(165, 70);
             AngularDimension& dim = corner.dim;
             dim.SetIsFinalized(true);
-            CurveList curves;
-            dim.GetUpdateCurves(side, curves);
+            const CurveList curves = UpdateCurvesOf(dim, side);
             EXPECT_EQ(curves, side == 0   ? (CurveList{&corner.first, &corner.second})
                               : side == 1 ? CurveList{&corner.first}
                                           : CurveList{&corner.second});
             ChangeLog log;
-            dim.SetUpdateSide(side);
-            dim.SetAnnotation(value);
-            dim.UpdateDimension();
+            TypeValue(dim, side, value);
             EXPECT_NEAR(dim.GetAnnotation(), value, 1e-9);
             const double growth = value - 70;
             const double start = side == 1 ? 165 - growth : side == 0 ? 165 - growth / 2 : 165;
@@ -83,9 +80,7 @@ TEST(AngularEdit, TypedValuesMeasureMovedLines) {
     Corner corner(0, 40);
     Line moved(FromCentre(0, 0), FromCentre(50, 15));
     ASSERT_TRUE(corner.first.CopyCurveData(&moved));
-    corner.dim.SetUpdateSide(2);
-    corner.dim.SetAnnotation(60.0);
-    corner.dim.UpdateDimension();
+    TypeValue(corner.dim, 2, 60.0);
     EXPECT_NEAR(corner.dim.GetAnnotation(), 60.0, 1e-9);
     EXPECT_NEAR(AngleOf(corner.first.GetEnd()), 15.0, 1e-9);
 }
@@ -101,9 +96,7 @@ TEST(AngularEdit, ImpossibleValuesMoveNothing) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.value);
         Corner corner(20, 70);
-        corner.dim.SetUpdateSide(row.side);
-        corner.dim.SetAnnotation(row.value);
-        corner.dim.UpdateDimension();
+        TypeValue(corner.dim, row.side, row.value);
         EXPECT_NEAR(corner.dim.GetAnnotation(), 70.0, 1e-9);
         EXPECT_EQ(corner.first.GetEnd(), FromCentre(50, 20));
         EXPECT_EQ(corner.second.GetStart(), FromCentre(50, 90));

@@ -306,8 +306,7 @@ TEST(DimensionBase, TextIsPickedWithinItsBox) {
 }
 
 TEST(DimensionBase, LassoAndCurve) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0); // drawn from (0, 1) to (100, 14)
+    auto [line, dim] = Level(); // drawn from (0, 1) to (100, 14)
     const struct {
         const char* name;
         double x0, y0, x1, y1;

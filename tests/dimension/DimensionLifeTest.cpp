@@ -64,24 +64,23 @@ const Kind kKinds[] = {{"length", kLine, MakeArc, OfOne<LengthDimension, Line>},
                        {"angular", kLine, kCrossing, OfCorner},
                        {"radial", MakeArc, kLine, OfOne<RadialDimension, Arc>}};
 
-CurveList ParentsOf(const DimensionBase& dim) {
-    CurveList parents;
-    dim.GetParentCurves(parents);
-    return parents;
-}
+struct Scene {
+    explicit Scene(const Kind& kind, double heightOffset = 9.0, double fontHeight = 3.0)
+        : first(kind.first()), second(kind.second()),
+          dim(kind.make(*first, *second, heightOffset, fontHeight)) {}
+    CurvePtr first, second;
+    DimPtr dim;
+};
 
 /// Every operation once, on whatever is left of the dimension.
 void UseAll(DimensionBase& dim) {
-    dim.SetUpdateSide(2);
-    dim.SetAnnotation(33.0);
-    dim.UpdateDimension();
+    TypeValue(dim, 2, 33.0);
     dim.ComputeNewValue(Point(1, 1), 2);
     dim.ComputeUpdateSide(Point(1, 1));
     int part = 0;
     dim.GetDistanceToPoint(Point(1, 1), part);
-    CurveList curves;
-    dim.GetUpdateCurves(1, curves);
-    dim.GetUpdateCurves(0, curves);
+    UpdateCurvesOf(dim, 1);
+    UpdateCurvesOf(dim, 0);
     double xs[] = {0, 1, 1}, ys[] = {0, 0, 1};
     dim.IsInPolygon(3, xs, ys);
     dim.IsCrossPolygon(3, xs, ys);
@@ -113,8 +112,7 @@ TEST(DimensionLife, DestructionInAnyOrder) {
         int order[] = {0, 1, 2};
         do {
             SCOPED_TRACE(std::string(kind.name) + " " + std::to_string(order[0]) + std::to_string(order[1]));
-            CurvePtr first = kind.first(), second = kind.second();
-            DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            auto [first, second, dim] = Scene(kind);
             dim->SetIsFinalized(true);
             const CurvePtr sharing(first->Copy()); // lists the dimension without being its parent
             ASSERT_EQ(sharing->GetNumDimensions(), 1);
@@ -215,8 +213,7 @@ TEST(DimensionLife, DeepCopiesTakeTheirParentsAlong) {
         const bool rows[][2] = {{true, true}, {false, true}, {false, false}};
         for (const auto& [fromCurve, finalized] : rows) {
             SCOPED_TRACE(kind.name);
-            const CurvePtr first = kind.first(), second = kind.second();
-            const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
+            auto [first, second, dim] = Scene(kind);
             dim->SetIsFinalized(finalized);
             std::set<int> ids;
             std::map<int, TaggedObject*> copies;
@@ -290,8 +287,7 @@ TEST(DimensionLife, CopiesAndReplacing) {
         ExpectNear(curves[2]->GetEnd(), end, 1e-12, "what was typed is forgotten");
         source->SetIsFinalized(false);
         for (const Kind& other : kKinds) {
-            const CurvePtr first = other.first(), second = other.second();
-            const DimPtr stranger = other.make(*first, *second, 9.0, 3.0);
+            auto [first, second, stranger] = Scene(other);
             EXPECT_EQ(dim->Replace(stranger.get()), stranger->GetType() == dim->GetType()) << other.name;
             dim->Replace(source.get());
             EXPECT_FALSE(dim->GetIsFinalized());
@@ -303,8 +299,7 @@ TEST(DimensionLife, CopiesAndReplacing) {
 
 TEST(DimensionLife, ADragDropsATypedValue) {
     for (const Kind& kind : kKinds) {
-        const CurvePtr first = kind.first(), second = kind.second();
-        const DimPtr dim = kind.make(*first, *second, 9.0, 3.0);
+        auto [first, second, dim] = Scene(kind);
         if (dim->GetType() != Angular && dim->GetType() != Radial)
             continue; // a drag does not measure
         dim->SetUpdateSide(1);
@@ -330,8 +325,7 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
         const double offset = trial % 4 < 2 ? 9.0 : -9.0;
         for (const Kind& kind : kKinds) {
             SCOPED_TRACE(std::string(kind.name) + " trial " + std::to_string(trial));
-            const CurvePtr first = kind.first(), second = kind.second();
-            const DimPtr dim = kind.make(*first, *second, offset, 3.0);
+            auto [first, second, dim] = Scene(kind, offset);
             const Points before = DecorationOf(*dim, 1);
             Point anchor = dim->GetOrigin();
             const double leader = dim->GetTextOffset(), width = dim->GetTextWidthOffset();

@@ -83,8 +83,7 @@ TEST(LengthDimension, DecorationInEightOrientations) {
 }
 
 TEST(LengthDimension, TextStaysBetweenTheExtensionLines) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     // Half a text of "100" and half a letter of air, then an arrowhead: 8 from either end.
     const double rows[][2] = {{-3, 0.08}, {0.0799, 0.08}, {0.0801, 0.0801}, {0.9201, 0.92}, {7, 0.92}};
     for (const auto& row : rows) {
@@ -110,8 +109,7 @@ TEST(LengthDimension, ArrowheadsTurnExactlyWhenTheTextDoesNotFit) {
 }
 
 TEST(LengthDimension, ExtentDrawingAndDistance) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     XYBox box;
     ASSERT_TRUE(dim.AskXYBox(box));
     ExpectNear(box.min, {0, 1});
@@ -181,12 +179,9 @@ TEST(LengthDimension, TypedValuesMoveTheChosenSide) {
         SCOPED_TRACE(std::to_string(row.side) + ": " + std::to_string(row.value));
         Line line(Point(0, 0), Point(6, 8));
         LengthDimension dim(&line, 10.0, 4.0);
-        CurveList changing;
-        dim.GetUpdateCurves(row.side, changing);
+        const CurveList changing = UpdateCurvesOf(dim, row.side);
         EXPECT_EQ(changing, CurveList{&line});
-        dim.SetUpdateSide(row.side);
-        dim.SetAnnotation(row.value);
-        dim.UpdateDimension();
+        TypeValue(dim, row.side, row.value);
         ExpectNear(line.GetStart(), row.start, 1e-12);
         ExpectNear(line.GetEnd(), row.end, 1e-12);
         EXPECT_NEAR(dim.GetAnnotation(), row.start.Distance(row.end), 1e-12);
@@ -229,9 +224,7 @@ TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     EXPECT_NE(dim.ComputeUpdateSide(Point(9, 9)), -1);
     EXPECT_EQ(dim.ComputeNewValue(Point(9, 9), 2), 0.0);
     Drag(dim, {{0, 0}, {3, 3}});
-    dim.SetUpdateSide(2);
-    dim.SetAnnotation(7.0);
-    dim.UpdateDimension();
+    TypeValue(dim, 2, 7.0);
     ExpectNear(line.GetEnd(), {12, 5});
 }
 
@@ -247,8 +240,7 @@ TEST(LengthDimension, ALineIsAddedInPlaceOfTheOther) {
 }
 
 TEST(LengthDimension, SinglePointsAreBroughtBack) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     Points& points = dim.GetLengthDimDeco(1)->GetPoints();
     const Points before = points;
     for (Point& p : points)
@@ -272,8 +264,7 @@ TEST(LengthDimension, SinglePointsAreBroughtBack) {
 }
 
 TEST(LengthDimension, AnEmptyRecordIsNoDecoration) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     Points outline;
     dim.GetLengthDimDecoPolygon(1, outline);
     ASSERT_EQ(outline.size(), 5U);

@@ -102,14 +102,12 @@ TEST(LengthDrag, OffsetsAroundTheCrossing) {
     } rows[] = {{-9, 1, 1}, {5, 15, 15}, {-11, 3, -1}, {-14, 0, -4}, {-30, -16, -20}, {-10, 0, 0}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.drag);
-        Line line(Point(0, 0), Point(100, 0));
-        LengthDimension dim(&line, 10.0, 4.0);
+        auto [line, dim] = Level();
         Drag(dim, {{0, 0}, {0, row.drag}});
         EXPECT_DOUBLE_EQ(dim.GetTextHeightOffset(), row.offset);
         EXPECT_DOUBLE_EQ(dim.GetOrigin().y, row.origin);
     }
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension below(&line, -10.0, 4.0); // lower edge at -14
+    auto [line, below] = Level(-10.0); // lower edge at -14
     Drag(below, {{0, 0}, {0, 14}});
     EXPECT_DOUBLE_EQ(below.GetTextHeightOffset(), 4.0) << "on the line is no crossing";
     Drag(below, {{0, 0}, {0, -14}, {0, 20}});
@@ -138,8 +136,7 @@ TEST(LengthDrag, SnapsOnApproachOnly) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        Line line(Point(0, 0), Point(100, 0));
-        LengthDimension dim(&line, 10.0, 4.0);
+        auto [line, dim] = Level();
         Points path;
         for (const double x : row.path)
             path.emplace_back(x, 0.25 * x);
@@ -149,14 +146,12 @@ TEST(LengthDrag, SnapsOnApproachOnly) {
         EXPECT_NEAR(dim.GetOrigin().y, 10.0 + 0.25 * row.path.back(), 1e-9);
     }
     for (const double alignedWithin : {1e-5, 3.0}) {
-        Line line(Point(0, 0), Point(100, 0));
-        LengthDimension dim(&line, 10.0, 4.0);
+        auto [line, dim] = Level();
         Drag(dim, {{0, 0}, {44.5, 0}});
         Drag(dim, {{0, 0}, {2, 0}}, 1.0, alignedWithin);
         EXPECT_NEAR(dim.GetOrigin().x, alignedWithin < 2.5 ? 97.0 : 96.5, 1e-9);
     }
-    Line line(Point(0, 0), Point(100, 0));
-    const LengthDimension dim(&line, 10.0, 4.0);
+    const auto [line, dim] = Level();
     const DragData drag;
     for (const double along : {10.0, 46.3}) {
         Point origin(50, 10);
@@ -169,8 +164,7 @@ TEST(LengthDrag, SnapsOnApproachOnly) {
 }
 
 TEST(LengthDrag, ReportsOnceFinalized) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     ChangeLog log;
     Drag(dim, {{0, 0}, {1, 1}});
     EXPECT_TRUE(log.entries.empty()) << "a preview is nobody's business";
@@ -198,8 +192,7 @@ TEST(MoveDimDeco, DriverWithoutDimensionOrData) {
 }
 
 TEST(MoveDimDeco, RecordsThePointerAndCopiesItsData) {
-    Line line(Point(0, 0), Point(100, 0));
-    LengthDimension dim(&line, 10.0, 4.0);
+    auto [line, dim] = Level();
     MoveDimDeco driver;
     EXPECT_EQ(driver.GetDragData()->GetFirstParameter(), 1e-5);
     EXPECT_EQ(driver.GetDragData()->GetSecondParameter(), 1.0);

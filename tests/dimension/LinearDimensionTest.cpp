@@ -68,8 +68,7 @@ TEST(LinearDimension, EveryPairIsMeasuredAndReused) {
         ExpectNear(measured->GetStart(), pair.from);
         ExpectNear(measured->GetEnd(), pair.to);
         EXPECT_EQ(dim->GetLine(), nullptr);
-        CurveList parents;
-        dim->GetParentCurves(parents);
+        const CurveList parents = ParentsOf(*dim);
         ASSERT_EQ(parents.size(), 2U);
         for (Curve* parent : parents)
             EXPECT_TRUE(parent->HasDimension(dim.get()));
@@ -108,18 +107,14 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
             SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
             Curves curves;
             const LinearPtr dim = pair.Make(curves);
-            CurveList parents;
-            dim->GetParentCurves(parents);
+            const CurveList parents = ParentsOf(*dim);
             const Point first = parents[0]->GetStart(), second = parents[1]->GetStart();
             const double length = parents[1]->Length();
             Vector along(pair.from, pair.to);
             along.Normalize();
-            CurveList changing;
-            dim->GetUpdateCurves(row.side, changing);
+            const CurveList changing = UpdateCurvesOf(*dim, row.side);
             EXPECT_EQ(changing.size(), row.side == 0 ? 2U : row.side < 0 ? 0U : 1U);
-            dim->SetUpdateSide(row.side);
-            dim->SetAnnotation(pair.value + 3.0);
-            dim->UpdateDimension();
+            TypeValue(*dim, row.side, pair.value + 3.0);
             EXPECT_NEAR(dim->GetAnnotation(), pair.value + (row.side < 0 ? 0.0 : 3.0), 1e-9);
             ExpectNear(parents[0]->GetStart(), first.AffineCombine(3.0 * row.first, along));
             ExpectNear(parents[1]->GetStart(), second.AffineCombine(3.0 * row.second, along));
@@ -139,9 +134,7 @@ TEST(LinearDimension, ValidityFollowsTheCurves) {
     std::vector<DimensionBase*> invalid;
     curves.b.GetInvalidDimensions(invalid);
     EXPECT_EQ(invalid.size(), 1U);
-    dim->SetUpdateSide(2);
-    dim->SetAnnotation(25.0);
-    dim->UpdateDimension();
+    TypeValue(*dim, 2, 25.0);
     ExpectNear(curves.b.GetStart(), {30, 10}, 0.0, "nothing moves");
     Line point(Point(1, 1), Point(1, 1));
     const LinearPtr degenerate = Own(LinearDimension::MakeDimension(&curves.a, &point, &kPick, 1, 1));
@@ -159,12 +152,9 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     dim.UpdateDimension();
     EXPECT_EQ(dim.GetAnnotation(), 0.0);
     EXPECT_EQ(dim.GetOrientation(), Vector(0, 1));
-    CurveList changing;
-    dim.GetUpdateCurves(2, changing);
+    const CurveList changing = UpdateCurvesOf(dim, 2);
     EXPECT_EQ(changing, CurveList{&a}) << "of equally near ones the first";
-    dim.SetUpdateSide(2);
-    dim.SetAnnotation(6.0);
-    dim.UpdateDimension();
+    TypeValue(dim, 2, 6.0);
     ExpectNear(b.GetCenter(), {0, 6});
     // Lines that never were apart: the default direction runs along them. Else they part as they stood.
     for (const double apart : {0.0, 5.0}) {
@@ -173,9 +163,7 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
             LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
             Line onLower(Point(5, 0), Point(35, 0));
             upper.CopyCurveData(&onLower);
-            lines.SetUpdateSide(2);
-            lines.SetAnnotation(7.0);
-            lines.UpdateDimension();
+            TypeValue(lines, 2, 7.0);
             EXPECT_DOUBLE_EQ(lines.GetAnnotation(), 7.0);
             EXPECT_DOUBLE_EQ(upper.GetStart().x, 5.0);
             EXPECT_TRUE(apart == 0.0 || upper.GetStart().y == 7.0);

@@ -109,24 +109,17 @@ TEST(ProjectedDimension, TwoCurves) {
         CurveList changing;
     } rows[] = {{1, {&line}}, {2, {&circle}}, {0, {&line, &circle}}, {-1, {}}};
     for (const auto& row : rows) {
-        CurveList changing;
-        lineArc->GetUpdateCurves(row.side, changing);
+        const CurveList changing = UpdateCurvesOf(*lineArc, row.side);
         EXPECT_EQ(changing, row.changing) << row.side;
     }
-    lineArc->SetUpdateSide(0);
-    lineArc->SetAnnotation(20.0);
-    lineArc->UpdateDimension();
+    TypeValue(*lineArc, 0, 20.0);
     EXPECT_NEAR(lineArc->GetAnnotation(), 20.0, 1e-12);
     ExpectNear(line.GetEnd(), {7.5, 3});
     ExpectNear(circle.GetCenter(), {27.5, 30});
-    arcs->SetUpdateSide(2);
-    arcs->SetAnnotation(30.0);
-    arcs->UpdateDimension();
+    TypeValue(*arcs, 2, 30.0);
     ExpectNear(arc.GetCenter(), {-5, 0});
     ExpectNear(arc.GetStart(), {-5, 4});
-    arcs->SetUpdateSide(1);
-    arcs->SetAnnotation(31.0);
-    arcs->UpdateDimension();
+    TypeValue(*arcs, 1, 31.0);
     ExpectNear(circle.GetCenter(), {27.5, 31});
     ExpectNear(arc.GetCenter(), {-5, 0});
 }
@@ -148,9 +141,7 @@ TEST(ProjectedDimension, TypedExtentsMoveAlongTheAxisOnly) {
         Line line(Point(30, 40), Point(0, 0));
         const DimensionPtr dim = Make(row.type, &line);
         dim->Rotate(row.rotate);
-        dim->SetUpdateSide(row.side);
-        dim->SetAnnotation(row.value);
-        dim->UpdateDimension();
+        TypeValue(*dim, row.side, row.value);
         ExpectNear(line.GetStart(), row.start);
         ExpectNear(line.GetEnd(), row.end);
         EXPECT_NEAR(dim->GetAnnotation(), row.value > 0 ? row.value : 30.0, 1e-12);
@@ -221,7 +212,6 @@ TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {
     EXPECT_FALSE(arc.HasDimension(&dim));
     EXPECT_TRUE(moved.HasDimension(&dim));
     dim.ReplaceCurve(nullptr);
-    CurveList parents;
-    dim.GetParentCurves(parents);
+    const CurveList parents = ParentsOf(dim);
     EXPECT_EQ(parents, (CurveList{&line, &moved}));
 }

@@ -186,9 +186,7 @@ TEST(RadialDimension, TypedValues) {
         RadialDimension dim(&arc, 4.0);
         dim.SetIsFinalized(true);
         ChangeLog log;
-        dim.SetUpdateSide(row.side);
-        dim.SetAnnotation(row.value);
-        dim.UpdateDimension();
+        TypeValue(dim, row.side, row.value);
         EXPECT_EQ(arc.GetRadius(), row.radius);
         EXPECT_EQ(dim.GetAnnotation(), row.radius);
         ExpectNear(arc.GetStart(), centre + Polar(row.radius, 120));
@@ -218,8 +216,7 @@ TEST(RadialDimension, SidesAndDistance) {
     ASSERT_TRUE(dim.AskXYBox(box));
     ExpectNear(box.min, kCentre + Point(10, -0.75));
     ExpectNear(box.max, kCentre + Point(20, 0.75));
-    CurveList changed;
-    dim.GetUpdateCurves(1, changed);
+    const CurveList changed = UpdateCurvesOf(dim, 1);
     EXPECT_EQ(changed, CurveList{&arc});
     dim.SetRelativeParam(1.5);
     dim.UpdateDimension();

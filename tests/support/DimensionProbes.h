@@ -60,6 +60,14 @@ struct Corner {
     AngularDimension dim;
 };
 
+/// A level line of 100 from the origin, dimensioned above it.
+struct Level {
+    explicit Level(double heightOffset = 10.0) : dim(&line, heightOffset, 4.0) {}
+
+    Line line{Point(0, 0), Point(100, 0)};
+    LengthDimension dim;
+};
+
 /// Points of one side; a radial dimension has them on side 1.
 inline std::vector<Point> DecorationOf(const DimensionBase& dim, int side) {
     const DimDeco* deco = nullptr;
@@ -86,6 +94,26 @@ inline void ExpectSamePlacement(const DimensionBase& a, const DimensionBase& b, 
         for (std::size_t i = 0; i < p.size(); ++i)
             ExpectNear(p[i], q[i], tol, "side " + std::to_string(side) + " point " + std::to_string(i));
     }
+}
+
+inline CurveList ParentsOf(const DimensionBase& dim) {
+    CurveList parents;
+    dim.GetParentCurves(parents);
+    return parents;
+}
+
+/// The curves that an edit of the side changes.
+inline CurveList UpdateCurvesOf(const DimensionBase& dim, int side) {
+    CurveList curves;
+    dim.GetUpdateCurves(side, curves);
+    return curves;
+}
+
+/// As a user types a value for a side.
+inline void TypeValue(DimensionBase& dim, int side, double value) {
+    dim.SetUpdateSide(side);
+    dim.SetAnnotation(value);
+    dim.UpdateDimension();
 }
 
 inline Point TextMiddle(const DimensionBase& dim) {
