@@ -75,7 +75,8 @@ constexpr int LSFIT_MAX_PARAMETERS = 8;
 ///                 sum where that is positive definite. The lower triangle suffices.
 /// @param jtr      [out] J^T r, m values.
 /// @param sumSq    [out] sum of squared residuals.
-/// @return 1, or 0 when the parameters are inadmissible (the step is then shortened).
+/// @return 1; 2 when jtj is half the Hessian; 0 when the parameters are inadmissible (the step is then
+///         shortened).
 using LSFIT_model_t = int (*)(void* context, const double* params, double* jtj, double* jtr, double* sumSq);
 
 /// Minimises a sum of squares by Levenberg-Marquardt steps with Marquardt's scaling.

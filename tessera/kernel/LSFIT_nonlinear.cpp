@@ -18,12 +18,20 @@ constexpr double kFirstDamping = 1e-4;
 constexpr double kLeastDamping = 1e-8; // less is none
 constexpr double kMostDamping = 1e12;
 constexpr double kDampingFactor = 10.0;
-constexpr int kMostHalvings = 10;  // of a step to inadmissible parameters, before it is turned by damping
-constexpr double kFastFall = 1e-2; // of the promise, from step to step
+constexpr int kMostHalvings = 10;     // of a step to inadmissible parameters, before it is turned by damping
+constexpr double kFastFall = 1e-2;    // of the promise, from step to step
+constexpr double kSquareSlack = 10.0; // by which the square of a share may be too small a guess
 constexpr double kDiagonalFloor = 1e-14; // of the largest diagonal element
+
+constexpr int kHessian = 2; // kind of a model's matrix
 
 struct NormalEquations {
     double jtj[kMax * kMax], jtr[kMax], sumSq;
+    int kind; // what the model answered
+
+    int Evaluate(LSFIT_model_t model, void* context, const double* params) {
+        return kind = model(context, params, jtj, jtr, &sumSq);
+    }
 };
 
 // The damped step and the decrease of the sum that the linear model promises for it; false without a step.
@@ -52,6 +60,13 @@ bool IsMinimum(int m, const NormalEquations& at, double tol) {
     return FindStep(m, at, 0.0, step, &promise) && promise <= tol;
 }
 
+// What the next step will promise: each step of Gauss and Newton is the same share of the one before, each
+// of Newton's the square of the share that the one before was. Promises are squares of steps.
+double NextPromise(const NormalEquations& at, double promise, double promiseBefore) {
+    const double share = promise / promiseBefore;
+    return promise * share * (at.kind == kHessian ? kSquareSlack * share : 1.0);
+}
+
 double Raise(double damping) {
     return damping > 0.0 ? damping * kDampingFactor : kFirstDamping;
 }
@@ -67,7 +82,7 @@ void LSFIT_nonlinear_function(int m, double* params, LSFIT_model_t model, void* 
     *status = 1;
     *sumSq = std::numeric_limits<double>::infinity();
     NormalEquations here;
-    if (m < 1 || m > kMax || !model(context, params, here.jtj, here.jtr, &here.sumSq))
+    if (m < 1 || m > kMax || !here.Evaluate(model, context, params))
         return;
     *sumSq = here.sumSq;
     double damping = 0.0;
@@ -87,7 +102,7 @@ void LSFIT_nonlinear_function(int m, double* params, LSFIT_model_t model, void* 
             trial[i] = params[i] + step[i];
         // Promises that fall so fast are kept: the next one will be below tol.
         if (damping == 0.0 && promise <= kFastFall * promiseBefore &&
-            promise * (promise / promiseBefore) <= tol) {
+            NextPromise(here, promise, promiseBefore) <= tol) {
             std::copy(trial, trial + m, params);
             *sumSq = here.sumSq - 0.5 * promise;
             *status = 0;
@@ -97,12 +112,12 @@ void LSFIT_nonlinear_function(int m, double* params, LSFIT_model_t model, void* 
             return;
         ++evaluation;
         NormalEquations there;
-        bool isAdmissible = model(context, trial, there.jtj, there.jtr, &there.sumSq) != 0;
+        bool isAdmissible = there.Evaluate(model, context, trial) != 0;
         promiseBefore = isAdmissible && damping == 0.0 ? promise : 0.0;
         for (int halving = 0; halving < kMostHalvings && !isAdmissible; ++halving) {
             for (int i = 0; i < m; ++i)
                 trial[i] = params[i] + 0.5 * (trial[i] - params[i]);
-            isAdmissible = model(context, trial, there.jtj, there.jtr, &there.sumSq) != 0;
+            isAdmissible = there.Evaluate(model, context, trial) != 0;
         }
         if (!isAdmissible || !(there.sumSq < here.sumSq)) {
             damping = Raise(damping);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "tessera/kernel/NR.h"
 #include "tessera/kernel/internal/EllipseFoot.h"
@@ -114,28 +115,58 @@ void FillBlock(const Ellipse& shape, const double spread[2], int n, const double
     }
 }
 
-// Four sums at once: a single one would wait for its own additions.
-double Dot(const double* p, const double* q, int n) {
-    double sum[4] = {};
-    int i = 0;
-    for (; i + 3 < n; i += 4)
-        for (int lane = 0; lane < 4; ++lane)
-            sum[lane] += p[i + lane] * q[i + lane];
-    for (; i < n; ++i)
-        sum[0] += p[i] * q[i];
-    return (sum[0] + sum[1]) + (sum[2] + sum[3]);
+// Adds row kRow of the lower triangle: two sums an element, or each would wait for its own additions.
+template <int kRow>
+void AddRow(const Block& block, int n, double* jtj) {
+    double sums[kRow + 1][2] = {};
+    for (int i = 0; i < n; i += 2)
+        for (int j = 0; j <= kRow; ++j)
+            for (int lane = 0; lane < 2; ++lane) {
+                const int k = i + lane;
+                sums[j][lane] += (block.g[kRow][k] * block.q[j][k] + block.q[kRow][k] * block.g[j][k]) +
+                                 block.e[kRow][k] * block.weighted[j][k];
+            }
+    for (int j = 0; j <= kRow; ++j)
+        jtj[kRow * kM + j] += sums[j][0] + sums[j][1];
+}
+template <int kRow>
+void AddFirstOrderRow(const Block& block, int n, double* jtj) {
+    for (int j = 0; j <= kRow; ++j)
+        for (int i = 0; i < n; ++i)
+            jtj[kRow * kM + j] += block.g[kRow][i] * block.g[j][i];
 }
 
-// Adds to the lower triangle and to J^T r.
-void AddBlock(const Block& block, int n, bool isNewton, double* jtj, double* jtr, double* sumSq) {
-    *sumSq += Dot(block.distance, block.distance, n);
-    for (int i = 0; i < kM; ++i) {
-        jtr[i] += Dot(block.g[i], block.distance, n);
-        for (int j = 0; j <= i; ++j)
-            jtj[i * kM + j] += isNewton ? Dot(block.g[i], block.q[j], n) + Dot(block.q[i], block.g[j], n) +
-                                              Dot(block.e[i], block.weighted[j], n)
-                                        : Dot(block.g[i], block.g[j], n);
-    }
+// J^T r and the sum of squares.
+void AddGradient(const Block& block, int n, double* jtr, double* sumSq) {
+    double sums[kM + 1][2] = {};
+    for (int i = 0; i < n; i += 2)
+        for (int lane = 0; lane < 2; ++lane) {
+            const double d = block.distance[i + lane];
+            for (int j = 0; j < kM; ++j)
+                sums[j][lane] += block.g[j][i + lane] * d;
+            sums[kM][lane] += d * d;
+        }
+    for (int j = 0; j < kM; ++j)
+        jtr[j] += sums[j][0] + sums[j][1];
+    *sumSq += sums[kM][0] + sums[kM][1];
+}
+
+// Makes the number of points even.
+int PadBlock(int n, Block* block) {
+    if (n % 2 == 0)
+        return n;
+    block->distance[n] = 0.0;
+    for (int j = 0; j < kM; ++j)
+        block->g[j][n] = block->q[j][n] = block->e[j][n] = block->weighted[j][n] = 0.0;
+    return n + 1;
+}
+
+template <int... kRows>
+void AddBlock(const Block& block, int n, bool isNewton, double* jtj, std::integer_sequence<int, kRows...>) {
+    if (isNewton)
+        (AddRow<kRows>(block, n, jtj), ...);
+    else
+        (AddFirstOrderRow<kRows>(block, n, jtj), ...);
 }
 
 void SumBlocks(const Ellipse& shape, bool isNewton, EllipseSamples* samples, double* jtj, double* jtr,
@@ -148,7 +179,9 @@ void SumBlocks(const Ellipse& shape, bool isNewton, EllipseSamples* samples, dou
         const int n = std::min(kBlock, samples->count - from);
         FillBlock(shape, samples->spread, n, samples->x + from, samples->y + from, samples->roots + from,
                   &block);
-        AddBlock(block, n, isNewton, jtj, jtr, sumSq);
+        const int even = PadBlock(n, &block);
+        AddGradient(block, even, jtr, sumSq);
+        AddBlock(block, even, isNewton, jtj, std::make_integer_sequence<int, kM>());
     }
 }
 
@@ -171,7 +204,8 @@ int EvaluateEllipseDistances(void* context, const double* params, double* jtj, d
     SumBlocks(shape, true, &samples, jtj, jtr, sumSq);
     double factor[kM * kM];
     std::copy(jtj, jtj + kM * kM, factor);
-    if (!NR_cholesky_decomp(kM, factor))
+    const bool isNewton = NR_cholesky_decomp(kM, factor) != 0;
+    if (!isNewton)
         SumBlocks(shape, false, &samples, jtj, jtr, sumSq);
-    return std::isfinite(*sumSq) ? 1 : 0;
+    return std::isfinite(*sumSq) ? (isNewton ? 2 : 1) : 0;
 }

@@ -16,7 +16,10 @@ constexpr int kNewtonSteps =
 constexpr int kBisections =
     80; // geometric: 10 bring any two doubles within a factor of 2, 53 more to the last bit
 constexpr double kStepTol = 1e-9; // relative: the error left is its square
-constexpr int kBlockSteps = 6;    // of a block; whoever needs more is solved alone
+// A block multiplies u and u + k out: its steps take one division, and end where the square is rounding.
+constexpr int kBlockSteps = 6; // whoever needs more is solved alone
+constexpr double kBlockStepTol = 1e-8;
+constexpr double kBlockLeast = 1e-60; // y / b; the fifth power of less is no normal number
 constexpr double kOnMajorAxis =
     1e-290; // y / b; below it u would near the denormal numbers and lose its digits
 
@@ -103,12 +106,12 @@ void FindEllipseFeet(double a, double b, int count, const double* px, const doub
     bool isSettled = false;
     for (int round = 0; round < kBlockSteps && !isSettled; ++round) {
         for (int i = 0; i < count; ++i) {
-            const double u = roots[i], shifted = u + k, inverse = 1.0 / (u * shifted);
-            const double p = u * inverse, q = shifted * inverse, c = n[i] * p, s = z[i] * q;
-            const double cc = c * c, ss = s * s, lengthSq = cc + ss;
-            const double wanted = u + lengthSq * (std::sqrt(lengthSq) - 1.0) / (cc * p + ss * q);
+            const double u = roots[i], shifted = u + k, c = n[i] * u, s = z[i] * shifted;
+            const double cc = c * c, ss = s * s, lengthSq = cc + ss; // C and S times u (u + k)
+            const double wanted =
+                u + lengthSq * (std::sqrt(lengthSq) - u * shifted) / (cc * u + ss * shifted);
             const double next = wanted > lo[i] ? wanted : lo[i];
-            step[i] = std::fabs(next - u) - kStepTol * u;
+            step[i] = std::fabs(next - u) - kBlockStepTol * u;
             roots[i] = next;
         }
         isSettled = true;
@@ -116,13 +119,13 @@ void FindEllipseFeet(double a, double b, int count, const double* px, const doub
             isSettled &= step[i] <= 0.0;
     }
     for (int i = 0; i < count; ++i) {
-        const double c = n[i] / (roots[i] + k), s = z[i] / roots[i];
+        const double c = n[i] * roots[i], s = z[i] * (roots[i] + k);
         const double inverse = 1.0 / std::sqrt(c * c + s * s);
         cosT[i] = std::copysign(c * inverse, px[i]);
         sinT[i] = std::copysign(s * inverse, py[i]);
     }
     for (int i = 0; i < count; ++i)
-        if (!(step[i] <= 0.0 && z[i] > kOnMajorAxis)) {
+        if (!(step[i] <= 0.0 && z[i] > kBlockLeast)) {
             const EllipseFoot foot = FindEllipseFoot(a, b, px[i], py[i]);
             cosT[i] = foot.cosT;
             sinT[i] = foot.sinT;
