@@ -77,7 +77,7 @@ struct Refinement {
     double rms;
 };
 
-Refinement Refine(EllipseSamples* samples, int iterations, double relativeTol, double* params) {
+Refinement Approach(EllipseSamples* samples, int iterations, double relativeTol, double* params) {
     double sumSq = 0.0;
     int status = 0;
     LSFIT_nonlinear_function(kEllipseParameters, params, EvaluateEllipseDistances, samples, iterations,
@@ -85,65 +85,63 @@ Refinement Refine(EllipseSamples* samples, int iterations, double relativeTol, d
     return {status == 0, std::sqrt(sumSq / samples->count)};
 }
 
-// From the frame of the samples to that of the points; the angle in [0, pi).
-void MapToPoints(const EllipseSamples& samples, Point2 origin, double scale, EllipseShape* e) {
-    const double x = e->centre.x, y = e->centre.y;
-    e->centre.x = origin.x + scale * (samples.mean.x + x * samples.axis[0][0] + y * samples.axis[1][0]);
-    e->centre.y = origin.y + scale * (samples.mean.y + x * samples.axis[0][1] + y * samples.axis[1][1]);
-    e->a *= scale;
-    e->b *= scale;
-    e->angle =
-        std::remainder(e->angle + std::atan2(samples.axis[0][1], samples.axis[0][0]), std::numbers::pi);
-    if (e->angle < 0.0)
-        e->angle += std::numbers::pi;
-    if (e->angle >= std::numbers::pi) // a tiny negative angle rounds up
-        e->angle = 0.0;
-}
-
 bool IsRunaway(const EllipseSamples& samples, const double* params) {
     EllipseShape ellipse;
     return !FindEllipseOfConic(samples, params, &ellipse) || ellipse.a > kLargestAxis;
 }
 
-// The ellipse in the frame of the samples. Whether an unsettled fit will do is judged by its shape, and by
-// the caller from its deviations. False too when no ellipse comes within `limit` of all points: at the least
-// sum of squares of some of them not even their root mean square does.
-bool FitSamples(EllipseSamples* samples, bool areAll, double limit, EllipseShape* ellipse) {
-    double params[kEllipseParameters];
-    if (!FindStartConic(samples, params))
-        return false;
-    bool isHopeless = false;
-    if (samples->count >= kCoarseShare * kFewestCoarseSamples) {
-        EllipseSamples coarse;
-        TakeCoarseSamples(*samples, &coarse);
-        const Refinement first = Refine(&coarse, kCoarseIterations, kCoarseTol, params);
-        if (first.isSettled && first.rms * (1.0 - kCoarseTol) > limit)
-            return false;
-        isHopeless = !first.isSettled && (first.rms > kHopelessRms || IsRunaway(*samples, params));
-    }
-    if (!isHopeless) {
-        const Refinement last =
-            Refine(samples, kIterations, areAll ? kRelativeTol : kSampledRelativeTol, params);
-        if (!std::isfinite(last.rms) || (last.isSettled && last.rms * (1.0 - kSampledRelativeTol) > limit))
-            return false;
-    }
-    return FindEllipseOfConic(*samples, params, ellipse) && ellipse->a <= kLargestAxis &&
-           ellipse->b >= kSmallestAxisRatio * ellipse->a;
-}
-
 } // namespace
 
-bool FitEllipseWithin(const Point2* pts, int n, double limit, EllipseShape* ellipse, double err[3]) {
-    Point2 origin;
-    double scale = 0.0;
-    if (n < kFewestPoints || !FindBox(pts, n, &origin, &scale))
+bool EllipseFitter::FindStart(EllipseShape* start) {
+    if (n_ < kFewestPoints || !FindBox(pts_, n_, &origin_, &scale_))
         return false;
-    EllipseSamples samples;
-    TakeSamples(pts, n, origin, scale, &samples);
-    if (!FitSamples(&samples, n <= kMostEllipseSamples, limit / scale, ellipse))
+    TakeSamples(pts_, n_, origin_, scale_, &samples_);
+    return FindStartConic(&samples_, params_) && MapToPoints(start);
+}
+
+// From the frame of the samples to that of the points; the angle in [0, pi).
+bool EllipseFitter::MapToPoints(EllipseShape* e) const {
+    if (!FindEllipseOfConic(samples_, params_, e))
         return false;
-    MapToPoints(samples, origin, scale, ellipse);
-    MeasureEllipseDeviations(pts, n, *ellipse, err);
+    const double(&axis)[2][2] = samples_.axis;
+    const double x = e->centre.x, y = e->centre.y;
+    e->centre.x = origin_.x + scale_ * (samples_.mean.x + x * axis[0][0] + y * axis[1][0]);
+    e->centre.y = origin_.y + scale_ * (samples_.mean.y + x * axis[0][1] + y * axis[1][1]);
+    e->a *= scale_;
+    e->b *= scale_;
+    e->angle = std::remainder(e->angle + std::atan2(axis[0][1], axis[0][0]), std::numbers::pi);
+    if (e->angle < 0.0)
+        e->angle += std::numbers::pi;
+    if (e->angle >= std::numbers::pi) // a tiny negative angle rounds up
+        e->angle = 0.0;
+    return true;
+}
+
+// Whether an unsettled fit will do is judged by its shape, and by the caller from its deviations. False too
+// when no ellipse comes within `limit` of all points: at the least sum of squares of some of them not even
+// their root mean square does.
+bool EllipseFitter::RefineSamples(double limit) {
+    bool isHopeless = false;
+    if (samples_.count >= kCoarseShare * kFewestCoarseSamples) {
+        EllipseSamples coarse;
+        TakeCoarseSamples(samples_, &coarse);
+        const Refinement first = Approach(&coarse, kCoarseIterations, kCoarseTol, params_);
+        if (first.isSettled && first.rms * (1.0 - kCoarseTol) > limit)
+            return false;
+        isHopeless = !first.isSettled && (first.rms > kHopelessRms || IsRunaway(samples_, params_));
+    }
+    if (isHopeless)
+        return true;
+    const double tol = n_ <= kMostEllipseSamples ? kRelativeTol : kSampledRelativeTol;
+    const Refinement last = Approach(&samples_, kIterations, tol, params_);
+    return std::isfinite(last.rms) && !(last.isSettled && last.rms * (1.0 - kSampledRelativeTol) > limit);
+}
+
+bool EllipseFitter::Refine(double limit, EllipseShape* ellipse, double err[3]) {
+    if (!RefineSamples(limit / scale_) || !MapToPoints(ellipse) || !(ellipse->a <= kLargestAxis * scale_) ||
+        !(ellipse->b >= kSmallestAxisRatio * ellipse->a))
+        return false;
+    MeasureEllipseDeviations(pts_, n_, *ellipse, err);
     return std::isfinite(err[2]) && err[0] <= limit;
 }
 
@@ -152,7 +150,8 @@ void LSFIT_ellipse_to_points_2d(Point2* pts, int n, Point2* centre, double* a, d
     EllipseShape ellipse;
     double deviations[3];
     constexpr double kNoLimit = std::numeric_limits<double>::infinity();
-    const bool isFitted = FitEllipseWithin(pts, n, kNoLimit, &ellipse, deviations);
+    EllipseFitter fitter(pts, n);
+    const bool isFitted = fitter.FindStart(&ellipse) && fitter.Refine(kNoLimit, &ellipse, deviations);
     if (!isFitted) {
         ellipse = {{0.0, 0.0}, kFailed, kFailed, 0.0};
         std::fill(deviations, deviations + 3, kFailed);

@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "tessera/kernel/LSFIT.h"
 #include "tessera/recognition/internal/AngularCover.h"
 #include "tests/support/FitSamples.h"
 #include "tests/support/SampleCurves.h"
@@ -169,6 +170,43 @@ TEST(SingleShapes, MoreThan95PercentOnlyWhenFull) {
     EXPECT_TRUE(ellipse(0.9495, false));
     EXPECT_FALSE(ellipse(0.9505, false));
     EXPECT_TRUE(ellipse(0.9505, true)->IsClosed());
+}
+
+// A round of corners and bumps that stays open by some share: the answer falls before the fit is finished
+// only where the finished fit says the same.
+TEST(SingleEllipse, IsNullJustWhereTheFinishedFitCoversTheTurn) {
+    std::mt19937 rng(20250311);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    int open = 0;
+    for (int trial = 0; trial < 2000; ++trial) {
+        SCOPED_TRACE(trial);
+        const double bump = 0.5 * unit(rng), squeeze = 0.3 + 0.7 * unit(rng), noise = 0.04 * unit(rng);
+        const double sweep = kTurn * (0.9 + 0.12 * unit(rng)), bumps = static_cast<double>(2 + rng() % 5);
+        std::vector<Point2> pts(30 + rng() % 120);
+        for (std::size_t i = 0; i < pts.size(); ++i) {
+            const double t = sweep * static_cast<double>(i) / static_cast<double>(pts.size() - 1);
+            const double r = 1.0 + 0.5 * bump * std::cos(bumps * t) + noise * unit(rng);
+            pts[i] = {r * std::cos(t), squeeze * r * std::sin(t)};
+        }
+        Point2 centre{};
+        double a = 0.0, b = 0.0, angle = 0.0, err[3], dev = 0.0;
+        int status = 1;
+        LSFIT_ellipse_to_points_2d(pts.data(), static_cast<int>(pts.size()), &centre, &a, &b, &angle, &status,
+                                   err);
+        ASSERT_EQ(status, 0);
+        std::vector<double> angles;
+        for (const Point2& p : pts) {
+            const double x = p.x - centre.x, y = p.y - centre.y, c = std::cos(angle), s = std::sin(angle);
+            const double polar = std::atan2((c * y - s * x) * a, (c * x + s * y) * b);
+            angles.push_back(polar < 0.0 ? polar + kTurn : polar);
+        }
+        const AngularRange range = SortedCover(angles);
+        const bool isOpen = range.end - range.start <= 0.95 * kTurn;
+        EXPECT_EQ(RecognizeEllipse(pts, false, kNoLimit, &dev) != nullptr, isOpen);
+        open += isOpen ? 1 : 0;
+    }
+    EXPECT_GT(open, 300);
+    EXPECT_LT(open, 1700);
 }
 
 TEST(SingleArc, EndsThatNearlyMeetAreNoArc) {

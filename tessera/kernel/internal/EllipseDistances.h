@@ -1,7 +1,13 @@
 // Sum of squared distances of points from an ellipse, with the derivatives that a fit needs.
 #pragma once
 
-#include "tessera/kernel/internal/EllipseFit.h"
+#include "tessera/kernel/VexMath.h"
+
+struct EllipseShape {
+    Vex::Math::Point2 centre;
+    double a, b;  // semi-axes in either order
+    double angle; // direction of the axis a, radians
+};
 
 inline constexpr int kEllipseParameters = 5;
 inline constexpr int kMostEllipseSamples = 512;

@@ -27,7 +27,9 @@ std::unique_ptr<Curve> FitFullShape(const StrokePiece& piece, double* maxDev) {
     double circleDev = 0.0;
     double ellipseDev = 0.0;
     auto circle = RecognizeArc(piece.pts, true, piece.closeTol, piece.tol[1], &circleDev);
-    auto ellipse = RecognizeEllipse(piece.pts, true, piece.tol[2], &ellipseDev);
+    // Beside a circle a better ellipse alone counts.
+    const double limit = circle ? std::min(piece.tol[2], kBetterFit * circleDev) : piece.tol[2];
+    auto ellipse = RecognizeEllipse(piece.pts, true, limit, &ellipseDev);
     if (ellipse && !CheckEllipse(piece.pts, piece.tol[2], *ellipse))
         ellipse.reset();
     if (circle && !(ellipse && ellipseDev < kBetterFit * circleDev && IsOblong(*ellipse))) {

@@ -23,8 +23,45 @@ constexpr double kMaxArcSweep = 5.969026041820607;     // 95 % of a turn: beyond
 constexpr double kMaxEllipseSweep = 5.969026041720607; // the same less 1e-10
 constexpr double kAtCentreSq = 1e-20;                  // a point so near the centre has no direction
 
+// A ring about the start of an ellipse fit, in its radii, and the widest gap between points in the ring
+// beyond doubt: the gap about the answer exceeded it by 3.1 degrees at most on 80,000 random closed strokes.
+constexpr double kInnerRing = 0.7;
+constexpr double kOuterRing = 1.3;
+constexpr double kSureGap = 12.0 / 360.0 * kTurn;
+constexpr std::size_t kSureSamples = 256; // points looked at, or a few less: as good as all
+
 int CountOf(std::span<Point2> pts) {
     return static_cast<int>(pts.size());
+}
+
+// The eccentric angle of a point is the polar angle after the ellipse is squeezed to a circle.
+struct Squeeze {
+    explicit Squeeze(const EllipseShape& e)
+        : ellipse(e), cosine(std::cos(e.angle)), sine(std::sin(e.angle)) {}
+    // A position about the centre, times both radii.
+    Vector2 Of(double x, double y) const {
+        return {(cosine * x + sine * y) * ellipse.b, (cosine * y - sine * x) * ellipse.a};
+    }
+    const EllipseShape& ellipse;
+    double cosine, sine;
+};
+
+// Whether the points cover so much of the turn that the ellipse is none, as far as its start can tell.
+bool IsSurelyRound(std::span<const Point2> pts, const EllipseShape& start) {
+    const Squeeze squeeze(start);
+    const double inner = kInnerRing * start.a * start.b;
+    const double outer = kOuterRing * start.a * start.b;
+    const std::size_t stride = pts.size() / kSureSamples + 1; // points left out make no gap narrower
+    AngularCover cover;
+    for (std::size_t i = 0; i < pts.size(); i += stride) {
+        const Vector2 v = squeeze.Of(pts[i].x - start.centre.x, pts[i].y - start.centre.y);
+        const double lengthSq = v.x * v.x + v.y * v.y;
+        if (!(lengthSq >= inner * inner && lengthSq <= outer * outer))
+            return false;
+        cover.Add(v.x, v.y);
+    }
+    const AngularRange range = cover.Covered();
+    return range.end - range.start > kTurn - kSureGap;
 }
 
 } // namespace
@@ -90,33 +127,29 @@ std::unique_ptr<Arc> RecognizeArc(std::span<Point2> pts, bool full, double close
 }
 
 std::unique_ptr<Ellipse> RecognizeEllipse(std::span<Point2> pts, bool full, double limit, double* maxDev) {
+    EllipseFitter fitter(pts.data(), CountOf(pts));
     EllipseShape fit;
     double err[3] = {};
-    if (!FitEllipseWithin(pts.data(), CountOf(pts), limit, &fit, err))
+    if (!fitter.FindStart(&fit) || (!full && IsSurelyRound(pts, fit)) || !fitter.Refine(limit, &fit, err))
         return nullptr;
     *maxDev = err[0];
-    const Point2 centre = fit.centre;
-    const double a = fit.a;
-    const double b = fit.b;
-    double centre2[2] = {centre.x, centre.y};
-    double radii[2] = {a, b};
+    double centre[2] = {fit.centre.x, fit.centre.y};
+    double radii[2] = {fit.a, fit.b};
     if (full)
-        return std::make_unique<Ellipse>(centre2, radii, fit.angle, 0.0, kTurn);
-
-    // The eccentric angle of a point is the polar angle after the ellipse is squeezed to a circle.
-    const double c = std::cos(fit.angle);
-    const double s = std::sin(fit.angle);
+        return std::make_unique<Ellipse>(centre, radii, fit.angle, 0.0, kTurn);
+    const Squeeze squeeze(fit);
     AngularCover cover;
     for (const Point2& p : pts) {
-        const double x = p.x - centre.x;
-        const double y = p.y - centre.y;
+        const double x = p.x - fit.centre.x;
+        const double y = p.y - fit.centre.y;
+        const Vector2 v = squeeze.Of(x, y);
         if (x * x + y * y > kAtCentreSq)
-            cover.Add((c * x + s * y) * b, (c * y - s * x) * a);
+            cover.Add(v.x, v.y);
     }
     const AngularRange range = cover.Covered();
     if (range.end - range.start > kMaxEllipseSweep)
         return nullptr;
-    return std::make_unique<Ellipse>(centre2, radii, fit.angle, range.start, range.end);
+    return std::make_unique<Ellipse>(centre, radii, fit.angle, range.start, range.end);
 }
 
 bool CheckEllipse(std::span<const Point2> pts, double tol, const Ellipse& ellipse) {

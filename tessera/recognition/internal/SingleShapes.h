@@ -3,7 +3,8 @@
 // Points     in drawing order, in any frame; the fits work on copies.
 // Limit      null also when the largest deviation exceeds `limit`; equality passes.
 // Deviation  *maxDev receives the largest deviation of a point from the fitted shape, in the points' units;
-//            it is written as soon as the shape could be fitted at all.
+//            it is written as soon as the shape could be fitted at all. An ellipse that covers the turn
+//            beyond doubt is not fitted.
 #pragma once
 
 #include <memory>
