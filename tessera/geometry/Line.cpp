@@ -5,6 +5,7 @@
 #include <set>
 
 #include "tessera/geometry/Arc.h"
+#include "tessera/geometry/internal/BoundedLine.h"
 #include "tessera/geometry/internal/RecordData.h"
 #include "tessera/kernel/EQ.h"
 #include "tessera/kernel/VEC2.h"
@@ -14,7 +15,6 @@
 namespace Tessera::Geometry {
 namespace {
 
-constexpr double kBoundsTol = 1e-10;      // slack beyond an end: model units along the line
 constexpr double kParallelSine = 1e-7;    // sine of the angle between parallel lines
 constexpr double kOnLineTol = 1e-10;      // least length of a direction and slack of the cosine in OnLine
 constexpr double kMinDeterminant = 1e-10; // sine below which lines have no intersection
@@ -147,28 +147,19 @@ double Line::Distance(const Point& p) const {
 }
 
 Point Line::Project(const Point& p) const {
-    const Point start = GetStart();
-    const Vector n = Normal(start, GetEnd());
-    return p.AffineCombine(-n.Dot(Vector(start, p)), n);
+    return BoundedLine(GetStart(), GetEnd()).Project(p);
 }
 
 double Line::DistanceBounded(const Point& p) const {
-    const Point start = GetStart();
-    const Point end = GetEnd();
-    const Point q = Project(p);
-    if (Vector(start, end).Dot(Vector(start, q)) < -kBoundsTol)
-        return p.Distance(start);
-    if (q.Distance(start) > start.Distance(end) + kBoundsTol)
-        return p.Distance(end);
-    return p.Distance(q);
+    return BoundedLine(GetStart(), GetEnd()).Distance(p);
 }
 
 bool Line::WithinBounds(const Point& p) const {
     const Point start = GetStart();
     const Point end = GetEnd();
-    if (Vector(start, end).Dot(Vector(start, p)) < -kBoundsTol)
+    if (Vector(start, end).Dot(Vector(start, p)) < -BoundedLine::kBoundsTol)
         return false;
-    return p.Distance(start) <= start.Distance(end) + kBoundsTol;
+    return p.Distance(start) <= start.Distance(end) + BoundedLine::kBoundsTol;
 }
 
 bool Line::OnLine(const Point& p) const {

@@ -85,14 +85,17 @@ void SplitIntoSides(const ThinWall& wall, InkReading& reading) {
     reading.shape = InkShape::ThinWall;
 }
 
-bool ReadThinWall(const InkStroke& ink, const InkPath& path, const SketchRecognizerPreferences& preferences,
-                  std::span<Curve* const> earlier, InkReading& reading) {
-    const std::optional<ThinWall> wall = FindThinWall(PricedPath(path));
+bool ReadThinWall(const InkStroke& ink, const PricedPath& priced,
+                  const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
+                  InkReading& reading) {
+    const std::optional<ThinWall> wall = FindThinWall(priced);
     if (!wall)
         return false;
     const bool asSides = preferences.GetThinWallRecognition();
-    ReadByHypotheses(wall->centre, MakeInkPath(wall->centre.samples), preferences,
-                     asSides ? std::span<Curve* const>() : earlier, reading);
+    const InkPath path = MakeInkPath(wall->centre.samples);
+    PricedPath centre(path);
+    ReadByHypotheses(wall->centre, centre, preferences, asSides ? std::span<Curve* const>() : earlier,
+                     reading);
     if (asSides) {
         SplitIntoSides(*wall, reading);
     } else {
@@ -124,10 +127,13 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
         MeasureDeviations(ink.samples, reading);
         return reading;
     }
-    if (!preferences.GetReduceInkCurveDeviation())
+    if (!preferences.GetReduceInkCurveDeviation()) {
         RulesReading(ink, preferences).Take(reading);
-    else if (!preferences.GetCurveTidy() || !ReadThinWall(ink, path, preferences, earlier, reading))
-        ReadByHypotheses(ink, path, preferences, earlier, reading);
+        return reading;
+    }
+    PricedPath priced(path);
+    if (!preferences.GetCurveTidy() || !ReadThinWall(ink, priced, preferences, earlier, reading))
+        ReadByHypotheses(ink, priced, preferences, earlier, reading);
     return reading;
 }
 

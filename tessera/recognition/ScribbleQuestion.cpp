@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "tessera/geometry/Curve.h"
@@ -22,6 +23,8 @@ namespace {
 constexpr double kStepsPerDiagonal = 100.0;
 /// Ink longer than two hundred diagonals is judged by its beginning, which bounds time and memory.
 constexpr std::size_t kMostSteps = 20000;
+/// Of a simple shape, with some to spare.
+constexpr std::size_t kUsualSteps = 400;
 /// The box's diagonal in the frame in which the question is asked: the size at which the recogniser's own
 /// tolerances read round shapes.
 constexpr double kQuestionSize = 100.0;
@@ -57,7 +60,9 @@ double WayOut(const Point& last, const Point& a, const Point& b, double step) {
 }
 
 std::vector<Point> DividerWalk(std::span<const Point> ink, double step) {
-    std::vector<Point> walk = {ink[0]};
+    std::vector<Point> walk;
+    walk.reserve(kUsualSteps);
+    walk.push_back(ink[0]);
     for (std::size_t i = 1; i < ink.size() && walk.size() < kMostSteps; ++i) {
         Point from = ink[i - 1];
         for (double t = WayOut(walk.back(), from, ink[i], step); t <= 1.0 && walk.size() < kMostSteps;
@@ -83,11 +88,12 @@ std::vector<Point> WalkOf(std::span<const Point> ink, double diagonal) {
 }
 
 std::unique_ptr<Stroke> StrokeOf(std::span<const Point> relative, const Point& origin, double scale) {
-    auto stroke = std::make_unique<Stroke>();
+    std::vector<StrokePoint> points;
+    points.reserve(relative.size());
     for (const Point& p : relative) {
-        stroke->AddPoint({origin.x + p.x * scale, origin.y + p.y * scale, 0.0});
+        points.emplace_back(origin.x + p.x * scale, origin.y + p.y * scale, 0.0);
     }
-    return stroke;
+    return std::make_unique<Stroke>(std::move(points));
 }
 
 // From the first sample over the cusps to the last.

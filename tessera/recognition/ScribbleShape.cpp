@@ -43,10 +43,12 @@ double UnitSegmentThreshold(int unitCode) {
 
 // Few samples, or most of the length in long segments: cusps need more samples to be judged.
 bool IsSparselySampled(const Stroke& stroke, double segmentThreshold) {
+    if (stroke.AskNumberOfPoints() <= kFewPoints || std::isinf(segmentThreshold)) {
+        return stroke.AskNumberOfPoints() <= kFewPoints;
+    }
     double total = 0.0;
     const double longLength = stroke.GetSegLengthOverThreshold(segmentThreshold, &total);
-    return stroke.AskNumberOfPoints() <= kFewPoints ||
-           longLength > kSparseShare * total + EQ_ask_length_tolerance();
+    return longLength > kSparseShare * total + EQ_ask_length_tolerance();
 }
 
 int NearestOriginalIndex(int upSampled) {

@@ -28,10 +28,9 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kContinuityGap = 5;             // samples between two continuity breaks
-constexpr double kIntervalShare = 0.08333333; // look-ahead of the tangent tests, of the sample count
-constexpr double kRoundDeg = 340.0;           // turning from which a stroke has gone round
-constexpr double kSmallCurve = 20.0;          // the longest piece is at least so many times longer
+constexpr int kContinuityGap = 5;    // samples between two continuity breaks
+constexpr double kRoundDeg = 340.0;  // turning from which a stroke has gone round
+constexpr double kSmallCurve = 20.0; // the longest piece is at least so many times longer
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
 void DeleteResult(RecognizedGeometry* result) {
@@ -281,8 +280,7 @@ double SketchRecognizer::GetStrokeLength(int first, int last) const {
 }
 
 int SketchRecognizer::AskPointInterval() const {
-    const int share = static_cast<int>(static_cast<double>(points_.size()) * kIntervalShare);
-    return std::max(1, std::min(preferences_.AskTangentPointInterval(), share));
+    return PointInterval(points_.size(), preferences_.AskTangentPointInterval());
 }
 
 } // namespace Tessera::Geometry

@@ -3,7 +3,8 @@
 #include <vector>
 
 #include "tessera/kernel/EQ.h"
-#include "tessera/recognition/SketchRecognizer.h"
+#include "tessera/recognition/SketchRecognizerPreferences.h"
+#include "tessera/recognition/internal/Segmentation.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
@@ -19,13 +20,13 @@ constexpr int kCuspGap = 1;
 
 void Stroke::GetCuspIds(double angleDeg, int interval, std::vector<int>& cusps) const {
     cusps.clear();
-    const SketchRecognizer recognizer(GetId(), GetPoints());
-    const int k = std::min(interval, recognizer.AskPointInterval());
+    const SketchRecognizerPreferences usual;
+    const int k = std::min(interval, PointInterval(points_.size(), usual.AskTangentPointInterval()));
     if (k < 1) {
         return;
     }
     std::vector<int> candidates;
-    recognizer.GetContinuityBreaks(candidates, kCuspGap, angleDeg, static_cast<unsigned>(k));
+    FindContinuityBreaks(points_, kCuspGap, angleDeg, static_cast<unsigned>(k), candidates);
     std::vector<double> times;
     GetCuspTraverseTime(candidates, kTraverseWindow, times);
     double sum = 0.0;

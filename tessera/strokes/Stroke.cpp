@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "tessera/core/Group.h"
 #include "tessera/core/ThrowMessage.h"
@@ -78,6 +79,10 @@ Stroke::Stroke(int n, double* x, double* y, double* speed) {
     }
     bboxOutdated_ = true;
     UpdateBoundingBox();
+}
+
+Stroke::Stroke(std::vector<StrokePoint> points) : points_(std::move(points)) {
+    bboxOutdated_ = true;
 }
 
 Stroke::Stroke(const Stroke& other)

@@ -28,6 +28,8 @@ public:
     Stroke();
     /// n >= 2 samples; a null speed array gives speed 0. Throws below two samples.
     Stroke(int n, double* x, double* y, double* speed);
+    /// Of samples at hand; the box stays outdated.
+    explicit Stroke(std::vector<StrokePoint> points);
     /// New identifier, no group.
     Stroke(const Stroke& other);
     /// Takes the identifier and display data as well; the group stays.

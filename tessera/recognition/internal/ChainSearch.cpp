@@ -12,7 +12,7 @@ namespace {
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
 // What corners round off: a tenth of a piece at either end, three points at most.
-constexpr double kTrimShare = 0.1;
+constexpr int kTrimPart = 10;
 constexpr int kTrimMost = 3;
 
 constexpr int kReach = 4;           // points to either side over which the turning is measured
@@ -35,11 +35,16 @@ constexpr int kCrumb = 7;              // points: shorter pieces are what corner
 constexpr double kLeastSpread = 0.004; // no hand is more careful, sizes
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
+// Less than kLeastTurn counts as nothing.
 double TurnAt(const InkPath& path, int i, int k) {
     const Point& at = path.pts[static_cast<std::size_t>(i)];
     const Point before = at - path.pts[static_cast<std::size_t>(i) - static_cast<std::size_t>(k)];
     const Point after = path.pts[static_cast<std::size_t>(i) + static_cast<std::size_t>(k)] - at;
-    return std::atan2(before.Cross(after), before.Dot(after));
+    const double cross = before.Cross(after);
+    const double dot = before.Dot(after);
+    if (std::fabs(cross) < kLeastTurn * dot) // and less than the tangent of it
+        return 0.0;
+    return std::atan2(cross, dot);
 }
 
 std::vector<TurningPeak> FindPeaks(const InkPath& path) {
@@ -72,23 +77,52 @@ Moments InnerMoments(const PricedPath& ink, int first, int last, int& points) {
     return m;
 }
 
-// Moves each break to the cheapest point beside it.
-void MoveBreaks(const PricedPath& ink, std::vector<int>& breaks) {
+RunFits FitForPrices(const PricedPath& ink, int first, int last) {
+    return FitRun(ink, first, last, kArcCannotPay * ink.prices.parameter / ink.prices.squared);
+}
+
+struct PieceCosts {
+    PieceCosts(const InkPrices& prices, const RunFits& fits) {
+        const double ends = 2.0 * prices.parameter; // the end point of the piece
+        line = ends + prices.squared * fits.line.sumSq + fits.hiddenByLine;
+        if (!fits.hasArc)
+            return;
+        const double bent = ends + prices.squared * fits.circle.sumSq + fits.hiddenByArc;
+        if (bent < line) {
+            const double bow = fits.BowOfLine() / prices.bow;
+            line = std::min(line, bent + 0.5 * bow * bow);
+        }
+        arc = bent + prices.parameter;
+    }
+    double Least() const { return std::min(line, arc); }
+
+    double line;
+    double arc = kInfinite;
+};
+
+double CostOf(const PricedPath& ink, int first, int last) {
+    return PieceCosts(ink.prices, FitForPrices(ink, first, last)).Least();
+}
+
+// Moves each break to the cheapest point beside it; false when all are there already.
+bool MoveBreaks(const PricedPath& ink, std::vector<int>& breaks) {
+    bool hasMoved = false;
     for (std::size_t b = 1; b + 1 < breaks.size(); ++b) {
         double cheapest = kInfinite;
         int best = breaks[b];
         const int low = std::max(breaks[b] - kMoves, breaks[b - 1] + kShortest);
         const int high = std::min(breaks[b] + kMoves, breaks[b + 1] - kShortest);
         for (int at = low; at <= high; ++at) {
-            const double cost =
-                PricePiece(ink, breaks[b - 1], at).cost + PricePiece(ink, at, breaks[b + 1]).cost;
+            const double cost = CostOf(ink, breaks[b - 1], at) + CostOf(ink, at, breaks[b + 1]);
             if (cost < cheapest) {
                 cheapest = cost;
                 best = at;
             }
         }
+        hasMoved = hasMoved || best != breaks[b];
         breaks[b] = best;
     }
+    return hasMoved;
 }
 
 // Peaks next to the ends are corners that the description has.
@@ -159,13 +193,16 @@ PricedPath::PricedPath(const InkPath& inkPath)
     : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)), closing(0.125 * inkPath.length) {}
 
 int TrimOf(int points) {
-    return std::min(kTrimMost, static_cast<int>(std::lround(kTrimShare * points)));
+    return std::min(kTrimMost, (points + kTrimPart / 2) / kTrimPart);
 }
 
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature) {
     const double expected = curvature * kReach * ink.path.step;
-    const double hidden = (std::fabs(peak.turn - expected) - kFreeTurn) / kTurnSpread;
-    return hidden > 0.0 ? 0.5 * hidden * hidden : 0.0;
+    const double excess = std::fabs(peak.turn - expected) - kFreeTurn;
+    if (!(excess > 0.0))
+        return 0.0;
+    const double hidden = excess / kTurnSpread;
+    return 0.5 * hidden * hidden;
 }
 
 std::vector<int> FindBreakCandidates(const PricedPath& ink, int spacing) {
@@ -210,19 +247,13 @@ RunFits FitRun(const PricedPath& ink, int first, int last, double straight) {
 }
 
 PiecePrices PriceBoth(const PricedPath& ink, int first, int last) {
-    const InkPrices& prices = ink.prices;
-    const RunFits fits = FitRun(ink, first, last, kArcCannotPay * prices.parameter / prices.squared);
-    const double ends = 2.0 * prices.parameter; // the end point of the piece
+    const RunFits fits = FitForPrices(ink, first, last);
+    const PieceCosts costs(ink.prices, fits);
     PiecePrices both;
-    const double asLine = ends + prices.squared * fits.line.sumSq + fits.hiddenByLine;
-    both.line = {first, last, false, asLine, fits.line, {}};
-    if (!fits.hasArc)
-        return both;
-    const double bow = fits.BowOfLine() / prices.bow;
-    const double bent = ends + prices.squared * fits.circle.sumSq + fits.hiddenByArc;
-    both.line.cost = std::min(asLine, bent + 0.5 * bow * bow);
-    both.hasArc = true;
-    both.arc = {first, last, true, bent + prices.parameter, fits.line, fits.circle};
+    both.line = {first, last, false, costs.line, fits.line, {}};
+    both.hasArc = fits.hasArc;
+    if (fits.hasArc)
+        both.arc = {first, last, true, costs.arc, fits.line, fits.circle};
     return both;
 }
 
@@ -250,7 +281,7 @@ Chain SearchChain(const PricedPath& ink) {
         for (std::size_t i = j; i-- > 0;) {
             if (at[j] - at[i] < kShortest)
                 continue;
-            const double cost = PricePiece(ink, at[i], at[j]).cost;
+            const double cost = CostOf(ink, at[i], at[j]);
             if (best[i] + cost < best[j]) {
                 best[j] = best[i] + cost;
                 from[j] = i;
@@ -264,8 +295,8 @@ Chain SearchChain(const PricedPath& ink) {
         breaks.push_back(at[j]);
     breaks.push_back(0);
     std::reverse(breaks.begin(), breaks.end());
-    MoveBreaks(ink, breaks);
-    MoveBreaks(ink, breaks);
+    if (MoveBreaks(ink, breaks))
+        MoveBreaks(ink, breaks);
     return ChainOver(ink, breaks);
 }
 

@@ -9,6 +9,8 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/geometry/internal/BoundedLine.h"
+#include "tessera/kernel/internal/EllipseFit.h"
 #include "tessera/recognition/internal/FreeForm.h"
 
 namespace Tessera::Geometry {
@@ -17,7 +19,8 @@ namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
 constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
-constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
+constexpr std::size_t kExactEllipsePoints = 512; // measured to the last digit in one go
+constexpr double kTangentDeg = 0.01;             // an exact joint turns by rounding alone
 
 struct Ends {
     Point first; // unit directions of the pen
@@ -207,20 +210,73 @@ void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading)
     reading.curves.push_back(std::move(made));
 }
 
+namespace {
+
+struct Deviations {
+    double largest = 0.0;
+    double sumSq = 0.0;
+    void Add(double distance) {
+        largest = std::max(largest, distance);
+        sumSq += distance * distance;
+    }
+};
+
+// A whole ellipse: its feet are found by the block.
+Deviations DeviationsFrom(const Ellipse& ellipse, std::span<const Vex::Math::Point2> pts) {
+    double centre[2];
+    double radii[2];
+    double limits[2];
+    EllipseShape shape{};
+    ellipse.AskEllipseData(centre, radii, &shape.angle, &limits[0], &limits[1]);
+    shape = {{centre[0], centre[1]}, radii[0], radii[1], shape.angle};
+    if (shape.b > shape.a)
+        shape = {shape.centre, shape.b, shape.a, shape.angle + 0.5 * std::numbers::pi};
+    Deviations all;
+    for (std::size_t from = 0; from < pts.size(); from += kExactEllipsePoints) {
+        const std::size_t count = std::min(kExactEllipsePoints, pts.size() - from);
+        double err[3];
+        MeasureEllipseDeviations(pts.data() + from, static_cast<int>(count), shape, err);
+        all.largest = std::max(all.largest, err[0]);
+        all.sumSq += static_cast<double>(count) * err[1] * err[1];
+    }
+    return all;
+}
+
+Deviations DeviationsFrom(const Curve& curve, std::span<const Vex::Math::Point2> pts) {
+    if (curve.GetType() == CurveType_Ellipse && curve.IsClosed())
+        return DeviationsFrom(static_cast<const Ellipse&>(curve), pts);
+    Deviations all;
+    if (curve.GetType() == CurveType_Line) {
+        const BoundedLine line(curve.GetStart(), curve.GetEnd());
+        for (const auto& p : pts)
+            all.Add(line.Distance({p.x, p.y}));
+        return all;
+    }
+    for (const auto& p : pts)
+        all.Add(curve.DistanceBounded({p.x, p.y}));
+    return all;
+}
+
+} // namespace
+
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
     const int n = static_cast<int>(samples.size());
     PlaceBreaks(samples, reading);
+    std::vector<Vex::Math::Point2> pts;
+    pts.reserve(samples.size());
     double sumSq = 0.0;
     int measured = 0;
     for (InterpretedCurve& made : reading.curves) {
         const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
                                                               : made.lastSample + n - made.firstSample;
+        pts.clear();
         for (int i = 0; i <= count; ++i) {
             const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
-            const double distance = made.curve->DistanceBounded({s.x, s.y});
-            made.maxDeviation = std::max(made.maxDeviation, distance);
-            sumSq += distance * distance;
+            pts.push_back({s.x, s.y});
         }
+        const Deviations deviations = DeviationsFrom(*made.curve, pts);
+        made.maxDeviation = std::max(made.maxDeviation, deviations.largest);
+        sumSq += deviations.sumSq;
         measured += count + 1;
     }
     reading.handSpread = measured > 0 ? std::sqrt(sumSq / measured) : 0.0;

@@ -151,15 +151,15 @@ double StrayOf(const RulesReading& rules, const InkReading& reading, double allo
 
 } // namespace
 
-void ReadByHypotheses(const InkStroke& ink, const InkPath& path,
+void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
                       const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                       InkReading& reading) {
+    const InkPath& path = priced.path;
     RulesReading rules(ink, preferences);
     if (rules.Count() * kLeastSteps > path.Size()) {
         rules.Take(reading);
         return;
     }
-    PricedPath priced(path);
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.length;

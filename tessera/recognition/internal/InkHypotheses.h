@@ -5,7 +5,7 @@
 #include <span>
 
 #include "tessera/recognition/InkInterpretation.h"
-#include "tessera/recognition/internal/InkPath.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 
 namespace Tessera::Geometry {
 
@@ -14,7 +14,7 @@ namespace Tessera::Geometry {
 /// The rules' breaks and kinds compete as a chain of their own, which wins a tie: they know how fast the pen
 /// was. Where the winner strays from the ink beyond what the rules' tolerances and a hand's rounded corners
 /// explain, and the rules' curves do not, the rules' reading is the answer.
-void ReadByHypotheses(const InkStroke& ink, const InkPath& path,
+void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
                       const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                       InkReading& reading);
 

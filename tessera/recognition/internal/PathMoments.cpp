@@ -141,10 +141,12 @@ CircleFit FitCircle(const Moments& m) {
 }
 
 PathMoments::PathMoments(std::span<const Point> pts) {
-    upTo_.resize(pts.size() + 1);
-    for (std::size_t i = 0; i < pts.size(); ++i) {
-        upTo_[i + 1] = upTo_[i];
-        upTo_[i + 1].Add(pts[i]);
+    upTo_.reserve(pts.size() + 1);
+    Moments sum;
+    upTo_.push_back(sum);
+    for (const Point& p : pts) {
+        sum.Add(p);
+        upTo_.push_back(sum);
     }
 }
 

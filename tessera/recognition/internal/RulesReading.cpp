@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
@@ -86,17 +88,17 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     x_ = low[0];
     y_ = low[1];
     scale_ = kWorkingDiagonal / std::hypot(high[0] - low[0], high[1] - low[1]);
-    Stroke stroke;
-    stroke.Resize(static_cast<int>(ink.samples.size()));
+    std::vector<StrokePoint> points;
+    points.reserve(ink.samples.size());
     lengthTo_.reserve(ink.samples.size());
     for (std::size_t i = 0; i < ink.samples.size(); ++i) {
         const InkSample& s = ink.samples[i];
         const InkSample& before = ink.samples[i > 0 ? i - 1 : i];
         lengthTo_.push_back((i > 0 ? lengthTo_.back() : 0.0) +
                             scale_ * std::hypot(s.x - before.x, s.y - before.y));
-        stroke.AssignPoint({scale_ * (s.x - x_), scale_ * (s.y - y_), scale_ * SpeedAt(ink, i)},
-                           static_cast<int>(i));
+        points.emplace_back(scale_ * (s.x - x_), scale_ * (s.y - y_), scale_ * SpeedAt(ink, i));
     }
+    Stroke stroke(std::move(points));
     SketchRecognizer recognizer;
     ResultOwner pending(recognizer);
     SketchRecognizerPreferences working = preferences;

@@ -16,7 +16,8 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kStraightAgain = 1.2;     // times the threshold's cosine
+constexpr double kIntervalShare = 0.08333333; // look-ahead of the turning tests, of the sample count
+constexpr double kStraightAgain = 1.2;        // times the threshold's cosine
 constexpr std::size_t kFetchAhead = 160;   // samples: past the end of a page, where the processor's own stops
 constexpr int kEndMargin = 3;              // samples at each end without speed breaks
 constexpr double kFastFactor = 10.0;       // times the slow threshold: where the search for a minimum starts
@@ -51,6 +52,11 @@ double MeanSpeed(std::span<const StrokePoint> pts) {
 }
 
 } // namespace
+
+int PointInterval(std::size_t n, int most) {
+    const int share = static_cast<int>(static_cast<double>(n) * kIntervalShare);
+    return std::max(1, std::min(most, share));
+}
 
 void FindContinuityBreaks(std::span<const StrokePoint> pts, int minGap, double angleDeg, unsigned int k,
                           std::vector<int>& breaks) {

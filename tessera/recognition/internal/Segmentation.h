@@ -5,12 +5,17 @@
 // Cost    every pass is linear in the samples and allocates only its small lists.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <vector>
 
 #include "tessera/strokes/StrokePoint.h"
 
 namespace Tessera::Geometry {
+
+/// Look-ahead, in samples, of the turning tests of an n-sample stroke: `most`, or a twelfth of the samples,
+/// at least 1.
+int PointInterval(std::size_t n, int most);
 
 /// Samples where the chords over k samples before and after enclose more than angleDeg, the sharpest of
 /// each turn (the first of equals), at least minGap samples after the break before (or after sample 0).

@@ -105,7 +105,7 @@ TEST(OverSketch, EveryKindTakesANewForm) {
             double farthest = 0.0;
             for (const Point& p : ink)
                 farthest = std::max(farthest, made.curve->DistanceBounded(p));
-            EXPECT_DOUBLE_EQ(made.maxDeviation, farthest);
+            EXPECT_NEAR(made.maxDeviation, farthest, 1e-12);
             EXPECT_LT(made.curve->GetStart().Distance(row.old->GetStart()),
                       row.old->IsClosed() ? 999.0 : 10.0);
             EXPECT_LT(SharpestTurn(*made.curve), 0.25); // the ink runs into the rest smoothly
