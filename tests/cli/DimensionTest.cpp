@@ -1,16 +1,9 @@
-#include <algorithm>
-#include <cmath>
 #include <map>
-#include <numbers>
-#include <random>
-#include <sstream>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "apps/cli/recognize/DimensionBoard.h"
 #include "apps/cli/recognize/Dimensions.h"
 #include "apps/cli/write/DrawingWriter.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Tool {
 namespace {

@@ -1,7 +1,6 @@
 #include "apps/cli/prepare/InkPreparation.h"
 
-#include <random>
-
+#include "tests/support/Test.h"
 #include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {

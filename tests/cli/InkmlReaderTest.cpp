@@ -1,8 +1,6 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/ink/InkmlTrace.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Tool {
 namespace {

@@ -1,12 +1,9 @@
-#include <sstream>
-
-#include <gmock/gmock.h>
-
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/write/CurveText.h"
 #include "apps/cli/write/DrawingWriter.h"
 #include "apps/cli/write/GlyphLayout.h"
 #include "apps/cli/write/SvgCurve.h"
+#include "tests/support/Test.h"
 #include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {

@@ -1,9 +1,6 @@
 #include "tessera/core/DisplayData.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <utility>
+#include "tests/support/Test.h"
 
 namespace Tessera::Core {
 namespace {

@@ -1,10 +1,9 @@
 #include "tessera/core/Group.h"
 
-#include <gmock/gmock.h>
-
 #include "tessera/geometry/XYBox.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Core {
 namespace {

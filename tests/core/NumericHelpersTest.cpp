@@ -1,11 +1,7 @@
 #include "tessera/core/NumericHelpers.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
 #include "tessera/geometry/Point.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Core {
 namespace {

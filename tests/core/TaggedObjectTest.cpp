@@ -1,14 +1,10 @@
 #include "tessera/core/TaggedObject.h"
 
-#include <gmock/gmock.h>
-
-#include <limits>
-#include <memory>
-
 #include "tessera/core/DisplayableObject.h"
 #include "tessera/core/Group.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SlotOf.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Core {
 namespace {

@@ -1,11 +1,10 @@
 // Sectors, decoration and updates of angular dimensions.
 #include "tessera/dimension/AngularDimension.h"
 
-#include <algorithm>
-
 #include "tessera/dimension/internal/TempDecoration.h"
 #include "tessera/kernel/EQ.h"
 #include "tests/support/DimensionProbes.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using DimPtr = std::unique_ptr<AngularDimension>;

@@ -1,8 +1,6 @@
 // Value edits and drags of angular dimensions.
-#include <functional>
-#include <random>
-
 #include "tests/support/DimensionProbes.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 

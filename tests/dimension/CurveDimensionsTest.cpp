@@ -1,13 +1,9 @@
 // What curves do with the dimensions attached to them.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-
 #include "tessera/dimension/LengthDimension.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/ChangeLog.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;

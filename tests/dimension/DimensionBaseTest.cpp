@@ -1,11 +1,9 @@
 // What all dimensions share: fields and their reports, text, selection.
 #include "tessera/dimension/DimensionBase.h"
 
-#include <functional>
-#include <utility>
-
 #include "tests/support/DimensionProbes.h"
 #include "tests/support/SlotOf.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 

@@ -1,11 +1,9 @@
 // Dimensions and their curves over their lives: destruction in any order, finalizing, deep copies,
 // transforms.
-#include <algorithm>
-#include <random>
-
 #include "tessera/core/NumericHelpers.h"
 #include "tessera/dimension/internal/TempDecoration.h"
 #include "tests/support/DimensionProbes.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using Tessera::Core::TaggedObject;

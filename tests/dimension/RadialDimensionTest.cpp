@@ -1,9 +1,8 @@
 // Placement, decoration, value edits and drags of radial dimensions.
 #include "tessera/dimension/RadialDimension.h"
 
-#include <functional>
-
 #include "tests/support/DimensionProbes.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using DimPtr = std::unique_ptr<RadialDimension>;

@@ -1,8 +1,7 @@
 #include "tessera/geometry/Arc.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -1,9 +1,8 @@
 #include "tessera/geometry/BoundingBox.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Point.h"
 #include "tests/support/Records.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

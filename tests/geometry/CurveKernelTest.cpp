@@ -1,8 +1,7 @@
 // What curves answer through the kernel: pieces, measures, and how they lie to each other.
-#include <gtest/gtest.h>
-
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

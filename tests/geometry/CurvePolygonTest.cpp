@@ -1,8 +1,7 @@
 // Curves against polygons: hand-made traps first, then random polygons against dense sampling.
-#include <gtest/gtest.h>
-
 #include "tessera/core/NumericHelpers.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;

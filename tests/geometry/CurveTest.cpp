@@ -1,9 +1,5 @@
 #include "tessera/geometry/Curve.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "tessera/kernel/EQ.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/AllocationFaults.h"
@@ -11,6 +7,7 @@
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/SlotOf.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -1,11 +1,10 @@
 // Moves, turns, mirrors and scales of every kind: the curve must follow its points, and what a curve tells
 // about itself must rebuild the curve that it evaluates to.
-#include <gtest/gtest.h>
-
 #include <cstring>
 
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -1,9 +1,8 @@
 #include "tessera/geometry/Ellipse.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;

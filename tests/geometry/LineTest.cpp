@@ -1,11 +1,10 @@
 #include "tessera/geometry/Line.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/kernel/EQ.h"
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -1,11 +1,8 @@
 #include "tessera/geometry/Point.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tessera/geometry/Vector.h"
 #include "tessera/kernel/EQ.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

@@ -1,13 +1,10 @@
 #include "tessera/geometry/Spline.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "tessera/kernel/EQ.h"
 #include "tests/support/BSplineSample.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -1,9 +1,6 @@
 #include "tessera/geometry/TriangleBox.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

@@ -1,13 +1,8 @@
 #include "tessera/geometry/Vector.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <random>
-
 #include "tessera/geometry/Point.h"
 #include "tessera/kernel/EQ.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

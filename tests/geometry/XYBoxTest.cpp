@@ -1,11 +1,8 @@
 #include "tessera/geometry/XYBox.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "tessera/kernel/EQ.h"
 #include "tessera/strokes/StrokePoint.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

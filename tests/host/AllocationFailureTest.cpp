@@ -1,11 +1,7 @@
 // Memory that runs out anywhere in an entry is reported; nothing is lost (the sanitizer build would tell),
 // nothing is left half done in a document, and no exception leaves an entry.
-#include <cmath>
 #include <cstdlib>
 #include <new>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tessera/geometry/Line.h"
 #include "tessera/host/ReferenceHost.h"
@@ -16,6 +12,7 @@
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/HostInk.h"
+#include "tests/support/Test.h"
 
 namespace {
 

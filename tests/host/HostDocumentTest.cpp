@@ -1,14 +1,8 @@
 #include "tessera/host/HostDocument.h"
 
-#include <cmath>
-#include <limits>
-#include <numbers>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tessera/host/internal/ReferenceDocument.h"
 #include "tests/support/HostProbe.h"
+#include "tests/support/Test.h"
 
 namespace {
 

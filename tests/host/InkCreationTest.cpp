@@ -1,17 +1,12 @@
 // The steps behind the ink entry, on readings made by hand: curves of every kind become the same elements,
 // with the constraints between them, and an element that was drawn over keeps its identifier.
-#include <cmath>
-#include <memory>
-#include <numbers>
-
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/host/internal/InkConversion.h"
 #include "tessera/host/internal/InkingCnstrHelper.h"
 #include "tests/support/HostInk.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 namespace {
 

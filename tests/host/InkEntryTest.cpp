@@ -1,14 +1,8 @@
 // ConvertInkingStrokeToGeometry over the reference host: what strokes become, and that a failure anywhere
 // leaves the document as it was and is reported once.
-#include <algorithm>
-#include <cmath>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tessera/host/ScriptorRecog.h"
 #include "tests/support/HostInk.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,17 +1,12 @@
 #include "tessera/host/ScriptorRecog.h"
 
-#include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <functional>
-#include <limits>
-#include <numbers>
-
-#include <gtest/gtest.h>
 
 #include "tessera/host/ReferenceHost.h"
 #include "tessera/kernel/SM.h"
 #include "tests/support/HostProbe.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,9 +1,6 @@
 #include "tessera/host/internal/ScriptorTesseraRecog.h"
 
-#include <cmath>
-#include <random>
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 namespace {
 

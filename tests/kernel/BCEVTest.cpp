@@ -1,8 +1,7 @@
 #include "tessera/kernel/BCEV.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/BSplineSample.h"
+#include "tests/support/Test.h"
 
 using records::DefinitionOf;
 

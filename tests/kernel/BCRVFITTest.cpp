@@ -1,13 +1,10 @@
 #include "tessera/kernel/BCRVFIT.h"
 
-#include <functional>
-
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/internal/RecordPtr.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/BSplineSample.h"
 #include "tests/support/SegmentDistance.h"
+#include "tests/support/Test.h"
 
 namespace {
 

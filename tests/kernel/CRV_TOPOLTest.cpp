@@ -1,10 +1,9 @@
 #include "tessera/kernel/CRV_TOPOL.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/SM.h"
 #include "tests/support/BSplineSample.h"
 #include "tests/support/Records.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/CRV_TOPOL.h"
 #include "tests/support/Records.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include "tests/support/BSplineSample.h"
+#include "tests/support/Test.h"
 
 namespace {
 

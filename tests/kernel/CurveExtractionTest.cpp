@@ -1,7 +1,5 @@
-
-#include <gtest/gtest.h>
-
 #include "tests/support/BSplineSample.h"
+#include "tests/support/Test.h"
 
 using namespace records;
 

@@ -1,9 +1,8 @@
 #include "tessera/kernel/CurveInversion.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/Records.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,15 +1,12 @@
 #include "tessera/kernel/CurveRecord.h"
 
-#include <functional>
-
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/BoxCurve.h"
 #include "tessera/kernel/CRV_TOPOL.h"
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/AllocationFaults.h"
 #include "tests/support/BSplineSample.h"
+#include "tests/support/Test.h"
 
 TEST(CurveRecord, ClosedWithinATinyAngle) {
     const std::pair<double, int> rows[] = {{2 * records::kPi, 1},         {2 * records::kPi - 9e-11, 1},

@@ -1,10 +1,7 @@
 #include "tessera/kernel/EQ.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tessera/kernel/TOLER.h"
+#include "tests/support/Test.h"
 
 namespace {
 

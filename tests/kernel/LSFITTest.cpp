@@ -1,12 +1,8 @@
 #include "tessera/kernel/LSFIT.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <numbers>
-
 #include "tessera/kernel/ARC_SPLINE.h"
 #include "tests/support/FitSamples.h"
+#include "tests/support/Test.h"
 
 using Vex::Math::Point2;
 using Vex::Math::Vector2;

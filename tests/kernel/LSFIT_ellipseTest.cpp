@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <numbers>
 #include <numeric>
 
 #include "tessera/kernel/LSFIT.h"
@@ -9,6 +5,7 @@
 #include "tessera/kernel/internal/EllipseFoot.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/FitSamples.h"
+#include "tests/support/Test.h"
 
 using Vex::Math::Point2;
 

@@ -1,12 +1,7 @@
 #include "tessera/kernel/MTX3.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <random>
-
 #include "tessera/kernel/MTX4.h"
+#include "tests/support/Test.h"
 
 using Vex::Math::Point3;
 using Vex::Math::TransformMatrix;

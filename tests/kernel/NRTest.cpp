@@ -1,11 +1,6 @@
 #include "tessera/kernel/NR.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <random>
-#include <vector>
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "tessera/kernel/PNTLST.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "tessera/kernel/MTX4.h"
 #include "tests/support/SegmentDistance.h"
+#include "tests/support/Test.h"
 
 using Tessera::Testing::SegmentDistance;
 using Vex::Math::Point3;

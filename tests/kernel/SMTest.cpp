@@ -1,13 +1,10 @@
 #include "tessera/kernel/SM.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 
 #include "tessera/kernel/internal/SmArray.h"
 #include "tessera/kernel/internal/SmFault.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "tessera/kernel/VEC2.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "tessera/kernel/PNT3.h"
 #include "tessera/kernel/VEC3.h"
+#include "tests/support/Test.h"
 
 using Vex::Math::Point3;
 using Vex::Math::Vector2;

@@ -1,14 +1,10 @@
 #include "tessera/recognition/ClosedShape.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tests/support/RecognizedResults.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

@@ -1,14 +1,9 @@
 #include "tessera/recognition/InkInterpretation.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <limits>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/SyntheticInk.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

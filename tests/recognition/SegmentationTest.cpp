@@ -1,14 +1,11 @@
 #include "tessera/recognition/internal/Segmentation.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
 #include <cstdlib>
-#include <random>
 
 #include "tessera/kernel/EQ.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tests/support/DrawnStrokes.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

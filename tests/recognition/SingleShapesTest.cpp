@@ -1,17 +1,10 @@
 #include "tessera/recognition/internal/SingleShapes.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-#include <random>
-#include <vector>
-
 #include "tessera/kernel/LSFIT.h"
 #include "tessera/recognition/internal/AngularCover.h"
 #include "tests/support/FitSamples.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

@@ -1,13 +1,7 @@
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <limits>
-#include <string>
-#include <vector>
-
 #include "tessera/kernel/EQ.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

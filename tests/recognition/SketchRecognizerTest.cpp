@@ -1,18 +1,11 @@
 #include "tessera/recognition/SketchRecognizer.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tests/support/RecognizedResults.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

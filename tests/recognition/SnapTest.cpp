@@ -1,12 +1,9 @@
-#include <cmath>
-
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/recognition/SnapPoint.h"
 #include "tessera/recognition/SnapSearch.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace {

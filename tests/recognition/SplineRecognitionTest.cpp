@@ -1,17 +1,8 @@
 #include "tessera/recognition/internal/SplineRecognition.h"
 
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <memory>
-#include <numbers>
-#include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/FitSamples.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 namespace {
 

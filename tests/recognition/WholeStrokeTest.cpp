@@ -1,15 +1,9 @@
 #include "tessera/recognition/internal/WholeStroke.h"
 
-#include <gmock/gmock.h>
-
-#include <cmath>
-#include <memory>
-#include <utility>
-#include <vector>
-
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tests/support/RecognizedResults.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

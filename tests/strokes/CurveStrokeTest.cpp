@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

@@ -1,13 +1,9 @@
-#include "tessera/strokes/Stroke.h"
-
-#include <limits>
-
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/SM.h"
+#include "tessera/strokes/Stroke.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "tessera/strokes/Stroke.h"
 
-#include <gmock/gmock.h>
-
 #include <stdexcept>
 
 #include "tessera/core/Group.h"
@@ -11,6 +9,7 @@
 #include "tessera/geometry/internal/RecordData.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
+#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

@@ -1,15 +1,9 @@
 // Random B-curves and an independent evaluator for the tests of curve records.
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <random>
-#include <vector>
-
 #include "tests/support/Records.h"
+#include "tests/support/Test.h"
 
-/// Open curve on knots from 2 to 5, inner knots repeated here and there.
 inline RecordPtr RandomOpen(std::mt19937& rng, int order, int numPoles, bool rational) {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     std::vector<double> knots(static_cast<std::size_t>(order), 2.0), poles;

@@ -1,15 +1,6 @@
 // Looking at dimensions from outside: decoration points, the text box, drags.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <numbers>
-#include <string>
-#include <vector>
-
 #include "tessera/dimension/AngularDimension.h"
 #include "tessera/dimension/HorizontalDimension.h"
 #include "tessera/dimension/LinearDimension.h"
@@ -21,6 +12,7 @@
 #include "tessera/geometry/XYBox.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/ExpectNear.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -1,13 +1,10 @@
 // Strokes with known answers, as evenly sampled pen paths.
 #pragma once
 
-#include <cmath>
-#include <random>
-#include <vector>
-
 #include "tessera/geometry/Point.h"
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/FitSamples.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

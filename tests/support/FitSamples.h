@@ -1,11 +1,8 @@
 // Points on conics, and noise upon them, for the tests of fits.
 #pragma once
 
-#include <cmath>
-#include <random>
-#include <vector>
-
 #include "tessera/kernel/VexMath.h"
+#include "tests/support/Test.h"
 
 using Points2 = std::vector<Vex::Math::Point2>;
 

@@ -2,15 +2,9 @@
 // would have drawn them, with directions off by a degree and joints that gape.
 #pragma once
 
-#include <cmath>
-#include <functional>
-#include <numbers>
-#include <random>
-#include <utility>
-#include <vector>
-
 #include "tessera/recognition/ConstraintInference.h"
 #include "tests/support/SampleCurves.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -1,14 +1,9 @@
 // Pen strokes for the ink entry, the entry's calls, and what documents hold.
 #pragma once
 
-#include <cmath>
-#include <functional>
-#include <numbers>
-#include <string>
-#include <vector>
-
 #include "tessera/host/ScriptorRecog.h"
 #include "tests/support/HostProbe.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -4,17 +4,12 @@
 
 #include <cstring>
 #include <initializer_list>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tessera/host/HostDocument.h"
 #include "tessera/host/HostServices.h"
 #include "tessera/host/internal/ReferenceHostServices.h"
 #include "tests/support/ExpectNear.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -1,13 +1,8 @@
 // PenPaths - plane curves by formula, over 0 to 1, and ink along them.
 #pragma once
 
-#include <cmath>
-#include <functional>
-#include <numbers>
-#include <random>
-#include <vector>
-
 #include "tessera/recognition/InkInterpretation.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

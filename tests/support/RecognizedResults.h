@@ -1,13 +1,11 @@
 // Strokes for a recogniser, and its results held the way their owner must.
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "tessera/geometry/Curve.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/DrawnStrokes.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -1,15 +1,9 @@
 // Curve records for tests of the kernel: short makers and random ones from a fixed seed.
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <numbers>
-#include <random>
-#include <vector>
-
 #include "tessera/kernel/CurveRecord.h"
 #include "tessera/kernel/internal/RecordPtr.h"
+#include "tests/support/Test.h"
 
 namespace records {
 

@@ -1,18 +1,12 @@
 // Curves of every kind for table-driven tests, and dense samples of them as an oracle.
 #pragma once
 
-#include <algorithm>
-#include <memory>
-#include <numbers>
-#include <random>
-#include <string>
-#include <vector>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
 #include "tests/support/SegmentDistance.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

@@ -1,9 +1,7 @@
 // Distances from poly-lines by trying every segment, for points of any type with x and y.
 #pragma once
 
-#include <algorithm>
-#include <cmath>
-#include <vector>
+#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 

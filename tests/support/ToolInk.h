@@ -1,13 +1,10 @@
 // Drawings for the tests of the tool.
 #pragma once
 
-#include <cmath>
-#include <numbers>
-#include <vector>
-
 #include "apps/cli/ink/Ink.h"
 #include "apps/cli/recognize/RecognizedDrawing.h"
 #include "tests/support/ExpectNear.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Tool {
 

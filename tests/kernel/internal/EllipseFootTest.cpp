@@ -1,11 +1,6 @@
 #include "tessera/kernel/internal/EllipseFoot.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-#include <random>
+#include "tests/support/Test.h"
 
 namespace {
 

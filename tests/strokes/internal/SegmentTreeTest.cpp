@@ -1,10 +1,9 @@
 #include "tessera/strokes/internal/SegmentTree.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/kernel/VexMath.h"
 #include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {
