@@ -115,7 +115,6 @@ void Curve::ReleaseDimensions() {
         Erase(d->listedBy_, this);
         d->ExchangeCurve(this, nullptr);
     }
-    dimensions_.clear();
 }
 
 bool Curve::HasDimension(DimensionBase* d) const {

@@ -1,6 +1,6 @@
 #include "apps/cli/ink/InkReader.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
@@ -26,12 +26,7 @@ std::string ReadText(const std::string& content, const std::string& name = "ink"
 }
 
 std::string Refusal(const std::string& content, const std::string& name = "ink") {
-    try {
-        ReadInk(content, name);
-    } catch (const InkError& error) {
-        return error.what();
-    }
-    return "accepted";
+    return RefusalOf<InkError>([&] { ReadInk(content, name); });
 }
 
 TEST(InkReader, KindsByContent) {

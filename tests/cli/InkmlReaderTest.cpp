@@ -1,6 +1,7 @@
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/ink/InkmlTrace.h"
 #include "tests/support/Test.h"
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
@@ -12,19 +13,13 @@ Drawing Read(const std::string& body) {
 }
 
 std::string Refusal(const std::string& body) {
-    try {
-        Read(body);
-    } catch (const InkError& error) {
-        return error.what();
-    }
-    return "accepted";
+    return RefusalOf<InkError>([&] { Read(body); });
 }
 
 void ExpectSamples(const InkStroke& stroke, const std::vector<Sample>& expected) {
     ASSERT_EQ(stroke.samples.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(stroke.samples[i].x, expected[i].x, 1e-9) << i;
-        EXPECT_NEAR(stroke.samples[i].y, expected[i].y, 1e-9) << i;
+        ExpectNear(stroke.samples[i], expected[i]);
         EXPECT_NEAR(stroke.samples[i].timeMs, expected[i].timeMs, 1e-9) << i;
     }
 }
@@ -35,16 +30,17 @@ constexpr const char* kTimed = "<traceFormat><channel name='X' units='mm'/><chan
 // The example of the recommendation, with the values that it says it stands for.
 TEST(InkmlReader, DifferencesOfTheRecommendation) {
     const Drawing drawing = Read("<trace>1125 18432,'23'43,\"7\"-8,3-5,7-3,6 2,6 8,3 6,2 4,5 3</trace>");
-    ExpectSamples(drawing.strokes.at(0), {{1125, 18432, 0},
-                                          {1148, 18475, 0},
-                                          {1178, 18510, 0},
-                                          {1211, 18540, 0},
-                                          {1251, 18567, 0},
-                                          {1297, 18596, 0},
-                                          {1349, 18633, 0},
-                                          {1404, 18676, 0},
-                                          {1461, 18723, 0},
-                                          {1523, 18773, 0}});
+    ExpectSamples(drawing.strokes.at(0), StrokeThrough({{1125, 18432},
+                                                        {1148, 18475},
+                                                        {1178, 18510},
+                                                        {1211, 18540},
+                                                        {1251, 18567},
+                                                        {1297, 18596},
+                                                        {1349, 18633},
+                                                        {1404, 18676},
+                                                        {1461, 18723},
+                                                        {1523, 18773}})
+                                             .samples);
 }
 
 TEST(InkmlReader, ExplicitPrefixRepeatsAndHexadecimal) {

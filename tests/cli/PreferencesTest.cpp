@@ -1,6 +1,6 @@
 #include "apps/cli/recognize/Preferences.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
 namespace {
@@ -8,13 +8,10 @@ namespace {
 using Record = Geometry::SketchRecognizerPreferences;
 
 std::string Refusal(const std::string& assignment) {
-    Record record;
-    try {
+    return RefusalOf<PreferenceError>([&] {
+        Record record;
         SetPreference(record, assignment);
-    } catch (const PreferenceError& error) {
-        return error.what();
-    }
-    return "accepted";
+    });
 }
 
 TEST(Preferences, EveryKindOfValue) {

@@ -28,7 +28,7 @@ Drawing RoundOf(Position centre, double a, double b, double from = 0.0, double t
 }
 
 TEST(RecognizeDrawing, ShapesComeBackInInkUnitsWhateverTheUnitAndPlace) {
-    for (const double size : {1e-6, 1.0, 300.0, 1e6}) {
+    for (const double size : {1e-6, 1.0, 300.0, 1e6})
         for (const double place : {0.0, 40.0}) {
             SCOPED_TRACE(testing::Message() << size << " at " << place);
             const double o = place * size;
@@ -41,7 +41,6 @@ TEST(RecognizeDrawing, ShapesComeBackInInkUnitsWhateverTheUnitAndPlace) {
             EXPECT_TRUE(curves[0].from == 0 && curves[0].to == 239);
             EXPECT_LT(curves[0].deviation, 2e-3 * size);
         }
-    }
 }
 
 TEST(RecognizeDrawing, CornersOfAPolyLineAreFoundAtTheirSamples) {
@@ -59,13 +58,12 @@ TEST(RecognizeDrawing, CornersOfAPolyLineAreFoundAtTheirSamples) {
 /// A poly-line drawn by a pen.
 InkStroke Drawn(const std::vector<Position>& corners) {
     InkStroke stroke;
-    for (std::size_t c = 0; c + 1 < corners.size(); ++c) {
+    for (std::size_t c = 0; c + 1 < corners.size(); ++c)
         for (int i = c == 0 ? 0 : 1; i <= 30; ++i) {
             const double f = i / 30.0;
             stroke.samples.push_back({corners[c].x + f * (corners[c + 1].x - corners[c].x),
                                       corners[c].y + f * (corners[c + 1].y - corners[c].y), 0.0});
         }
-    }
     return stroke;
 }
 

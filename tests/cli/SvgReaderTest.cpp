@@ -56,7 +56,7 @@ TEST(SvgPath, ShorthandCurvesAreTheFullOnes) {
 }
 
 TEST(SvgPath, ArcsTakeTheSideAndTheSizeOfTheirFlags) {
-    for (const bool isLarge : {false, true}) {
+    for (const bool isLarge : {false, true})
         for (const bool isPositive : {false, true}) {
             const std::string data =
                 std::string("M10 0A10 10 0 ") + (isLarge ? "1" : "0") + (isPositive ? "1" : "0") + "0 10";
@@ -75,7 +75,6 @@ TEST(SvgPath, ArcsTakeTheSideAndTheSizeOfTheirFlags) {
             }
             EXPECT_NEAR(swept, (isLarge ? 1.5 : 0.5) * (isPositive ? 1.0 : -1.0) * std::numbers::pi, 1e-9);
         }
-    }
 }
 
 TEST(SvgPath, ArcsOutOfRange) {
@@ -138,14 +137,10 @@ TEST(SvgReader, ShapesTransformsAndWhatIsNotDrawn) {
 
 TEST(SvgReader, RefusalsNameTheLine) {
     EXPECT_THROW(ReadSvg("<svg><path", "a"), InkError);
-    try {
-        ReadSvg("<svg>\n<g transform='scale(1e200)'>\n<g transform='scale(1e200)'><polyline points='1,1 "
-                "2,2'/></g></g></svg>",
-                "a");
-        FAIL();
-    } catch (const InkError& error) {
-        EXPECT_EQ(std::string(error.what()), "line 3: polyline, a coordinate is not a finite number");
-    }
+    const char* tooLarge = "<svg>\n<g transform='scale(1e200)'>\n<g transform='scale(1e200)'>"
+                           "<polyline points='1,1 2,2'/></g></g></svg>";
+    EXPECT_EQ(RefusalOf<InkError>([&] { ReadSvg(tooLarge, "a"); }),
+              "line 3: polyline, a coordinate is not a finite number");
 }
 
 } // namespace

@@ -82,7 +82,7 @@ TEST(SvgCurve, BezierSegmentsAreTheSpline) {
         breaks.erase(std::unique(breaks.begin(), breaks.end()), breaks.end());
         const std::vector<Position> poles = BezierPoles(spline);
         ASSERT_EQ(poles.size(), static_cast<std::size_t>(spline.degree) * (breaks.size() - 1) + 1);
-        for (std::size_t segment = 0; segment + 1 < breaks.size(); ++segment) {
+        for (std::size_t segment = 0; segment + 1 < breaks.size(); ++segment)
             for (const double u : {0.0, 0.25, 0.5, 0.9}) {
                 const auto first = poles.begin() + static_cast<std::ptrdiff_t>(segment) * spline.degree;
                 std::vector<Position> row(first, first + spline.degree + 1);
@@ -94,7 +94,6 @@ TEST(SvgCurve, BezierSegmentsAreTheSpline) {
                     OnSpline(spline, breaks[segment] + u * (breaks[segment + 1] - breaks[segment]));
                 ExpectNear(row[0], p, 1e-12);
             }
-        }
     }
     EXPECT_THAT(SvgElement(splines[1]), HasSubstr("\"M0 0 Q1 4 "));
 }

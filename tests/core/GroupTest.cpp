@@ -11,9 +11,8 @@ namespace {
 using Geometry::Point;
 using Geometry::Stroke;
 using Geometry::XYBox;
-using Testing::ChangeLog;
+using namespace Testing;
 using ::testing::ElementsAre;
-using Testing::StrokeThrough;
 using ::testing::UnorderedElementsAre;
 
 std::vector<TaggedObject*> MembersOf(const Group& group) {

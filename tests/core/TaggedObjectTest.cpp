@@ -9,8 +9,7 @@
 namespace Tessera::Core {
 namespace {
 
-using Testing::ChangeLog;
-using Testing::SlotsOf;
+using namespace Testing;
 
 TEST(TaggedObject, VirtualOperationsKeepTheirSlots) {
     using D = DisplayableObject;

@@ -52,7 +52,7 @@ void ExpectDecoration(const AngularDimension& dim, const Layout& layout, double 
 } // namespace
 
 TEST(AngularDimension, DecorationInEightOrientations) {
-    for (const Layout& layout : kLayouts) {
+    for (const Layout& layout : kLayouts)
         for (const auto& o : kOrientations) {
             SCOPED_TRACE(std::string(layout.name) + " at " + std::to_string(o.at));
             const Corner corner(o.at, 90, layout.reach, layout.from, layout.to);
@@ -68,7 +68,6 @@ TEST(AngularDimension, DecorationInEightOrientations) {
             EXPECT_EQ(dim.ArrowheadFlipped(), layout.reach == 6);
             EXPECT_EQ(dim.CenterAtLineEnds(), layout.from == 0);
         }
-    }
 }
 
 TEST(AngularDimension, PicksChooseOneOfFourSectors) {
@@ -217,8 +216,8 @@ TEST(AngularDimension, SidesInAllDirections) {
         {-40, 70, 1, 2}, {100, 10, 2, 1}, {100, 80, 2, 2},    {209, 30, 2, 1},    {211, 30, 1, 2},
         {0, 30, 0, 2},   {60, 30, 0, 1},  {-0.001, 30, 1, 2}, {60.001, 30, 2, 1},
     };
-    for (const auto& row : rows) {
-        for (int at = -180; at < 180; at += 45) {
+    for (const auto& row : rows)
+        for (int at = -180; at < 180; at += 45)
             for (const int turns : {-1, 0, 1}) {
                 Corner corner(at, 60);
                 corner.dim.SetParam((at + row.text + 360.0 * turns) / kDeg);
@@ -227,8 +226,6 @@ TEST(AngularDimension, SidesInAllDirections) {
                 EXPECT_EQ(corner.dim.GetOutsideSide(), row.outsideSide);
                 EXPECT_EQ(corner.dim.ComputeUpdateSide(FromCentre(17, at + row.pick)), row.side);
             }
-        }
-    }
 }
 
 TEST(AngularDimension, TipsAreBroughtBack) {

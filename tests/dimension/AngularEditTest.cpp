@@ -32,7 +32,7 @@ TEST(AngularEdit, ValueThatADragGives) {
         {140, 2, 230, 140}, // would be 185
         {140, 2, 180, 140 + std::atan(std::sin(40 / kDeg)) * kDeg},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         for (const double at : {0.0, 135.0, -160.0}) {
             SCOPED_TRACE(std::to_string(row.angle) + " " + std::to_string(row.pick));
             const Corner corner(at, row.angle);
@@ -40,11 +40,10 @@ TEST(AngularEdit, ValueThatADragGives) {
                         1e-9);
             EXPECT_EQ(corner.dim.ComputeNewValue(kCentre, row.side), corner.dim.GetAnnotation());
         }
-    }
 }
 
 TEST(AngularEdit, TypedValuesTurnTheLines) {
-    for (const double value : {1e-3, 30.0, 90.0, 141.25, 179.9}) {
+    for (const double value : {1e-3, 30.0, 90.0, 141.25, 179.9})
         for (const int side : {0, 1, 2}) {
             SCOPED_TRACE(std::to_string(value) + " side " + std::to_string(side));
             Corner corner(165, 70);
@@ -71,7 +70,6 @@ TEST(AngularEdit, TypedValuesTurnTheLines) {
             dim.UpdateDimension(); // the value was taken once
             EXPECT_NEAR(dim.GetAnnotation(), value, 1e-9);
         }
-    }
 }
 
 TEST(AngularEdit, TypedValuesMeasureMovedLines) {

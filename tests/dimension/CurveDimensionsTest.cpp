@@ -1,4 +1,6 @@
 // What curves do with the dimensions attached to them.
+#include <optional>
+
 #include "tessera/dimension/LengthDimension.h"
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
@@ -33,10 +35,9 @@ public:
     void GetParentCurves(std::vector<Curve*>& curves) const override {
         curves.insert(curves.end(), parents_.begin(), parents_.end());
     }
-    bool IsValid() const override { return isValid; }
+    using DimensionBase::IsAttachedTo;
 
     int updates = 0;
-    bool isValid = true;
     std::function<void()> onUpdate;
 
 protected:
@@ -58,8 +59,7 @@ List DimensionsOf(const Curve& curve) {
 } // namespace
 
 TEST(CurveDimensions, OneEntryPerDimension) {
-    auto owner = std::make_unique<Line>(Point(0, 0), Point(1, 0));
-    Line& line = *owner;
+    Line line(Point(0, 0), Point(1, 0));
     PlainDimension a(Tessera::Dimension::Length, {&line});
     PlainDimension b(Tessera::Dimension::Horizontal, {});
     line.AddDimension(&a);
@@ -74,7 +74,24 @@ TEST(CurveDimensions, OneEntryPerDimension) {
     EXPECT_FALSE(line.HasDimension(&a));
     line.ClearDimensions();
     EXPECT_EQ(line.GetNumDimensions(), 0);
-    owner.reset(); // dimensions that it does not list any more do not ask for it
+}
+
+// Whatever is not in the list any more is not led back to the curve either.
+TEST(CurveDimensions, DimensionsForgetCurvesThatDoNotListThem) {
+    std::optional<Line> line(std::in_place, Point(0, 0), Point(1, 0));
+    PlainDimension dim(Tessera::Dimension::Length, {&*line}), other(Tessera::Dimension::Length, {});
+    const Line* const place = &*line;
+    const std::function<void()> ways[] = {[&] { line->RemoveDimension(&dim); },
+                                          [&] { line->ClearDimensions(); },
+                                          [&] { line->ReplaceDimension(0, &other); }, [&] { line.reset(); }};
+    for (const auto& leave : ways) {
+        line->ClearDimensions();
+        line->AddDimension(&dim);
+        EXPECT_TRUE(dim.IsAttachedTo(place));
+        leave();
+        EXPECT_FALSE(dim.IsAttachedTo(place)) << &leave - ways;
+    }
+    EXPECT_FALSE(other.IsAttachedTo(place));
 }
 
 TEST(CurveDimensions, OnlyFinalizedOnesAreReported) {
@@ -105,11 +122,16 @@ TEST(CurveDimensions, OnlyFinalizedOnesAreReported) {
     line.ClearDimensions();
     another.SetIsFinalized(false); // no longer listed
     EXPECT_EQ(log.Take(line), 0);
+    PlainDimension third(Tessera::Dimension::Length, {});
+    for (const auto& [next, reports] :
+         {std::pair{&preview, 0}, {&committed, 1}, {&third, 1}, {&preview, 0}}) {
+        line.GetNumDimensions() == 0 ? line.AddDimension(next) : line.ReplaceDimension(0, next);
+        EXPECT_EQ(log.Take(line), reports) << "when either of the two is finalized";
+    }
 }
 
 TEST(CurveDimensions, ReplaceKeepsThePlace) {
-    auto owner = std::make_unique<Line>(Point(0, 0), Point(1, 0));
-    Line& line = *owner;
+    Line line(Point(0, 0), Point(1, 0));
     PlainDimension a(Tessera::Dimension::Length, {&line});
     PlainDimension b(Tessera::Dimension::Horizontal, {&line});
     PlainDimension c(Tessera::Dimension::Vertical, {});
@@ -121,7 +143,6 @@ TEST(CurveDimensions, ReplaceKeepsThePlace) {
     line.ReplaceDimension(-1, &a);
     line.ReplaceDimension(0, nullptr);
     EXPECT_EQ(DimensionsOf(line), (List{&b}));
-    owner.reset(); // dimensions that it does not list any more do not ask for it
 }
 
 TEST(CurveDimensions, SearchByTypeAndPartner) {

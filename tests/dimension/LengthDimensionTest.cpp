@@ -68,7 +68,7 @@ void ExpectDecoration(const LengthDimension& dim, const Layout& layout, const Or
 } // namespace
 
 TEST(LengthDimension, DecorationInEightOrientations) {
-    for (const Layout& layout : kLayouts) {
+    for (const Layout& layout : kLayouts)
         for (const Orientation& o : kOrientations) {
             SCOPED_TRACE(std::string(layout.name) + " at " + std::to_string(o.angleDeg));
             Line line(kStart, kStart + Polar(layout.length, o.angleDeg));
@@ -79,7 +79,6 @@ TEST(LengthDimension, DecorationInEightOrientations) {
             EXPECT_EQ(dim.GetTextHeightOffset(), layout.heightOffset) << "the update leaves it alone";
             ExpectDecoration(dim, layout, o);
         }
-    }
 }
 
 TEST(LengthDimension, TextStaysBetweenTheExtensionLines) {

@@ -102,7 +102,7 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
         int side;
         double first, second; // shift of the curves, times the direction of the measured line
     } rows[] = {{1, -1.0, 0.0}, {2, 0.0, 1.0}, {0, -0.5, 0.5}, {-1, 0.0, 0.0}};
-    for (const Pair& pair : kPairs) {
+    for (const Pair& pair : kPairs)
         for (const auto& row : rows) {
             SCOPED_TRACE(std::string(pair.name) + " side " + std::to_string(row.side));
             Curves curves;
@@ -120,7 +120,6 @@ TEST(LinearDimension, TypedDistancesTranslateTheSide) {
             ExpectNear(parents[1]->GetStart(), second.AffineCombine(3.0 * row.second, along));
             EXPECT_NEAR(parents[1]->Length(), length, 1e-9);
         }
-    }
 }
 
 TEST(LinearDimension, ValidityFollowsTheCurves) {
@@ -157,7 +156,7 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
     TypeValue(dim, 2, 6.0);
     ExpectNear(b.GetCenter(), {0, 6});
     // Lines that never were apart: the default direction runs along them. Else they part as they stood.
-    for (const double apart : {0.0, 5.0}) {
+    for (const double apart : {0.0, 5.0})
         for (const double end : {-40.0, 40.0}) {
             Line lower(Point(0, 0), Point(end, 0)), upper(Point(5, apart), Point(35, apart));
             LinearDimension lines(&lower, &upper, nullptr, 8.0, 4.0);
@@ -168,7 +167,6 @@ TEST(LinearDimension, CoincidentCurvesKeepTheDirection) {
             EXPECT_DOUBLE_EQ(upper.GetStart().x, 5.0);
             EXPECT_TRUE(apart == 0.0 || upper.GetStart().y == 7.0);
         }
-    }
 }
 
 TEST(LinearDimension, PickAndParentsCanBeExchanged) {

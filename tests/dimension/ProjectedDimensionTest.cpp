@@ -165,8 +165,8 @@ TEST(ProjectedDimension, RotationFields) {
 }
 
 TEST(ProjectedDimension, OffsetIsFoundAgainFromThePlacedText) {
-    for (const DimensionType_e type : {Horizontal, Vertical}) {
-        for (const double offset : {12.0, -12.0, 0.0}) {
+    for (const DimensionType_e type : {Horizontal, Vertical})
+        for (const double offset : {12.0, -12.0, 0.0})
             for (const double rotate : {0.0, 0.5, -0.5, 2.0}) {
                 Line line(Point(0, 0), Point(30, 41));
                 const DimensionPtr dim = Make(type, &line, offset);
@@ -174,8 +174,6 @@ TEST(ProjectedDimension, OffsetIsFoundAgainFromThePlacedText) {
                 auto& projected = dynamic_cast<ProjectedDimension&>(*dim);
                 EXPECT_NEAR(projected.ComputeTextHeightOffset(), offset, 1e-9) << type << " " << rotate;
             }
-        }
-    }
 }
 
 TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {

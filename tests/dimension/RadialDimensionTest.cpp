@@ -35,7 +35,7 @@ TEST(RadialDimension, DecorationInEightOrientations) {
         {"outside", 0, 17.5, {{20, 0}, {10, 0}, {10, 0}, {13, -0.75}, {13, 0.75}, {10, 0}}},
         {"inside", -10, -2.5, {{0, 0}, {10, 0}, {10, 0}, {7, -0.75}, {7, 0.75}, {10, 0}}},
     };
-    for (const auto& layout : layouts) {
+    for (const auto& layout : layouts)
         for (const auto& o : kOrientations) {
             SCOPED_TRACE(std::string(layout.name) + " at " + std::to_string(o.at));
             Arc arc = ArcOf(10, o.at - 45, o.at + 45);
@@ -74,7 +74,6 @@ TEST(RadialDimension, DecorationInEightOrientations) {
             for (std::size_t i = 0; i < outline.size(); ++i)
                 EXPECT_EQ(outline[i], points[order[i]]);
         }
-    }
 }
 
 TEST(RadialDimension, RadiusOrDiameter) {
@@ -153,7 +152,7 @@ TEST(RadialDimension, ValueThatADragGives) {
     } rows[] = {{10, {3, 8}, 13},         {10, {-3, -2}, 7},          {10, {0, 5}, 10},
                 {10, {-9.9501, 0}, 10},   {10, {-9.9499, 0}, 0.0501}, {10, {-20, 0}, 10},
                 {0.0499, {5, 0}, 0.0499}, {0.06, {5, 0}, 5.06}};
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         for (const double at : {20.0, 200.0}) {
             Arc arc = ArcOf(row.radius, at - 30, at + 30);
             const RadialDimension dim(&arc, 4.0);
@@ -164,7 +163,6 @@ TEST(RadialDimension, ValueThatADragGives) {
             for (const int side : {-1, 0, 1, 2})
                 EXPECT_NEAR(dim.ComputeNewValue(p, side), row.expected, 1e-9) << row.p.x;
         }
-    }
 }
 
 TEST(RadialDimension, TypedValues) {

@@ -168,7 +168,7 @@ TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
     };
     double m[3][3] = {
         {std::cos(0.37), -std::sin(0.37), 0.3}, {std::sin(0.37), std::cos(0.37), -0.7}, {0, 0, 1}};
-    for (auto& row : rows) {
+    for (auto& row : rows)
         for (int turn = 0; turn < 40; ++turn) {
             SCOPED_TRACE(testing::Message() << row.name << ", turn " << turn);
             for (const bool swapped : {false, true}) {
@@ -182,7 +182,6 @@ TEST(CurveKernel, TouchesAreFoundOnceInEveryDirection) {
             for (Point& p : row.touch)
                 p.Transform(m);
         }
-    }
 }
 
 TEST(CurveKernel, OverlapGivesTheCommonPart) {

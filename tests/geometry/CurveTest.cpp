@@ -347,7 +347,7 @@ TEST(Curve, RunningOutOfMemoryChangesNothing) {
         {"Trim", [](Curve& c, double* range) { return c.Trim(range); }},
         {"Transform", [&](Curve& c, double*) { return c.Transform(m), true; }},
     };
-    for (const auto& row : rows) {
+    for (const auto& row : rows)
         for (const Sample& sample : SampleCurves()) {
             SCOPED_TRACE(std::string(row.name) + ", " + sample.name);
             const CurvePtr twin(sample.curve->CopyCurveOnly());
@@ -362,7 +362,6 @@ TEST(Curve, RunningOutOfMemoryChangesNothing) {
             });
             EXPECT_GT(allocations, 0);
         }
-    }
 }
 
 TEST(Curve, LinesAndArcsMeasureWithoutAllocating) {

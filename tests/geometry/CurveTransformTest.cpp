@@ -58,7 +58,7 @@ CurvePtr Rebuilt(const Curve& curve) {
 } // namespace
 
 TEST(CurveTransform, CurveFollowsItsPoints) {
-    for (const Matrix& matrix : kMatrices) {
+    for (const Matrix& matrix : kMatrices)
         for (const Sample& sample : SampleCurves()) {
             SCOPED_TRACE(std::string(matrix.name) + ", " + sample.name);
             Curve& curve = *sample.curve;
@@ -93,7 +93,6 @@ TEST(CurveTransform, CurveFollowsItsPoints) {
                 EXPECT_NEAR(line->GetCachedBasePoint().Distance(line->Bisect()), 0.0, 1e-15);
             }
         }
-    }
 }
 
 TEST(CurveTransform, InfiniteScaleIsRefused) {

@@ -31,19 +31,5 @@ TEST(TriangleBox, KnownPlaces) {
         EXPECT_EQ(row.box.IsPointInTriangleBox(row.p, 1e6), row.inside) << row.name;
 }
 
-// Oracle: the signs of the three areas.
-TEST(TriangleBox, InteriorBySigns) {
-    std::mt19937 rng(6);
-    std::uniform_real_distribution<double> at(-5, 5);
-    for (int trial = 0; trial < 3000; ++trial) {
-        const Point v[3] = {{at(rng), at(rng)}, {at(rng), at(rng)}, {at(rng), at(rng)}}, p(at(rng), at(rng));
-        int left = 0;
-        for (int i = 0; i < 3; ++i)
-            left += (v[(i + 1) % 3] - v[i]).Cross(p - v[i]) > 0 ? 1 : 0;
-        EXPECT_EQ(TriangleBox(v[0], v[1], v[2]).IsPointInTriangleBox({p.x, p.y, 0}, 0), left % 3 == 0)
-            << p.x << " " << p.y;
-    }
-}
-
 } // namespace
 } // namespace Tessera::Geometry

@@ -95,7 +95,7 @@ TEST(InkCreation, ElementsAreTheCurves) {
 
 // Arcs may run the other way in the document: the joint names the element's own end.
 TEST(InkCreation, JointsNameTheEndsThatMeet) {
-    for (const double x : {0.0, 500.0, -500.0}) {
+    for (const double x : {0.0, 500.0, -500.0})
         for (const bool isMirrored : {false, true}) {
             SCOPED_TRACE(testing::Message() << x << isMirrored);
             const double s = isMirrored ? -1 : 1;
@@ -109,7 +109,6 @@ TEST(InkCreation, JointsNameTheEndsThatMeet) {
             EXPECT_EQ(CountOf(made.document, kHostConstraintCoincident), 1);
             EXPECT_EQ(CountOf(made.document, kHostConstraintTangent), 1);
         }
-    }
 }
 
 TEST(InkCreation, ARectangleIsOneOnlyWhileItsLinesAreSquare) {
@@ -140,7 +139,7 @@ TEST(InkCreation, AChangeThatIsNotCommittedLeavesNothing) {
 
 TEST(InkCreation, ARetracedElementKeepsItsIdentifierAndDirection) {
     const double r = std::sqrt(0.5) * 100;
-    for (const bool isClockwise : {false, true}) {
+    for (const bool isClockwise : {false, true})
         for (const bool isKept : {false, true}) {
             Created made(InkShape::Retrace);
             const tagGPosition2d a{100, 0}, b{0, 100};
@@ -164,7 +163,6 @@ TEST(InkCreation, ARetracedElementKeepsItsIdentifierAndDirection) {
             EXPECT_NEAR(PointOf(made.document, id, isClockwise ? 1 : 0).x, size, 1e-9);
             EXPECT_NEAR(PointOf(made.document, id, isClockwise ? 0 : 1).y, size, 1e-9);
         }
-    }
 }
 
 } // namespace

@@ -278,7 +278,7 @@ TEST(InkEntry, AFailingServiceLeavesTheDocumentAsItWas) {
     std::string reporters[HostProbe::kServiceCount];
     for (const Drawing& drawing : Drawings()) {
         SCOPED_TRACE(drawing.name);
-        for (int service = 0; service < HostProbe::kServiceCount; ++service) {
+        for (int service = 0; service < HostProbe::kServiceCount; ++service)
             for (int call = 1;; call = call < 12 ? call + 1 : 2 * call) {
                 HostProbe host;
                 const Document document = DocumentOf(drawing);
@@ -298,7 +298,6 @@ TEST(InkEntry, AFailingServiceLeavesTheDocumentAsItWas) {
                 if (!host.reports.empty())
                     reporters[service] = host.reports[0].function;
             }
-        }
     }
     // Restoring elements and removing constraints only serve the way back.
     std::string told;

@@ -51,7 +51,7 @@ Found Invert(const RecordPtr& c, Xy p, bool bounded) {
 // No sampled point is nearer, and the answer is a point of the curve; every form, three sizes.
 TEST(CurveInversion, NoSampledPointIsNearer) {
     Random random(91);
-    for (const double size : {1e-3, 1.0, 1e6}) {
+    for (const double size : {1e-3, 1.0, 1e6})
         for (int trial = 0; trial < 330; ++trial) {
             const int kind = trial % Random::kKinds;
             SCOPED_TRACE(testing::Message() << "size " << size << " trial " << trial << " kind " << kind);
@@ -73,7 +73,6 @@ TEST(CurveInversion, NoSampledPointIsNearer) {
             }
             EXPECT_LE(carrier.distance, bounded.distance * (1.0 + 1e-14));
         }
-    }
 }
 
 TEST(CurveInversion, NamedPlaces) {

@@ -9,9 +9,7 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::DrawEllipse;
-using Testing::DrawPath;
-using Testing::Samples;
+using namespace Testing;
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
 

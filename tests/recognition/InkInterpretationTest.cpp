@@ -9,9 +9,7 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::Hand;
-using Testing::InkPlan;
-using Testing::RandomPlans;
+using namespace Testing;
 
 InkReading Read(const InkStroke& ink) {
     return InterpretInk(ink, SketchRecognizerPreferences());

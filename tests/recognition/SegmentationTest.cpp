@@ -10,10 +10,9 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::DrawPath;
+using namespace Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Testing::Samples;
 using Breaks = std::vector<int>;
 
 // --- Joining and merging, against the rules taken word by word

@@ -10,14 +10,10 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::DrawEllipse;
-using Testing::DrawPath;
+using namespace Testing;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Testing::Results;
-using Testing::Samples;
 using testing::StrEq;
-using Testing::StrokeOf;
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
 constexpr double kDegree = kTurn / 360.0;

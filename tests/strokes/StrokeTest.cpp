@@ -17,11 +17,8 @@ namespace {
 
 using Core::Group;
 using Core::TaggedObject;
-using Testing::ChangeLog;
+using namespace Testing;
 using ::testing::ElementsAre;
-using Testing::RandomWalk;
-using Testing::StrokeThrough;
-using Testing::ThrownMessage;
 using StrokePtr = std::unique_ptr<Stroke>;
 
 const char* const kNoPolyline = "Stroke::CreateSpline:  Incorrect point index";

@@ -12,6 +12,17 @@ using Testing::ExpectNear;
 
 inline constexpr double kTurn = 2.0 * std::numbers::pi;
 
+/// What the call refuses with; "accepted" when it does not.
+template <class Error, class Call>
+std::string RefusalOf(Call call) {
+    try {
+        call();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
 inline InkStroke StrokeThrough(const std::vector<Position>& points) {
     InkStroke stroke;
     for (const Position& p : points)

@@ -12,17 +12,11 @@
 
 #include "apps/cli/ink/InkmlTrace.h"
 #include "apps/cli/ink/NumberText.h"
+#include "apps/cli/ink/XmlName.h"
 
 namespace Tessera::Tool {
 
 namespace {
-
-/// Element name without a namespace prefix.
-std::string_view LocalName(const pugi::xml_node& node) {
-    const std::string_view name = node.name();
-    const std::size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
 
 std::string Identifier(const pugi::xml_node& node) {
     const pugi::xml_attribute id = node.attribute("xml:id");

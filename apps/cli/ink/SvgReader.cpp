@@ -10,16 +10,11 @@
 #include "apps/cli/ink/NumberText.h"
 #include "apps/cli/ink/SvgPath.h"
 #include "apps/cli/ink/SvgTransform.h"
+#include "apps/cli/ink/XmlName.h"
 
 namespace Tessera::Tool {
 
 namespace {
-
-std::string_view LocalName(const pugi::xml_node& node) {
-    const std::string_view name = node.name();
-    const std::size_t colon = name.find(':');
-    return colon == std::string_view::npos ? name : name.substr(colon + 1);
-}
 
 bool IsUndrawn(std::string_view name) {
     for (const std::string_view other :
