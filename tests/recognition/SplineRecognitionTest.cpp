@@ -177,22 +177,6 @@ TEST(SplineRecognition, FewOrBadPoints) {
     EXPECT_TRUE(unmeasured);
 }
 
-// A straight row of points from which one stands out by less than the tolerance: being the highest, lowest,
-// leftmost or rightmost it is not thinned away, and so the curve bends towards it.
-TEST(SplineRecognition, ExtremePointsPullTheCurve) {
-    for (const double turn : {0.0, 0.25, 0.5, 0.75}) {
-        const double c = std::round(std::cos(kTau * turn)), s = std::round(std::sin(kTau * turn));
-        std::vector<Point2> pts;
-        for (int i = 0; i <= 40; ++i) {
-            const double along = i / 40.0, off = i == 20 ? 0.009 : 0.0;
-            pts.push_back({c * along - s * off, s * along + c * off});
-        }
-        const Recognised r = Recognise(pts, 0.01, 0.02, 100);
-        ASSERT_TRUE(r.spline);
-        EXPECT_LT(r.spline->DistanceBounded(Point(pts[20].x, pts[20].y)), 1e-6) << turn;
-    }
-}
-
 TEST(SplineRecognition, SparsePolylinesAreNotLost) {
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> place(0.0, 1.0);
