@@ -4,7 +4,8 @@
 //   SyntheticAccuracy [--misses] [--seed N] [--strokes N]
 //
 // One row per family of plans, hand, sampling rate and digitiser grid; each row has its own plans.
-// right    strokes with every planned corner found and none extra
+// right    strokes with every planned corner found and none extra; slots with four curves, too, that join
+//          tangentially
 // missed   planned corners that were not found
 // extra    corners where none was planned
 // tangents planned tangent joints, of which "found"; "false": of those reported, the share where none was
@@ -36,11 +37,13 @@ struct Family {
     const char* name;
     InkPlan (RandomPlans::*plan)();
     bool hasTangents; ///< a smooth stroke has joints of its own kind: curvature that changes little by little
+    bool isSlot = false; ///< four curves and four tangent joints are right
 };
 constexpr Family kFamilies[] = {{"poly-line", &RandomPlans::Polyline, true},
                                 {"polygon", &RandomPlans::Polygon, true},
                                 {"mixed", &RandomPlans::Mixed, true},
-                                {"smooth", &RandomPlans::Smooth, false}};
+                                {"smooth", &RandomPlans::Smooth, false},
+                                {"slot", &RandomPlans::Slot, true, true}};
 
 struct HandKind {
     const char* name;
@@ -106,7 +109,8 @@ Row Judge(const Family& family, const Planned& planned) {
     preferences.SetRegularPolygonRecognition(false); // it moves corners on purpose
     std::vector<Point> corners;
     std::vector<Point> tangents;
-    for (const InkJoint& joint : InterpretInk(planned.ink, preferences).joints)
+    const InkReading reading = InterpretInk(planned.ink, preferences);
+    for (const InkJoint& joint : reading.joints)
         (joint.kind == JointKind::Corner ? corners : tangents).push_back(joint.position);
     Row row;
     row.strokes = 1;
@@ -121,6 +125,8 @@ Row Judge(const Family& family, const Planned& planned) {
     row.reported = static_cast<int>(tangents.size());
     row.found = CountMet(planned.tangents, tangents, kTangentReach * planned.size);
     row.falseOnes = row.reported - row.found;
+    if (family.isSlot && (reading.curves.size() != 4 || row.reported != 4))
+        row.right = 0;
     return row;
 }
 

@@ -270,6 +270,22 @@ public:
         }
     }
 
+    /// Two parallel lines of 0.6 to 6 radii, joined by half circles; either way round, from any point.
+    InkPlan Slot() { return SlotOf(Uniform(0.6, 6.0)); }
+    InkPlan SlotOf(double lengthOverRadius) {
+        const double radius = Uniform(20.0, 60.0);
+        const Stretch line{0.0, lengthOverRadius * radius, 0.0};
+        const Stretch arc{0.0, std::numbers::pi * radius, Sign() / radius};
+        const bool startsInLine = Uniform(0.0, line.length + arc.length) < line.length;
+        const Stretch& first = startsInLine ? line : arc;
+        const Stretch& second = startsInLine ? arc : line;
+        std::vector<Stretch> stretches{first, second, first, second, first};
+        stretches.front().turn = Heading();
+        stretches.front().length *= Uniform(0.0, 1.0);
+        stretches.back().length -= stretches.front().length;
+        return InkPlan(std::move(stretches));
+    }
+
     /// Curvature that changes little by little: no corner anywhere.
     InkPlan Smooth() {
         std::vector<Stretch> stretches;

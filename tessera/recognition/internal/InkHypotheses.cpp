@@ -1,6 +1,7 @@
 #include "tessera/recognition/internal/InkHypotheses.h"
 
 #include <algorithm>
+#include <numbers>
 #include <optional>
 
 #include "tessera/recognition/internal/ChainClosing.h"
@@ -11,6 +12,7 @@
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/SharpPolygon.h"
+#include "tessera/recognition/internal/SlotShape.h"
 #include "tessera/recognition/internal/SmoothForms.h"
 #include "tessera/recognition/internal/TangentRun.h"
 
@@ -29,6 +31,7 @@ constexpr double kMuchFarther = 3.0;
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
+constexpr double kDegree = std::numbers::pi / 180.0;
 
 void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
@@ -40,6 +43,15 @@ void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading
 ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
     const int last = ink.path.Size() - 1;
     return {{{kind, ink.path.pts.front(), ink.path.pts.back(), {}, 0, last}}, false};
+}
+
+void ReadSlot(const InkPath& path, const SketchRecognizerPreferences& preferences, SlotShape slot,
+              InkReading& reading) {
+    if (preferences.AskSnapping())
+        SnapSlot(preferences.AskSnapAngleCreate() * kDegree, slot);
+    reading.shape = InkShape::Chain;
+    reading.isClosed = true;
+    AppendChain(path, MakeSlot(path, slot), reading);
 }
 
 void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
@@ -104,9 +116,12 @@ void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
         chain = *sharp;
     const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
     std::optional<RoundShape> round;
-    if (ellipse && !sharp && preferences.GetChangeCurveType())
+    if (ellipse && preferences.GetChangeCurveType())
         round = FindRoundShape(priced, *ellipse, samples);
-    if (round && (!IsRoundCheaper(priced, *round, chain) || IsDrawnWithCare(priced, chain, *round)))
+    if (preferences.GetCurveTidy() && preferences.GetChangeCurveType())
+        if (const std::optional<SlotShape> slot = FindSlot(priced, round, chain))
+            return ReadSlot(priced.path, preferences, *slot, reading);
+    if (round && (sharp || !IsRoundCheaper(priced, *round, chain) || IsDrawnWithCare(priced, chain, *round)))
         round.reset();
     bool isSmooth = false;
     if (!round && !chain.isClosed && !isLine) {

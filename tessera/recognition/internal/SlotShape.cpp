@@ -1,0 +1,325 @@
+// A point's distance from a slot is its distance from the segment between the two centres, less the radius:
+// smooth everywhere outside that segment. Levenberg-Marquardt steps from the moments of the path find the
+// slot, together with a drift that grows evenly along the stroke, as for rounds.
+//
+// A slot is the limit of a rectangle whose corners are rounded more and more. How far the residuals go back
+// towards a smaller rounding (to first order), against the radius, tells whether the ends were drawn round;
+// for an ellipse they go the other way.
+#include "tessera/recognition/internal/SlotShape.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "tessera/kernel/LSFIT.h"
+#include "tessera/kernel/NR.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr int kNumbers = 5;
+constexpr int kEvaluations = 20; // of the model: five to eight settle a drawn slot
+constexpr double kRelativeFall = 1e-6;
+constexpr double kAbsoluteFall = 1e-9; // squared sizes
+constexpr double kTail = 0.15;         // sizes from which a distance costs no more
+constexpr double kRidge = 1e-6;        // of the normal equations: terms that the path does not show vanish
+// Keeps the drift small: straight lines guide the pen back to its start better than a swing round does.
+constexpr double kDriftPrice = 4.0;
+
+// What the decision rests on, measured on drawn ovals, circles and rectangles, and on slots of a simulated
+// hand.
+constexpr double kShortest = 0.6;   // length of a line over the radius
+constexpr double kHopeful = 0.53;   // half of it, as the moments have it: they overrate short lines
+constexpr double kHopeless = 20.0;  // price of corners that nothing makes good
+constexpr double kRoundEnds = 0.3;  // by how much of the radius the corners' rounding may seem to differ
+constexpr double kClear = 5.0;      // by so much a slot is briefer than the round
+constexpr double kMostTurns = 2.2;  // of the pen: a slot drawn twice
+constexpr double kOpenEnd = 0.5;    // of a half circle, what may be missing
+constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
+constexpr double kBendReach = 2.0;  // points to either side over which the outline's bend is averaged
+
+enum Parameter : int { kX, kY, kAngle, kHalf, kRadius, kDrift, kFitted, kSquareness = kFitted, kTerms };
+
+// Distance of a point, less what the drift explains, with its derivatives; the last one is by how much the
+// corners' rounding falls short of the radius.
+struct Residual {
+    double value = 0.0;
+    std::array<double, kTerms> slope{};
+};
+
+// The parameters with the direction worked out.
+struct Trial {
+    explicit Trial(const double* parameters)
+        : p(parameters), axis(std::cos(parameters[kAngle]), std::sin(parameters[kAngle])) {}
+
+    Residual At(const Point& point, double share) const {
+        const Point d = point - Point(p[kX], p[kY]);
+        const double u = axis.Dot(d);
+        const double v = axis.Cross(d);
+        const double foot = std::clamp(u, -p[kHalf], p[kHalf]);
+        const double rho = std::max(std::sqrt((u - foot) * (u - foot) + v * v), 1e-12);
+        const double nu = (u - foot) / rho;
+        const double nv = v / rho;
+        const bool isEnd = u != foot;
+        return {rho - p[kRadius] - p[kDrift] * share,
+                {axis.y * nv - axis.x * nu, -axis.y * nu - axis.x * nv, nu * v - nv * u, -std::fabs(nu), -1.0,
+                 -share, isEnd ? 1.0 - std::fabs(nu) - std::fabs(nv) : 0.0}};
+    }
+
+    const double* p;
+    Point axis;
+};
+
+// Normal equations over the first `terms` slopes, m x m row by row (lower triangle).
+double Accumulate(const InkPath& path, const Trial& trial, int terms, double* jtj, double* jtr) {
+    std::fill(jtj, jtj + terms * terms, 0.0);
+    std::fill(jtr, jtr + terms, 0.0);
+    double sumSq = 0.0;
+    const int n = path.Size();
+    for (int i = 0; i < n; ++i) {
+        const double share = static_cast<double>(i) / (n - 1) - 0.5;
+        const Residual residual = trial.At(path.pts[static_cast<std::size_t>(i)], share);
+        for (int a = 0; a < terms; ++a) {
+            const double slope = residual.slope[static_cast<std::size_t>(a)];
+            for (int b = 0; b <= a; ++b)
+                jtj[a * terms + b] += slope * residual.slope[static_cast<std::size_t>(b)];
+            jtr[a] += slope * residual.value;
+        }
+        sumSq += residual.value * residual.value;
+    }
+    jtj[kDrift * (terms + 1)] += kDriftPrice;
+    jtr[kDrift] += kDriftPrice * trial.p[kDrift];
+    return sumSq + kDriftPrice * trial.p[kDrift] * trial.p[kDrift];
+}
+
+int EvaluateModel(void* context, const double* p, double* jtj, double* jtr, double* sumSq) {
+    if (!(p[kHalf] >= 0.0) || !(p[kRadius] > 0.0))
+        return 0;
+    *sumSq = Accumulate(**static_cast<const InkPath* const*>(context), Trial(p), kFitted, jtj, jtr);
+    return 1;
+}
+
+using Parameters = std::array<double, kFitted>;
+
+// From the second moments, by formulas that are near those of slots of any length.
+Parameters Start(const PricedPath& ink) {
+    const int n = ink.path.Size();
+    const Moments moments = ink.moments.Of(0, n - 1);
+    const LineFit fit = FitLine(moments);
+    const double across = std::sqrt(fit.sumSq / n);
+    const double all = (moments.xx + moments.yy) / n - fit.centre.Dot(fit.centre);
+    const double along = std::sqrt(std::max(0.0, all - across * across));
+    const double radius = 1.15 * across;
+    return {fit.centre.x,
+            fit.centre.y,
+            std::atan2(fit.direction.y, fit.direction.x),
+            std::max(0.1 * radius, 1.6 * along - radius),
+            radius,
+            0.0};
+}
+
+bool Fit(const InkPath& path, Parameters& p) {
+    const InkPath* context = &path;
+    double sumSq = 0.0;
+    int status = 1;
+    LSFIT_nonlinear_function(kFitted, p.data(), EvaluateModel, &context, kEvaluations, kRelativeFall,
+                             kAbsoluteFall, &sumSq, &status);
+    return std::isfinite(sumSq) && p[kHalf] > 0.0;
+}
+
+SlotShape Describe(const InkPath& path, const Parameters& p) {
+    const Trial trial(p.data());
+    const int n = path.Size();
+    double sumSq = 0.0;
+    for (int i = 0; i < n; ++i) {
+        const double share = static_cast<double>(i) / (n - 1) - 0.5;
+        const double off = trial.At(path.pts[static_cast<std::size_t>(i)], share).value;
+        sumSq += std::min(off * off, kTail * kTail); // a tail at either end is no part of the shape
+    }
+    return {{p[kX], p[kY]}, trial.axis, p[kHalf], p[kRadius], {kNumbers, sumSq / n, 0.0}};
+}
+
+// 0 for round ends, towards 1 for square ones, below 0 for pointed ones.
+double SquarenessOf(const InkPath& path, const Parameters& p) {
+    double jtj[kTerms * kTerms];
+    double step[kTerms];
+    Accumulate(path, Trial(p.data()), kTerms, jtj, step);
+    for (int i = 0; i < kTerms; ++i)
+        jtj[i * (kTerms + 1)] += kRidge;
+    if (!NR_cholesky_decomp(kTerms, jtj))
+        return 0.0;
+    NR_cholesky_solve(kTerms, jtj, step);
+    return -step[kSquareness] / p[kRadius];
+}
+
+// How the pen runs along the slot's outline. Lengths are counted from the middle of one end of a line,
+// always the way that the pen goes: line, half circle, line, half circle.
+class Course {
+public:
+    Course(const InkPath& path, const SlotShape& slot) : slot_(slot) {
+        run_.reserve(path.pts.size());
+        double length = 0.0;
+        double before = 0.0;
+        for (const Point& p : path.pts) {
+            const double at = AlongOutline(p);
+            length += run_.empty() ? at : std::remainder(at - before, Outline());
+            before = at;
+            run_.push_back(length);
+        }
+        if (run_.back() >= run_.front())
+            return;
+        // Clockwise: the outline mirrored in the slot's axis.
+        side_ = -1.0;
+        const double shift = AlongOutline(path.pts.front()) + run_.front();
+        for (double& at : run_)
+            at = shift - at;
+    }
+
+    double Line() const { return 2.0 * slot_.half; }
+    double HalfCircle() const { return kPi * slot_.radius; }
+    double Outline() const { return 2.0 * (Line() + HalfCircle()); }
+    double Turns() const { return (run_.back() - run_.front()) / Outline(); }
+    double Gap() const { return std::max(0.0, 1.0 - Turns()) * Outline(); }
+    double At(int point) const { return run_[static_cast<std::size_t>(point)]; }
+
+    /// Joint k, the one at which piece k begins.
+    double Joint(int k) const {
+        const int whole = k >= 0 ? k / 2 : (k - 1) / 2;
+        return whole * (Line() + HalfCircle()) + (k - 2 * whole) * Line();
+    }
+    int PieceAt(double length) const {
+        const int whole = static_cast<int>(std::floor(length / (Line() + HalfCircle())));
+        return 2 * whole + (length >= Joint(2 * whole + 1) ? 1 : 0);
+    }
+    /// The first point of the path at or beyond a length; its last one for lengths that it does not reach.
+    int PointAt(double length) const {
+        const auto at =
+            std::find_if(run_.begin(), run_.end() - 1, [&](double passed) { return passed >= length; });
+        return static_cast<int>(at - run_.begin());
+    }
+    /// Direction of the outline, radians, counter-clockwise positive.
+    double HeadingAt(double length) const {
+        const int piece = PieceAt(length);
+        const double turn = piece % 2 != 0 ? (length - Joint(piece)) / slot_.radius : 0.0;
+        return side_ * ((piece - std::abs(piece % 2)) / 2 * kPi + turn);
+    }
+    /// Where piece k begins.
+    Point StartOf(int k) const {
+        const int place = (k % 4 + 4) % 4;
+        return InPlane(place == 1 || place == 2 ? slot_.half : -slot_.half,
+                       place < 2 ? -slot_.radius : slot_.radius);
+    }
+    /// The middle of the half circle that is piece k.
+    Point TipOf(int k) const {
+        const double tip = slot_.half + slot_.radius;
+        return InPlane((k % 4 + 4) % 4 == 1 ? tip : -tip, 0.0);
+    }
+
+private:
+    Point InPlane(double u, double v) const {
+        const Point left(-slot_.axis.y, slot_.axis.x);
+        return slot_.centre + u * slot_.axis + (side_ * v) * left;
+    }
+    double AlongOutline(const Point& p) const {
+        const Point d = p - slot_.centre;
+        const double u = slot_.axis.Dot(d);
+        const double v = side_ * slot_.axis.Cross(d);
+        if (u > slot_.half)
+            return Line() + slot_.radius * (std::atan2(v, u - slot_.half) + 0.5 * kPi);
+        if (u < -slot_.half)
+            return Joint(3) + slot_.radius * (std::atan2(-v, -u - slot_.half) + 0.5 * kPi);
+        return v < 0.0 ? u + slot_.half : Joint(2) + slot_.half - u;
+    }
+
+    const SlotShape& slot_;
+    double side_ = 1.0;
+    std::vector<double> run_; // length for each point, growing on from round to round
+};
+
+// What the turns of the ink cost that an outline does not make, but for those so near the ends that they are
+// the pen touching down or leaving.
+template <class Curvature>
+double PriceOfCorners(const PricedPath& ink, Curvature curvatureAt) {
+    const int hook = static_cast<int>(kHookShare * ink.path.Size());
+    double price = 0.0;
+    for (const TurningPeak& peak : ink.peaks)
+        if (peak.at >= hook && peak.at < ink.path.Size() - hook)
+            price += PriceOfHiddenCorner(ink, peak, curvatureAt(peak));
+    return price;
+}
+
+// As if each turn stood in the middle of a half circle.
+double LeastPriceOfCorners(const PricedPath& ink, double radius) {
+    return PriceOfCorners(ink,
+                          [=](const TurningPeak& peak) { return std::copysign(1.0 / radius, peak.turn); });
+}
+
+double PriceOfCorners(const PricedPath& ink, const Course& course) {
+    const double reach = kBendReach * ink.path.step;
+    return PriceOfCorners(ink, [&](const TurningPeak& peak) {
+        const double at = course.At(peak.at);
+        return (course.HeadingAt(at + reach) - course.HeadingAt(at - reach)) / (2.0 * reach);
+    });
+}
+
+} // namespace
+
+std::optional<SlotShape> FitSlot(const PricedPath& ink) {
+    Parameters p = Start(ink);
+    if (!Fit(ink.path, p))
+        return std::nullopt;
+    return Describe(ink.path, p);
+}
+
+std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<RoundShape>& round,
+                                  const Chain& chain) {
+    if (ink.path.Gap() > ink.closing)
+        return std::nullopt;
+    Parameters p = Start(ink);
+    if (p[kHalf] < kHopeful * p[kRadius] || LeastPriceOfCorners(ink, p[kRadius]) > kHopeless ||
+        !Fit(ink.path, p) || 2.0 * p[kHalf] < kShortest * p[kRadius] ||
+        std::fabs(SquarenessOf(ink.path, p)) > kRoundEnds)
+        return std::nullopt;
+    SlotShape slot = Describe(ink.path, p);
+    const Course course(ink.path, slot);
+    if (course.Gap() > std::min(ink.closing, kOpenEnd * course.HalfCircle()) || course.Turns() > kMostTurns)
+        return std::nullopt;
+    slot.description.hidden = PriceOfCorners(ink, course);
+    const double length = LengthOf(ink.path, slot.description);
+    if ((round && length + kClear >= LengthOf(ink.path, Geometry::Describe(*round))) ||
+        length >= LengthOf(ink.path, Geometry::Describe(ink, chain)))
+        return std::nullopt;
+    return slot;
+}
+
+void SnapSlot(double snapRad, SlotShape& slot) {
+    const double off = std::remainder(std::atan2(slot.axis.y, slot.axis.x), 0.5 * kPi);
+    if (std::fabs(off) <= snapRad)
+        slot.axis = std::fabs(slot.axis.x) > std::fabs(slot.axis.y) ? Point(1.0, 0.0) : Point(0.0, 1.0);
+}
+
+ExactChain MakeSlot(const InkPath& path, const SlotShape& slot) {
+    const Course course(path, slot);
+    const int begin = course.PieceAt(course.At(0));
+    ExactChain exact;
+    exact.isClosed = true;
+    for (int k = begin; k < begin + 4; ++k) {
+        const bool isArc = k % 2 != 0;
+        exact.pieces.push_back({isArc ? PieceKind::Arc : PieceKind::Line, course.StartOf(k),
+                                course.StartOf(k + 1), isArc ? course.TipOf(k) : Point(),
+                                course.PointAt(course.Joint(k)), course.PointAt(course.Joint(k + 1))});
+    }
+    const double end = course.At(path.Size() - 1);
+    ExactPiece& first = exact.pieces.front();
+    if (end >= course.Joint(begin + 4))
+        first.first = course.PointAt(course.Joint(begin + 4));
+    if (end >= course.Joint(begin + 5))
+        first.last = course.PointAt(course.Joint(begin + 5));
+    return exact;
+}
+
+} // namespace Tessera::Geometry

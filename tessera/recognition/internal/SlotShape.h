@@ -1,0 +1,38 @@
+// SlotShape - a closed stroke read as a slot: two parallel lines of equal length, joined by half circles that
+// touch them.
+#pragma once
+
+#include <optional>
+
+#include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/SmoothForms.h"
+
+namespace Tessera::Geometry {
+
+struct SlotShape {
+    Point centre;
+    Point axis;        ///< unit direction of the lines
+    double half = 0.0; ///< half the length of a line
+    double radius = 0.0;
+    Description description;
+};
+
+/// The slot of least squared distances from the path; its description does not price corners. Nothing for a
+/// path on a line and where the lines shrink to nothing.
+std::optional<SlotShape> FitSlot(const PricedPath& ink);
+
+/// The slot, where the drawer meant one: the path goes round once, the lines are no shorter than the radius,
+/// the ends are round, and the slot describes the ink clearly more briefly than the round and more briefly
+/// than the chain.
+std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<RoundShape>& round,
+                                  const Chain& chain);
+
+/// The slot turned about its centre onto an axis of the plane, if that lies within the angle.
+void SnapSlot(double snapRad, SlotShape& slot);
+
+/// Line, half circle, line, half circle, or the other way round: in the pen's order, from the piece in which
+/// it began. Where it came back to that piece, this crosses the start of the path; where it ran on past the
+/// piece's end, the piece is what the pen drew last, and both hooks stand for nothing.
+ExactChain MakeSlot(const InkPath& path, const SlotShape& slot);
+
+} // namespace Tessera::Geometry
