@@ -3,17 +3,18 @@
 //
 // The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
 // trying to draw. Whole hypotheses (a chain of lines and arcs, for a usual and for a careful hand; closed or
-// open; one closed round shape) are compared by what it costs to describe the ink with them, and the cheapest
-// is made exact: corners where neighbours intersect, tangent joints, closed shapes that close, rectangles
-// with right angles.
+// open; one closed round shape; a slot) are compared by what it costs to describe the ink with them, and the
+// cheapest is made exact: corners where neighbours intersect, tangent joints, closed shapes that close,
+// rectangles with right angles.
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
 // Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
 //             curveTidy (closing, hooks; a line drawn forth and back along itself becomes its centre line, or
 //             with thinWallRecognition the two sides of a wall), changeCurveType (closed round strokes become
-//             circles and ellipses), regularPolygonRecognition (rectangles, rhombi, parallelograms and
-//             regular polygons made exact), oversketch (ink along an earlier curve gives it a new form;
+//             circles and ellipses and, with curveTidy, slots: two parallel lines and two half circles that
+//             touch them), regularPolygonRecognition (rectangles, rhombi, parallelograms and regular
+//             polygons made exact), oversketch (ink along an earlier curve gives it a new form;
 //             without it such ink is new), snapping (directions of axes, ends onto key points of earlier
 //             curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.

@@ -27,6 +27,8 @@ std::vector<Drawing> Drawings() {
     const Ink triangle = Pen(0, 0).To(200, 3).To(90, 150).To(1, 1).ink;
     const Ink corner = Pen(0, 0).To(150, 0).Round(220, 0, 70, 70, 180, 0).ink;
     const Ink chain = Pen(0, 0).To(150, 0).Round(150, 70, 70, 70, -90, 90).To(0, 140).ink;
+    const Ink slot =
+        Pen(0, 0).To(150, 0).Round(150, 50, 50, 50, -90, 90).To(0, 100).Round(0, 50, 50, 50, 90, 270).ink;
     const double r = std::sqrt(5000.0);
     const HostElement2d arc = ArcElement({100, 0}, {0, 100}, {r, r});
     const HostElement2d flat = LineElement({0, -400}, {200, -400});
@@ -37,6 +39,7 @@ std::vector<Drawing> Drawings() {
         {"triangle", triangle, kHostInkCurves, {1, 1, 1}, {3, 0, 1, 0}, {}},
         {"line and arc with a corner", corner, kHostInkCurves, {1, 2}, {1, 0, 1, 0}, {}},
         {"tangent chain", chain, kHostInkCurves, {1, 2, 1}, {2, 2, 2, 0}, {}},
+        {"slot", slot, kHostInkCurves, {1, 2, 1, 2}, {4, 4, 2, 0}, {}},
         {"circle", RoundInk(0, 0, 80, 80, 6, 366), kHostInkCurves, {8}, {}, {}},
         {"ellipse", RoundInk(0, 0, 120, 50, 6, 366), kHostInkCurves, {16}, {}, {}},
         {"elliptic arc", RoundInk(0, 900, 200, 80, 17, 160), kHostInkCurves, {64}, {}, {}},

@@ -41,6 +41,8 @@ constexpr double kMostTurns = 2.2;  // of the pen: a slot drawn twice
 constexpr double kOpenEnd = 0.5;    // of a half circle, what may be missing
 constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
 constexpr double kBendReach = 2.0;  // points to either side over which the outline's bend is averaged
+constexpr double kAtJoint = 0.25;   // steps before a joint, the pen starts in the joint
+constexpr double kNearly = 1.0;     // steps before its end, a piece counts as drawn to it
 
 enum Parameter : int { kX, kY, kAngle, kHalf, kRadius, kDrift, kFitted, kSquareness = kFitted, kTerms };
 
@@ -156,8 +158,8 @@ double SquarenessOf(const InkPath& path, const Parameters& p) {
     return -step[kSquareness] / p[kRadius];
 }
 
-// How the pen runs along the slot's outline. Lengths are counted from the middle of one end of a line,
-// always the way that the pen goes: line, half circle, line, half circle.
+// How the pen runs along the slot's outline. Lengths are counted from the start of a line, piece 0, the way
+// that the pen goes: line, half circle, line, half circle, and so on round by round.
 class Course {
 public:
     Course(const InkPath& path, const SlotShape& slot) : slot_(slot) {
@@ -195,17 +197,18 @@ public:
         const int whole = static_cast<int>(std::floor(length / (Line() + HalfCircle())));
         return 2 * whole + (length >= Joint(2 * whole + 1) ? 1 : 0);
     }
-    /// The first point of the path at or beyond a length; its last one for lengths that it does not reach.
+    /// The last point of the path before it passes a length; its first one if it starts beyond.
     int PointAt(double length) const {
-        const auto at =
-            std::find_if(run_.begin(), run_.end() - 1, [&](double passed) { return passed >= length; });
-        return static_cast<int>(at - run_.begin());
+        const auto beyond =
+            std::find_if(run_.begin() + 1, run_.end(), [&](double passed) { return passed > length; });
+        return static_cast<int>(beyond - run_.begin()) - 1;
     }
     /// Direction of the outline, radians, counter-clockwise positive.
     double HeadingAt(double length) const {
         const int piece = PieceAt(length);
-        const double turn = piece % 2 != 0 ? (length - Joint(piece)) / slot_.radius : 0.0;
-        return side_ * ((piece - std::abs(piece % 2)) / 2 * kPi + turn);
+        const bool isArc = piece % 2 != 0;
+        const double lines = isArc ? piece - 1 : piece; // and half circles before, in all
+        return side_ * (0.5 * kPi * lines + (isArc ? (length - Joint(piece)) / slot_.radius : 0.0));
     }
     /// Where piece k begins.
     Point StartOf(int k) const {
@@ -304,7 +307,7 @@ void SnapSlot(double snapRad, SlotShape& slot) {
 
 ExactChain MakeSlot(const InkPath& path, const SlotShape& slot) {
     const Course course(path, slot);
-    const int begin = course.PieceAt(course.At(0));
+    const int begin = course.PieceAt(course.At(0) + kAtJoint * path.step);
     ExactChain exact;
     exact.isClosed = true;
     for (int k = begin; k < begin + 4; ++k) {
@@ -313,12 +316,15 @@ ExactChain MakeSlot(const InkPath& path, const SlotShape& slot) {
                                 course.StartOf(k + 1), isArc ? course.TipOf(k) : Point(),
                                 course.PointAt(course.Joint(k)), course.PointAt(course.Joint(k + 1))});
     }
+    // The pen came back to the piece in which it began, or to the end of that piece, too.
     const double end = course.At(path.Size() - 1);
     ExactPiece& first = exact.pieces.front();
     if (end >= course.Joint(begin + 4))
         first.first = course.PointAt(course.Joint(begin + 4));
-    if (end >= course.Joint(begin + 5))
+    if (end >= course.Joint(begin + 5) - kNearly * path.step) {
         first.last = course.PointAt(course.Joint(begin + 5));
+        ++exact.pieces[1].first; // no break with the piece before: not on this one's ink
+    }
     return exact;
 }
 

@@ -21,9 +21,9 @@ struct SlotShape {
 /// path on a line and where the lines shrink to nothing.
 std::optional<SlotShape> FitSlot(const PricedPath& ink);
 
-/// The slot, where the drawer meant one: the path goes round once, the lines are no shorter than the radius,
-/// the ends are round, and the slot describes the ink clearly more briefly than the round and more briefly
-/// than the chain.
+/// The slot, where the drawer meant one: the path goes round once, the lines are not too short for the
+/// radius, the ends are round, and the slot describes the ink clearly more briefly than the round and more
+/// briefly than the chain.
 std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<RoundShape>& round,
                                   const Chain& chain);
 
@@ -31,8 +31,8 @@ std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<Rou
 void SnapSlot(double snapRad, SlotShape& slot);
 
 /// Line, half circle, line, half circle, or the other way round: in the pen's order, from the piece in which
-/// it began. Where it came back to that piece, this crosses the start of the path; where it ran on past the
-/// piece's end, the piece is what the pen drew last, and both hooks stand for nothing.
+/// it began. Where the pen came back to that piece, its ink crosses the start of the path; where it ran to
+/// the piece's end, that is the ink, and what else was drawn of the piece, and beyond it, stands for nothing.
 ExactChain MakeSlot(const InkPath& path, const SlotShape& slot);
 
 } // namespace Tessera::Geometry

@@ -13,39 +13,6 @@ namespace {
 
 using namespace Testing;
 
-// Samples some two units apart along sides and quarter turns: 200 x 120, from the middle of the lower side.
-std::vector<Point> RoundedBox(double radius, double turnedBy) {
-    std::vector<Point> pts;
-    const Point corners[] = {{100, -60}, {100, 60}, {-100, 60}, {-100, -60}};
-    Point at(0, -60);
-    const auto lineTo = [&](const Point& to) {
-        const int n = static_cast<int>(at.Distance(to) / 2.0);
-        for (int i = 0; i < n; ++i)
-            pts.push_back(at + (static_cast<double>(i) / n) * (to - at));
-        at = to;
-    };
-    double heading = 0.0;
-    for (const Point& corner : corners) {
-        const Point ahead(std::cos(heading), std::sin(heading));
-        const Point left(-ahead.y, ahead.x);
-        lineTo(corner - radius * ahead);
-        const Point centre = at + radius * left;
-        const int n = std::max(1, static_cast<int>(0.8 * radius));
-        for (int i = 0; i < n && radius > 0.0; ++i) {
-            const double a = heading + 0.5 * std::numbers::pi * (static_cast<double>(i) / n - 1.0);
-            pts.push_back(centre + radius * Point(std::cos(a), std::sin(a)));
-        }
-        at = corner + radius * left;
-        heading += 0.5 * std::numbers::pi;
-    }
-    lineTo({0, -60});
-    const double c = std::cos(turnedBy);
-    const double s = std::sin(turnedBy);
-    for (Point& p : pts)
-        p = {c * p.x - s * p.y, s * p.x + c * p.y};
-    return pts;
-}
-
 int CountTangent(const InkReading& reading) {
     int count = 0;
     for (const InkJoint& joint : reading.joints)
