@@ -22,6 +22,9 @@ namespace {
 /// sketch leaves 1e-6; between the two lie the neighbours of singular shapes, such as the third parallel pair
 /// of an equilateral hexagon, which solvers find redundant as well.
 constexpr double kLeastSine = 0.02;
+/// The same for rows of the set that are evaluated anew on the way: one that the moving sketch has brought a
+/// little below the limit is judged at the end.
+constexpr double kLeastKeptSine = 0.01;
 /// A sine above this many drifts is trusted although the rows are not fresh.
 constexpr double kDriftMargin = 2.0;
 /// Components of a unit row below this are left out: far less than the drift that rows endure, and what a
@@ -112,6 +115,7 @@ bool ConstraintSolver::TryAdd(const InferredConstraint& c) {
         if (IsCombination(c))
             return false;
         Renew();
+        lost_.clear();
         sine = Enter(c);
     }
     if (!(sine > kLeastSine))
@@ -123,8 +127,10 @@ bool ConstraintSolver::TryAdd(const InferredConstraint& c) {
     }
     Undo();
     Leave();
-    if (renewals_ != renewalsBefore)
+    if (renewals_ != renewalsBefore) {
         Renew(); // the rows were taken at a place that the sketch has left
+        lost_.clear();
+    }
     return false;
 }
 
@@ -155,7 +161,7 @@ double ConstraintSolver::Enter(const InferredConstraint& c) {
     ForCurvesOf(c, [&](int curve) { constraintsOf_[curve].push_back(number); });
     open_.clear();
     double sine = 0.0;
-    if (!Fill(number, &sine))
+    if (!Fill(number, kLeastSine, &sine))
         Leave();
     return sine;
 }
@@ -194,16 +200,16 @@ int ConstraintSolver::UnitRows(const InferredConstraint& c, UnitRow* unit) const
 }
 
 /// Evaluates the rows of a constraint and fills their places, which become open; none when one is dependent.
-bool ConstraintSolver::Fill(int number, double* leastSine) {
+bool ConstraintSolver::Fill(int number, double limit, double* leastSine) {
     UnitRow rows[kMostEquations];
     const int parts = UnitRows(accepted_[number], rows);
     *leastSine = 1.0;
     for (int part = 0; part < parts; ++part) {
         const UnitRow& row = rows[part];
         const int place = firstRow_[number] + part;
-        const double sine = rows_.Fill(place, {row.entries, static_cast<std::size_t>(row.count)}, kLeastSine);
+        const double sine = rows_.Fill(place, {row.entries, static_cast<std::size_t>(row.count)}, limit);
         *leastSine = std::min(*leastSine, sine);
-        if (!(sine > kLeastSine)) {
+        if (!(sine > limit)) {
             for (int filled = part; filled-- > 0;) {
                 rows_.Empty(firstRow_[number] + filled);
                 open_.pop_back();
@@ -315,7 +321,7 @@ bool ConstraintSolver::Renew() {
         if (sources_[row].part != 0)
             continue;
         double sine = 0.0;
-        if (!Fill(number, &sine))
+        if (!Fill(number, kLeastKeptSine, &sine))
             lost_.push_back(number);
         ForCurvesOf(accepted_[number], [&](int curve) { driftOf_[curve] = 0.0; });
     }

@@ -49,7 +49,7 @@ private:
     double Enter(const InferredConstraint& c);
     bool IsCombination(const InferredConstraint& c);
     int UnitRows(const InferredConstraint& c, UnitRow* rows) const;
-    bool Fill(int number, double* leastSine);
+    bool Fill(int number, double limit, double* leastSine);
     bool IsCombination(const UnitRow& row);
     void AddToStep(const UnitRow& row, double factor);
     void Leave();
