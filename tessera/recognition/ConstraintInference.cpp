@@ -9,8 +9,8 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/recognition/internal/ConstraintCandidates.h"
 #include "tessera/recognition/internal/ConstraintDeviation.h"
-#include "tessera/recognition/internal/ConstraintSolver.h"
 #include "tessera/recognition/internal/DirectionClasses.h"
+#include "tessera/recognition/internal/SketchSolver.h"
 
 // Candidates are judged by the drawing, then taken greedily: each is tried on the sketch as the stronger ones
 // have left it. There directions and sizes have to be within the limit once more. That is what keeps two
@@ -47,7 +47,7 @@ bool IsAlongAxis(const SketchParameters& sketch, int line, const ConstraintOptio
 }
 
 void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const ConstraintOptions& options,
-                   SketchParameters& sketch, ConstraintSolver& solver) {
+                   SketchParameters& sketch, SketchSolver& solver) {
     DirectionClasses directions(sketch.CurveCount());
     for (const ConstraintCandidate& candidate : candidates) {
         const InferredConstraint& c = candidate.constraint;
@@ -57,7 +57,7 @@ void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const Con
         const int newToAxes = directions.NewToAxes(c);
         if (newToAxes >= 0 && !IsAlongAxis(sketch, newToAxes, options))
             continue;
-        if (solver.TryAdd(c))
+        if (solver.TryAdd(c) != SketchSolver::Verdict::Refused)
             directions.Add(c);
     }
 }
@@ -68,7 +68,7 @@ InferredConstraints InferConstraints(std::span<const Curve* const> curves, const
     CheckInput(curves, options);
     SketchParameters sketch(curves);
     const double mostTurnRad = kDeviationLimit * options.directionSpreadDeg * std::numbers::pi / 180.0;
-    ConstraintSolver solver(sketch, options.toleranceZone, mostTurnRad, options.fixedCount);
+    SketchSolver solver(sketch, options.toleranceZone, mostTurnRad, options.fixedCount);
     TakeStrongest(FindCandidates(sketch, options), options, sketch, solver);
     solver.Settle();
 

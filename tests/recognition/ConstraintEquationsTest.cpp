@@ -188,7 +188,11 @@ TEST(RowSpace, FindsDependentRowsAndShortestSteps) {
     std::mt19937 rng(20240812);
     std::normal_distribution<double> normal;
     std::uniform_int_distribution<int> column(0, kColumns / 2 - 1);
-    RowSpace space(kColumns);
+    RowSpace space;
+    space.Reset(2);
+    space.Extend(1);
+    space.Fill(0, std::vector<SparseEntry>{{0, 0.6}, {1, 0.8}}, 1e-6);
+    space.Reset(kColumns); // leaves no trace either
     std::vector<std::vector<double>> kept;
     std::vector<std::vector<SparseEntry>> rows;
     for (int k = 0; k < 40; ++k) {

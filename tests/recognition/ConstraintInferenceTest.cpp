@@ -340,13 +340,15 @@ TEST(ConstraintSolver, RefusalsLeaveTheSketchAsItWas) {
     const CurveList list = List(MakeLine(0, 0, 100, 1), MakeLine(101, 0, 100, 80), MakeLine(0, 90, 100, 95));
     const std::vector<const Curve*> curves = Borrow(list);
     SketchParameters sketch(curves);
-    ConstraintSolver solver(sketch, kSketchZone, 0.05, 0);
+    ConstraintSolver solver(sketch, kSketchZone, 0.05);
+    solver.Begin(0);
+    const auto taken = ConstraintSolver::Verdict::Taken;
     const auto whole = [](int curve) { return SketchElement{curve, SnapPointType_None}; };
     const auto join =
         MakeConstraint(ConstraintKind_Coincident, {{0, SnapPointType_End}, {1, SnapPointType_Start}});
-    EXPECT_TRUE(solver.TryAdd(join));
-    EXPECT_TRUE(solver.TryAdd(MakeConstraint(ConstraintKind_Horizontal, {whole(0)})));
-    EXPECT_TRUE(solver.TryAdd(MakeConstraint(ConstraintKind_Vertical, {whole(1)})));
+    EXPECT_EQ(solver.TryAdd(join), taken);
+    EXPECT_EQ(solver.TryAdd(MakeConstraint(ConstraintKind_Horizontal, {whole(0)})), taken);
+    EXPECT_EQ(solver.TryAdd(MakeConstraint(ConstraintKind_Vertical, {whole(1)})), taken);
     const std::vector<double> before(sketch.Of(0), sketch.Of(0) + sketch.ParameterCount());
     const InferredConstraint refused[] = {
         join,
@@ -357,7 +359,7 @@ TEST(ConstraintSolver, RefusalsLeaveTheSketchAsItWas) {
         MakeConstraint(ConstraintKind_PointOnCurve, {{1, SnapPointType_End}, whole(2)}),
     };
     for (const InferredConstraint& c : refused) {
-        EXPECT_FALSE(solver.TryAdd(c)) << c.kind;
+        EXPECT_NE(solver.TryAdd(c), taken) << c.kind;
         EXPECT_EQ(std::vector<double>(sketch.Of(0), sketch.Of(0) + sketch.ParameterCount()), before)
             << c.kind;
     }
@@ -424,6 +426,82 @@ TEST(ConstraintInference, AppliedGeometryKeepsIdentity) {
     EXPECT_EQ(line.GetId(), id);
     EXPECT_NEAR(line.GetEnd().y, line.GetStart().y, 1e-9);
     EXPECT_TRUE(line.GetCachedBasePoint() == line.Bisect());
+}
+
+/// A random walk of lines that goes on as a row of teeth, as a hand draws it: one connected outline.
+CurveList TangleWithTeeth(std::mt19937& rng, int tangled, int teeth) {
+    CurveList list;
+    Point at(0, 0);
+    for (int i = 0; i < tangled + teeth; ++i) {
+        const auto in = [&](double low, double high) {
+            return std::uniform_real_distribution<>(low, high)(rng);
+        };
+        const double deg = i < tangled ? in(0, 360) : i % 2 == 0 ? 20 : i % 4 == 1 ? 110 : -70;
+        const double length = i < tangled ? in(30, 110) : 45;
+        const Point along =
+            Point(std::cos(deg * std::numbers::pi / 180), std::sin(deg * std::numbers::pi / 180));
+        const double turned = (deg + in(-1, 1)) * std::numbers::pi / 180;
+        const Point half = Point(std::cos(turned), std::sin(turned)) * (length / 2);
+        const Point middle = at + along * (length / 2) + Point(in(-0.9, 0.9), in(-0.9, 0.9));
+        list.push_back(std::make_unique<Line>(middle - half, middle + half));
+        at = at + along * length;
+    }
+    return list;
+}
+
+/// Least sine of the angle between a unit row and the span of those before it: the diagonal of the Cholesky
+/// factor of their products, all dense.
+double LeastSine(const std::vector<std::vector<double>>& rows) {
+    std::vector<std::vector<double>> factor(rows.size());
+    double least = 1.0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        std::vector<std::size_t> columns;
+        for (std::size_t k = 0; k < rows[i].size(); ++k)
+            if (rows[i][k] != 0.0)
+                columns.push_back(k);
+        for (std::size_t j = 0; j <= i; ++j) {
+            double rest = 0.0;
+            for (std::size_t k : columns)
+                rest += rows[i][k] * rows[j][k];
+            rest = std::inner_product(factor[i].begin(), factor[i].end(), factor[j].begin(), rest,
+                                      std::minus<>(), std::multiplies<>());
+            factor[i].push_back(j < i ? rest / factor[j][j] : std::sqrt(std::max(rest, 0.0)));
+        }
+        least = std::min(least, factor[i][i]);
+    }
+    return least;
+}
+
+// A large sketch that hangs together, the smaller ones solved whole, the larger ones in parts: whatever
+// chance made of the tangle, what is meant in the teeth is found, and the set is sound.
+TEST(ConstraintInference, LargeConnectedSketchesLoseNothing) {
+    struct Row {
+        unsigned seed;
+        int tangled, teeth;
+    };
+    for (const Row& row : {Row{2, 100, 60}, {4, 100, 60}, {4, 150, 70}, {7, 150, 70}}) {
+        SCOPED_TRACE(testing::Message() << row.seed << ": " << row.tangled << " and " << row.teeth);
+        std::mt19937 rng(row.seed);
+        const CurveList list = TangleWithTeeth(rng, row.tangled, row.teeth);
+        const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
+        EXPECT_LT(inferred.largestMotion, kSketchZone);
+        for (const InferredConstraint& c : inferred.constraints)
+            EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+        EXPECT_GT(LeastSine(DenseRows(inferred.constraints, inferred.adjusted)), 0.015);
+        int joined = 0, square = 0, equal = 0;
+        for (int i = row.tangled + 1; i < row.tangled + row.teeth; ++i) {
+            const Curve& a = *inferred.adjusted[i - 1];
+            const Curve& b = *inferred.adjusted[i];
+            const Point u = a.GetEnd() - a.GetStart();
+            const Point v = b.GetEnd() - b.GetStart();
+            joined += a.GetEnd().Distance(b.GetStart()) < 1e-6 ? 1 : 0;
+            square += std::fabs(u.Dot(v)) < 1e-6 * u.Length() * v.Length() ? 1 : 0;
+            equal += std::fabs(u.Length() - v.Length()) < 1e-6 ? 1 : 0;
+        }
+        EXPECT_EQ(joined, row.teeth - 1);
+        EXPECT_GE(square, 0.98 * (row.teeth - 1));
+        EXPECT_GE(equal, 0.98 * (row.teeth - 1));
+    }
 }
 
 // New lines fit to what is fixed: nothing fixed moves, or gets constraints of its own, however nearly it

@@ -14,6 +14,11 @@ namespace Tessera::Geometry {
 
 namespace {
 
+/// Components of a unit row below this are left out: far less than the drift that rows endure, and what a
+/// line that is horizontal to the accuracy of trials leaves in its other direction, which would tie the two
+/// directions of a drawing together.
+constexpr double kNegligible = 1e-6;
+
 /// The elements of a constraint with their curves' parameters as values of type T.
 template <class T>
 class Operands {
@@ -184,6 +189,26 @@ void EvaluateRows(const InferredConstraint& c, const SketchParameters& sketch, E
             }
         }
     }
+}
+
+int EvaluateUnitRows(const InferredConstraint& c, const SketchParameters& sketch, int movable,
+                     UnitRow* unit) {
+    EquationRow rows[kMostEquations];
+    EvaluateRows(c, sketch, rows);
+    for (int part = 0; part < EquationCount(c); ++part) {
+        const EquationRow& row = rows[part];
+        double lengthSq = 0.0;
+        for (int i = 0; i < row.count; ++i)
+            lengthSq += row.index[i] < movable ? 0.0 : row.value[i] * row.value[i];
+        const double length = std::sqrt(lengthSq);
+        unit[part].count = 0;
+        for (int i = 0; i < row.count; ++i)
+            if (row.index[i] >= movable && std::fabs(row.value[i]) > kNegligible * length)
+                unit[part].entries[unit[part].count++] = {row.index[i], row.value[i] / length};
+        unit[part].scale = 1.0 / length;
+        unit[part].residual = row.residual / length;
+    }
+    return EquationCount(c);
 }
 
 } // namespace Tessera::Geometry

@@ -14,41 +14,58 @@ namespace Tessera::Geometry {
 
 class ConstraintSolver {
 public:
-    /// The sketch is borrowed for this object's life and changed by it, but for its first fixedCount curves.
-    /// @param mostTurnRad an equal size that would turn a line by more is not taken.
-    ConstraintSolver(SketchParameters& sketch, double toleranceZone, double mostTurnRad, int fixedCount);
+    /// Of the zone: residuals below this are zero at the end.
+    static constexpr double kFinalAccuracy = 1e-9;
 
-    /// Accepts the constraint and adjusts the sketch, or returns false with everything as it was: its
-    /// equations do not all raise the rank, or the sketch cannot satisfy it with the others inside the
-    /// tolerance zone.
-    bool TryAdd(const InferredConstraint& c);
+    /// The sketch is borrowed for this object's life.
+    /// @param mostTurnRad an equal size that would turn a line by more is not taken.
+    ConstraintSolver(SketchParameters& sketch, double toleranceZone, double mostTurnRad);
+
+    /// Starts with the sketch as it is and no constraints. The first fixedCount curves will stay as they are.
+    /// To be called first, and whenever the sketch has been changed from outside.
+    void Begin(int fixedCount);
+
+    enum class Verdict {
+        Taken,
+        Dependent, ///< its equations do not all raise the rank
+        OutOfReach ///< the sketch cannot satisfy it with the others inside the tolerance zone
+    };
+    /// Takes the constraint and adjusts the sketch, or leaves everything as it was.
+    Verdict TryAdd(const InferredConstraint& c);
+    /// Takes in a constraint that the sketch satisfies already, to be kept. Its rows may depend on earlier
+    /// ones: where these keep it satisfied that does no harm, and nothing is accepted where they do not.
+    void Hold(const InferredConstraint& c);
+    /// Takes in a constraint that the sketch satisfies already if its rows are independent of earlier ones.
+    bool Keep(const InferredConstraint& c);
+    /// Whether the constraint holds already and its rows all depend on those of the set.
+    bool IsImplied(const InferredConstraint& c);
     /// Moves every connected part of the sketch to the point nearest to the drawing (least squares of the
     /// motions) among those that satisfy all constraints, and drops any constraint that has become dependent
     /// on earlier ones. The last call.
     void Settle();
+    /// The same without asking for the rank, with residuals up to this part of the zone.
+    void Approach(double accuracy);
 
     const std::vector<InferredConstraint>& Accepted() const { return accepted_; }
     double LargestMotion() const;
 
 private:
-    enum class Outcome { Accepted, Dependent, TooFar, Diverged };
+    /// A step that does not bring the residual below this part of the one before counts as a failure of the
+    /// iteration.
+    static constexpr double kLeastProgress = 0.5;
+    /// A single step of several zones leads nowhere: the constraint asks for another sketch.
+    static constexpr double kLongestStep = 4.0;
+    enum class Outcome { Accepted, TooFar, Diverged };
+    enum class Role : char { Independent, Given, Dropped };
     struct RowSource {
         int constraint;
         int part;
         double scale; ///< as in UnitRow
     };
-    /// A row over what can move.
-    struct UnitRow {
-        int count = 0; ///< of entries; 0: nothing that the equation speaks of can move
-        SparseEntry entries[kMaxDualSize];
-        double residual = 0.0;
-        double scale = 0.0; ///< 1 / length of the gradient: residual times this is a distance
-    };
-
     // The set.
+    void Append(const InferredConstraint& c, Role role);
     double Enter(const InferredConstraint& c);
     bool IsCombination(const InferredConstraint& c);
-    int UnitRows(const InferredConstraint& c, UnitRow* rows) const;
     bool Fill(int number, double limit, double* leastSine);
     bool IsCombination(const UnitRow& row);
     void AddToStep(const UnitRow& row, double factor);
@@ -57,9 +74,13 @@ private:
     void AddToAnchor(const InferredConstraint& c);
     void CollectComponent();
     bool Renew();
+    void DropLost();
+    int FilledCount(int number) const;
+    /// Whether the constraint's residuals count.
+    bool IsFollowed(int number) const {
+        return roles_[number] == Role::Given || rows_.IsFilled(firstRow_[number]);
+    }
     double DriftNear(const InferredConstraint& c) const;
-    template <class Visit>
-    void ForCurvesOf(const InferredConstraint& c, Visit visit) const;
     // Moving the sketch.
     Outcome Converge(double accuracy);
     bool MoveBy(double limit, double negligible);
@@ -72,18 +93,19 @@ private:
     void NoteDrift();
     // The end.
     void ReplayAll();
-    void SettleComponent();
-    double Relax();
+    void SettleComponent(double accuracy);
+    double Relax(double accuracy);
     std::vector<int> CurvesOfComponent() const;
 
     SketchParameters& sketch_;
     double zone_;
-    double mostTurn_; ///< radians
-    int movable_;     ///< index of the first parameter that may change
-    double rounding_; ///< model units: what no residual can be expected to go below
+    double mostTurn_;       ///< radians
+    int movable_ = 0;       ///< index of the first parameter that may change
+    double rounding_ = 0.0; ///< model units: what no residual can be expected to go below
     std::vector<int> curveOfParameter_;
     std::vector<double> extent_; ///< per curve: the length that turns a motion into an angle
     std::vector<InferredConstraint> accepted_;
+    std::vector<Role> roles_;                     ///< per constraint
     std::vector<int> firstRow_;                   ///< per constraint
     std::vector<std::vector<int>> constraintsOf_; ///< per curve
     std::vector<RowSource> sources_;              ///< per row

@@ -9,6 +9,17 @@
 
 namespace Tessera::Geometry {
 
+void RowSpace::Reset(int columns) {
+    for (int place = 0; place < count_; ++place) {
+        for (const SparseEntry& e : rows_[place].entries)
+            columns_[e.at].clear();
+        Clear(rows_[place]);
+    }
+    count_ = 0;
+    if (columns_.size() < static_cast<std::size_t>(columns))
+        columns_.resize(static_cast<std::size_t>(columns));
+}
+
 void RowSpace::Extend(int places) {
     count_ += places;
     const auto size = static_cast<std::size_t>(count_);

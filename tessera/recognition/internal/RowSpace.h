@@ -21,7 +21,8 @@ struct SparseEntry {
 
 class RowSpace {
 public:
-    explicit RowSpace(int columns) : columns_(static_cast<std::size_t>(columns)) {}
+    /// Begins anew without rows; memory is kept.
+    void Reset(int columns);
 
     int RowCount() const { return count_; }
     bool IsFilled(int place) const { return !rows_[place].entries.empty(); }

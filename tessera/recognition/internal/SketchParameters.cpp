@@ -206,6 +206,38 @@ SketchParameters::SketchParameters(std::span<const Curve* const> curves)
             BuildMetric(i);
 }
 
+void SketchParameters::SetPart(const SketchParameters& whole, std::span<const int> curves) {
+    originals_.clear();
+    curves_.clear();
+    values_.clear();
+    startValues_.clear();
+    startSamplesAt_.clear();
+    startSamples_.clear();
+    metricAt_.clear();
+    metrics_.clear();
+    for (int curve : curves) {
+        SketchCurve c = whole.At(curve);
+        originals_.push_back(whole.originals_[curve]);
+        values_.insert(values_.end(), whole.Of(curve), whole.Of(curve) + c.count);
+        startValues_.insert(startValues_.end(), whole.StartValuesOf(curve),
+                            whole.StartValuesOf(curve) + c.count);
+        const Point* samples = whole.startSamples_.data() + whole.startSamplesAt_[curve];
+        startSamplesAt_.push_back(static_cast<int>(startSamples_.size()));
+        startSamples_.insert(startSamples_.end(), samples, samples + SampleCount(c));
+        const double* metric = whole.MetricOf(curve);
+        metricAt_.push_back(metric == nullptr ? -1 : static_cast<int>(metrics_.size()));
+        if (metric != nullptr)
+            metrics_.insert(metrics_.end(), metric, metric + c.count * c.count);
+        c.first = ParameterCount() - c.count;
+        curves_.push_back(c);
+    }
+}
+
+void SketchParameters::TakeBack(const SketchParameters& part, std::span<const int> curves) {
+    for (int i = 0; i < part.CurveCount(); ++i)
+        std::copy_n(part.Of(i), part.At(i).count, Of(curves[i]));
+}
+
 void SketchParameters::ReadCurve(const Curve& curve) {
     const KC_CURVE_struct_s& record = *curve.AskCurveData();
     SketchCurve c;

@@ -45,6 +45,13 @@ class SketchParameters {
 public:
     /// The curves have records; they are borrowed for this object's life.
     explicit SketchParameters(std::span<const Curve* const> curves);
+    /// Without curves, until SetPart.
+    SketchParameters() = default;
+    /// Becomes a part of a sketch: the given curves as they are now. Motions count from where the whole
+    /// began.
+    void SetPart(const SketchParameters& whole, std::span<const int> curves);
+    /// Gives curves the parameters that a part made of them has now.
+    void TakeBack(const SketchParameters& part, std::span<const int> curves);
 
     int CurveCount() const { return static_cast<int>(curves_.size()); }
     int ParameterCount() const { return static_cast<int>(values_.size()); }
