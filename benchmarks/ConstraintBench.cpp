@@ -3,6 +3,10 @@
 // Argument  number of curves
 // Counters  found  constraints of the set
 //           heap   heap calls of one inference
+//
+// Growth rows measure two sizes in turn, so that noise of the machine meets both:
+//           ratio  time of the larger over that of the smaller; their sizes are 1 to 4
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -141,6 +145,46 @@ Drawing Circles(int n) {
     return drawing;
 }
 
+/// One outline that wanders in any direction and crosses itself everywhere.
+Drawing Walk(int n) {
+    Drawing drawing(7);
+    Point at(0, 0);
+    for (int i = 0; i < n; ++i) {
+        const double angle = drawing.In(0, workload::kTau);
+        const Point next = at + Point(std::cos(angle), std::sin(angle)) * drawing.In(30, 110);
+        drawing.AddLine(at, next);
+        at = next;
+    }
+    return drawing;
+}
+
+/// Lines between random points of a square: their ends lie on each other by chance.
+Drawing Crossing(int n) {
+    Drawing drawing(8);
+    const double side = 1000.0 * std::sqrt(n / 250.0);
+    for (int i = 0; i < n; ++i) {
+        const Point from(drawing.In(0, side), drawing.In(0, side));
+        drawing.AddLine(from, {drawing.In(0, side), drawing.In(0, side)});
+    }
+    return drawing;
+}
+
+/// A plan of rooms, turned: joined walls in two directions.
+Drawing Rooms(int n) {
+    Drawing drawing(9);
+    const int across = static_cast<int>(std::sqrt(n / 2.0));
+    const auto place = [](int x, int y) {
+        return Point(70.0 * x * std::cos(0.35) - 70.0 * y * std::sin(0.35),
+                     70.0 * x * std::sin(0.35) + 70.0 * y * std::cos(0.35));
+    };
+    for (int x = 0; x < across; ++x)
+        for (int y = 0; y < across; ++y) {
+            drawing.AddLine(place(x, y), place(x + 1, y));
+            drawing.AddLine(place(x, y), place(x, y + 1));
+        }
+    return drawing;
+}
+
 void Infer(benchmark::State& state, Drawing (*make)(int)) {
     const Drawing drawing = make(static_cast<int>(state.range(0)));
     const std::vector<const Curve*> curves = drawing.Borrow();
@@ -161,16 +205,39 @@ void Infer(benchmark::State& state, Drawing (*make)(int)) {
 
 void Sizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->Unit(benchmark::kMillisecond);
-    for (const int n : {12, 20, 40, 100, 300, 1000})
+    for (const int n : {12, 20, 40, 100, 250, 1000})
         benchmark->Arg(n);
 }
 
+void Growth(benchmark::State& state, Drawing (*make)(int)) {
+    const int n = static_cast<int>(state.range(0));
+    const Drawing drawings[] = {make(n), make(4 * n)};
+    ConstraintOptions options;
+    options.toleranceZone = kZone;
+    double seconds[2] = {};
+    for (auto _ : state)
+        for (int i = 0; i < 2; ++i) {
+            const std::vector<const Curve*> curves = drawings[i].Borrow();
+            const auto start = std::chrono::steady_clock::now();
+            benchmark::DoNotOptimize(InferConstraints(curves, options));
+            seconds[i] += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        }
+    state.counters["ratio"] = seconds[1] / seconds[0];
+}
+
+BENCHMARK_CAPTURE(Growth, chain, Chain)->Arg(250)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Growth, walk, Walk)->Arg(250)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Growth, crossing, Crossing)->Arg(250)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Growth, rooms, Rooms)->Arg(250)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Infer, stairs, Stairs)->Apply(Sizes);
 BENCHMARK_CAPTURE(Infer, chain, Chain)->Apply(Sizes);
 BENCHMARK_CAPTURE(Infer, meander, Meander)->Apply(Sizes);
 BENCHMARK_CAPTURE(Infer, outline, Outline)->Apply(Sizes);
 BENCHMARK_CAPTURE(Infer, rectangles, Rectangles)->Apply(Sizes);
 BENCHMARK_CAPTURE(Infer, circles, Circles)->Apply(Sizes);
+BENCHMARK_CAPTURE(Infer, walk, Walk)->Apply(Sizes);
+BENCHMARK_CAPTURE(Infer, crossing, Crossing)->Apply(Sizes);
+BENCHMARK_CAPTURE(Infer, rooms, Rooms)->Apply(Sizes);
 
 } // namespace
 

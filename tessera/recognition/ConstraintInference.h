@@ -10,9 +10,10 @@
 //            docs/constraints.md tells the whole.
 // Errors     thrown as char* texts (see ThrowMessage) before anything is changed.
 // Ownership  curves handed in are borrowed for the call; adjusted copies belong to the result.
-// Cost       near-linear search; what enters costs what is connected with it. 250 separate rectangles take
-//            a quarter of a second, a chain of 20 joined lines half a millisecond, one of 100 lines in any
-//            direction 20 milliseconds.
+// Cost       near-linear search; what enters costs what is connected with it, up to 200 curves, and the
+// windows
+//            of a large connected part beyond. A chain of 20 joined lines takes half a millisecond, one of
+//            100 lines in any direction 20 milliseconds, one of 1000 half a second.
 #pragma once
 
 #include <array>

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-// Which curves a window needs follows from what the candidate asks for. Most constraints are satisfied by small
-// motions near their points: the nearest curves will do. But directions and sizes are shared: when two groups
-// of parallel lines become one, all lines of one of them turn. So a window for such a candidate holds the whole
-// smaller group and what is near to its members; the other group stays. A curve changes from the smaller group
-// to a larger one a logarithmic number of times, so that the cost stays near-linear.
+// Which curves a window needs follows from what the candidate asks for. Most constraints are satisfied by
+// small motions near their points: the nearest curves will do. But directions and sizes are shared: when two
+// groups of parallel lines become one, all lines of one of them turn. So a window for such a candidate holds
+// the whole smaller group and what is near to its members; the other group stays. A curve changes from the
+// smaller group to a larger one a logarithmic number of times, so that the cost stays near-linear.
 //
 // A small window is over-determined more easily than the sketch: what depends on the set with the rest fixed
 // may be independent where the rest is free. The other way round nothing can go wrong: a constraint that
@@ -19,6 +19,7 @@ namespace {
 /// Curves that a window moves, and more of them for each member of a group that turns together.
 constexpr std::size_t kWindowCurves = 32;
 constexpr std::size_t kCurvesPerMember = 4;
+constexpr std::size_t kMostWindowCurves = 160;
 /// A group with more members is never turned.
 constexpr int kMostTied = 96;
 /// Curves with more constraints than this stay where they are while others can move.
@@ -57,7 +58,8 @@ SketchSolver::Verdict SketchSolver::TryAdd(const InferredConstraint& c) {
 
 // --- What is connected ----------------------------------------------------------------------------------
 
-/// Number of curves that would be connected with the constraint in the set. What cannot move connects nothing.
+/// Number of curves that would be connected with the constraint in the set. What cannot move connects
+/// nothing.
 int SketchSolver::SizeWith(const InferredConstraint& c) {
     int roots[3];
     int count = 0;
@@ -226,7 +228,7 @@ SketchSolver::Verdict SketchSolver::TryWithGroups(const InferredConstraint& c, D
 }
 
 SketchSolver::Verdict SketchSolver::SolveWindow(const InferredConstraint& c) {
-    OpenNear(kWindowCurves + kCurvesPerMember * curves_.size());
+    OpenNear(std::min(kWindowCurves + kCurvesPerMember * curves_.size(), kMostWindowCurves));
     CloseWindow(&c);
     part_.SetPart(sketch_, curves_);
     HoldAll(windowFixed_);

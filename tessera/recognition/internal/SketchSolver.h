@@ -1,9 +1,10 @@
-// SketchSolver - keeps a sketch of any size on an independent set of constraints while further ones are tried.
+// SketchSolver - keeps a sketch of any size on an independent set of constraints while further ones are
+// tried.
 //
 // What is connected and small is solved whole (ConstraintSolver). In a larger connected part an attempt moves
-// only a window: curves near the candidate along the constraints, with all else fixed. A window's yes is safe:
-// rows that are independent over some of the columns are independent, and a sketch that can be adjusted with
-// the rest fixed can be adjusted. What only a motion of the whole part could satisfy is refused there.
+// only a window: curves near the candidate along the constraints, with all else fixed. A window's yes is
+// safe: rows that are independent over some of the columns are independent, and a sketch that can be adjusted
+// with the rest fixed can be adjusted. What only a motion of the whole part could satisfy is refused there.
 #pragma once
 
 #include <map>
@@ -67,9 +68,9 @@ private:
     std::vector<InferredConstraint> accepted_;
     std::vector<std::vector<int>> constraintsOf_; ///< per curve, ascending
     bool hasLarge_ = false;
-    DisjointSets connected_;      ///< curves
-    // Curves that have one direction, or one size, by the constraints. The place after the last curve is what no
-    // constraint can turn or change.
+    DisjointSets connected_; ///< curves
+    // Curves that have one direction, or one size, by the constraints. The place after the last curve is what
+    // no constraint can turn or change.
     DisjointSets directions_;
     DisjointSets sizes_;
     std::map<std::pair<int, int>, int> refusals_; ///< of making one of two groups
