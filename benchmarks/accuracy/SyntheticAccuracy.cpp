@@ -11,9 +11,9 @@
 // tangents planned tangent joints, of which "found"; "false": of those reported, the share where none was
 //          planned
 //
-// A corner is found within 6 % of the drawing's size. A tangent joint is found within 12 %: the ink leaves a
-// line for an arc of a third of the size by the hand's own stray only after a tenth of the size, and no
-// method can place the joint closer than that.
+// A corner is found within 6 % of the drawing's size (of a long one, of what the hand draws in one go). A
+// tangent joint is found within 12 %: the ink leaves a line for an arc of a third of the size by the hand's
+// own stray only after a tenth of the size, and no method can place the joint closer than that.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -39,11 +39,11 @@ struct Family {
     bool hasTangents; ///< a smooth stroke has joints of its own kind: curvature that changes little by little
     bool isSlot = false; ///< four curves and four tangent joints are right
 };
-constexpr Family kFamilies[] = {{"poly-line", &RandomPlans::Polyline, true},
-                                {"polygon", &RandomPlans::Polygon, true},
-                                {"mixed", &RandomPlans::Mixed, true},
-                                {"smooth", &RandomPlans::Smooth, false},
-                                {"slot", &RandomPlans::Slot, true, true}};
+constexpr Family kFamilies[] = {
+    {"poly-line", &RandomPlans::Polyline, true}, {"polygon", &RandomPlans::Polygon, true},
+    {"mixed", &RandomPlans::Mixed, true},        {"smooth", &RandomPlans::Smooth, false},
+    {"slot", &RandomPlans::Slot, true, true},    {"long", &RandomPlans::LongPolyline, true},
+    {"stairs", &RandomPlans::Staircase, true},   {"gear", &RandomPlans::Gear, true}};
 
 struct HandKind {
     const char* name;

@@ -92,7 +92,8 @@ bool ReadThinWall(const InkStroke& ink, const PricedPath& priced,
     if (!wall)
         return false;
     const bool asSides = preferences.GetThinWallRecognition();
-    const InkPath path = MakeInkPath(wall->centre.samples);
+    const std::vector<InkSample>& samples = wall->centre.samples;
+    const InkPath path = FitToPieces(samples, MakeInkPath(samples));
     PricedPath centre(path);
     ReadByHypotheses(wall->centre, centre, preferences, asSides ? std::span<Curve* const>() : earlier,
                      reading);
@@ -132,7 +133,13 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
         return reading;
     }
     PricedPath priced(path);
-    if (!preferences.GetCurveTidy() || !ReadThinWall(ink, priced, preferences, earlier, reading))
+    if (preferences.GetCurveTidy() && ReadThinWall(ink, priced, preferences, earlier, reading))
+        return reading;
+    const InkPath fitted = FitToPieces(ink.samples, path);
+    if (fitted.scale < path.scale) {
+        PricedPath finer(fitted);
+        ReadByHypotheses(ink, finer, preferences, earlier, reading);
+    } else
         ReadByHypotheses(ink, priced, preferences, earlier, reading);
     return reading;
 }

@@ -142,12 +142,12 @@ struct CornerRates {
     int right = 0; ///< every corner found, none extra
 };
 
-CornerRates RateCorners(InkPlan (RandomPlans::*plan)(), unsigned seed) {
+CornerRates RateCorners(InkPlan (RandomPlans::*plan)(), unsigned seed, int strokes = 200) {
     RandomPlans plans(seed);
     SketchRecognizerPreferences preferences;
     preferences.SetRegularPolygonRecognition(false); // it moves corners on purpose
     CornerRates rates;
-    for (; rates.strokes < 200; ++rates.strokes) {
+    for (; rates.strokes < strokes; ++rates.strokes) {
         const InkPlan drawing = (plans.*plan)();
         const Hand hand = plans.AnyHand();
         const Testing::Planned planned = drawing.Draw(plans.Rng(), hand);
@@ -171,6 +171,9 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Polygon, 7).right, 178);
     EXPECT_GE(RateCorners(&RandomPlans::Mixed, 7).right, 166);
     EXPECT_GE(RateCorners(&RandomPlans::Smooth, 7).right, 194);
+    EXPECT_GE(RateCorners(&RandomPlans::LongPolyline, 7, 60).right, 40);
+    EXPECT_GE(RateCorners(&RandomPlans::Staircase, 7, 60).right, 55);
+    EXPECT_GE(RateCorners(&RandomPlans::Gear, 7, 60).right, 54);
 }
 
 /// Distance from a point to a fine poly-line of the curve, without the curve's own projections.

@@ -13,6 +13,8 @@
 //         chance (a bow of 0.03 turns by 14 degrees from end to end), and people do not agree on the count.
 //         The ends of open plans stay apart, else they might be meant to close. An arc sweeps 70 degrees or
 //         more, so that its sagitta is many times a bow.
+//         Of a drawing of many sides a hand's lengths are shares of what it draws in one go, a few sides: who
+//         draws a flight of forty stairs does not tremble more than who draws four of them.
 #pragma once
 
 #include <algorithm>
@@ -52,13 +54,14 @@ struct Planned {
     InkStroke ink;
     std::vector<Point> corners;
     std::vector<Point> tangents; ///< smooth joints between stretches of different curvature
-    double size = 1.0;
+    double size = 1.0;           ///< of what the hand draws in one go
 };
 
 class InkPlan {
 public:
-    explicit InkPlan(std::vector<Stretch> stretches, bool isClosed = false)
-        : stretches_(std::move(stretches)), isClosed_(isClosed) {
+    /// @param sidesAtOnce  the hand draws so many sides of mean length in one go; 0: the whole drawing.
+    explicit InkPlan(std::vector<Stretch> stretches, bool isClosed = false, double sidesAtOnce = 0.0)
+        : stretches_(std::move(stretches)), isClosed_(isClosed), sidesAtOnce_(sidesAtOnce) {
         Point at;
         double heading = 0.0;
         for (const Stretch& s : stretches_) {
@@ -72,7 +75,7 @@ public:
     }
 
     /// Closed polygon through the given corners.
-    static InkPlan Through(const std::vector<Point>& corners, bool isClosed) {
+    static InkPlan Through(const std::vector<Point>& corners, bool isClosed, double sidesAtOnce = 0.0) {
         std::vector<Stretch> stretches;
         double heading = 0.0;
         const std::size_t sides = corners.size() - (isClosed ? 0 : 1);
@@ -83,7 +86,7 @@ public:
                 {std::remainder(direction - heading, 2.0 * std::numbers::pi), side.Length(), 0.0});
             heading = direction;
         }
-        InkPlan plan(std::move(stretches), isClosed);
+        InkPlan plan(std::move(stretches), isClosed, sidesAtOnce);
         for (Start& s : plan.starts_)
             s.at += corners[0];
         plan.end_ += corners[0];
@@ -91,6 +94,7 @@ public:
     }
 
     double Length() const { return length_; }
+    int Sides() const { return static_cast<int>(stretches_.size()); }
     double Gap() const { return starts_[0].at.Distance(end_); }
     /// The smallest turn on the spot, radians; of closed plans the one at the start too.
     double LeastTurn() const {
@@ -208,6 +212,8 @@ private:
     }
 
     double SizeOfPlan() const {
+        if (sidesAtOnce_ > 0.0)
+            return sidesAtOnce_ * length_ / static_cast<double>(stretches_.size());
         Point low(1e300, 1e300);
         Point high(-1e300, -1e300);
         for (int i = 0; i <= 200; ++i) {
@@ -220,6 +226,7 @@ private:
 
     std::vector<Stretch> stretches_;
     bool isClosed_;
+    double sidesAtOnce_;
     std::vector<Start> starts_;
     double length_ = 0.0;
     Point end_;
@@ -301,6 +308,59 @@ public:
         return InkPlan(std::move(stretches));
     }
 
+    /// Of 13 to 41 sides, which keep apart: nobody draws on over a muddle.
+    InkPlan LongPolyline() {
+        for (;;) {
+            std::vector<Stretch> stretches;
+            std::vector<Point> trail{{}};
+            const int sides = Count(13, 41);
+            double heading = 0.0;
+            for (int tries = 0; static_cast<int>(stretches.size()) < sides && tries < 20 * sides; ++tries) {
+                const Stretch side{stretches.empty() ? Heading() : Turn(), Uniform(50.0, 150.0), 0.0};
+                if (!KeepsApart(heading + side.turn, side.length, trail))
+                    continue;
+                heading += side.turn;
+                stretches.push_back(side);
+            }
+            InkPlan plan(std::move(stretches), false, kSidesAtOnce);
+            if (plan.Sides() == sides && plan.Gap() > kLongGap)
+                return plan;
+        }
+    }
+
+    /// 13 to 41 sides along two directions: stairs, or the skyline of a town.
+    InkPlan Staircase() {
+        std::vector<Stretch> stretches;
+        const int sides = Count(13, 41);
+        const bool isTown = Uniform(0.0, 1.0) < 0.5;
+        const double spread = Uniform(0.0, 0.5); // of the sides' lengths
+        const double sense = Sign();
+        double up = 0.0; // or down, from one level to the next
+        for (int i = 0; i < sides; ++i) {
+            if (i % 2 == 1)
+                up = isTown ? Sign() : 1.0;
+            const double turn = i == 0 ? Heading() : (i % 2 == 1 ? up : -up) * sense * kRightAngle;
+            stretches.push_back({turn, 100.0 * Uniform(1.0 - spread, 1.0 + spread), 0.0});
+        }
+        return InkPlan(std::move(stretches), false, kSidesAtOnce);
+    }
+
+    /// Closed outline of a gear of 4 to 14 teeth.
+    InkPlan Gear() {
+        const int teeth = Count(4, 14);
+        const double root = 100.0 * teeth / std::numbers::pi;
+        const double tip = root + Uniform(70.0, 120.0);
+        const double phase = Heading();
+        std::vector<Point> corners;
+        for (int i = 0; i < 2 * teeth; ++i) {
+            const double a = phase + std::numbers::pi * (i + Uniform(-0.1, 0.1)) / teeth;
+            const Point flank(std::cos(a), std::sin(a));
+            corners.push_back((i % 2 == 0 ? root : tip) * flank);
+            corners.push_back((i % 2 == 0 ? tip : root) * flank);
+        }
+        return InkPlan::Through(corners, true, kSidesAtOnce);
+    }
+
     Hand CarefulHand() {
         Hand hand;
         const double rates[] = {60.0, 100.0, 133.0, 240.0};
@@ -328,6 +388,26 @@ public:
 private:
     static constexpr double kLeastTurn = 35.0 * std::numbers::pi / 180.0;
     static constexpr double kMostTurn = 145.0 * std::numbers::pi / 180.0;
+
+    static constexpr double kRightAngle = 0.5 * std::numbers::pi;
+    static constexpr double kSidesAtOnce = 2.5;
+    static constexpr double kLongGap = 150.0; // between the ends of what is not meant to close
+
+    // Whether a further side comes no nearer than a fifth of a side to those before its neighbour, of which
+    // the trail holds ten points a side; it joins the trail then.
+    static bool KeepsApart(double heading, double length, std::vector<Point>& trail) {
+        constexpr int kPoints = 10;
+        const Point from = trail.back();
+        std::vector<Point> side;
+        for (int i = 1; i <= kPoints; ++i)
+            side.push_back(from + (length * i / kPoints) * Point(std::cos(heading), std::sin(heading)));
+        for (std::size_t i = 0; i + kPoints + 1 < trail.size(); ++i)
+            for (const Point& p : side)
+                if (p.Distance(trail[i]) < 20.0)
+                    return false;
+        trail.insert(trail.end(), side.begin(), side.end());
+        return true;
+    }
 
     static bool StaysOpen(const InkPlan& plan) { return plan.Gap() > 0.25 * plan.Length(); }
 

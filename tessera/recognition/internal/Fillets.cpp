@@ -21,6 +21,9 @@ constexpr double kLeastCut = 0.06;       // distance of the ink from a corner th
 constexpr double kSideShare = 0.95;      // of a side: as far as a fillet may reach
 constexpr double kLeastRadius = 0.15;    // sizes: any hand rounds its corners by less
 constexpr double kMostRadius = 2.0;
+// Among many corners one or two are rounded by chance as much as no single one: what was meant is larger.
+constexpr std::size_t kManyCorners = 8;
+constexpr double kOfMany = 1.35;
 constexpr int kRadii = 24;    // tried, each a fixed share above the last
 constexpr int kSections = 12; // of the interval between the neighbours of the best
 constexpr double kGolden = 0.6180339887498949;
@@ -174,12 +177,13 @@ Fillet FindFillet(const Corner& corner) {
 }
 
 std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
-                                   const ExactPiece& in, const ExactPiece& out) {
+                                   const ExactPiece& in, const ExactPiece& out, double least) {
     const Corner corner = LookAt(ink, before, after, in, out);
-    if (corner.cut < kLeastCut)
+    if (corner.cut < least * kLeastCut)
         return std::nullopt;
     const Fillet fillet = FindFillet(corner);
-    if (fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
+    if ((least > 1.0 && fillet.radius < least * kLeastRadius) ||
+        fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
         return std::nullopt;
     return ExactPiece{
         PieceKind::Arc,           fillet.from, fillet.to, fillet.through, corner.index[fillet.first],
@@ -206,8 +210,8 @@ void RoundCorners(const PricedPath& ink, const Chain& chain, ExactChain& exact) 
     std::vector<std::optional<ExactPiece>> fillets(count); // before each piece
     for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i) {
         const std::size_t before = (i + count - 1) % count;
-        fillets[i] =
-            FilletOf(ink, chain.pieces[before], chain.pieces[i], exact.pieces[before], exact.pieces[i]);
+        fillets[i] = FilletOf(ink, chain.pieces[before], chain.pieces[i], exact.pieces[before],
+                              exact.pieces[i], count > kManyCorners ? kOfMany : 1.0);
     }
     ExactChain rounded;
     rounded.isClosed = exact.isClosed;

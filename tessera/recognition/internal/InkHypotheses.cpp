@@ -177,7 +177,7 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     }
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
-    priced.closing = rules.ClosingShare(path.scale * path.length) * path.length;
+    priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
     ReadBest(static_cast<int>(ink.samples.size()), priced, rules, preferences, earlier, reading);
     MeasureDeviations(ink.samples, reading);
     if (StrayOf(rules, reading, 0.0) <= kMostStray)

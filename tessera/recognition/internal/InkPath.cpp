@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Tessera::Geometry {
 
@@ -12,6 +13,19 @@ constexpr double kStep = 0.07;
 constexpr int kFewest = 48;   // enough for the shortest side of a simple shape
 constexpr int kPaceReach = 2; // points to either side: smooths the clock of the device
 constexpr int kMost = 1500;   // bounds the work for scribbles that wander on and on
+
+// How a drawing of many pieces is seen: at the widest spacing of points at which its corners lie apart.
+constexpr int kReach = 4;           // points to either side of one at which the ink bends
+constexpr double kBent = 0.94;      // of the way along the ink between these: a chord that cuts a corner
+constexpr double kMostHidden = 0.1; // of the points, in bends too long for one corner
+constexpr double kRatio = 1.3;      // of the spacings tried
+constexpr double kFinest = 0.75;    // of the mean distance of the samples: what lies closer is not in the ink
+constexpr double kFreeTurn = 0.2;   // radians within so many points that tremor turns
+constexpr double kTurnOfPiece = 0.5 * std::numbers::pi; // on average, of corners as of bends
+constexpr int kManyPieces = 10;                         // of fewer the whole drawing is the unit
+constexpr double kMeanPiece = 1.7;                      // units: a square's side is as long
+constexpr double kFewPieces = 3.5; // whose length counts where the length of a simple shape is meant
+constexpr int kMostFine = 4000;    // sums over runs of more lose their digits
 
 struct Centred {
     std::vector<Point> pts;    // relative to the first sample, repeated positions left out
@@ -55,7 +69,14 @@ double SizeOf(const Centred& path, Point& centroid) {
     return std::sqrt(second / length);
 }
 
-void Resample(const Centred& from, int n, InkPath& to) {
+struct Resampled {
+    std::vector<Point> pts;
+    std::vector<double> source;
+};
+
+// So many points evenly along the path.
+Resampled Resample(const Centred& from, int n) {
+    Resampled to;
     to.pts.reserve(static_cast<std::size_t>(n));
     to.source.reserve(static_cast<std::size_t>(n));
     std::size_t segment = 1;
@@ -68,9 +89,83 @@ void Resample(const Centred& from, int n, InkPath& to) {
             std::clamp((at - from.at[segment - 1]) / (from.at[segment] - from.at[segment - 1]), 0.0, 1.0);
         const Point& a = from.pts[segment - 1];
         const Point& b = from.pts[segment];
-        to.pts.push_back({(a.x + f * (b.x - a.x) - to.origin.x) / to.scale,
-                          (a.y + f * (b.y - a.y) - to.origin.y) / to.scale});
+        to.pts.push_back({a.x + f * (b.x - a.x), a.y + f * (b.y - a.y)});
         to.source.push_back(from.index[segment - 1] + f * (from.index[segment] - from.index[segment - 1]));
+    }
+    return to;
+}
+
+// The points of the path in units of the given length, about the origin that the path has already.
+void LayOut(const Centred& distinct, double unit, double most, InkPath& path) {
+    path.scale = unit;
+    path.length = distinct.at.back() / unit;
+    path.closingLength = path.length;
+    const int n = static_cast<int>(std::clamp(path.length / kStep, static_cast<double>(kFewest), most));
+    path.step = path.length / (n - 1);
+    Resampled even = Resample(distinct, n);
+    path.source = std::move(even.source);
+    path.pts = std::move(even.pts);
+    for (Point& p : path.pts)
+        p = {(p.x - path.origin.x) / unit, (p.y - path.origin.y) / unit};
+}
+
+// Even chords of the length of two samples: they do not follow the steps of a grid.
+Centred Thin(const Centred& path) {
+    Centred thin;
+    for (const Point& p : Resample(path, static_cast<int>(path.pts.size()) / 2 + 1).pts) {
+        const double moved = thin.pts.empty() ? 0.0 : p.Distance(thin.pts.back());
+        if (!thin.pts.empty() && moved <= 0.0)
+            continue;
+        thin.at.push_back(thin.pts.empty() ? 0.0 : thin.at.back() + moved);
+        thin.pts.push_back(p);
+        thin.index.push_back(0.0);
+    }
+    return thin;
+}
+
+// Share of the points that lie in bends too long for one corner: two corners or more, a tight arc.
+double HiddenShare(const std::vector<Point>& pts, double step) {
+    const int n = static_cast<int>(pts.size());
+    const double least = kBent * 2.0 * kReach * step;
+    int hidden = 0;
+    int run = 0;
+    for (int i = kReach; i <= n - kReach; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        if (i < n - kReach && pts[at - kReach].Distance2(pts[at + kReach]) < least * least) {
+            ++run;
+            continue;
+        }
+        hidden += run > 2 * kReach ? run : 0;
+        run = 0;
+    }
+    return static_cast<double>(hidden) / n;
+}
+
+// Pieces of the drawing, by how much the pen turned.
+int CountPieces(const std::vector<Point>& pts) {
+    double turned = 0.0;
+    for (std::size_t i = kReach; i + kReach < pts.size(); i += kReach) {
+        const Point before = pts[i] - pts[i - kReach];
+        const Point after = pts[i + kReach] - pts[i];
+        const double turn = std::fabs(std::atan2(before.Cross(after), before.Dot(after)));
+        turned += turn > kFreeTurn ? turn : 0.0;
+    }
+    return static_cast<int>(turned / kTurnOfPiece) + 1;
+}
+
+// The same at the spacing at which all of them are seen; 0 for ink so rough or so sparse that there is none.
+int CountPieces(const Centred& distinct, int n) {
+    const Centred thin = Thin(distinct);
+    if (thin.pts.size() < 2)
+        return 0;
+    const double finest = kFinest * thin.at.back() / static_cast<double>(distinct.pts.size());
+    for (;; n = static_cast<int>(kRatio * n)) {
+        const double step = thin.at.back() / (n - 1);
+        if (n > kMostFine || step < finest)
+            return 0;
+        const std::vector<Point> pts = Resample(thin, n).pts;
+        if (HiddenShare(pts, step) <= kMostHidden)
+            return CountPieces(pts);
     }
 }
 
@@ -83,15 +178,27 @@ InkPath MakeInkPath(std::span<const InkSample> samples) {
     const Centred distinct = TakeDistinct(samples);
     if (distinct.pts.size() < 2)
         return path;
-    path.scale = SizeOf(distinct, path.origin);
-    if (!(path.scale > 0.0))
+    const double size = SizeOf(distinct, path.origin);
+    if (!(size > 0.0))
         return path;
-    path.length = distinct.at.back() / path.scale;
-    const int n = static_cast<int>(
-        std::clamp(path.length / kStep, static_cast<double>(kFewest), static_cast<double>(kMost)));
-    path.step = path.length / (n - 1);
-    Resample(distinct, n, path);
+    LayOut(distinct, size, kMost, path);
     path.origin += Point(samples[0].x, samples[0].y);
+    return path;
+}
+
+InkPath FitToPieces(std::span<const InkSample> samples, InkPath path) {
+    if (path.pts.empty())
+        return path;
+    const Centred distinct = TakeDistinct(samples);
+    const int pieces = CountPieces(distinct, path.Size());
+    if (pieces < kManyPieces || path.length >= kMeanPiece * pieces)
+        return path;
+    const double unit = path.length * std::max(1.0 / (kMeanPiece * pieces), kStep / kMostFine);
+    const Point first(samples[0].x, samples[0].y);
+    path.origin -= first;
+    LayOut(distinct, unit * path.scale, kMostFine, path);
+    path.origin += first;
+    path.closingLength = kFewPieces * kMeanPiece;
     return path;
 }
 

@@ -13,11 +13,12 @@
 namespace Tessera::Geometry {
 
 struct InkPath {
-    std::vector<Point> pts;     ///< evenly spaced along the ink; root mean square distance from (0, 0) is 1
+    std::vector<Point> pts;     ///< evenly spaced along the ink, about its centroid
     std::vector<double> source; ///< for each point, the sample it lies at (between two samples, a fraction)
     double step = 0.0;          ///< distance along the ink between two points
     double length = 0.0;        ///< of the whole path
     double scale = 1.0;         ///< model units per unit of this frame
+    double closingLength = 0.0; ///< of whose length gaps between the ends are shares
     Point origin;               ///< model position of (0, 0)
 
     int Size() const { return static_cast<int>(pts.size()); }
@@ -26,8 +27,19 @@ struct InkPath {
     Point FromModel(const Point& p) const { return {(p.x - origin.x) / scale, (p.y - origin.y) / scale}; }
 };
 
-/// Empty when the samples hold no two different positions. O(n).
+/// In units of the drawing's size, the root mean square distance from its centroid. Empty when the samples
+/// hold no two different positions. O(n).
 InkPath MakeInkPath(std::span<const InkSample> samples);
+
+/// The path in units that suit its pieces: of a drawing of many (a flight of stairs, the outline of a gear)
+/// each is as long then as those of a simple shape, with as many points. The path itself when it has few
+/// pieces, or when the ink is too rough or too sparse to tell. O(n).
+///
+/// The pieces are counted by how much the pen turned, a right angle each, at the widest spacing of points at
+/// which corners lie apart from each other.
+///
+/// @param samples  those that the path was made from.
+InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
 /// Speed of the pen over a few points about each point of the path, of the speed that it exceeds for a
 /// quarter of the path; empty when the times do not grow from end to end.

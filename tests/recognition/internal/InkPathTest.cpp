@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
 
 #include "tests/support/SyntheticInk.h"
 
@@ -62,6 +63,44 @@ TEST(InkPath, SizePlaceAndSamplingDoNotMatter) {
     for (int i = 0; i < path.Size(); ++i)
         EXPECT_LT(path.pts[static_cast<std::size_t>(i)].Distance(other.pts[static_cast<std::size_t>(i)]),
                   1e-7);
+}
+
+// Sides of stairs take up as much of the frame as those of a square, whatever their number; the frame still
+// maps back to the ink. Few sides keep the whole drawing as the unit, jitter tells nothing.
+TEST(InkPath, UnitFitsThePiecesOfLongDrawings) {
+    std::mt19937 rng(5);
+    const auto stairs = [&](int sides, const Testing::Hand& hand) {
+        std::vector<Testing::Stretch> stretches{{0.4, 100.0, 0.0}};
+        while (static_cast<int>(stretches.size()) < sides)
+            stretches.push_back({stretches.size() % 2 == 0 ? 1.5707963 : -1.5707963, 100.0, 0.0});
+        return Testing::InkPlan(std::move(stretches), false, 2.5).Draw(rng, hand).ink.samples;
+    };
+    Testing::Hand rough;
+    rough.tremor = 0.1;
+    struct Row {
+        int sides;
+        Testing::Hand hand;
+        bool isFitted;
+    };
+    for (const Row& row : {Row{3, {}, false}, Row{7, {}, false}, Row{14, {}, true}, Row{40, {}, true},
+                           Row{150, {}, true}, Row{40, rough, false}}) {
+        SCOPED_TRACE(row.sides);
+        const std::vector<InkSample> ink = stairs(row.sides, row.hand);
+        const InkPath whole = MakeInkPath(ink);
+        const InkPath fitted = FitToPieces(ink, whole);
+        if (!row.isFitted) {
+            EXPECT_EQ(fitted.Size(), whole.Size());
+            EXPECT_EQ(fitted.scale, whole.scale);
+            continue;
+        }
+        EXPECT_NEAR(100.0 / fitted.scale, std::sqrt(3.0), 0.25);
+        EXPECT_NEAR(fitted.step, 0.07, 0.01);
+        for (std::size_t i = 0; i < fitted.pts.size(); i += 7) {
+            const auto k = static_cast<std::size_t>(fitted.source[i]);
+            const Point p = fitted.ToModel(fitted.pts[i]);
+            EXPECT_LT(p.Distance({ink[k].x, ink[k].y}), 10.0);
+        }
+    }
 }
 
 TEST(InkPath, PaceIsTheSpeedAgainstTheUsualOne) {
