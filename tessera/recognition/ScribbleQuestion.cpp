@@ -31,6 +31,8 @@ constexpr double kQuestionSize = 100.0;
 constexpr double kDegreesPerRadian = 57.29577951308232;
 /// Legs two apart of a scratch differ by less, those of a star (72 degrees) and of an arrow by more.
 constexpr double kSameWayCos = 0.7071067811865476; // 45 degrees
+/// Legs that opened so wide would cover nothing: half of that, and twice as many are needed.
+constexpr double kWideOpenDeg = 100.0;
 /// Shorter legs, parts of the box's diagonal, are hooks of the pen and strokes drawn back along themselves.
 constexpr double kShortestLeg = 0.04;
 /// Up to here, in degrees, going round a round shape draws it; further on it blackens it.
@@ -114,24 +116,30 @@ double CosBetween(const Vector& a, const Vector& b) {
     return lengths > 0.0 ? a.Dot(b) / lengths : 0.0;
 }
 
-// As many reversals in succession as the preferences ask for, every second leg the same way.
+// How close a leg lies to the one before it: 1 where it runs back along that, 0 where a drawing opens.
+double Closeness(const Vector& before, const Vector& leg) {
+    const double openDeg = std::acos(std::clamp(-CosBetween(before, leg), -1.0, 1.0)) * kDegreesPerRadian;
+    return std::max(0.0, 1.0 - openDeg / kWideOpenDeg);
+}
+
+// As many reversals in succession as the preferences ask for, every second leg the same way; and all of the
+// stroke's reversals, each counted by how close its legs lie, as many again.
 bool RunsForthAndBack(const std::vector<Vector>& legs, const ScribbleRecord& record) {
     const double reversalCos = std::cos(record.cuspAngleDeg / kDegreesPerRadian);
     const auto isLong = [](const Vector& leg) { return leg.Length() >= kShortestLeg * kQuestionSize; };
     int run = 0;
+    int longest = 0;
+    double covered = 0.0;
     for (std::size_t i = 1; i < legs.size(); ++i) {
         if (!isLong(legs[i - 1]) || !isLong(legs[i]) || CosBetween(legs[i - 1], legs[i]) >= reversalCos) {
             run = 0;
-        } else if (run > 0 && CosBetween(legs[i - 2], legs[i]) < kSameWayCos) {
-            run = 1;
-        } else {
-            ++run;
+            continue;
         }
-        if (run >= record.minNumCusps) {
-            return true;
-        }
+        run = run > 0 && CosBetween(legs[i - 2], legs[i]) < kSameWayCos ? 1 : run + 1;
+        longest = std::max(longest, run);
+        covered += Closeness(legs[i - 1], legs[i]);
     }
-    return false;
+    return longest >= record.minNumCusps && covered >= record.minNumCusps;
 }
 
 double TurnAtCornersDeg(const std::vector<Vector>& legs) {

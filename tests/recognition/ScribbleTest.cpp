@@ -71,7 +71,7 @@ std::vector<Row> Rows() {
     return {
         {"scratch", ScratchInk(), true, true, 4},
         {"26 samples are up-sampled, five to a leg", Zigzag(5, 30, 3, 5), true, true, 4},
-        {"four legs: three reversals", Zigzag(4, 100, 9, 40), true, true, 3},
+        {"four legs: three reversals", Zigzag(4, 100, 9, 40), true, false, 3},
         {"three legs are too few", Zigzag(3, 100, 9, 40), false, false, 2},
         {"a staircase turns by 90 degrees only", Along({{0, 0}, {40, 0}, {40, 40}, {80, 40}, {80, 80}}, 30),
          false, false, 0},
@@ -98,6 +98,22 @@ TEST(ScribbleShape, TellsScribblesFromDrawings) {
         EXPECT_EQ(IsScribbleInk(row.ink, preferences, &inkCusps), row.isScribble);
         EXPECT_EQ(inkCusps, row.cusps);
     }
+}
+
+// A zigzag erases when its legs are many and close: at each opening so many legs are drawn yet, one more
+// erases.
+TEST(ScribbleShape, LettersAndResistorsOpenTheirLegs) {
+    struct OpeningRow {
+        double openDeg;
+        int drawn, erasing; // legs
+    };
+    for (const OpeningRow& row : {OpeningRow{5, 4, 5}, {20, 4, 5}, {35, 5, 6}, {45, 6, 8}, {55, 7, 10}})
+        for (const int legs : {row.drawn, row.erasing}) {
+            SCOPED_TRACE(testing::Message() << legs << " legs open by " << row.openDeg);
+            const double advance = 100.0 * std::tan(0.5 * row.openDeg * 3.14159265358979 / 180.0);
+            const Points ink = Zigzag(legs, 100, advance, 40);
+            EXPECT_EQ(IsScribbleInk(ink, SketchRecognizerPreferences()), legs == row.erasing);
+        }
 }
 
 TEST(ScribbleShape, CuspsOfAnUpSampledStrokeAreItsOwnSamples) {
