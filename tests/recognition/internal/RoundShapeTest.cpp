@@ -1,0 +1,94 @@
+#include "tessera/recognition/internal/RoundShape.h"
+
+#include "tests/support/PenPaths.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using namespace Testing;
+
+struct Found {
+    std::optional<RoundShape> shape; // in model units
+    double spread = 0.0;
+};
+
+Found Find(const InkStroke& ink, int samples) {
+    const InkPath path = MakeInkPath(ink.samples);
+    const PricedPath priced(path);
+    const std::optional<EllipseEvidence> ellipse = FindEllipse(path);
+    Found found;
+    if (ellipse)
+        found.shape = FindRoundShape(priced, *ellipse, samples);
+    if (!found.shape)
+        return found;
+    found.spread = path.scale * std::sqrt(found.shape->meanSq);
+    found.shape->centre = path.ToModel(found.shape->centre);
+    for (double& radius : found.shape->radii)
+        radius *= path.scale;
+    return found;
+}
+
+/// Once round and `degrees` on, either way; the radii grow by a share from the start to the end.
+std::vector<Point> RoundInk(double a, double b, double degrees, double growth) {
+    const double turns = degrees / 360.0;
+    std::vector<Point> pts;
+    for (const Point& p : PointsOf(Round({}, a, b, 1.1, 1.1 + turns * kTurn), 0.0, 1.0, 400)) {
+        const double share = static_cast<double>(pts.size()) / 399.0 - 0.5;
+        pts.push_back(Point(70.0, -30.0) +
+                      (1.0 + growth * share) * Point(0.8 * p.x - 0.6 * p.y, 0.6 * p.x + 0.8 * p.y));
+    }
+    return pts;
+}
+
+TEST(RoundShape, FindsTheRoundBehindDriftGapAndOverlap) {
+    const struct {
+        const char* name;
+        double a, b, degrees, growth, slack;
+    } rows[] = {{"circle", 50, 50, 360, 0.0, 0.3},          {"clockwise", 50, 50, -360, 0.0, 0.3},
+                {"with a gap", 50, 50, 300, 0.0, 0.3},      {"runs on", 50, 50, 430, 0.0, 0.3},
+                {"twice", 50, 50, -720, 0.0, 0.3},          {"spiral", 50, 50, 400, 0.2, 2.0},
+                {"ellipse", 80, 40, 365, 0.0, 0.3},         {"ellipse that drifts", 80, 40, -400, 0.15, 2.5},
+                {"slim, with a gap", 80, 20, 330, 0.0, 0.3}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const Found found = Find(Trembling(RoundInk(row.a, row.b, row.degrees, row.growth), 0.3, 3), 100);
+        ASSERT_TRUE(found.shape);
+        const RoundShape& shape = *found.shape;
+        EXPECT_EQ(shape.isCircle, row.a == row.b);
+        EXPECT_LT(shape.centre.Distance({70.0, -30.0}), row.slack);
+        EXPECT_NEAR(shape.radii[0], row.a, row.slack);
+        EXPECT_NEAR(shape.radii[1], row.b, row.slack);
+        EXPECT_LT(found.spread, 0.3 + 0.3 * row.slack);
+        if (!shape.isCircle) {
+            EXPECT_NEAR(std::remainder(shape.rotation - std::atan2(0.6, 0.8), 0.5 * kTurn), 0.0, 0.03);
+        }
+    }
+}
+
+TEST(RoundShape, NothingForWhatStaysOpenOrWindsOn) {
+    for (const double degrees : {200.0, 285.0, 810.0, -1000.0})
+        EXPECT_FALSE(Find(InkOf(RoundInk(50, 50, degrees, 0.0)), 100).shape) << degrees;
+    EXPECT_FALSE(Find(InkOf(RoundInk(50, 50, 500.0, 0.6)), 100).shape); // a spiral that was meant
+}
+
+// Few samples for the length are a quick pen's, which takes less care that its circles are round.
+TEST(RoundShape, AQuickHandMeansACircleWhereACarefulOneMeansAnEllipse) {
+    const InkStroke ink = InkOf(RoundInk(50, 36, 360, 0.0));
+    EXPECT_FALSE(Find(ink, 120).shape->isCircle);
+    EXPECT_TRUE(Find(ink, 40).shape->isCircle);
+    EXPECT_TRUE(Find(InkOf(RoundInk(50, 40, 360, 0.0)), 2000).shape->isCircle);
+    EXPECT_FALSE(Find(InkOf(RoundInk(50, 28, 360, 0.0)), 10).shape->isCircle);
+}
+
+// Corners cost: a square is the dearer the sharper it is, at the same distance from its round.
+TEST(RoundShape, CornersAreDear) {
+    const Found box = Find(InkOf(RoundedBox(0.0, 0.3)), 100);
+    const Found rounded = Find(InkOf(RoundedBox(58.0, 0.3)), 100);
+    ASSERT_TRUE(box.shape && rounded.shape);
+    EXPECT_GT(box.shape->cost - box.shape->deviationCost, 60.0);
+    EXPECT_LT(rounded.shape->cost - rounded.shape->deviationCost, 30.0);
+    EXPECT_GT(box.shape->deviationCost, rounded.shape->deviationCost);
+}
+
+} // namespace
+} // namespace Tessera::Geometry
