@@ -133,22 +133,30 @@ TEST(SlotShape, FourCurvesFromThePieceInWhichThePenStarted) {
 
 TEST(SlotShape, OnlyWhereOneWasDrawn) {
     const Slot slot{90.0, 30.0, 0.7, 1.0, {}};
+    const Slot stub{6.0, 30.0, 0.7, 1.0, {}};
+    const Slot lath{200.0, 30.0, 0.7, 1.0, {}};
     const auto oval = [](double b) {
         return PointsOf(Round({}, 100.0, b, 1.0, 1.0 + kTurn, 0.4), 0.0, 1.0, 200);
     };
+    std::vector<Point> spiral;
+    for (int i = 0; i < 240; ++i)
+        spiral.push_back(
+            Bulging([&](double u) { return slot.At(0.1 + u); }, 0.0, 1.0, 0.05 * (120 - i), 0.0)(i / 239.0));
     const struct {
         const char* name;
         std::vector<Point> pts;
         bool isSlot;
     } rows[] = {{"slot", slot.Draw(0.1, 1.0), true},
+                {"slot that drifts outwards", spiral, true},
+                {"slot without lines", stub.Draw(0.1, 1.0), false},
+                {"slot without an end", lath.Draw(0.5, lath.EndOf(2)), false},
                 {"box with half circles", RoundedBox(60.0, 0.4), true},
                 {"box nearly without straight ends", RoundedBox(54.0, 0.4), true},
                 {"rounded box", RoundedBox(30.0, 0.4), false},
                 {"box", RoundedBox(0.0, 0.4), false},
                 {"circle", oval(100.0), false},
-                {"oval", oval(70.0), false},
-                {"slim oval", oval(40.0), false},
-                {"without an end", slot.Draw(0.5, slot.EndOf(2)), false}};
+                {"oval", oval(75.0), false},
+                {"slim oval", oval(40.0), false}};
     for (const auto& row : rows)
         for (unsigned seed = 1; seed <= 5; ++seed)
             EXPECT_EQ(IsSlot(InterpretInk(Trembling(row.pts, 0.3 * seed, seed), {})), row.isSlot)
