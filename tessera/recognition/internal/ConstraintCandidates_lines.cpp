@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <numeric>
 
 #include "tessera/recognition/internal/ConstraintCandidates.h"
 #include "tessera/recognition/internal/ConstraintDeviation.h"
+#include "tessera/recognition/internal/DisjointSets.h"
 
 // Sorted by direction (or length), lines that are alike are neighbours. A chain of neighbours connects each
 // group; the neighbour after next is proposed too, should a link of the chain not enter.
@@ -131,28 +131,16 @@ void ProposeCollinearRuns(CandidateList& list, const std::vector<DirectedLine>& 
     }
 }
 
-/// Number of the group of joined curves for each curve.
-std::vector<int> JoinedGroups(const CandidateList& list) {
-    std::vector<int> group(static_cast<std::size_t>(list.sketch.CurveCount()));
-    std::iota(group.begin(), group.end(), 0);
-    const auto root = [&](int i) {
-        while (group[i] != i)
-            i = group[i] = group[group[i]];
-        return i;
-    };
-    for (const Joint& joint : list.joints) {
-        const int a = root(joint.a.curve);
-        const int b = root(joint.b.curve);
-        group[std::max(a, b)] = std::min(a, b);
-    }
-    for (int i = 0; i < static_cast<int>(group.size()); ++i)
-        group[i] = root(i);
-    return group;
+DisjointSets JoinedGroups(const CandidateList& list) {
+    DisjointSets groups(list.sketch.CurveCount());
+    for (const Joint& joint : list.joints)
+        groups.Unite(joint.a.curve, joint.b.curve);
+    return groups;
 }
 
 /// Only among lines of one joined outline: equal lengths far apart are chance more often than intent.
 void ProposeEqualLengths(CandidateList& list) {
-    const std::vector<int> group = JoinedGroups(list);
+    DisjointSets groups = JoinedGroups(list);
     struct Sized {
         int group;
         double length;
@@ -160,7 +148,7 @@ void ProposeEqualLengths(CandidateList& list) {
     };
     std::vector<Sized> sized;
     for (int curve : list.lines)
-        sized.push_back({group[curve], list.sketch.Original(curve).Length(), curve});
+        sized.push_back({groups.RootOf(curve), list.sketch.Original(curve).Length(), curve});
     std::sort(sized.begin(), sized.end(), [](const Sized& a, const Sized& b) {
         if (a.group != b.group)
             return a.group < b.group;
