@@ -35,8 +35,17 @@ constexpr double kSameWayCos = 0.7071067811865476; // 45 degrees
 constexpr double kWideOpenDeg = 100.0;
 /// Shorter legs, parts of the box's diagonal, are hooks of the pen and strokes drawn back along themselves.
 constexpr double kShortestLeg = 0.04;
+/// How far a leg may stray from its chord, in chords: an arc of a right angle does. People's scratches bear
+/// 0.15 to 0.35; of 3600 long poly-lines drawn with care 3 are scribbles at 0.2, 48 at 0.35.
+constexpr double kWidestLeg = 0.2;
 /// Up to here, in degrees, going round a round shape draws it; further on it blackens it.
 constexpr double kDrawnTurnDeg = 2.5 * 360.0;
+/// So many steps of the walk hold a rounded corner, if the pen turns by more than the angle there.
+constexpr std::size_t kCornerSteps = 5;
+constexpr double kCornerDeg = 45.0;
+/// Of the angle from which the pen goes round and round, off the corners: 0.28 or more in the loops of
+/// people, less than 0.25 in 98 of 100 poly-lines that go round.
+constexpr double kSmoothShare = 0.25;
 
 double DiagonalOf(std::span<const Point> ink) {
     const auto [left, right] =
@@ -98,16 +107,31 @@ std::unique_ptr<Stroke> StrokeOf(std::span<const Point> relative, const Point& o
     return std::make_unique<Stroke>(std::move(points));
 }
 
-// From the first sample over the cusps to the last.
-std::vector<Vector> LegsOf(const Stroke& stroke, const std::vector<int>& cusps) {
-    const std::vector<StrokePoint>& points = stroke.GetPoints();
-    std::vector<Vector> legs;
-    int from = 0;
-    for (const int cusp : cusps) {
-        legs.emplace_back(points[from], points[cusp]);
-        from = cusp;
+struct Leg {
+    Vector chord;
+    bool isStraight;
+};
+
+Leg LegOf(std::span<const StrokePoint> points) {
+    const Vector chord(points.front(), points.back());
+    double widest = 0.0;
+    for (const StrokePoint& p : points) {
+        widest = std::max(widest, std::fabs(chord.Cross(Vector(points.front(), p))));
     }
-    legs.emplace_back(points[from], points.back());
+    return {chord, widest <= kWidestLeg * chord.Dot(chord)};
+}
+
+// From the first sample over the cusps to the last.
+std::vector<Leg> LegsOf(std::span<const StrokePoint> points, const std::vector<int>& cusps) {
+    std::vector<Leg> legs;
+    legs.reserve(cusps.size() + 1);
+    std::size_t from = 0;
+    for (const int cusp : cusps) {
+        const auto to = static_cast<std::size_t>(cusp);
+        legs.push_back(LegOf(points.subspan(from, to - from + 1)));
+        from = to;
+    }
+    legs.push_back(LegOf(points.subspan(from)));
     return legs;
 }
 
@@ -116,38 +140,64 @@ double CosBetween(const Vector& a, const Vector& b) {
     return lengths > 0.0 ? a.Dot(b) / lengths : 0.0;
 }
 
-// How close a leg lies to the one before it: 1 where it runs back along that, 0 where a drawing opens.
-double Closeness(const Vector& before, const Vector& leg) {
-    const double openDeg = std::acos(std::clamp(-CosBetween(before, leg), -1.0, 1.0)) * kDegreesPerRadian;
+// How close a leg lies to the one before it: 1 where it runs back along that, 0 where a drawing opens or
+// where one of them is bent.
+double Closeness(const Leg& before, const Leg& leg) {
+    if (!before.isStraight || !leg.isStraight) {
+        return 0.0;
+    }
+    const double openDeg =
+        std::acos(std::clamp(-CosBetween(before.chord, leg.chord), -1.0, 1.0)) * kDegreesPerRadian;
     return std::max(0.0, 1.0 - openDeg / kWideOpenDeg);
 }
 
 // As many reversals in succession as the preferences ask for, every second leg the same way; and all of the
 // stroke's reversals, each counted by how close its legs lie, as many again.
-bool RunsForthAndBack(const std::vector<Vector>& legs, const ScribbleRecord& record) {
+bool RunsForthAndBack(const std::vector<Leg>& legs, const ScribbleRecord& record) {
     const double reversalCos = std::cos(record.cuspAngleDeg / kDegreesPerRadian);
-    const auto isLong = [](const Vector& leg) { return leg.Length() >= kShortestLeg * kQuestionSize; };
+    const auto isLong = [](const Leg& leg) { return leg.chord.Length() >= kShortestLeg * kQuestionSize; };
     int run = 0;
     int longest = 0;
     double covered = 0.0;
     for (std::size_t i = 1; i < legs.size(); ++i) {
-        if (!isLong(legs[i - 1]) || !isLong(legs[i]) || CosBetween(legs[i - 1], legs[i]) >= reversalCos) {
+        if (!isLong(legs[i - 1]) || !isLong(legs[i]) ||
+            CosBetween(legs[i - 1].chord, legs[i].chord) >= reversalCos) {
             run = 0;
             continue;
         }
-        run = run > 0 && CosBetween(legs[i - 2], legs[i]) < kSameWayCos ? 1 : run + 1;
+        run = run > 0 && CosBetween(legs[i - 2].chord, legs[i].chord) < kSameWayCos ? 1 : run + 1;
         longest = std::max(longest, run);
         covered += Closeness(legs[i - 1], legs[i]);
     }
     return longest >= record.minNumCusps && covered >= record.minNumCusps;
 }
 
-double TurnAtCornersDeg(const std::vector<Vector>& legs) {
-    double turn = 0.0;
-    for (std::size_t i = 1; i < legs.size(); ++i) {
-        turn += legs[i - 1].AngleBetween(legs[i]);
+// Direction of each step against the first, turns summed up; radians.
+std::vector<double> HeadingsOf(const std::vector<StrokePoint>& points) {
+    std::vector<double> headings;
+    headings.reserve(points.size());
+    headings.push_back(0.0);
+    for (std::size_t i = 1; i + 1 < points.size(); ++i) {
+        const Vector before(points[i - 1], points[i]);
+        const Vector after(points[i], points[i + 1]);
+        headings.push_back(headings.back() + std::atan2(before.Cross(after), before.Dot(after)));
     }
-    return turn * kDegreesPerRadian;
+    return headings;
+}
+
+// The turning in all but for the stretches of a few steps that turn like a corner.
+double SmoothTurnDeg(const std::vector<StrokePoint>& points) {
+    const std::vector<double> headings = HeadingsOf(points);
+    double corners = 0.0;
+    std::size_t lastCorner = 0;
+    for (std::size_t i = kCornerSteps; i < headings.size(); ++i) {
+        const std::size_t from = i - kCornerSteps;
+        if (std::fabs(headings[i] - headings[from]) * kDegreesPerRadian > kCornerDeg) {
+            corners += headings[i] - headings[std::max(from, lastCorner)];
+            lastCorner = i;
+        }
+    }
+    return std::fabs(headings.back() - corners) * kDegreesPerRadian;
 }
 
 bool IsOneRoundShape(Stroke& stroke, const SketchRecognizerPreferences& preferences) {
@@ -162,13 +212,14 @@ bool IsOneRoundShape(Stroke& stroke, const SketchRecognizerPreferences& preferen
     return isRound;
 }
 
-bool BlackensRoundAndRound(Stroke& stroke, const std::vector<Vector>& legs, const ScribbleRecord& record,
+bool BlackensRoundAndRound(Stroke& stroke, const ScribbleRecord& record,
                            const SketchRecognizerPreferences& preferences) {
-    const double turnDeg = stroke.ComputeCummulativeAngle();
-    if (!(std::fabs(turnDeg - TurnAtCornersDeg(legs)) > record.minRotationAngleDeg)) {
+    const double turnDeg = std::fabs(stroke.ComputeCummulativeAngle());
+    if (!(turnDeg > record.minRotationAngleDeg) ||
+        !(SmoothTurnDeg(stroke.GetPoints()) > kSmoothShare * record.minRotationAngleDeg)) {
         return false;
     }
-    return std::fabs(turnDeg) > kDrawnTurnDeg || !IsOneRoundShape(stroke, preferences);
+    return turnDeg > kDrawnTurnDeg || !IsOneRoundShape(stroke, preferences);
 }
 
 } // namespace
@@ -198,9 +249,8 @@ bool IsScribbleInk(std::span<const Point> ink, const SketchRecognizerPreferences
     if (!hasShape || !preferences.GetDoScribble()) {
         return false;
     }
-    const std::vector<Vector> legs = LegsOf(*stroke, record.cusps);
-    return (record.isZigzag && RunsForthAndBack(legs, record)) ||
-           BlackensRoundAndRound(*stroke, legs, record, preferences);
+    return (record.isZigzag && RunsForthAndBack(LegsOf(stroke->GetPoints(), record.cusps), record)) ||
+           BlackensRoundAndRound(*stroke, record, preferences);
 }
 
 } // namespace Tessera::Geometry

@@ -9,6 +9,11 @@
 // to minNumCusps. With its default 3, a scribble takes five legs that open by 20 degrees, six that open by
 // 35, seven that open by 45; four legs never are one.
 //
+// A leg is straight or a little bowed; one that strays from its chord by more than a fifth of it has a
+// corner, is several sides of a poly-line, and counts for nothing. And who goes round and round bends, where
+// a poly-line turns at its corners alone: a quarter of the turning that is asked for must lie off the
+// corners, that is, where the ink turns by no more than 45 degrees within a twentieth of its box's diagonal.
+//
 // Nothing in the answer depends on the place, the size or the sampling rate of the ink.
 #pragma once
 
@@ -31,8 +36,8 @@ TESSERA_API std::unique_ptr<Stroke> WithoutTremor(std::span<const Point> ink);
 
 /// Whether a pen stroke is a scribble: StrokeIsScribbleShape holds for the stroke without its tremor, and
 /// either the reversing legs run forth and back (every second one the same way) and close together, or the
-/// pen goes round, corners not counted, by more than scribbleMinRotationAngle without just drawing one round
-/// shape over again.
+/// pen goes round by more than scribbleMinRotationAngle, and not at corners alone, without just drawing one
+/// round shape over again.
 ///
 /// @param cuspCount [out] inner cusps of the stroke without its tremor, also when it is no scribble. May be
 ///                  null.

@@ -171,7 +171,7 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Polygon, 7).right, 178);
     EXPECT_GE(RateCorners(&RandomPlans::Mixed, 7).right, 166);
     EXPECT_GE(RateCorners(&RandomPlans::Smooth, 7).right, 194);
-    EXPECT_GE(RateCorners(&RandomPlans::LongPolyline, 7, 60).right, 42);
+    EXPECT_GE(RateCorners(&RandomPlans::LongPolyline, 7, 60).right, 50);
     EXPECT_GE(RateCorners(&RandomPlans::Staircase, 7, 60).right, 55);
     EXPECT_GE(RateCorners(&RandomPlans::Gear, 7, 60).right, 54);
 }

@@ -46,6 +46,30 @@ Points Spiral(double turns, int samples, double growth) {
     return points;
 }
 
+Points NarrowLoops(double turns) {
+    Points points = Spiral(turns, 200, 0.0);
+    for (Point& p : points)
+        p.y /= 12.0;
+    return points;
+}
+
+Points SquareSpiral(int turns) {
+    Points corners;
+    for (int i = 0; i <= 4 * turns; ++i)
+        corners.push_back((40.0 + 5.0 * i) * Point(std::cos(0.5 * kPi * i), std::sin(0.5 * kPi * i)));
+    return Along(corners, 30);
+}
+
+/// Every second leg goes up and then aside.
+Points Flags(int count) {
+    Points corners;
+    for (int i = 0; i < count; ++i)
+        for (const Point& p : {Point(0, 0), Point(0, 50), Point(50, 60)})
+            corners.push_back(p + Point(30.0 * i, 0));
+    corners.emplace_back(30.0 * count, 0);
+    return Along(corners, 25);
+}
+
 /// A five-pointed star in one stroke: every corner reverses by 144 degrees.
 Points Star() {
     Points tips;
@@ -75,11 +99,14 @@ std::vector<Row> Rows() {
         {"three legs are too few", Zigzag(3, 100, 9, 40), false, false, 2},
         {"a staircase turns by 90 degrees only", Along({{0, 0}, {40, 0}, {40, 40}, {80, 40}, {80, 80}}, 30),
          false, false, 0},
+        {"legs with corners in them", Flags(4), true, false, 7},
+        {"narrow loops, doubling back at the end", NarrowLoops(2.6), true, true, 4},
         {"corner", Along({{0, 0}, {50, 80}, {100, 0}}, 40), false, false, 1},
         {"star", Star(), true, false, 4},
         {"arrow in one go", Along({{0, 100}, {75, 20}, {40, 28}, {73, 18}, {62, 58}}, 25), true, false, 3},
         {"three turns of a spiral", Spiral(3, 300, 2.0), true, true, 0},
         {"one and a half turns", Spiral(1.5, 200, 2.0), false, false, 0},
+        {"four turns of a square spiral", SquareSpiral(4), true, false, 0},
         {"circle twice over", Spiral(2.2, 400, 0.0), true, false, 0},
         {"circle over and over", Spiral(4, 400, 0.0), true, true, 0},
         {"dot", Points(5, Point(3, 3)), false, false, 0},
