@@ -1,7 +1,9 @@
 // SyntheticAccuracy - how often the corners and tangent joints of synthetic ink come back: planned strokes of
 // a simulated hand (tests/support/SyntheticInk.h), whose joints are known.
 //
-//   SyntheticAccuracy [--misses] [--seed N] [--strokes N]
+//   SyntheticAccuracy [--misses] [--no-times] [--seed N] [--strokes N]
+//
+// --no-times  the ink without its time stamps, as a drawing read from a file
 //
 // One row per family of plans, hand, sampling rate and digitiser grid; each row has its own plans.
 // right    strokes with every planned corner found and none extra; slots with four curves, too, that join
@@ -65,6 +67,7 @@ struct Options {
     unsigned seed = 7;
     int strokes = 150; ///< in a row
     bool misses = false;
+    bool hasTimes = true;
 };
 
 struct Row {
@@ -154,7 +157,9 @@ Row MeasureFamily(const Family& family, const HandKind& kind, const Options& opt
             Hand hand = (plans.*kind.hand)();
             hand.rateHz = pen.rateHz;
             hand.grid = pen.isOnGrid ? plans.Uniform(0.3, 1.5) : 0.0;
-            const Row one = Judge(family, plan.Draw(plans.Rng(), hand));
+            Planned planned = plan.Draw(plans.Rng(), hand);
+            planned.ink.hasTimes = options.hasTimes;
+            const Row one = Judge(family, planned);
             if (options.misses)
                 PrintMiss(family, kind, pen, i, one);
             row += one;
@@ -172,12 +177,14 @@ Options ReadOptions(int argc, char** argv) {
         const std::string argument = argv[i];
         if (argument == "--misses")
             options.misses = true;
+        else if (argument == "--no-times")
+            options.hasTimes = false;
         else if (argument == "--seed" && i + 1 < argc)
             options.seed = static_cast<unsigned>(std::strtoul(argv[++i], nullptr, 10));
         else if (argument == "--strokes" && i + 1 < argc)
             options.strokes = std::atoi(argv[++i]);
         else {
-            std::fprintf(stderr, "usage: %s [--misses] [--seed N] [--strokes N]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [--misses] [--no-times] [--seed N] [--strokes N]\n", argv[0]);
             std::exit(2);
         }
     }

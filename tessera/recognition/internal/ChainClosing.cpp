@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
 
 namespace Tessera::Geometry {
@@ -17,7 +18,6 @@ constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may 
 constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
 constexpr double kParallel = 0.17; // sine of the angle below which lines do not make a corner
 
-constexpr double kRunsOn = 0.94;   // cosine of 20 degrees
 constexpr double kExtension = 1.0; // of its length: as far as a side is drawn on to close a chain
 
 const Point& At(const PricedPath& ink, int i) {
@@ -92,8 +92,11 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     };
     if (isTooFar(first, start) || isTooFar(last, end))
         return false;
+    const JointPrice seam = PriceSeam(ink, AsPriced(ink, last), AsPriced(ink, first));
     chain.isClosed = true;
-    chain.cost -= 2.0 * ink.prices.parameter;
+    chain.price += seam.price - 2.0 * kNumberPrice;
+    chain.pieces.front().joint = seam.sight;
+    chain.pieces.front().jointPrice = seam.price;
     return true;
 }
 
@@ -111,10 +114,17 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
         gap.Dot(ahead) > ink.path.step * (first.last - first.first) + reach)
         return false;
     // Two lines make one line: an arc would hide the corner between them.
-    const PiecePrices both = PriceBoth(ink, last.first, first.last);
-    const ChainPiece whole =
-        both.hasArc && (first.isArc || last.isArc) && both.arc.cost < both.line.cost ? both.arc : both.line;
-    chain.cost += whole.cost - first.cost - last.cost - 2.0 * ink.prices.parameter;
+    const RunPrices both = PriceRun(ink, last.first, first.last);
+    const bool isArc = both.hasArc && (first.isArc || last.isArc) &&
+                       both.arc.CostFor(chain.squared) < both.line.CostFor(chain.squared);
+    const PricedPiece& joined = isArc ? both.arc : both.line;
+    ChainPiece whole = joined.piece;
+    whole.price = joined.BestFor(chain.squared).price;
+    whole.sumSq = joined.BestFor(chain.squared).sumSq;
+    whole.joint = last.joint;
+    whole.jointPrice = last.jointPrice;
+    chain.price += whole.price - first.price - last.price - 2.0 * kNumberPrice;
+    chain.sumSq += whole.sumSq - first.sumSq - last.sumSq;
     chain.pieces.front() = whole;
     chain.pieces.pop_back();
     chain.isClosed = true;
@@ -133,20 +143,6 @@ bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near
     return LineMeetsLine(a.line, b.line, meet);
 }
 
-bool CloseTouching(const PricedPath& ink, Chain& chain) {
-    if (chain.isClosed || chain.pieces.size() < 3 || chain.pieces.front().isArc == chain.pieces.back().isArc)
-        return false;
-    const ChainPiece& first = chain.pieces.front();
-    const ChainPiece& last = chain.pieces.back();
-    const Point in = DirectionAt(ink, last, true);
-    const Point out = DirectionAt(ink, first, false);
-    if (ink.path.Gap() > kCloseReach * ink.closing || in.Dot(out) < kRunsOn)
-        return false;
-    chain.isClosed = true;
-    chain.cost -= 2.0 * ink.prices.parameter;
-    return true;
-}
-
 Chain CloseChain(const PricedPath& ink, const Chain& open) {
     Chain best = open;
     const double longest = Longest(open);
@@ -163,10 +159,10 @@ Chain CloseChain(const PricedPath& ink, const Chain& open) {
             continue;
         const Chain rest = Without(open, dropFirst, dropLast);
         Chain corner = rest;
-        if (CloseWithCorner(ink, corner) && corner.cost < best.cost)
+        if (CloseWithCorner(ink, corner) && LengthOf(ink, corner) < LengthOf(ink, best))
             best = corner;
         Chain within = rest;
-        if (CloseWithinPiece(ink, within) && within.cost < best.cost)
+        if (CloseWithinPiece(ink, within) && LengthOf(ink, within) < LengthOf(ink, best))
             best = within;
         if (!best.isClosed && (!dropFirst || isShort(open.pieces.front(), kFreeHook)) &&
             (!dropLast || isShort(open.pieces.back(), kFreeHook)))

@@ -1,7 +1,7 @@
 // ChainClosing - a chain of lines and arcs made the closed or open shape that it was meant to be.
 #pragma once
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 
@@ -9,10 +9,6 @@ namespace Tessera::Geometry {
 /// with the last and the first piece made one (the pen began within a side, or ran on along it); each of
 /// these without a hook at either end (a short piece that the pen drew when it touched down or left).
 Chain CloseChain(const PricedPath& ink, const Chain& open);
-
-/// Closes a chain whose last piece runs on into the first, one of them a line and one an arc, which need not
-/// cross. True when it did.
-bool CloseTouching(const PricedPath& ink, Chain& chain);
 
 /// Where the carriers of two pieces meet, nearest to `near`; false when they do not or run alike.
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);

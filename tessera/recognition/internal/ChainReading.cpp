@@ -19,7 +19,7 @@ namespace {
 constexpr double kDegree = std::numbers::pi / 180.0;
 
 bool TouchesBefore(const ChainPiece& piece) {
-    return piece.isJudged && piece.joint == JointSight::Tangent;
+    return piece.joint == JointSight::Tangent;
 }
 
 // Turns a line's direction onto an axis of the plane within the angle, about the middle of its ink.
@@ -136,8 +136,7 @@ void NameEnds(InkReading& reading) {
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
                std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
     const double snapRad = preferences.AskSnapping() ? preferences.AskSnapAngleCreate() * kDegree : 0.0;
-    if (!chain.isClosed)
-        FitTangentRuns(ink, snapRad, chain);
+    FitTangentRuns(ink, snapRad, chain);
     ExactChain exact = MakeExact(ink, chain);
     RoundCorners(ink, chain, exact);
     DrawInCorners(ink, tolerance, exact);

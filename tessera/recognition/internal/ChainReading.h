@@ -5,7 +5,7 @@
 #include <span>
 
 #include "tessera/recognition/InkInterpretation.h"
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 

@@ -53,7 +53,8 @@ void MeasureResiduals(const InkPath& path, EllipseEvidence& fit) {
         sBefore = st;
         const double slope = 2.0 * std::sqrt(u * u / (fit.a * fit.a) + v * v / (fit.b * fit.b));
         fit.distance.push_back((rho * rho - 1.0) / std::max(slope, 1e-9));
-        fit.terms.push_back({1.0, ct, st, ct * ct - st * st, 2.0 * ct * st, run / kTurn});
+        fit.terms.push_back({1.0, ct, st, ct * ct - st * st, 2.0 * ct * st, run / kTurn,
+                             ct * (4.0 * ct * ct - 3.0), st * (3.0 - 4.0 * st * st)});
     }
     fit.winding = run / kTurn;
     fit.back = 0.5 * (wayRound - std::fabs(run)) / kTurn;

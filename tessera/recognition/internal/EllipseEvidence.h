@@ -5,13 +5,13 @@
 #include <optional>
 #include <vector>
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 
-/// Per point: what might explain its distance. A constant, harmonics up to the second, and a drift that grows
-/// evenly along the stroke.
-constexpr std::size_t kEllipseTerms = 6;
+/// Per point: what might explain its distance. A constant, harmonics up to the second, a drift that grows
+/// evenly along the stroke, and the third harmonic.
+constexpr std::size_t kEllipseTerms = 8;
 using EllipseTerms = std::array<double, kEllipseTerms>;
 
 struct EllipseEvidence {

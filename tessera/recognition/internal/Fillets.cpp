@@ -78,10 +78,6 @@ int Cyclic(int i, int n) {
     return (i % n + n) % n;
 }
 
-int PointsOf(const ChainPiece& piece, int n) {
-    return piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
-}
-
 Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after, const ExactPiece& in,
               const ExactPiece& out) {
     const int n = ink.path.Size();
@@ -89,8 +85,8 @@ Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece&
     const Point a = DirectionOn(before, in, in.to);
     const Point b = DirectionOn(after, out, out.from);
     corner.turn = a.Cross(b) < 0.0 ? -1.0 : 1.0;
-    const int back = PointsOf(before, n) / 2;
-    const int ahead = PointsOf(after, n) / 2;
+    const int back = PointsIn(ink, before) / 2;
+    const int ahead = PointsIn(ink, after) / 2;
     for (int i = before.last - back; i <= before.last; ++i)
         corner.index.push_back(Cyclic(i, n));
     for (int i = after.first + (before.last == after.first ? 1 : 0); i <= after.first + ahead; ++i)
@@ -196,7 +192,7 @@ double SpreadOf(const PricedPath& ink, const Chain& chain) {
     double sumSq = 0.0;
     int counted = 0;
     for (const ChainPiece& side : chain.pieces)
-        for (int i = PointsOf(side, n) / 3; i <= 2 * PointsOf(side, n) / 3; ++i, ++counted)
+        for (int i = PointsIn(ink, side) / 3; i <= 2 * PointsIn(ink, side) / 3; ++i, ++counted)
             sumSq += Square(Off(side, ink.path.pts[static_cast<std::size_t>(Cyclic(side.first + i, n))]));
     return std::sqrt(sumSq / counted);
 }

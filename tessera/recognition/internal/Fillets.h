@@ -6,7 +6,7 @@
 #pragma once
 
 #include "tessera/recognition/internal/ChainGeometry.h"
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 

@@ -1,14 +1,16 @@
 #include "tessera/recognition/internal/InkHypotheses.h"
 
 #include <algorithm>
+#include <limits>
 #include <numbers>
 #include <optional>
+#include <vector>
 
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainReading.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
-#include "tessera/recognition/internal/JoinedChain.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/SharpPolygon.h"
@@ -20,14 +22,13 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kBowedLine = 1.2; // a hand's lone line strays so much farther than the rules allow
+constexpr double kBowedLine = 1.0; // a hand's lone line strays so much farther than the rules allow
 // Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
 // of drawn polygons take up three.
 constexpr double kMostStray = 4.0;
-// Root mean square distance of a careful hand's ink, sizes, and how many times farther off what it did not
-// mean lies: drawn circles and ovals, which a chain follows closely as well, stay below half of that.
-constexpr double kCarefulSpread = 0.012;
-constexpr double kMuchFarther = 3.0;
+// A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
+constexpr double kNear = 12.0;
+constexpr double kClear = 5.0; // by so much a slot is briefer than the round: ovals have long sides, too
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
@@ -77,15 +78,61 @@ void ReadFreeShape(const PricedPath& ink, const SketchRecognizerPreferences& pre
     AppendChain(ink.path, chord, reading);
 }
 
-Chain FindChain(PricedPath& priced, const RulesReading& rules,
-                const SketchRecognizerPreferences& preferences) {
-    Chain chain = SearchForHand(priced);
-    const std::optional<Chain> byRules = rules.AsChain(priced);
-    if (byRules && byRules->cost <= chain.cost)
-        chain = *byRules;
-    if (preferences.GetCurveTidy())
-        chain = StraightenRectangle(priced, CloseChain(priced, chain));
-    return chain;
+bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
+    return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
+}
+
+// Lines and arcs in the same places: found for two hands.
+bool IsSameChain(const Chain& a, const Chain& b) {
+    return a.isClosed == b.isClosed &&
+           std::equal(a.pieces.begin(), a.pieces.end(), b.pieces.begin(), b.pieces.end(), IsSamePiece);
+}
+
+// The chains that may be the briefest, each once; the rules' come first.
+std::vector<Chain> FindChains(const PricedPath& priced, const RulesReading& rules, bool mayClose) {
+    std::vector<Chain> found = rules.AsChains(priced);
+    for (Chain& chain : SearchChains(priced))
+        found.push_back(std::move(chain));
+    std::vector<Chain> chains;
+    for (Chain& open : found) {
+        Chain chain = mayClose ? CloseChain(priced, open) : std::move(open);
+        const auto same = std::find_if(chains.begin(), chains.end(),
+                                       [&](const Chain& other) { return IsSameChain(other, chain); });
+        if (same == chains.end())
+            chains.push_back(std::move(chain));
+        else if (LengthOf(priced, chain) < LengthOf(priced, *same))
+            *same = std::move(chain);
+    }
+    return chains;
+}
+
+// The briefest chain, the first of equals, with exact tangent joints where these may matter. A lone line or
+// arc that strays beyond the tolerance is none, however briefly it says so.
+Chain FindChain(const PricedPath& priced, const RulesReading& rules, bool mayClose, double tolerance,
+                double rival) {
+    std::vector<Chain> chains = FindChains(priced, rules, mayClose);
+    const auto straysOff = [&](const Chain& chain) {
+        return chain.pieces.size() == 1 && !IsLoneCurve(priced, chain, tolerance);
+    };
+    const auto end = std::remove_if(chains.begin(), chains.end(), straysOff);
+    if (end != chains.begin())
+        chains.erase(end, chains.end());
+    double least = rival;
+    for (const Chain& chain : chains)
+        least = std::min(least, LengthOfHabit(priced, chain));
+    const double near = least + kNear;
+    Chain* best = &chains.front();
+    least = std::numeric_limits<double>::infinity();
+    for (Chain& chain : chains) {
+        if (LengthOfHabit(priced, chain) < near)
+            FitTangentRuns(priced, 0.0, chain);
+        const double length = LengthOfHabit(priced, chain);
+        if (length >= least)
+            continue;
+        least = length;
+        best = &chain;
+    }
+    return std::move(*best);
 }
 
 // Three or four lines, the shapes that people draw most: a fifth corner is a slip of the pen.
@@ -95,66 +142,91 @@ bool IsSimplePolygon(const Chain& chain) {
                         [](const ChainPiece& p) { return p.isArc; });
 }
 
-// A hand that keeps so close to a chain did not mean the round that it strays from.
-bool IsDrawnWithCare(const PricedPath& priced, const Chain& chain, const RoundShape& round) {
-    const double chainSq = Describe(priced, chain).meanSq;
-    return chainSq <= kCarefulSpread * kCarefulSpread &&
-           round.meanSq >= kMuchFarther * kMuchFarther * chainSq;
+// A closed chain that nobody means: all arcs, or with a joint at which the ink bends on.
+bool IsDoubtful(const Chain& chain) {
+    const auto isArc = [](const ChainPiece& p) { return p.isArc; };
+    const auto bendsOn = [](const ChainPiece& p) { return p.joint == JointSight::Bend; };
+    return std::all_of(chain.pieces.begin(), chain.pieces.end(), isArc) ||
+           std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
-// The hypotheses compared, and the best one read.
-void ReadBest(int samples, PricedPath& priced, const RulesReading& rules,
-              const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
-              InkReading& reading) {
-    Chain chain = FindChain(priced, rules, preferences);
-    const double tolerance = rules.LineShare() * priced.path.length;
-    const bool isLine = IsLoneLine(priced, chain, kBowedLine * tolerance);
-    std::optional<Chain> sharp;
-    if (preferences.GetCurveTidy() && !IsSimplePolygon(chain))
-        sharp = FindSharpPolygon(priced);
-    if (sharp)
-        chain = *sharp;
-    const std::optional<EllipseEvidence> ellipse = FindEllipse(priced.path);
-    std::optional<RoundShape> round;
-    if (ellipse && preferences.GetChangeCurveType())
-        round = FindRoundShape(priced, *ellipse, samples);
-    if (preferences.GetCurveTidy() && preferences.GetChangeCurveType())
-        if (const std::optional<SlotShape> slot = FindSlot(priced, round, chain))
-            return ReadSlot(priced.path, preferences, *slot, reading);
-    if (round && (sharp || !IsRoundCheaper(priced, *round, chain) || IsDrawnWithCare(priced, chain, *round)))
-        round.reset();
-    bool isSmooth = false;
-    if (!round && !chain.isClosed && !isLine) {
-        chain = StraightenBracket(priced, SearchJoinedChain(priced));
-        isSmooth = chain.pieces.size() > 1 && !ShowsCorner(priced, chain);
-        if (isSmooth)
-            FitTangentRuns(priced, 0.0, chain);
-        if (preferences.GetCurveTidy())
-            CloseTouching(priced, chain);
+/// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.
+class Readings {
+public:
+    Readings(const PricedPath& priced, const RulesReading& rules,
+             const SketchRecognizerPreferences& preferences)
+        : priced_(priced), preferences_(preferences), tolerance_(rules.LineShare() * priced.path.length) {}
+
+    void Compare(const RulesReading& rules, int samples) {
+        const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
+        if (ellipse && preferences_.GetChangeCurveType())
+            Offer(FindRoundShape(priced_, *ellipse, samples), round_);
+        chain_ = FindChain(priced_, rules, preferences_.GetCurveTidy(), kBowedLine * tolerance_, least_);
+        std::optional<Chain> sharp;
+        if (preferences_.GetCurveTidy() && !IsSimplePolygon(chain_))
+            sharp = FindSharpPolygon(priced_);
+        if (sharp)
+            chain_ = std::move(*sharp);
+        if (sharp || LengthOfHabit(priced_, chain_) <= least_) {
+            least_ = LengthOfHabit(priced_, chain_);
+            round_.reset();
+        }
+        const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, kBowedLine * tolerance_);
+        if (preferences_.GetCurveTidy() && preferences_.GetChangeCurveType())
+            Offer(FindSlot(priced_), slot_, round_ ? kClear : 0.0);
+        if (slot_)
+            return;
+        if (ellipse && !round_ && !chain_.isClosed && !isLine)
+            Offer(FindEllipticArc(priced_, *ellipse), arc_);
+        if (round_)
+            OfferFree(round_->meanSq, RivalKind::Round);
+        else if (arc_)
+            OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
+        else if (chain_.isClosed)
+            OfferFree(MeanSqFrom(priced_, chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
+                                                       ? RivalKind::Closed
+                                                       : RivalKind::SmoothClosed);
+        else if (!isLine && !ShowsCorner(chain_))
+            OfferFree(MeanSqFrom(priced_, chain_),
+                      chain_.pieces.size() > 1 ? RivalKind::Smooth : RivalKind::Open);
     }
-    Description best = round ? Describe(*round) : Describe(priced, chain);
-    std::optional<EllipticArc> arc;
-    if (ellipse && !round && !chain.isClosed && !isLine)
-        arc = FindEllipticArc(priced, *ellipse, best);
-    if (arc)
-        best = arc->description;
-    std::optional<FreeShape> free;
-    if (round || arc || chain.isClosed || (!isLine && !ShowsCorner(priced, chain))) {
-        const RivalKind rival = round            ? RivalKind::Round
-                                : chain.isClosed ? RivalKind::Closed
-                                : isSmooth       ? RivalKind::Smooth
-                                                 : RivalKind::Open;
-        free = FindFreeShape(priced, best, rival, preferences.GetCurveTidy());
+
+    void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {
+        if (slot_)
+            ReadSlot(priced_.path, preferences_, *slot_, reading);
+        else if (free_)
+            ReadFreeShape(priced_, preferences_, earlier, *free_, reading);
+        else if (arc_)
+            ReadEllipticArc(priced_, preferences_, earlier, *arc_, reading);
+        else if (round_)
+            ReadRound(priced_.path, *round_, reading);
+        else
+            ReadChain(priced_, preferences_, earlier, chain_, tolerance_, reading);
     }
-    if (free)
-        ReadFreeShape(priced, preferences, earlier, *free, reading);
-    else if (round)
-        ReadRound(priced.path, *round, reading);
-    else if (arc)
-        ReadEllipticArc(priced, preferences, earlier, *arc, reading);
-    else
-        ReadChain(priced, preferences, earlier, chain, tolerance, reading);
-}
+
+private:
+    template <typename Shape>
+    void Offer(std::optional<Shape> shape, std::optional<Shape>& best, double margin = 0.0) {
+        if (!shape || LengthOf(priced_.path, shape->description) + margin >= least_)
+            return;
+        least_ = LengthOf(priced_.path, shape->description);
+        best = std::move(shape);
+    }
+
+    void OfferFree(double rivalMeanSq, RivalKind rival) {
+        Offer(FindFreeShape(priced_, rivalMeanSq, rival, preferences_.GetCurveTidy()), free_);
+    }
+
+    const PricedPath& priced_;
+    const SketchRecognizerPreferences& preferences_;
+    Chain chain_;
+    double tolerance_;
+    double least_ = std::numeric_limits<double>::infinity();
+    std::optional<RoundShape> round_;
+    std::optional<SlotShape> slot_;
+    std::optional<EllipticArc> arc_;
+    std::optional<FreeShape> free_;
+};
 
 // By how many tolerances some curve strays farther than `allowed`.
 double StrayOf(const RulesReading& rules, const InkReading& reading, double allowed) {
@@ -178,7 +250,9 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
-    ReadBest(static_cast<int>(ink.samples.size()), priced, rules, preferences, earlier, reading);
+    Readings readings(priced, rules, preferences);
+    readings.Compare(rules, static_cast<int>(ink.samples.size()));
+    readings.ReadBest(earlier, reading);
     MeasureDeviations(ink.samples, reading);
     if (StrayOf(rules, reading, 0.0) <= kMostStray)
         return;

@@ -1,6 +1,7 @@
 // The ellipse of least distances is fitted first; its residuals are then explained by harmonics up to the
 // second (a shift, a resize, another oblongness) and a drift that grows evenly along the stroke. The first
-// take back what the drift did to the fit; what no term explains is priced.
+// take back what the drift did to the fit; a little of the third harmonic is a hand's own, at a price; what
+// no term explains is left.
 #include "tessera/recognition/internal/RoundShape.h"
 
 #include <algorithm>
@@ -13,9 +14,12 @@ namespace {
 // A round may stay open by so much of a turn per closing tolerance's share of the length: a fifth, usually.
 constexpr double kOpenTurn = 70.0 / 360.0 / 0.125;
 constexpr double kMostWinding = 2.2;
-constexpr int kParameters = 5;
+constexpr int kNumbers = 5;
 // Nothing guides the pen on its way round: it strays farther than along a side.
-constexpr double kSpreadShare = 0.4;
+constexpr double kSpreadShare = 0.25;
+// One sigma of the third harmonic of a drawn round, of its mean radius.
+constexpr double kThirdHarmonic = 0.04;
+constexpr double kMostThird = 2.5;  // sigmas
 constexpr double kTail = 0.15;      // sizes from which a distance costs no more
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
 // Growth from the start to the end of the stroke, of the mean radius, beyond which it is a spiral.
@@ -28,31 +32,31 @@ constexpr double kUsualPace = 0.07;
 constexpr double kOblongMost = 0.42;
 constexpr double kOblongLeast = 0.22;
 
-// Least squares over the terms; a small ridge keeps the drift in bounds.
-EllipseTerms Explain(const EllipseEvidence& all) {
+// Least squares over the first terms; a small ridge keeps the drift in bounds.
+EllipseTerms Explain(const EllipseEvidence& all, std::size_t count) {
     double m[kEllipseTerms][kEllipseTerms + 1] = {};
     for (std::size_t i = 0; i < all.distance.size(); ++i)
-        for (std::size_t r = 0; r < kEllipseTerms; ++r) {
+        for (std::size_t r = 0; r < count; ++r) {
             for (std::size_t k = 0; k <= r; ++k)
                 m[r][k] += all.terms[i][r] * all.terms[i][k];
-            m[r][kEllipseTerms] += all.terms[i][r] * all.distance[i];
+            m[r][count] += all.terms[i][r] * all.distance[i];
         }
-    for (std::size_t r = 0; r < kEllipseTerms; ++r)
-        for (std::size_t k = r + 1; k < kEllipseTerms; ++k)
+    for (std::size_t r = 0; r < count; ++r)
+        for (std::size_t k = r + 1; k < count; ++k)
             m[r][k] = m[k][r];
-    for (std::size_t r = 0; r < kEllipseTerms; ++r)
+    for (std::size_t r = 0; r < count; ++r)
         m[r][r] += 1e-6;
     m[5][5] += kDriftPrice;
-    for (std::size_t r = 0; r < kEllipseTerms; ++r) // symmetric and positive: no pivots needed
-        for (std::size_t q = r + 1; q < kEllipseTerms; ++q) {
+    for (std::size_t r = 0; r < count; ++r) // symmetric and positive: no pivots needed
+        for (std::size_t q = r + 1; q < count; ++q) {
             const double f = m[q][r] / m[r][r];
-            for (std::size_t k = r; k <= kEllipseTerms; ++k)
+            for (std::size_t k = r; k <= count; ++k)
                 m[q][k] -= f * m[r][k];
         }
     EllipseTerms x{};
-    for (std::size_t r = kEllipseTerms; r-- > 0;) {
-        double sum = m[r][kEllipseTerms];
-        for (std::size_t k = r + 1; k < kEllipseTerms; ++k)
+    for (std::size_t r = count; r-- > 0;) {
+        double sum = m[r][count];
+        for (std::size_t k = r + 1; k < count; ++k)
             sum -= m[r][k] * x[k];
         x[r] = sum / m[r][r];
     }
@@ -91,9 +95,9 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
     const double winding = std::fabs(ellipse.winding);
     if (!(winding >= 1.0 - kOpenTurn * ink.closing / ink.path.length && winding <= kMostWinding))
         return std::nullopt;
-    const EllipseTerms x = Explain(ellipse);
+    const EllipseTerms x = Explain(ellipse, kEllipseTerms - 2);
     RoundShape shape = Corrected(ellipse, x);
-    const double drift = std::fabs(x[kEllipseTerms - 1] * ellipse.winding);
+    const double drift = std::fabs(x[5] * ellipse.winding);
     if (!(shape.radii[1] > 0.0) || drift > kMostDrift * 0.5 * (shape.radii[0] + shape.radii[1]))
         return std::nullopt;
     const double pace = ink.path.length / samples;
@@ -102,8 +106,13 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
     shape.isCircle = shape.radii[0] - shape.radii[1] < oblong * shape.radii[0];
     const double sumSq = UnexplainedSumSq(ellipse, x);
     shape.meanSq = sumSq / ink.path.Size();
-    shape.deviationCost = kSpreadShare * ink.prices.squared * sumSq;
-    shape.cost = shape.deviationCost + PriceOfCorners(ink, ellipse) + kParameters * ink.prices.parameter;
+    const double price = PriceOfCorners(ink, ellipse) + kNumbers * kNumberPrice;
+    shape.description = {price, kSpreadShare * sumSq};
+    const EllipseTerms y = Explain(ellipse, kEllipseTerms);
+    const double third = std::hypot(y[6], y[7]) / (kThirdHarmonic * 0.5 * (shape.radii[0] + shape.radii[1]));
+    const Description tripod{price + 0.5 * third * third, kSpreadShare * UnexplainedSumSq(ellipse, y)};
+    if (third < kMostThird && LengthOf(ink.path, tripod) < LengthOf(ink.path, shape.description))
+        shape.description = tripod;
     return shape;
 }
 

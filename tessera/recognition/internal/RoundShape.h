@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "tessera/recognition/internal/Description.h"
 #include "tessera/recognition/internal/EllipseEvidence.h"
 
 namespace Tessera::Geometry {
@@ -12,9 +13,8 @@ struct RoundShape {
     double radii[2] = {0.0, 0.0}; ///< the first is not the smaller one
     double rotation = 0.0;        ///< of the first radius
     bool isCircle = false;
-    double cost = 0.0;
-    double deviationCost = 0.0; ///< the share of the squared distances in it
-    double meanSq = 0.0;        ///< of the distances that nothing explains
+    Description description;
+    double meanSq = 0.0; ///< of the distances that nothing explains
 };
 
 /// What it costs to describe the path as one round, or nothing for a path that does not go round once.

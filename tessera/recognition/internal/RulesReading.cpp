@@ -8,6 +8,7 @@
 
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/strokes/Stroke.h"
@@ -130,28 +131,23 @@ void RulesReading::Take(InkReading& reading) {
     MeasureDeviations(ink_.samples, reading);
 }
 
-std::optional<Chain> RulesReading::AsChain(const PricedPath& ink) const {
+std::vector<Chain> RulesReading::AsChains(const PricedPath& ink) const {
     const auto pointAt = [&](int sample) { // the nearest point of the path
         const auto& source = ink.path.source;
         const auto above = std::lower_bound(source.begin(), source.end(), static_cast<double>(sample));
         return std::min(static_cast<int>(above - source.begin()), ink.path.Size() - 1);
     };
-    Chain chain;
-    chain.cost = 2.0 * ink.prices.parameter; // the start point
-    int first = 0;
+    std::vector<int> breaks{0};
+    std::vector<bool> isArc;
     for (const InterpretedCurve& made : pieces_) {
         const CurveType_e kind = made.curve->GetType();
         const int last = &made == &pieces_.back() ? ink.path.Size() - 1 : pointAt(made.lastSample);
-        if (kind > CurveType_Arc || made.curve->IsClosed() || last <= first + 1)
-            return std::nullopt;
-        const PiecePrices both = PriceBoth(ink, first, last);
-        if (kind == CurveType_Arc && !both.hasArc)
-            return std::nullopt;
-        chain.pieces.push_back(kind == CurveType_Arc ? both.arc : both.line);
-        chain.cost += chain.pieces.back().cost;
-        first = last;
+        if (kind > CurveType_Arc || made.curve->IsClosed() || last <= breaks.back() + 1)
+            return {};
+        breaks.push_back(last);
+        isArc.push_back(kind == CurveType_Arc);
     }
-    return chain.pieces.empty() ? std::nullopt : std::optional<Chain>(chain);
+    return ChainsOver(ink, breaks, isArc);
 }
 
 double RulesReading::LengthOf(int firstSample, int lastSample) const {

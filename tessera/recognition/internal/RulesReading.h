@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tessera/recognition/InkInterpretation.h"
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 
@@ -24,7 +24,7 @@ public:
 
     /// The pieces' ends and kinds as a chain, priced like any other; nothing unless all pieces are lines and
     /// arcs.
-    std::optional<Chain> AsChain(const PricedPath& ink) const;
+    std::vector<Chain> AsChains(const PricedPath& ink) const;
 
     /// Of a curve's kind, for the ink it stands for; model units.
     double ToleranceOf(const InterpretedCurve& made) const;

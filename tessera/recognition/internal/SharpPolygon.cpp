@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/PiecePrices.h"
 
 namespace Tessera::Geometry {
 
@@ -16,10 +17,6 @@ constexpr double kLeastSeen = 0.6;     // of a corner's turn that lies within a 
 constexpr double kWander = 0.04;       // root mean square distance of a side's ink, of its length
 constexpr double kShortestShare = 0.2; // of the longest side: what is shorter is a slip of the pen
 
-int PointsOf(const PricedPath& ink, const ChainPiece& piece) {
-    return piece.last > piece.first ? piece.last - piece.first : piece.last + ink.path.Size() - piece.first;
-}
-
 double Turn(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
     const Point in = DirectionAt(ink, before, true);
     const Point out = DirectionAt(ink, after, false);
@@ -29,7 +26,7 @@ double Turn(const PricedPath& ink, const ChainPiece& before, const ChainPiece& a
 std::vector<ChainPiece> LinesThrough(const PricedPath& ink, const std::vector<int>& breaks) {
     std::vector<ChainPiece> lines;
     for (std::size_t b = 1; b < breaks.size(); ++b)
-        lines.push_back(PriceBoth(ink, breaks[b - 1], breaks[b]).line);
+        lines.push_back(PriceRun(ink, breaks[b - 1], breaks[b]).line.piece);
     return lines;
 }
 
@@ -47,16 +44,16 @@ void DropFlatBreaks(const PricedPath& ink, std::vector<int>& breaks) {
 bool IsSharp(const PricedPath& ink, const Chain& chain) {
     int longest = 0;
     for (const ChainPiece& piece : chain.pieces)
-        longest = std::max(longest, PointsOf(ink, piece));
+        longest = std::max(longest, PointsIn(ink, piece));
     for (std::size_t i = 0; i < chain.pieces.size(); ++i) {
         const ChainPiece& piece = chain.pieces[i];
         const ChainPiece& next = chain.pieces[(i + 1) % chain.pieces.size()];
-        const int points = PointsOf(ink, piece);
+        const int points = PointsIn(ink, piece);
         const double wander = kWander * ink.path.step * points;
         const double turn = std::fabs(Turn(ink, piece, next));
         const bool isSeam = piece.last != next.first; // the ink has no corner there, but two ends
         if (points < kShortestShare * longest || piece.line.sumSq > points * wander * wander ||
-            turn < kLeastTurn || (!isSeam && SharpestTurn(ink.path, piece.last) < kLeastSeen * turn))
+            turn < kLeastTurn || (!isSeam && std::fabs(SignedTurn(ink.path, piece.last)) < kLeastSeen * turn))
             return false;
     }
     return true;
@@ -81,13 +78,14 @@ std::optional<Chain> FindSharpPolygon(const PricedPath& ink) {
     if (chain.pieces.size() < kFewest)
         return std::nullopt;
     if (std::fabs(Turn(ink, chain.pieces.back(), chain.pieces.front())) < kLeastTurn) {
-        chain.pieces.front() = PriceBoth(ink, chain.pieces.back().first, chain.pieces.front().last).line;
+        chain.pieces.front() = PriceRun(ink, chain.pieces.back().first, chain.pieces.front().last).line.piece;
         chain.pieces.pop_back();
     }
-    for (const ChainPiece& piece : chain.pieces)
-        chain.cost += piece.cost;
     if (chain.pieces.size() < kFewest || !IsSharp(ink, chain))
         return std::nullopt;
+    chain.price = (2.0 * static_cast<double>(chain.pieces.size())) * kNumberPrice;
+    for (ChainPiece& piece : chain.pieces)
+        chain.sumSq += piece.sumSq = piece.line.sumSq;
     return chain;
 }
 

@@ -30,13 +30,15 @@ constexpr double kRidge = 1e-6;        // of the normal equations: terms that th
 // Keeps the drift small: straight lines guide the pen back to its start better than a swing round does.
 constexpr double kDriftPrice = 4.0;
 
+// Nothing guides the pen on its way round: it strays farther than along a side.
+constexpr double kSpreadShare = 0.15;
+
 // What the decision rests on, measured on drawn ovals, circles and rectangles, and on slots of a simulated
 // hand.
 constexpr double kShortest = 0.6;   // length of a line over the radius
 constexpr double kHopeful = 0.53;   // half of it, as the moments have it: they overrate short lines
 constexpr double kHopeless = 20.0;  // price of corners that nothing makes good
 constexpr double kRoundEnds = 0.3;  // by how much of the radius the corners' rounding may seem to differ
-constexpr double kClear = 5.0;      // by so much a slot is briefer than the round
 constexpr double kMostTurns = 2.2;  // of the pen: a slot drawn twice
 constexpr double kOpenEnd = 0.5;    // of a half circle, what may be missing
 constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
@@ -142,7 +144,8 @@ SlotShape Describe(const InkPath& path, const Parameters& p) {
         const double off = trial.At(path.pts[static_cast<std::size_t>(i)], share).value;
         sumSq += std::min(off * off, kTail * kTail); // a tail at either end is no part of the shape
     }
-    return {{p[kX], p[kY]}, trial.axis, p[kHalf], p[kRadius], {kNumbers, sumSq / n, 0.0}};
+    return {
+        {p[kX], p[kY]}, trial.axis, p[kHalf], p[kRadius], {kNumbers * kNumberPrice, kSpreadShare * sumSq}};
 }
 
 // 0 for round ends, towards 1 for square ones, below 0 for pointed ones.
@@ -278,8 +281,7 @@ std::optional<SlotShape> FitSlot(const PricedPath& ink) {
     return Describe(ink.path, p);
 }
 
-std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<RoundShape>& round,
-                                  const Chain& chain) {
+std::optional<SlotShape> FindSlot(const PricedPath& ink) {
     if (ink.path.Gap() > ink.closing)
         return std::nullopt;
     Parameters p = Start(ink);
@@ -291,11 +293,7 @@ std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<Rou
     const Course course(ink.path, slot);
     if (course.Gap() > std::min(ink.closing, kOpenEnd * course.HalfCircle()) || course.Turns() > kMostTurns)
         return std::nullopt;
-    slot.description.hidden = PriceOfCorners(ink, course);
-    const double length = LengthOf(ink.path, slot.description);
-    if ((round && length + kClear >= LengthOf(ink.path, Geometry::Describe(*round))) ||
-        length >= LengthOf(ink.path, Geometry::Describe(ink, chain)))
-        return std::nullopt;
+    slot.description.price += PriceOfCorners(ink, course);
     return slot;
 }
 

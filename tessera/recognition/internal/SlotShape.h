@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "tessera/recognition/internal/ChainGeometry.h"
-#include "tessera/recognition/internal/SmoothForms.h"
+#include "tessera/recognition/internal/Description.h"
 
 namespace Tessera::Geometry {
 
@@ -21,11 +21,9 @@ struct SlotShape {
 /// path on a line and where the lines shrink to nothing.
 std::optional<SlotShape> FitSlot(const PricedPath& ink);
 
-/// The slot, where the drawer meant one: the path goes round once, the lines are not too short for the
-/// radius, the ends are round, and the slot describes the ink clearly more briefly than the round and more
-/// briefly than the chain.
-std::optional<SlotShape> FindSlot(const PricedPath& ink, const std::optional<RoundShape>& round,
-                                  const Chain& chain);
+/// The slot, where the drawer may have meant one: the path goes round once, the lines are not too short for
+/// the radius, and the ends are round.
+std::optional<SlotShape> FindSlot(const PricedPath& ink);
 
 /// The slot turned about its centre onto an axis of the plane, if that lies within the angle.
 void SnapSlot(double snapRad, SlotShape& slot);

@@ -14,14 +14,12 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
-constexpr double kParameter = 4.0;           // price of a number
-constexpr double kIndependent = 0.25;        // of the points: neighbours stray together
-constexpr double kLeastSpread = 0.004;       // no hand is more careful, sizes
 constexpr double kLeastSweep = 60.0 / 360.0; // turns of an elliptic arc: less tells nothing of its radii
 constexpr double kMostSweep = 330.0 / 360.0;
-constexpr double kMostBack = 0.02;      // turns that the pen may run back
-constexpr double kOblong = 0.22;        // least difference of the radii, of the larger one
-constexpr int kArcNumbers = 7;          // five of the ellipse, two ends
+constexpr double kMostBack = 0.02; // turns that the pen may run back
+constexpr double kOblong = 0.22;   // least difference of the radii, of the larger one
+constexpr int kArcNumbers =
+    6; // five of the ellipse, two ends; oblongness and rotation are hardly known, one by one
 constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free form
 // How a free form competes: the root mean square distance of the rival, sizes, below which none is looked for
 // (drawn polygons and rounds stay below it, 98 of 100 of each), the largest distance of the free form itself,
@@ -33,11 +31,18 @@ struct FreeTerms {
     double tolerance;
     double polePrice;
 };
-constexpr FreeTerms kFreeTerms[] = {{0.065, kFreeTolerance, 3.0},
-                                    {0.0, kFreeTolerance, 4.0},
-                                    {0.065, kFreeTolerance, 4.0},
-                                    {0.095, 0.06, 3.0}};
+constexpr FreeTerms kFreeTerms[] = {{0.04, kFreeTolerance, 2.5},
+                                    {0.0, kFreeTolerance, 3.5},
+                                    {0.045, kFreeTolerance, 2.5},
+                                    {0.0, kFreeTolerance, 1.7},
+                                    {0.095, 0.06, 2.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
+
+// Of a point from a piece's carrier, signed.
+double DistanceFrom(const ChainPiece& piece, const Point& p) {
+    return piece.isArc ? std::sqrt(p.Distance2(piece.circle.centre)) - piece.circle.radius
+                       : (p - piece.line.centre).Cross(piece.line.direction);
+}
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
 // parts them sideways is spread over the round. Empty when the ends stay apart.
@@ -61,39 +66,23 @@ std::vector<Point> MakeLoop(const PricedPath& ink) {
 
 } // namespace
 
-double LengthOf(const InkPath& path, const Description& description) {
-    return kParameter * description.numbers + description.hidden +
-           0.5 * kIndependent * path.Size() * std::log(description.meanSq + kLeastSpread * kLeastSpread);
-}
-
-Description Describe(const PricedPath& ink, const Chain& chain) {
+double MeanSqFrom(const PricedPath& ink, const Chain& chain) {
     const int n = ink.path.Size();
-    Description description;
-    description.numbers = chain.isClosed ? 0 : 2;
     int points = 0;
     double sumSq = 0.0;
     for (const ChainPiece& piece : chain.pieces) {
-        description.numbers += piece.isArc ? 3 : 2;
-        description.numbers -= piece.isJudged && piece.joint == JointSight::Tangent ? 1 : 0;
         const int count = piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
         for (int i = 0; i <= count; ++i) {
             const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
-            const double off = piece.isArc ? std::sqrt(p.Distance2(piece.circle.centre)) - piece.circle.radius
-                                           : (p - piece.line.centre).Cross(piece.line.direction);
+            const double off = DistanceFrom(piece, p);
             sumSq += off * off;
         }
         points += count + 1;
     }
-    description.meanSq = sumSq / points;
-    return description;
+    return sumSq / points;
 }
 
-Description Describe(const RoundShape& round) {
-    return {round.isCircle ? 3 : 5, round.meanSq, 0.0};
-}
-
-std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse,
-                                           const Description& rival) {
+std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse) {
     const double sweep = std::fabs(ellipse.winding);
     if (sweep < kLeastSweep || sweep > kMostSweep || ellipse.back > kMostBack ||
         ellipse.a - ellipse.b < kOblong * ellipse.a)
@@ -111,25 +100,22 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
     double sumSq = 0.0;
     for (const double d : ellipse.distance)
         sumSq += d * d;
-    arc.description = {kArcNumbers, sumSq / ink.path.Size(), PriceOfCorners(ink, ellipse)};
-    if (LengthOf(ink.path, arc.description) >= LengthOf(ink.path, rival))
-        return std::nullopt;
+    arc.description = {kArcNumbers * kNumberPrice + PriceOfCorners(ink, ellipse), sumSq};
     return arc;
 }
 
-bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance) {
-    if (chain.pieces.size() != 1 || chain.isClosed || chain.pieces[0].isArc)
+bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance) {
+    if (chain.pieces.size() != 1 || chain.isClosed)
         return false;
-    const LineFit& line = chain.pieces[0].line;
     return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
-        return std::fabs((p - line.centre).Cross(line.direction)) <= tolerance;
+        return std::fabs(DistanceFrom(chain.pieces[0], p)) <= tolerance;
     });
 }
 
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, RivalKind kind,
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind kind,
                                        bool mayClose) {
     const FreeTerms& terms = kFreeTerms[static_cast<std::size_t>(kind)];
-    if (rival.meanSq <= terms.badSpread * terms.badSpread)
+    if (rivalMeanSq <= terms.badSpread * terms.badSpread)
         return std::nullopt;
     const std::vector<Point> loop = mayClose ? MakeLoop(ink) : std::vector<Point>();
     FreeShape shape;
@@ -141,9 +127,7 @@ std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description&
         return std::nullopt;
     // The seam of a closed one fixes two poles.
     const int poles = static_cast<const Spline&>(*shape.curve).GetNumPoles() - (shape.isClosed ? 2 : 0);
-    shape.description = {0, rms * rms, 2.0 * terms.polePrice * poles};
-    if (LengthOf(ink.path, shape.description) >= LengthOf(ink.path, rival))
-        return std::nullopt;
+    shape.description = {2.0 * terms.polePrice * poles, rms * rms * ink.path.Size()};
     if (terms.tolerance > kFreeTolerance)
         shape.curve = FitFreeForm(pts, shape.isClosed, kFreeTolerance);
     return shape;

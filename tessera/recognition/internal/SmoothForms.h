@@ -12,18 +12,8 @@
 
 namespace Tessera::Geometry {
 
-/// How briefly, and how closely, something describes the path.
-struct Description {
-    int numbers = 0;     ///< parameters
-    double meanSq = 0.0; ///< distance of a point, sizes
-    double hidden = 0.0; ///< price of what else it takes: corners passed over, poles
-};
-
-double LengthOf(const InkPath& path, const Description& description);
-
-/// A chain by its carriers: what is lost by cutting corners off counts, where its pieces end does not.
-Description Describe(const PricedPath& ink, const Chain& chain);
-Description Describe(const RoundShape& round);
+/// Mean squared distance of the ink from the carriers of a chain: what is lost by cutting corners off counts.
+double MeanSqFrom(const PricedPath& ink, const Chain& chain);
 
 struct EllipticArc {
     Point centre;
@@ -35,15 +25,13 @@ struct EllipticArc {
     Description description;
 };
 
-/// An elliptic arc that describes the ink more briefly than the rival. Nothing for ink that goes round nearly
-/// whole or runs back, and for an ellipse that is nearly a circle.
-std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse,
-                                           const Description& rival);
+/// Nothing for ink that goes round nearly whole or runs back, and for an ellipse that is nearly a circle.
+std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse);
 
-/// Whether the chain is one line within the tolerance (sizes) of the ink.
-bool IsLoneLine(const PricedPath& ink, const Chain& chain, double tolerance);
+/// Whether the chain is one line or arc within the tolerance (sizes) of the ink.
+bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance);
 
-enum class RivalKind { Open, Smooth, Closed, Round };
+enum class RivalKind { Open, Smooth, Closed, SmoothClosed, Round };
 
 struct FreeShape {
     std::unique_ptr<Curve> curve; ///< in the path's frame
@@ -51,10 +39,11 @@ struct FreeShape {
     Description description;
 };
 
-/// A B-spline that describes the ink more briefly than the rival, closed if it may close and the ends meet
-/// within the closing tolerance. Looked for only where the rival strays farther from the
-/// ink than its kind usually does.
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, const Description& rival, RivalKind kind,
+/// A B-spline, closed if it may close and the ends meet within the closing tolerance. Looked for only where
+/// the rival strays farther from the ink than its kind usually does.
+///
+/// @param rivalMeanSq  squared distance of the rival from a point of the ink.
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind kind,
                                        bool mayClose);
 
 } // namespace Tessera::Geometry

@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/PiecePrices.h"
 
 namespace Tessera::Geometry {
 
@@ -35,6 +36,7 @@ struct Link {
     // Derived from those before:
     Point start;
     double heading = 0.0;
+    Point along; // its direction
 };
 
 struct Run {
@@ -48,6 +50,15 @@ struct Run {
     int trimLast = 0;
 };
 
+// Of a piece that crosses the start of the path the points before that have negative numbers.
+int Within(const PricedPath& ink, int i) {
+    return i < 0 ? i + ink.path.Size() : i;
+}
+
+const Point& At(const PricedPath& ink, int i) {
+    return ink.path.pts[static_cast<std::size_t>(Within(ink, i))];
+}
+
 Point Direction(double heading) {
     return {std::cos(heading), std::sin(heading)};
 }
@@ -58,6 +69,7 @@ void Lay(Run& run) {
     for (Link& link : run.links) {
         link.start = at;
         link.heading = heading;
+        link.along = Direction(heading);
         const double half = 0.5 * link.length * link.curvature;
         const double chord = std::fabs(half) > 1e-9 ? link.length * std::sin(half) / half : link.length;
         at += chord * Direction(heading + half);
@@ -79,8 +91,7 @@ std::vector<double*> ParametersOf(Run& run) {
 
 double Distance(const Link& link, const Point& p) {
     const Point to = p - link.start;
-    const Point along = Direction(link.heading);
-    const double left = along.Cross(to);
+    const double left = link.along.Cross(to);
     if (!link.isArc)
         return left;
     // Of the circle through the start: exact, and without cancellation for a large radius.
@@ -96,10 +107,9 @@ void Measure(const PricedPath& ink, const Run& run, std::vector<double>& residua
     for (std::size_t k = 0; k < run.links.size(); ++k) {
         const Link& link = run.links[k];
         const int end = k + 1 < run.links.size() ? link.last : link.last - run.trimLast + 1;
-        const Point along = Direction(link.heading);
         for (; at < end; ++at) {
-            const Point& p = ink.path.pts[static_cast<std::size_t>(at)];
-            residuals.push_back(link.isArc ? Distance(link, p) : along.Cross(p - link.start));
+            const Point& p = At(ink, at);
+            residuals.push_back(link.isArc ? Distance(link, p) : link.along.Cross(p - link.start));
         }
     }
     for (const Link& link : run.links)
@@ -118,13 +128,10 @@ double SumSq(const std::vector<double>& values) {
 void AssignPoints(const PricedPath& ink, Run& run) {
     for (std::size_t k = 0; k + 1 < run.links.size(); ++k) {
         const Link& next = run.links[k + 1];
-        const Point along = Direction(next.heading);
         const int low = (k > 0 ? run.links[k - 1].last : run.first) + 1;
         const int high = run.links[k + 1].last - 1;
         int& at = run.links[k].last;
-        const auto isBeyond = [&](int i) {
-            return (ink.path.pts[static_cast<std::size_t>(i)] - next.start).Dot(along) > 0.0;
-        };
+        const auto isBeyond = [&](int i) { return (At(ink, i) - next.start).Dot(next.along) > 0.0; };
         while (at > low && isBeyond(at - 1))
             --at;
         while (at < high && !isBeyond(at))
@@ -215,11 +222,11 @@ bool Improve(const PricedPath& ink, bool assign, Run& run) {
 Run MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, std::size_t to) {
     Run run;
     const ChainPiece& head = chain.pieces[from];
-    const Point& start = ink.path.pts[static_cast<std::size_t>(head.first)];
+    const Point& start = At(ink, head.first);
     const Point d = DirectionAt(ink, head, false);
     run.heading = std::atan2(d.y, d.x);
     run.normal = {-d.y, d.x};
-    run.first = head.first;
+    run.first = head.first < head.last ? head.first : head.first - ink.path.Size();
     run.trimFirst = head.first > 0 ? kTrim : 0;
     run.trimLast = chain.pieces[to].last + 1 < ink.path.Size() ? kTrim : 0;
     if (head.isArc) {
@@ -234,9 +241,9 @@ Run MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, std::si
         Link link;
         link.isArc = piece.isArc;
         link.last = piece.last;
-        link.length = ink.path.step * (piece.last - piece.first);
+        link.length = ink.path.step * (piece.last - (i == from ? run.first : piece.first));
         if (piece.isArc) {
-            const Point a = ink.path.pts[static_cast<std::size_t>(piece.first)] - piece.circle.centre;
+            const Point a = At(ink, piece.first) - piece.circle.centre;
             const Point b = DirectionAt(ink, piece, false);
             link.curvature = (a.Cross(b) < 0.0 ? -1.0 : 1.0) / piece.circle.radius;
         }
@@ -272,16 +279,16 @@ void MeetTargets(Run& run) {
     Lay(run);
 }
 
-void WriteBack(const Run& run, std::size_t from, Chain& chain) {
+void WriteBack(const PricedPath& ink, const Run& run, std::size_t from, Chain& chain) {
     for (std::size_t k = 0; k < run.links.size(); ++k) {
         const Link& link = run.links[k];
         ChainPiece& piece = chain.pieces[from + k];
         const Point d = Direction(link.heading);
         if (k > 0) {
             piece.meet = link.start;
-            piece.first = run.links[k - 1].last;
+            piece.first = Within(ink, run.links[k - 1].last);
         }
-        piece.last = link.last;
+        piece.last = Within(ink, link.last);
         if (link.isArc) {
             piece.circle.centre = link.start + Point(-d.y, d.x) / link.curvature;
             piece.circle.radius = std::fabs(1.0 / link.curvature);
@@ -289,6 +296,39 @@ void WriteBack(const Run& run, std::size_t from, Chain& chain) {
             piece.line.centre = link.start;
             piece.line.direction = d;
         }
+    }
+}
+
+// What the exact pieces cost: squares that a line's bow or wandering explained stay explained.
+void Reprice(const PricedPath& ink, const Run& run, std::size_t from, Chain& chain) {
+    int at = run.first + run.trimFirst;
+    for (std::size_t k = 0; k < run.links.size(); ++k) {
+        const Link& link = run.links[k];
+        const int end = k + 1 < run.links.size() ? link.last : link.last - run.trimLast + 1;
+        double sumSq = 0.0;
+        const int counted = std::max(1, end - at);
+        for (; at < end; ++at) {
+            const double off =
+                link.isArc ? Distance(link, At(ink, at)) : link.along.Cross(At(ink, at) - link.start);
+            sumSq += off * off;
+        }
+        ChainPiece& piece = chain.pieces[from + k];
+        const double explained = piece.isArc ? 0.0 : piece.line.sumSq - piece.sumSq;
+        // A chain's pieces count without what lies next to their ends.
+        const int points = PointsIn(ink, piece);
+        sumSq *= std::min(1.0, static_cast<double>(points + 1 - 2 * TrimOf(points)) / counted);
+        const double left = std::max(0.0, sumSq - explained);
+        chain.sumSq += left - piece.sumSq;
+        piece.sumSq = left;
+        if (!piece.isArc)
+            piece.line.sumSq = left + explained;
+    }
+    for (std::size_t k = 1; k < run.links.size(); ++k) {
+        ChainPiece& piece = chain.pieces[from + k];
+        const JointPrice joint = PriceJoint(ink, AsPriced(ink, chain.pieces[from + k - 1]),
+                                            AsPriced(ink, piece), {ink, piece.first});
+        chain.price += joint.price - piece.jointPrice;
+        piece.jointPrice = joint.price;
     }
 }
 
@@ -309,13 +349,17 @@ void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t 
             chain.pieces[i].joint = JointSight::Bend;
         return;
     }
+    if (snapRad <= 0.0) {
+        WriteBack(ink, run, from, chain);
+        Reprice(ink, run, from, chain);
+    }
     SetTargets(snapRad, run);
     if (std::any_of(run.links.begin(), run.links.end(), [](const Link& link) { return link.hasTarget; })) {
         for (int round = 0; round < kRounds && Improve(ink, true, run); ++round) {
         }
         MeetTargets(run);
     }
-    WriteBack(run, from, chain);
+    WriteBack(ink, run, from, chain);
     for (std::size_t i = from + 1; i <= to; ++i)
         chain.pieces[i].joint = JointSight::Tangent;
 }

@@ -1,7 +1,7 @@
 // TangentRun - lines and arcs that run on into each other, fitted to the ink together so that they touch.
 #pragma once
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 

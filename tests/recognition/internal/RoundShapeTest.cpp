@@ -85,9 +85,24 @@ TEST(RoundShape, CornersAreDear) {
     const Found box = Find(InkOf(RoundedBox(0.0, 0.3)), 100);
     const Found rounded = Find(InkOf(RoundedBox(58.0, 0.3)), 100);
     ASSERT_TRUE(box.shape && rounded.shape);
-    EXPECT_GT(box.shape->cost - box.shape->deviationCost, 60.0);
-    EXPECT_LT(rounded.shape->cost - rounded.shape->deviationCost, 30.0);
-    EXPECT_GT(box.shape->deviationCost, rounded.shape->deviationCost);
+    EXPECT_GT(box.shape->description.price, 60.0);
+    EXPECT_LT(rounded.shape->description.price, 30.0);
+    EXPECT_GT(box.shape->description.sumSq, rounded.shape->description.sumSq);
+}
+
+// Hands draw rounds with three bellies, at a price; what has five was meant to have them.
+TEST(RoundShape, ThreeBelliesAreAHandsOwn) {
+    const auto unexplained = [](int bellies, double size) {
+        const Path wavy = [=](double t) {
+            const double r = 50.0 * (1.0 + size * std::cos(bellies * kTurn * t));
+            return Point(r * std::cos(kTurn * t), r * std::sin(kTurn * t));
+        };
+        const Found found = Find(InkOf(PointsOf(wavy, 0.0, 1.0, 300)), 100);
+        return found.shape ? found.shape->description : Description{1e9, 1e9};
+    };
+    EXPECT_LT(20.0 * unexplained(3, 0.05).sumSq, unexplained(5, 0.05).sumSq);
+    EXPECT_GT(unexplained(3, 0.05).price, unexplained(5, 0.05).price);
+    EXPECT_NEAR(unexplained(3, 0.0).price, unexplained(5, 0.0).price, 1e-6);
 }
 
 } // namespace

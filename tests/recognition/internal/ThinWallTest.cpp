@@ -41,7 +41,7 @@ TEST(ThinWall, CentreLineAndSides) {
         {"line", Straight({10, 20}, {230, 90}), 1, CurveType_Line},
         {"arc", Round({0, 0}, 110, 110, 0.4, 2.7), 1, CurveType_Arc},
         {"arc, clockwise", Round({0, 0}, 110, 110, 2.7, 0.4), 1, CurveType_Arc},
-        {"elliptic arc", Round({0, 0}, 160, 70, 0.3, 2.9), 1, CurveType_Ellipse},
+        {"elliptic arc", Round({0, 0}, 160, 70, 0.2, 3.0), 1, CurveType_Ellipse},
         {"hook", Hook(), 2, CurveType_Line},
     };
     constexpr double kGap = 9.0;

@@ -1,4 +1,4 @@
-// JoinedPieces - what a line or an arc over a run of the ink costs, and what a joint between two of them
+// PiecePrices - what a line or an arc over a run of the ink costs, and what a joint between two of them
 // does.
 //
 // A hand does not draw straight: a line may be bowed, or wander slowly about where it should be, each by its
@@ -7,7 +7,7 @@
 
 #include <array>
 
-#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 
@@ -16,7 +16,7 @@ namespace Tessera::Geometry {
 inline constexpr std::array<double, 3> kHands = {100.0, 600.0, 3600.0};
 
 /// One kind of piece over one run of the path.
-struct JoinedPiece {
+struct PricedPiece {
     /// An explanation of the ink: a price, and the squares that it leaves unexplained.
     struct Account {
         double price = 1e300;
@@ -26,6 +26,8 @@ struct JoinedPiece {
     ChainPiece piece;
     Point first; ///< directions of the pen at the ends
     Point last;
+    double enter = 0.0; ///< their angles, radians
+    double leave = 0.0;
     double curvature = 0.0; ///< counter-clockwise positive
 
     /// As drawn; for a line also as one that is bowed, and as one that wanders.
@@ -38,19 +40,18 @@ struct JoinedPiece {
     }
 };
 
-struct JoinedPieces {
-    JoinedPiece line;
-    JoinedPiece arc;
+struct RunPrices {
+    PricedPiece line;
+    PricedPiece arc;
     bool hasArc = false;
 };
 
-/// A line and, where the run is not straight, an arc.
-///
-/// @param haste  0 for a hand that takes its time, 1 for one that dashes the stroke off and so bows its
-/// lines.
-JoinedPieces PriceJoinedPieces(const PricedPath& ink, int first, int last, double haste);
+/// A line and, where the run is not straight, an arc, over the points first to last (on across the start of
+/// the path for last < first).
+RunPrices PriceRun(const PricedPath& ink, int first, int last);
 
-double HasteOf(const InkPath& path);
+/// A piece as PriceJoint wants it; without accounts.
+PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece);
 
 struct JointPrice {
     double price = 0.0;
@@ -58,13 +59,22 @@ struct JointPrice {
 };
 
 /// No joint costs less than this.
-double LeastJointPrice(const PricedPath& ink);
+double LeastJointPrice();
+
+/// What the ink shows at a point of the path.
+struct JointSite {
+    JointSite(const PricedPath& ink, int point);
+
+    int at;
+    double seen; ///< turn of the ink, as SignedTurn gives it
+    double pace; ///< logarithm of the odds that so fast a pen drew no corner here
+};
 
 /// The cheapest kind of joint between two pieces.
-///
-/// @param at      the point of the path where the first piece ends.
-/// @param seen    turn of the ink there, as SignedTurn gives it.
-JointPrice PriceJoint(const PricedPath& ink, const JoinedPiece& before, const JoinedPiece& after, int at,
-                      double seen);
+JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                      const JointSite& site);
+
+/// The price of closing a chain where the ends of the ink meet: there it tells nothing of the turn.
+JointPrice PriceSeam(const PricedPath& ink, const PricedPiece& last, const PricedPiece& first);
 
 } // namespace Tessera::Geometry

@@ -1,6 +1,6 @@
 // Prices are natural logarithms of odds, as everywhere in the interpretation: half the square of how many
 // sigmas a thing lies off what is usual.
-#include "tessera/recognition/internal/JoinedPieces.h"
+#include "tessera/recognition/internal/PiecePrices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,27 +27,26 @@ constexpr int kStretches = 6;        // of a line, enough to tell an S from a st
 constexpr double kStraight = 0.1; // parameters' worth of a careful hand's squares below which nothing is bent
 
 // Radians that an arc sweeps at least; a bowed line seems to sweep 20 degrees, in haste 40.
-constexpr double kLeastSweep = 1.0;
-constexpr double kLeastSweepInHaste = 1.3;
+constexpr double kLeastSweep = 1.3;
+constexpr double kLeastSweepInHaste = 1.7;
 constexpr double kSweepSpread = 0.2;
+constexpr double kHopelessSweep = 0.5; // not looked at
 // Points of the path below which a piece is the rounding of a corner or a slip of the pen.
-constexpr double kShortLine = 5.0;
+constexpr double kShortLine = 10.0;
 constexpr double kShortArc = 8.0;
 constexpr double kShortSpread = 1.5;
-// Length drawn per sample, in sizes, by a calm and by a hasty hand.
-constexpr double kCalmPace = 0.06;
-constexpr double kHastyPace = 0.10;
-
 // The share of a corner's turn that lies beyond a few points of it.
 constexpr double kFreeLoss = 0.25;
-constexpr double kLossSpread = 0.15;
-constexpr double kLeastCorner = 0.6;   // radians, 35 degrees: people hardly see a corner in less
+constexpr double kLossSpread = 0.1;
+constexpr double kLeastCorner = 0.7;   // radians, 40 degrees: people hardly see a corner in less
 constexpr double kCornerSpread = 0.09; // of the fits' directions, radians
-// Pens slow to a fifth at corners, and to a half in bends; of the usual speed, and logarithms of odds.
-constexpr double kPaceBetween = 0.42;
-constexpr double kPaceSlope = 12.0;
-constexpr double kPaceGain = 2.0; // limits: a pen may be slow anywhere, and some draw evenly
-constexpr double kPaceLoss = 4.0;
+// Pens slow to a fifth of their usual speed at corners (19 of 20 below a half) and keep above 0.57 of it in
+// bends and along lines (19 of 20): logarithms of odds.
+constexpr double kPaceBetween = 0.54;
+constexpr double kPaceGainSlope = 24.0;
+constexpr double kPaceLossSlope = 48.0;
+constexpr double kMostPaceGain = 4.0; // a pen may be slow anywhere
+constexpr double kMostPaceLoss = 16.0;
 constexpr int kPaceReach = 2;
 
 // Radians by which a trembling hand turns the ink within a few points.
@@ -56,30 +55,63 @@ constexpr double kTurnSpread = 0.15;
 constexpr double kSeenReach = 3.0; // points over which SignedTurn sees
 // Sizes between carriers that should touch, and between where they touch and the break (candidates are
 // coarse).
-constexpr double kGapSpread = 0.04;
+constexpr double kGapSpread = 0.08;
 constexpr double kFreeTouch = 0.3;
 constexpr double kTouchSpread = 0.15;
-constexpr double kBendPrice = 2.0; // of a joint that explains nothing: less than any parameter
+// Of a joint that explains nothing: less than any number where an arc bends on, more between two lines.
+constexpr double kBendPrice = 2.0;
+constexpr double kLineBendPrice = 6.0;
 
 double Excess(double value, double spread) {
     return value > 0.0 ? 0.5 * (value / spread) * (value / spread) : 0.0;
+}
+
+double AngleOf(const Point& direction) {
+    return std::atan2(direction.y, direction.x);
+}
+
+// The difference of two angles, in half a turn either way.
+double WithinHalfTurn(double angle) {
+    constexpr double kHalfTurn = std::numbers::pi;
+    return angle > kHalfTurn ? angle - 2.0 * kHalfTurn : angle < -kHalfTurn ? angle + 2.0 * kHalfTurn : angle;
+}
+
+void Head(const PricedPath& ink, PricedPiece& joined) {
+    joined.first = DirectionAt(ink, joined.piece, false);
+    joined.last = DirectionAt(ink, joined.piece, true);
+    joined.enter = AngleOf(joined.first);
+    joined.leave = AngleOf(joined.last);
 }
 
 double Between(double calm, double hasty, double haste) {
     return calm + haste * (hasty - calm);
 }
 
+// Of the points first to last, which may lie beyond the end of the path: those are its first ones.
+Moments MomentsOf(const PricedPath& ink, int first, int last) {
+    const int n = ink.path.Size();
+    if (first >= n)
+        return ink.moments.Of(first - n, last - n);
+    if (last < n)
+        return ink.moments.Of(first, last);
+    Moments m = ink.moments.Of(first, n - 1);
+    m += ink.moments.Of(0, last - n);
+    return m;
+}
+
 // The part of a line's squares that stretches of it have in common.
 double SlowSumSq(const PricedPath& ink, const LineFit& line, int first, int last) {
-    const int trim = TrimOf(last - first);
+    const int n = ink.path.Size();
+    const int end = last > first ? last : last + n;
+    const int trim = TrimOf(end - first);
     const int from = first + trim;
-    const int points = last - trim - from + 1;
+    const int points = end - trim - from + 1;
     const int stretches = std::min(kStretches, points / 3);
     const Point normal(-line.direction.y, line.direction.x);
     double sumSq = 0.0;
     for (int k = 0; k < stretches; ++k) {
         const Moments m =
-            ink.moments.Of(from + points * k / stretches, from + points * (k + 1) / stretches - 1);
+            MomentsOf(ink, from + points * k / stretches, from + points * (k + 1) / stretches - 1);
         const double off = (Point(m.x, m.y) - m.n * line.centre).Dot(normal);
         sumSq += off * off / m.n;
     }
@@ -91,11 +123,13 @@ double PriceOfPace(const PricedPath& ink, int at) {
         return 0.0;
     const auto from = ink.pace.begin() + std::max(0, at - kPaceReach);
     const auto to = ink.pace.begin() + std::min(at + kPaceReach + 1, ink.path.Size());
-    return std::clamp(kPaceSlope * (*std::min_element(from, to) - kPaceBetween), -kPaceGain, kPaceLoss);
+    const double above = *std::min_element(from, to) - kPaceBetween;
+    return above > 0.0 ? std::min(kPaceLossSlope * above, kMostPaceLoss)
+                       : std::max(kPaceGainSlope * above, -kMostPaceGain);
 }
 
 // Distance between two carriers that should touch, and where they come closest; false for two lines.
-bool FindTouch(const JoinedPiece& a, const JoinedPiece& b, double& gap, Point& touch) {
+bool FindTouch(const PricedPiece& a, const PricedPiece& b, double& gap, Point& touch) {
     const ChainPiece& p = a.piece;
     const ChainPiece& q = b.piece;
     if (p.isArc && q.isArc) {
@@ -108,8 +142,8 @@ bool FindTouch(const JoinedPiece& a, const JoinedPiece& b, double& gap, Point& t
     }
     if (!p.isArc && !q.isArc)
         return false;
-    const JoinedPiece& line = p.isArc ? b : a;
-    const JoinedPiece& arc = p.isArc ? a : b;
+    const PricedPiece& line = p.isArc ? b : a;
+    const PricedPiece& arc = p.isArc ? a : b;
     const Point to = arc.piece.circle.centre - line.piece.line.centre;
     gap = line.first.Cross(to) - 1.0 / arc.curvature;
     touch = line.piece.line.centre + to.Dot(line.first) * line.first;
@@ -118,29 +152,24 @@ bool FindTouch(const JoinedPiece& a, const JoinedPiece& b, double& gap, Point& t
 
 } // namespace
 
-const JoinedPiece::Account& JoinedPiece::BestFor(double squared) const {
+const PricedPiece::Account& PricedPiece::BestFor(double squared) const {
     return *std::min_element(accounts.begin(), accounts.end(), [&](const Account& a, const Account& b) {
         return a.price + squared * a.sumSq < b.price + squared * b.sumSq;
     });
 }
 
-double HasteOf(const InkPath& path) {
-    const double pace = path.length / (path.source.back() + 1.0);
-    return std::clamp((pace - kCalmPace) / (kHastyPace - kCalmPace), 0.0, 1.0);
-}
-
-JoinedPieces PriceJoinedPieces(const PricedPath& ink, int first, int last, double haste) {
-    const double parameter = ink.prices.parameter;
+RunPrices PriceRun(const PricedPath& ink, int first, int last) {
+    const double parameter = kNumberPrice;
     const RunFits fits = FitRun(ink, first, last, kStraight * parameter / kHands.back());
-    const int points = last - first;
-    JoinedPieces both;
-    JoinedPiece& line = both.line;
-    line.piece = {first, last, false, 0.0, fits.line, {}};
-    line.first = DirectionAt(ink, line.piece, false);
-    line.last = line.first;
+    const int points = last > first ? last - first : last + ink.path.Size() - first;
+    RunPrices both;
+    PricedPiece& line = both.line;
+    line.piece = {first, last, false, 0.0, 0.0, fits.line, {}};
+    line.first = line.last = DirectionAt(ink, line.piece, false);
+    line.enter = line.leave = AngleOf(line.first);
     const double stray = std::sqrt(fits.line.sumSq / points) / fits.length;
     const double plain = 2.0 * parameter + Excess(kShortLine - points, kShortSpread) +
-                         Excess(stray - Between(kFreeStray, kFreeStrayInHaste, haste), kStraySpread);
+                         Excess(stray - Between(kFreeStray, kFreeStrayInHaste, ink.haste), kStraySpread);
     const double slow = SlowSumSq(ink, fits.line, first, last);
     const double wander = std::sqrt(slow / points) / fits.length;
     line.accounts[0] = {plain + fits.hiddenByLine, fits.line.sumSq};
@@ -148,48 +177,80 @@ JoinedPieces PriceJoinedPieces(const PricedPath& ink, int first, int last, doubl
         line.accounts[1] = {plain + fits.hiddenByLine + Excess(wander, kWander), fits.line.sumSq - slow};
     if (!fits.hasArc)
         return both;
-    const double bow = Excess(fits.BowOfLine(), Between(kBow, kBowInHaste, haste));
+    const double bow = Excess(fits.BowOfLine(), Between(kBow, kBowInHaste, ink.haste));
     line.accounts[2] = {plain + fits.hiddenByArc + bow, fits.circle.sumSq};
-    JoinedPiece& arc = both.arc;
-    both.hasArc = true;
-    arc.piece = {first, last, true, 0.0, fits.line, fits.circle};
-    arc.first = DirectionAt(ink, arc.piece, false);
-    arc.last = DirectionAt(ink, arc.piece, true);
-    arc.curvature = fits.curvature;
     const double sweep = fits.length * std::fabs(fits.curvature);
+    if (sweep < kHopelessSweep)
+        return both;
+    PricedPiece& arc = both.arc;
+    both.hasArc = true;
+    arc.piece = {first, last, true, 0.0, 0.0, fits.line, fits.circle};
+    Head(ink, arc);
+    arc.curvature = fits.curvature;
     arc.accounts[0] = {3.0 * parameter + fits.hiddenByArc + Excess(kShortArc - points, kShortSpread) +
-                           Excess(Between(kLeastSweep, kLeastSweepInHaste, haste) - sweep, kSweepSpread),
+                           Excess(Between(kLeastSweep, kLeastSweepInHaste, ink.haste) - sweep, kSweepSpread),
                        fits.circle.sumSq};
     return both;
 }
 
-double LeastJointPrice(const PricedPath& ink) {
-    return -std::max(kPaceGain, ink.prices.parameter);
+double LeastJointPrice() {
+    return -std::max(kMostPaceGain, kNumberPrice);
 }
 
-JointPrice PriceJoint(const PricedPath& ink, const JoinedPiece& before, const JoinedPiece& after, int at,
-                      double seen) {
-    const double turn = std::atan2(before.last.Cross(after.first), before.last.Dot(after.first));
+JointSite::JointSite(const PricedPath& ink, int point)
+    : at(point), seen(SignedTurn(ink.path, point)), pace(PriceOfPace(ink, point)) {}
+
+JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                      const JointSite& site) {
+    const double turn = WithinHalfTurn(after.enter - before.leave);
     const double size = std::max(std::fabs(turn), kCornerSpread);
     // Where the pen turns back, the two may differ by a whole turn.
-    const double missing = std::remainder(turn - seen, 2.0 * std::numbers::pi);
+    const double missing = WithinHalfTurn(turn - site.seen);
     const double lost = (turn < 0.0 ? -missing : missing) / size;
     JointPrice best{Excess(lost - kFreeLoss, kLossSpread) + Excess(kLeastCorner - size, kCornerSpread) +
-                        PriceOfPace(ink, at),
+                        site.pace,
                     JointSight::Corner};
     const double even = 0.5 * (before.curvature + after.curvature) * kSeenReach * ink.path.step;
-    const double smooth = Excess(std::fabs(seen - even) - kFreeTurn, kTurnSpread);
+    const double smooth = Excess(std::fabs(site.seen - even) - kFreeTurn, kTurnSpread);
     double gap = 0.0;
     Point touch;
     if (FindTouch(before, after, gap, touch)) {
-        const double away = touch.Distance(ink.path.pts[static_cast<std::size_t>(at)]);
+        const double away = touch.Distance(ink.path.pts[static_cast<std::size_t>(site.at)]);
         const double price = smooth + Excess(std::fabs(gap), kGapSpread) +
-                             Excess(away - kFreeTouch, kTouchSpread) - ink.prices.parameter;
+                             Excess(away - kFreeTouch, kTouchSpread) - kNumberPrice;
         if (price < best.price)
             best = {price, JointSight::Tangent};
     }
-    if (smooth + kBendPrice < best.price)
-        best = {smooth + kBendPrice, JointSight::Bend};
+    const double bend = smooth + (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
+    if (bend < best.price)
+        best = {bend, JointSight::Bend};
+    return best;
+}
+
+PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece) {
+    PricedPiece joined;
+    joined.piece = piece;
+    Head(ink, joined);
+    if (piece.isArc) {
+        const Point radius = ink.path.pts[static_cast<std::size_t>(piece.first)] - piece.circle.centre;
+        joined.curvature = (radius.Cross(joined.first) < 0.0 ? -1.0 : 1.0) / piece.circle.radius;
+    }
+    return joined;
+}
+
+JointPrice PriceSeam(const PricedPath& ink, const PricedPiece& last, const PricedPiece& first) {
+    const double turn = WithinHalfTurn(first.enter - last.leave);
+    JointPrice best{Excess(kLeastCorner - std::fabs(turn), kCornerSpread), JointSight::Corner};
+    double gap = 0.0;
+    Point touch;
+    if (FindTouch(last, first, gap, touch)) {
+        const Point at = 0.5 * (ink.path.pts.front() + ink.path.pts.back());
+        const double price = Excess(std::fabs(turn) - kFreeTurn, kTurnSpread) +
+                             Excess(std::fabs(gap), kGapSpread) +
+                             Excess(touch.Distance(at) - kFreeTouch, kTouchSpread) - kNumberPrice;
+        if (price < best.price)
+            best = {price, JointSight::Tangent};
+    }
     return best;
 }
 

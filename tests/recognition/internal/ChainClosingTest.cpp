@@ -1,10 +1,11 @@
-#include "tessera/recognition/internal/SharpPolygon.h"
+#include "tessera/recognition/internal/ChainClosing.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
 
-#include "tessera/recognition/internal/ChainClosing.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tests/support/SyntheticInk.h"
 
 namespace Tessera::Geometry {
@@ -27,29 +28,29 @@ InkPath Draw(const InkPlan& plan) {
     return MakeInkPath(plan.Draw(rng, Hand()).ink.samples);
 }
 
-TEST(SharpPolygon, FindsTheSidesWhereverThePenStarts) {
-    for (int sides = 5; sides <= 8; ++sides)
+Chain BriefestClosed(const InkPath& path) {
+    const PricedPath ink(path);
+    std::vector<Chain> chains = SearchChains(ink);
+    for (Chain& chain : chains)
+        chain = CloseChain(ink, chain);
+    return *std::min_element(chains.begin(), chains.end(), [&](const Chain& a, const Chain& b) {
+        return LengthOf(ink, a) < LengthOf(ink, b);
+    });
+}
+
+TEST(ChainClosing, PolygonsWhereverThePenStarts) {
+    for (int sides = 3; sides <= 10; ++sides)
         for (const bool fromMiddle : {false, true}) {
             SCOPED_TRACE(sides);
             std::vector<Point> corners = RegularPolygon(sides);
             if (fromMiddle) // of a side: a corner of no turn
                 corners.insert(corners.begin(), 0.5 * (corners.front() + corners.back()));
-            const InkPath path = Draw(InkPlan::Through(corners, true));
-            const std::optional<Chain> found = FindSharpPolygon(PricedPath(path));
-            ASSERT_TRUE(found);
-            EXPECT_EQ(static_cast<int>(found->pieces.size()), sides);
+            std::mt19937 rng(9);
+            const InkReading reading =
+                InterpretInk(InkPlan::Through(corners, true).Draw(rng, Hand()).ink, {});
+            EXPECT_TRUE(reading.isClosed);
+            EXPECT_EQ(static_cast<int>(reading.curves.size()), sides);
         }
-}
-
-TEST(SharpPolygon, NothingForRoundsOpenChainsAndFewSides) {
-    const InkPath round = Draw(InkPlan({{0.3, 630.0, 0.01}}));
-    EXPECT_FALSE(FindSharpPolygon(PricedPath(round)));
-    std::vector<Point> open = RegularPolygon(7);
-    open.pop_back();
-    const InkPath chain = Draw(InkPlan::Through(open, false));
-    EXPECT_FALSE(FindSharpPolygon(PricedPath(chain)));
-    const InkPath square = Draw(InkPlan::Through(RegularPolygon(4), true));
-    EXPECT_FALSE(FindSharpPolygon(PricedPath(square)));
 }
 
 // The ends of a square's ink: short of each other, past each other, in a corner and along a side.
@@ -70,9 +71,7 @@ TEST(ChainClosing, ClosesWhatWasMeantToClose) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        const InkPath path = Draw(InkPlan::Through(row.corners, false));
-        const PricedPath ink(path);
-        const Chain chain = CloseChain(ink, SearchChain(ink));
+        const Chain chain = BriefestClosed(Draw(InkPlan::Through(row.corners, false)));
         EXPECT_EQ(chain.isClosed, row.closes);
         EXPECT_EQ(chain.pieces.size(), row.pieces);
     }

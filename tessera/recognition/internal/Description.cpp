@@ -1,0 +1,24 @@
+#include "tessera/recognition/internal/Description.h"
+
+#include <cmath>
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr double kIndependent = 0.15; // of the points: neighbours stray together
+// Root mean square distances, sizes, that the ink of a sloppy hand hardly exceeds, and one sigma of that.
+constexpr double kUsualMost = 0.03;
+constexpr double kUsualSlack = 0.012;
+
+} // namespace
+
+double LengthOf(const InkPath& path, const Description& description) {
+    const int n = path.Size();
+    const double meanSq = description.sumSq / n;
+    const double astray = (std::sqrt(meanSq) - kUsualMost) / kUsualSlack;
+    return description.price + (astray > 0.0 ? 0.5 * astray * astray : 0.0) +
+           0.5 * kIndependent * n * std::log(meanSq + kLeastSpread * kLeastSpread);
+}
+
+} // namespace Tessera::Geometry

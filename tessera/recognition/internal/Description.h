@@ -1,0 +1,23 @@
+// Description - how briefly something describes the ink: the one currency in which all readings compete.
+//
+// A description costs natural logarithms of odds: a price for every number it takes and for everything that
+// is odd about it, and for the squared distances it leaves the logarithm of their mean for each point that
+// strays on its own. The spread of the hand is so taken from the ink itself (J. Rissanen, Automatica 14
+// (1978) 465-471).
+#pragma once
+
+#include "tessera/recognition/internal/InkPath.h"
+
+namespace Tessera::Geometry {
+
+inline constexpr double kNumberPrice = 4.0;   ///< logarithm of the size over the spread of the hand
+inline constexpr double kLeastSpread = 0.004; ///< root mean square distance that no hand stays below, sizes
+
+struct Description {
+    double price = 0.0; ///< of all its numbers and oddities
+    double sumSq = 0.0; ///< squared distances of the path's points that nothing explains
+};
+
+double LengthOf(const InkPath& path, const Description& description);
+
+} // namespace Tessera::Geometry
