@@ -23,10 +23,9 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr std::size_t kHandCount = kHands.size();
 constexpr std::size_t kSearches = 2 * kHandCount; // with arcs and without, for each hand
 
-constexpr int kSpacing = 5;        // points between candidates where nothing turns
-constexpr int kShortest = 3;       // points of a piece
-constexpr double kMixing = 1.0;    // price of drawing both lines and arcs: most people draw one kind
-constexpr double kHopeless = 20.0; // parameters' worth of squares that no saving makes good
+constexpr int kSpacing = 5;     // points between candidates where nothing turns
+constexpr int kShortest = 3;    // points of a piece
+constexpr double kMixing = 1.0; // price of drawing both lines and arcs: most people draw one kind
 
 struct Node {
     PricedPiece priced;
@@ -54,7 +53,6 @@ Lattice MakeLattice(const PricedPath& ink) {
     lattice.at = FindBreakCandidates(ink, kSpacing);
     for (const int at : lattice.at)
         lattice.sites.emplace_back(ink, at);
-    const double hopeless = kHopeless * kNumberPrice;
     for (std::size_t j = 0; j < lattice.at.size(); ++j) {
         lattice.ending.push_back(static_cast<int>(lattice.nodes.size()));
         bool isNearest = true; // without it there might be no way through
@@ -62,13 +60,12 @@ Lattice MakeLattice(const PricedPath& ink) {
             if (lattice.at[j] - lattice.at[i] < kShortest)
                 continue;
             const RunPrices both = PriceRun(ink, lattice.at[i], lattice.at[j]);
-            const bool line = both.line.CostFor(kHands.front()) <= hopeless;
-            const bool arc = both.hasArc && both.arc.CostFor(kHands.front()) <= hopeless;
+            const bool line = both.line.CostFor(kHands.front()) <= kHopeless;
             if (line || isNearest)
                 lattice.nodes.push_back({both.line, static_cast<int>(i)});
-            if (arc)
+            if (both.hasArc)
                 lattice.nodes.push_back({both.arc, static_cast<int>(i)});
-            if (!line && !arc)
+            if (!line && !both.hasArc)
                 break; // a longer piece fits no better
             isNearest = false;
         }
@@ -99,10 +96,11 @@ void FindBest(const PricedPath& ink, int n, Lattice& lattice) {
             if (before[h].cost + joint.price < best[h].cost)
                 best[h] = {before[h].cost + joint.price, m, joint.price, joint.sight};
     }
-    for (std::size_t h = 0; h < kSearches; ++h)
-        best[h].cost += node.priced.piece.isArc && h >= kHandCount
-                            ? kInfinite
-                            : node.priced.CostFor(kHands[h % kHandCount]);
+    for (std::size_t h = 0; h < kHandCount; ++h) {
+        const double cost = node.priced.CostFor(kHands[h]);
+        best[h].cost += cost;
+        best[h + kHandCount].cost += node.priced.piece.isArc ? kInfinite : cost;
+    }
 }
 
 Chain Assemble(double squared, std::span<const PricedPiece* const> priced,

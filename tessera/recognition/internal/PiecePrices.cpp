@@ -30,6 +30,7 @@ constexpr double kStraight = 0.1; // parameters' worth of a careful hand's squar
 constexpr double kLeastSweep = 1.3;
 constexpr double kLeastSweepInHaste = 1.7;
 constexpr double kSweepSpread = 0.2;
+constexpr double kWorthwhile = 0.25;   // of a careful hand's squares, below which nothing is to be explained
 constexpr double kHopelessSweep = 0.5; // not looked at
 // Points of the path below which a piece is the rounding of a corner or a slip of the pen.
 constexpr double kShortLine = 10.0;
@@ -170,26 +171,28 @@ RunPrices PriceRun(const PricedPath& ink, int first, int last) {
     const double stray = std::sqrt(fits.line.sumSq / points) / fits.length;
     const double plain = 2.0 * parameter + Excess(kShortLine - points, kShortSpread) +
                          Excess(stray - Between(kFreeStray, kFreeStrayInHaste, ink.haste), kStraySpread);
-    const double slow = SlowSumSq(ink, fits.line, first, last);
-    const double wander = std::sqrt(slow / points) / fits.length;
     line.accounts[0] = {plain + fits.hiddenByLine, fits.line.sumSq};
-    if (wander <= kMostWander)
-        line.accounts[1] = {plain + fits.hiddenByLine + Excess(wander, kWander), fits.line.sumSq - slow};
+    if (plain + fits.hiddenByLine <= kHopeless && kHands.back() * fits.line.sumSq > kWorthwhile) {
+        const double slow = SlowSumSq(ink, fits.line, first, last);
+        const double wander = std::sqrt(slow / points) / fits.length;
+        if (wander <= kMostWander)
+            line.accounts[1] = {plain + fits.hiddenByLine + Excess(wander, kWander), fits.line.sumSq - slow};
+    }
     if (!fits.hasArc)
         return both;
     const double bow = Excess(fits.BowOfLine(), Between(kBow, kBowInHaste, ink.haste));
     line.accounts[2] = {plain + fits.hiddenByArc + bow, fits.circle.sumSq};
     const double sweep = fits.length * std::fabs(fits.curvature);
-    if (sweep < kHopelessSweep)
+    const double price = 3.0 * parameter + fits.hiddenByArc + Excess(kShortArc - points, kShortSpread) +
+                         Excess(Between(kLeastSweep, kLeastSweepInHaste, ink.haste) - sweep, kSweepSpread);
+    if (sweep < kHopelessSweep || price + kHands.front() * fits.circle.sumSq > kHopeless)
         return both;
     PricedPiece& arc = both.arc;
     both.hasArc = true;
     arc.piece = {first, last, true, 0.0, 0.0, fits.line, fits.circle};
     Head(ink, arc);
     arc.curvature = fits.curvature;
-    arc.accounts[0] = {3.0 * parameter + fits.hiddenByArc + Excess(kShortArc - points, kShortSpread) +
-                           Excess(Between(kLeastSweep, kLeastSweepInHaste, ink.haste) - sweep, kSweepSpread),
-                       fits.circle.sumSq};
+    arc.accounts[0] = {price, fits.circle.sumSq};
     return both;
 }
 

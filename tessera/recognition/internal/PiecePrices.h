@@ -15,6 +15,9 @@ namespace Tessera::Geometry {
 /// before.
 inline constexpr std::array<double, 3> kHands = {100.0, 600.0, 3600.0};
 
+/// Price from which a piece is not looked at: no saving makes it good.
+inline constexpr double kHopeless = 20.0 * kNumberPrice;
+
 /// One kind of piece over one run of the path.
 struct PricedPiece {
     /// An explanation of the ink: a price, and the squares that it leaves unexplained.
@@ -46,8 +49,8 @@ struct RunPrices {
     bool hasArc = false;
 };
 
-/// A line and, where the run is not straight, an arc, over the points first to last (on across the start of
-/// the path for last < first).
+/// A line and, where the run is bent evenly enough, an arc, over the points first to last (on across the
+/// start of the path for last < first).
 RunPrices PriceRun(const PricedPath& ink, int first, int last);
 
 /// A piece as PriceJoint wants it; without accounts.

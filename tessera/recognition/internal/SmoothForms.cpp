@@ -33,7 +33,7 @@ struct FreeTerms {
 };
 constexpr FreeTerms kFreeTerms[] = {{0.04, kFreeTolerance, 2.5},
                                     {0.0, kFreeTolerance, 3.5},
-                                    {0.045, kFreeTolerance, 2.5},
+                                    {0.065, kFreeTolerance, 2.5},
                                     {0.0, kFreeTolerance, 1.7},
                                     {0.095, 0.06, 2.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
