@@ -179,7 +179,7 @@ InkPath MakeInkPath(std::span<const InkSample> samples) {
     if (distinct.pts.size() < 2)
         return path;
     const double size = SizeOf(distinct, path.origin);
-    if (!(size > 0.0))
+    if (!(size > 0.0) || !std::isfinite(size))
         return path;
     LayOut(distinct, size, kMost, path);
     path.origin += Point(samples[0].x, samples[0].y);

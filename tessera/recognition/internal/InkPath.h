@@ -28,7 +28,7 @@ struct InkPath {
 };
 
 /// In units of the drawing's size, the root mean square distance from its centroid. Empty when the samples
-/// hold no two different positions. O(n).
+/// hold no two different positions, and when they lie so far apart that the size is no number. O(n).
 InkPath MakeInkPath(std::span<const InkSample> samples);
 
 /// The path in units that suit its pieces: of a drawing of many (a flight of stairs, the outline of a gear)
