@@ -18,7 +18,7 @@ const Point& At(const PricedPath& ink, int i) {
 }
 
 Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
-    if (before.last == after.first && after.joint == JointSight::Tangent)
+    if (before.last == after.first && after.joint == JointSight::Tangent && after.isTouching)
         return after.meet;
     const bool isSeam = before.last != after.first;
     const Point corner = 0.5 * (At(ink, before.last) + At(ink, after.first));
@@ -50,7 +50,8 @@ Point MiddleOf(const PricedPath& ink, const ChainPiece& piece, const Point& from
 }
 
 // Runs of pieces between which the ink only bends, as one piece each.
-std::vector<ChainPiece> JoinBends(const std::vector<ChainPiece>& pieces, std::vector<bool>& isFree) {
+std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std::vector<bool>& isFree) {
+    const std::vector<ChainPiece>& pieces = chain.pieces;
     std::vector<ChainPiece> joined;
     isFree.clear();
     for (std::size_t i = 0; i < pieces.size(); ++i) {
@@ -61,6 +62,17 @@ std::vector<ChainPiece> JoinBends(const std::vector<ChainPiece>& pieces, std::ve
             joined.push_back(pieces[i]);
             isFree.push_back(false);
         }
+    }
+    if (IsRing(chain) && pieces.front().joint == JointSight::Bend && joined.size() > 1) {
+        joined.back().last = joined.front().last;
+        joined.front() = joined.back();
+        joined.pop_back();
+        isFree.front() = true;
+        isFree.pop_back();
+    }
+    if (joined.size() == 1 && isFree.front() && joined.front().last <= joined.front().first) {
+        joined.front().first = 0; // it begins anywhere
+        joined.front().last = ink.path.Size() - 1;
     }
     return joined;
 }
@@ -90,7 +102,7 @@ bool ExactChain::IsPolygon() const {
 
 ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {
     std::vector<bool> isFree;
-    const std::vector<ChainPiece> pieces = JoinBends(chain.pieces, isFree);
+    const std::vector<ChainPiece> pieces = JoinBends(ink, chain, isFree);
     ExactChain exact;
     exact.isClosed = chain.isClosed;
     const std::size_t count = pieces.size();

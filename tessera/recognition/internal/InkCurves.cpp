@@ -31,12 +31,18 @@ Point Unit(const Point& v) {
     return v / std::max(v.Length(), 1e-300);
 }
 
+// Of a piece that crosses the start of the path the points run on beyond it.
+const Point& PointAt(const InkPath& path, int i) {
+    const int n = path.Size();
+    return path.pts[static_cast<std::size_t>((i + n) % n)];
+}
+
 Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
     if (piece.kind == PieceKind::Line)
         return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
     if (piece.kind == PieceKind::Spline) {
-        const auto at = [&](int i) { return path.pts[static_cast<std::size_t>(i)]; };
-        return {Unit(at(piece.first + 2) - piece.from), Unit(piece.to - at(piece.last - 2))};
+        return {Unit(PointAt(path, piece.first + 2) - piece.from),
+                Unit(piece.to - PointAt(path, piece.last - 2))};
     }
     // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
     const Point chord = Unit(piece.to - piece.from);
@@ -51,11 +57,10 @@ Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
 
 // Null only when memory runs out or the ink defies the tolerances.
 std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) {
+    const int end = piece.first < piece.last ? piece.last : piece.last + path.Size();
     std::vector<Point> pts;
-    for (int i = piece.first; i <= piece.last; ++i)
-        pts.push_back(path.ToModel(i == piece.first  ? piece.from
-                                   : i == piece.last ? piece.to
-                                                     : path.pts[static_cast<std::size_t>(i)]));
+    for (int i = piece.first; i <= end; ++i)
+        pts.push_back(path.ToModel(i == piece.first ? piece.from : i == end ? piece.to : PointAt(path, i)));
     return FitFreeForm(pts, false, kSplineShare * path.scale);
 }
 

@@ -94,6 +94,11 @@ PricedPath::PricedPath(const InkPath& inkPath)
     : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)), haste(HasteOf(inkPath)),
       closing(0.125 * inkPath.length) {}
 
+bool IsRing(const Chain& chain) {
+    return chain.isClosed && chain.pieces.size() > 1 &&
+           chain.pieces.back().last == chain.pieces.front().first;
+}
+
 int PointsIn(const PricedPath& ink, const ChainPiece& piece) {
     return piece.last > piece.first ? piece.last - piece.first : piece.last + ink.path.Size() - piece.first;
 }

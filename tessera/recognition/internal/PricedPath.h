@@ -29,7 +29,8 @@ struct ChainPiece {
     CircleFit circle{};                    ///< of arcs
     JointSight joint = JointSight::Corner; ///< with the piece before
     double jointPrice = 0.0;
-    Point meet{}; ///< where it touches the piece before, at a tangent joint
+    bool isTouching = false; ///< made to touch the piece before, in `meet`
+    Point meet{};
 };
 
 struct Chain {
@@ -39,6 +40,10 @@ struct Chain {
     double squared = 0.0; ///< what squares weigh for the hand that it was found for
     bool isClosed = false;
 };
+
+/// Whether the chain is closed within its first piece: the joint between the last piece and that one is a
+/// joint as any other, not the seam where the ends of the ink meet.
+bool IsRing(const Chain& chain);
 
 /// A point at which the ink turns more than beside it.
 struct TurningPeak {

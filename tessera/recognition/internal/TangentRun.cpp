@@ -50,9 +50,10 @@ struct Run {
     int trimLast = 0;
 };
 
-// Of a piece that crosses the start of the path the points before that have negative numbers.
+// The points of a run that crosses the start of the path are counted on beyond it, or from before it.
 int Within(const PricedPath& ink, int i) {
-    return i < 0 ? i + ink.path.Size() : i;
+    const int n = ink.path.Size();
+    return (i + n) % n;
 }
 
 const Point& At(const PricedPath& ink, int i) {
@@ -173,12 +174,17 @@ std::vector<double> FindStep(const PricedPath& ink, Run& run, const std::vector<
     std::vector<std::vector<double>> m(n, std::vector<double>(n));
     std::vector<double> b(n);
     for (std::size_t r = 0; r < n; ++r) {
+        // What lies before a parameter's link does not depend on it, and still less on a later one.
+        std::size_t begin = 0;
+        while (begin < residuals.size() && slopes[r][begin] == 0.0)
+            ++begin;
         for (std::size_t c = 0; c <= r; ++c) {
-            for (std::size_t i = 0; i < residuals.size(); ++i)
-                m[r][c] += slopes[r][i] * slopes[c][i];
-            m[c][r] = m[r][c];
+            double sum = 0.0;
+            for (std::size_t i = begin; i < residuals.size(); ++i)
+                sum += slopes[r][i] * slopes[c][i];
+            m[r][c] = m[c][r] = sum;
         }
-        for (std::size_t i = 0; i < residuals.size(); ++i)
+        for (std::size_t i = begin; i < residuals.size(); ++i)
             b[r] -= slopes[r][i] * residuals[i];
     }
     for (std::size_t r = 0; r < n; ++r)
@@ -240,8 +246,9 @@ Run MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, std::si
         const ChainPiece& piece = chain.pieces[i];
         Link link;
         link.isArc = piece.isArc;
-        link.last = piece.last;
-        link.length = ink.path.step * (piece.last - (i == from ? run.first : piece.first));
+        const int first = i == from ? run.first : run.links.back().last;
+        link.last = first + PointsIn(ink, piece);
+        link.length = ink.path.step * (link.last - first);
         if (piece.isArc) {
             const Point a = At(ink, piece.first) - piece.circle.centre;
             const Point b = DirectionAt(ink, piece, false);
@@ -285,6 +292,7 @@ void WriteBack(const PricedPath& ink, const Run& run, std::size_t from, Chain& c
         ChainPiece& piece = chain.pieces[from + k];
         const Point d = Direction(link.heading);
         if (k > 0) {
+            piece.isTouching = true;
             piece.meet = link.start;
             piece.first = Within(ink, run.links[k - 1].last);
         }
@@ -368,6 +376,11 @@ void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t 
 
 void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
     const std::size_t count = chain.pieces.size();
+    // A run may go on over the joint before the first piece of a ring: the ring is begun at a corner, if any.
+    const auto isCorner = [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; };
+    const auto corner = std::find_if(chain.pieces.begin(), chain.pieces.end(), isCorner);
+    const auto turned = IsRing(chain) && corner != chain.pieces.end() ? corner - chain.pieces.begin() : 0;
+    std::rotate(chain.pieces.begin(), chain.pieces.begin() + turned, chain.pieces.end());
     for (std::size_t from = 0; from < count;) {
         std::size_t to = from;
         bool isFree = false;
@@ -377,6 +390,7 @@ void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
             FitRun(ink, snapRad, isFree ? kBendDefiance : kDefiance, from, to, chain);
         from = to + 1;
     }
+    std::rotate(chain.pieces.begin(), chain.pieces.end() - turned, chain.pieces.end());
 }
 
 } // namespace Tessera::Geometry
