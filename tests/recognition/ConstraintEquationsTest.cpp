@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include "tessera/recognition/internal/ConstraintEquations.h"
 #include "tessera/recognition/internal/RowSpace.h"

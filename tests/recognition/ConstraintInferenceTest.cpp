@@ -1,10 +1,5 @@
-#include <algorithm>
-#include <cmath>
-#include <functional>
 #include <map>
 #include <numeric>
-
-#include <gtest/gtest.h>
 
 #include "tessera/recognition/internal/ConstraintSolver.h"
 #include "tests/support/ConstraintOracle.h"

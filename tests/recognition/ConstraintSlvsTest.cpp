@@ -2,7 +2,6 @@
 // refuses redundant and inconsistent sets by a rank test of its own. Built where the library is installed.
 #include <cstring>
 
-#include <gtest/gtest.h>
 #include <slvs.h>
 
 #include "tests/support/GeneratedSketches.h"

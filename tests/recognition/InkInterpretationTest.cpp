@@ -2,8 +2,9 @@
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tests/support/PenPaths.h"
+#include "tests/support/SegmentDistance.h"
 #include "tests/support/SyntheticInk.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {
@@ -20,25 +21,15 @@ InkStroke DrawThrough(const std::vector<Point>& corners, bool isClosed, unsigned
     return InkPlan::Through(corners, isClosed).Draw(rng, Hand()).ink;
 }
 
-/// A careful round of so many degrees that drifts outwards by a share of the radius.
-InkStroke DrawRound(double a, double b, double degrees, double drift) {
-    InkStroke ink;
-    constexpr int kSamples = 150;
-    for (int i = 0; i < kSamples; ++i) {
-        const double share = static_cast<double>(i) / (kSamples - 1);
-        const double t = 0.4 + share * degrees * std::numbers::pi / 180.0;
-        const double grown = 1.0 + drift * (share - 0.5);
-        ink.samples.push_back({100.0 + a * grown * std::cos(t), 50.0 + b * grown * std::sin(t), 0.0});
-    }
-    return ink;
+InkStroke DrawRound(double a, double b, double degrees, double drift = 0.0) {
+    return InkOf(PointsOf(DriftingRound({100, 50}, a, b, degrees, drift)));
 }
 
 void ExpectJoined(const InkReading& reading) {
     for (const InkJoint& joint : reading.joints) {
-        const Curve& before = *reading.curves[static_cast<std::size_t>(joint.before)].curve;
-        const Curve& after = *reading.curves[static_cast<std::size_t>(joint.after)].curve;
-        const Point end = joint.beforeEnd == CurveEnd::End ? before.GetEnd() : before.GetStart();
-        const Point start = joint.afterEnd == CurveEnd::Start ? after.GetStart() : after.GetEnd();
+        const auto& curves = reading.curves;
+        const Point end = EndOf(*curves[static_cast<std::size_t>(joint.before)].curve, joint.beforeEnd);
+        const Point start = EndOf(*curves[static_cast<std::size_t>(joint.after)].curve, joint.afterEnd);
         EXPECT_LT(end.Distance(start), 1e-9);
         EXPECT_LT(end.Distance(joint.position), 1e-9);
     }
@@ -78,11 +69,11 @@ TEST(InkInterpretation, TellsPlainShapes) {
         {"square", DrawThrough({{0, 0}, {80, 3}, {79, 82}, {-1, 78}}, true), InkShape::Square, 4, 4},
         {"rectangle", DrawThrough({{0, 0}, {140, 3}, {139, 82}, {-1, 78}}, true), InkShape::Rectangle, 4, 4},
         {"diamond", DrawThrough({{0, 0}, {40, 90}, {0, 180}, {-40, 90}}, true), InkShape::Rhombus, 4, 4},
-        {"circle", DrawRound(50, 50, 365, 0.0), InkShape::Circle, 1, 0},
+        {"circle", DrawRound(50, 50, 365), InkShape::Circle, 1, 0},
         {"circle that drifts", DrawRound(50, 50, 350, 0.15), InkShape::Circle, 1, 0},
         {"circle that runs on", DrawRound(50, 48, 440, 0.1), InkShape::Circle, 1, 0},
         {"ellipse", DrawRound(80, 40, 370, 0.05), InkShape::Ellipse, 1, 0},
-        {"arc", DrawRound(50, 50, 150, 0.0), InkShape::Arc, 1, 0},
+        {"arc", DrawRound(50, 50, 150), InkShape::Arc, 1, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -119,11 +110,10 @@ TEST(InkInterpretation, WithoutHypothesesTheRulesAnswer) {
     ASSERT_EQ(reading.curves.size(), 2U);
     EXPECT_LT(reading.curves[0].curve->GetEnd().Distance({80.0, 33.0}), 5.0);
     EXPECT_LT(reading.curves[1].maxDeviation, 5.0);
-    for (const double sense : {1.0, -1.0}) { // arcs run counter-clockwise, the pen may not
-        InkStroke arc = DrawRound(50, 50, sense * 150, 0.0);
-        const InkReading bent = InterpretInk(arc, preferences);
+    for (const double degrees : {150.0, -150.0}) { // arcs run counter-clockwise, the pen may not
+        const InkReading bent = InterpretInk(DrawRound(50, 50, degrees), preferences);
         ASSERT_EQ(bent.shape, InkShape::Arc);
-        EXPECT_EQ(bent.curves[0].isReversed, sense < 0.0);
+        EXPECT_EQ(bent.curves[0].isReversed, degrees < 0.0);
     }
 }
 
@@ -179,20 +169,6 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Gear, 7, 60).right, 54);
 }
 
-/// Distance from a point to a fine poly-line of the curve, without the curve's own projections.
-double BruteDistance(const Curve& curve, const Point& p) {
-    std::vector<Point> pts;
-    curve.CreatePolylinePoints(2000, pts);
-    double least = 1e300;
-    for (std::size_t i = 1; i < pts.size(); ++i) {
-        const Point side = pts[i] - pts[i - 1];
-        const double share =
-            std::clamp((p - pts[i - 1]).Dot(side) / std::max(side.Dot(side), 1e-300), 0.0, 1.0);
-        least = std::min(least, p.Distance(pts[i - 1] + share * side));
-    }
-    return least;
-}
-
 // Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
 // so far beyond its rounding), each tells its deviation truly, and joints join.
 TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
@@ -221,12 +197,14 @@ TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
             EXPECT_GT(reach.min.y, box.min.y - tolerance);
             EXPECT_LT(reach.max.x, box.max.x + tolerance);
             EXPECT_LT(reach.max.y, box.max.y + tolerance);
+            std::vector<Point> fine; // without the curve's own projections
+            made.curve->CreatePolylinePoints(2000, fine);
             double farthest = 0.0;
             const int n = static_cast<int>(ink.samples.size());
             const int count = (made.lastSample - made.firstSample + n) % n;
             for (int i = 0; i <= count; ++i) {
                 const InkSample& s = ink.samples[static_cast<std::size_t>((made.firstSample + i) % n)];
-                farthest = std::max(farthest, BruteDistance(*made.curve, {s.x, s.y}));
+                farthest = std::max(farthest, PolylineDistance(fine, {s.x, s.y}));
             }
             EXPECT_NEAR(made.maxDeviation, farthest, 1e-3 * tolerance);
             splines += made.curve->GetType() == CurveType_Spline ? 1 : 0;
@@ -291,49 +269,22 @@ TEST(InkInterpretation, WavesAreFollowedNotStraightened) {
     for (const double height : {8.0, 18.0, 25.0})
         for (const double waves : {1.0, 1.5, 2.0, 3.0}) {
             SCOPED_TRACE(testing::Message() << height << ", " << waves);
-            InkStroke ink;
-            for (int i = 0; i <= 120; ++i) {
-                const double u = i / 120.0;
-                ink.samples.push_back(
-                    {155.0 * u, height * std::sin(2.0 * std::numbers::pi * waves * u), 0.0});
-            }
-            for (const InterpretedCurve& made : Read(ink).curves)
+            const Path wave = [=](double u) {
+                return Point(155.0 * u, height * std::sin(kTurn * waves * u));
+            };
+            for (const InterpretedCurve& made : Read(InkOf(PointsOf(wave))).curves)
                 EXPECT_LT(made.maxDeviation, 0.04 * 155.0);
         }
 }
 
-// Flights of stairs in one stroke: every step is found, however small it is beside the whole.
-TEST(InkInterpretation, LongStrokesKeepTheirCorners) {
-    for (const int sides : {10, 16, 30}) {
-        SCOPED_TRACE(sides);
-        InkStroke ink;
-        Point at;
-        for (int side = 0; side < sides; ++side)
-            for (int i = 0; i < 16; ++i) {
-                ink.samples.push_back({at.x, at.y, 0.0});
-                at += side % 2 == 0 ? Point(0.0, 3.0) : Point(3.0, 0.0);
-            }
-        ink.samples.push_back({at.x, at.y, 0.0});
-        const InkReading reading = Read(ink);
-        EXPECT_EQ(reading.curves.size(), static_cast<std::size_t>(sides));
-        for (const InterpretedCurve& made : reading.curves) {
-            EXPECT_EQ(made.curve->GetType(), CurveType_Line);
-            EXPECT_LT(made.maxDeviation, 3.0);
-        }
-    }
-}
-
 TEST(InkInterpretation, ArcsOfEitherSenseKeepTheirEnds) {
-    InkStroke ink = DrawRound(50, 50, 150, 0.0);
-    for (const bool backwards : {false, true}) {
-        if (backwards)
-            std::reverse(ink.samples.begin(), ink.samples.end());
+    for (const double degrees : {150.0, -150.0}) {
+        const InkStroke ink = DrawRound(50, 50, degrees);
         const InkReading reading = Read(ink);
         ASSERT_EQ(reading.shape, InkShape::Arc);
         const InterpretedCurve& made = reading.curves[0];
-        EXPECT_EQ(made.isReversed, backwards);
-        const Point first = made.First() == CurveEnd::Start ? made.curve->GetStart() : made.curve->GetEnd();
-        EXPECT_LT(first.Distance({ink.samples[0].x, ink.samples[0].y}), 0.5);
+        EXPECT_EQ(made.isReversed, degrees < 0.0);
+        EXPECT_LT(EndOf(*made.curve, made.First()).Distance({ink.samples[0].x, ink.samples[0].y}), 0.5);
         EXPECT_NEAR(static_cast<const Arc&>(*made.curve).GetRadius(), 50.0, 0.1);
         EXPECT_LT(made.maxDeviation, 0.1);
     }

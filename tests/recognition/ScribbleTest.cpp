@@ -1,11 +1,6 @@
 #include "tessera/recognition/Scribble.h"
 
-#include <algorithm>
-#include <cmath>
 #include <numeric>
-#include <random>
-
-#include <gtest/gtest.h>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"

@@ -1,11 +1,6 @@
 // Whether curves satisfy a constraint, from their points alone, and what a set of constraints implies.
 #pragma once
 
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <vector>
-
 #include "tessera/kernel/NR.h"
 #include "tessera/recognition/internal/ConstraintEquations.h"
 #include "tests/support/GeneratedSketches.h"

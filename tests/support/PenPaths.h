@@ -18,6 +18,17 @@ inline std::vector<Geometry::Point> PointsOf(const Path& path, double from = 0.0
     return pts;
 }
 
+/// The points of the paths in turn.
+inline std::vector<Geometry::Point> Joined(std::initializer_list<Path> paths, double from = 0.0,
+                                           double to = 1.0, int count = 120) {
+    std::vector<Geometry::Point> pts;
+    for (const Path& path : paths) {
+        const std::vector<Geometry::Point> more = PointsOf(path, from, to, count);
+        pts.insert(pts.end(), more.begin(), more.end());
+    }
+    return pts;
+}
+
 inline Geometry::InkStroke InkOf(const std::vector<Geometry::Point>& pts) {
     Geometry::InkStroke ink;
     for (const Geometry::Point& p : pts)
@@ -49,6 +60,13 @@ inline Path Round(const Geometry::Point& c, double a, double b, double from, dou
         return c + Geometry::Point(x * std::cos(rotation) - y * std::sin(rotation),
                                    x * std::sin(rotation) + y * std::cos(rotation));
     };
+}
+
+/// So many degrees of an ellipse, negative ones clockwise; its radii grow by a share from start to end.
+inline Path DriftingRound(const Geometry::Point& c, double a, double b, double degrees, double growth,
+                          double rotation = 0.0) {
+    const Path round = Round({}, a, b, 1.1, 1.1 + degrees * kTurn / 360.0, rotation);
+    return [=](double u) { return c + (1.0 + growth * (u - 0.5)) * round(u); };
 }
 
 /// The path shifted to its left: by `ends` everywhere and by `middle` more in the middle of the stretch.
@@ -93,6 +111,10 @@ inline std::vector<Geometry::Point> RoundedBox(double radius, double turnedBy) {
     for (Point& p : pts)
         p = {c * p.x - s * p.y, s * p.x + c * p.y};
     return pts;
+}
+
+inline Geometry::Point EndOf(const Geometry::Curve& curve, Geometry::CurveEnd end) {
+    return end == Geometry::CurveEnd::Start ? curve.GetStart() : curve.GetEnd();
 }
 
 } // namespace Tessera::Testing

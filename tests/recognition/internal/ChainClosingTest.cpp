@@ -1,10 +1,5 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <numbers>
-
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tests/support/SyntheticInk.h"
 

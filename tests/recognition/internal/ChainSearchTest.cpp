@@ -1,9 +1,5 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <numbers>
-
 #include "tessera/recognition/internal/TangentRun.h"
 #include "tests/support/SyntheticInk.h"
 

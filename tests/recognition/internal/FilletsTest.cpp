@@ -1,10 +1,5 @@
 #include "tessera/recognition/internal/Fillets.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tests/support/PenPaths.h"
 
@@ -14,10 +9,9 @@ namespace {
 using namespace Testing;
 
 int CountTangent(const InkReading& reading) {
-    int count = 0;
-    for (const InkJoint& joint : reading.joints)
-        count += joint.kind == JointKind::Tangent ? 1 : 0;
-    return count;
+    return static_cast<int>(
+        std::count_if(reading.joints.begin(), reading.joints.end(),
+                      [](const InkJoint& joint) { return joint.kind == JointKind::Tangent; }));
 }
 
 // A careful hand's round corners are arcs of their radius that touch both sides; the same box drawn with a
@@ -54,11 +48,10 @@ TEST(Fillets, RoundCornersOfACarefulHandAreArcs) {
 // A line that turns smoothly into the counter-curve of a larger arc: the corner between them, which the ink
 // never reaches, is no point of the drawing.
 TEST(Fillets, CornersOfLinesAndArcsToo) {
-    std::vector<Point> pts = PointsOf(Straight({-160, 0}, {-20, 0}), 0.0, 1.0, 70);
-    const std::vector<Point> fillet = PointsOf(Round({-20, 25}, 25, 25, -0.25 * kTurn, 0.0), 0.03, 1.0, 20);
-    const std::vector<Point> bow = PointsOf(Round({75, 25}, 70, 70, 0.5 * kTurn, 0.0), 0.02, 1.0, 110);
-    pts.insert(pts.end(), fillet.begin(), fillet.end());
-    pts.insert(pts.end(), bow.begin(), bow.end());
+    std::vector<Point> pts =
+        Joined({Straight({-160, 0}, {-20, 0}), Round({-20, 25}, 25, 25, -0.25 * kTurn, 0.0),
+                Round({75, 25}, 70, 70, 0.5 * kTurn, 0.0)},
+               0.02, 1.0, 70);
     for (const bool isBackwards : {false, true}) {
         const InkReading reading = InterpretInk(Trembling(pts, 0.25, 5), {});
         ASSERT_EQ(reading.curves.size(), 3U) << isBackwards;

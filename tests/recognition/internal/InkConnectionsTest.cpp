@@ -1,7 +1,5 @@
 #include "tessera/recognition/internal/InkConnections.h"
 
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tests/support/PenPaths.h"
@@ -11,9 +9,7 @@ namespace {
 
 using namespace Testing;
 
-// A stroke from far away that ends at the given place, beside a line from (0, 0) to (400, 0) and a circle
-// about
-// (-300, 300).
+// A stroke from far away that ends at the given place, beside a line and a circle.
 std::vector<InkConnection> EndAt(const Point& end, const SketchRecognizerPreferences& preferences,
                                  InkReading& reading, const Point& start = {120, 260}) {
     Line line({0, 0}, {400, 0});
@@ -42,9 +38,8 @@ TEST(InkConnections, EndsMeetKeyPointsOrEnds) {
         {"at the mid point", {200, 9.5}, &usual, SnapPointType_Mid},
         {"off the mid point", {200, 10.5}, &usual, SnapPointType_None},
         {"near the start", {0, 9.5}, &usual, SnapPointType_Start},
-        {"within the closing tolerance", {0, 19.5}, &usual, SnapPointType_Start},
+        {"within the closing tolerance", {400, 19.5}, &usual, SnapPointType_End},
         {"beyond it", {0, 20.5}, &usual, SnapPointType_None},
-        {"of the other end", {400, 19.5}, &usual, SnapPointType_End},
         {"at the centre", {-297, 304}, &usual, SnapPointType_Center},
         {"on the circle", {-300, 239}, &usual, SnapPointType_None},
         {"near the circle's seam", {-228, 300}, &usual, SnapPointType_None},
@@ -62,7 +57,7 @@ TEST(InkConnections, EndsMeetKeyPointsOrEnds) {
         const std::vector<InkConnection> found = EndAt(row.end, *row.preferences, reading);
         ASSERT_EQ(found.size(), row.type == SnapPointType_None ? 0U : 1U);
         const InterpretedCurve& made = reading.curves[0];
-        const Point end = made.Last() == CurveEnd::End ? made.curve->GetEnd() : made.curve->GetStart();
+        const Point end = EndOf(*made.curve, made.Last());
         EXPECT_LT(end.Distance(found.empty() ? row.end : found[0].position), found.empty() ? 12.0 : 1e-9);
         if (found.empty())
             continue;
@@ -100,11 +95,8 @@ TEST(InkConnections, CurvesOfEveryKindAreJoined) {
         EXPECT_EQ(reading.shape, row.shape);
         ASSERT_EQ(reading.connections.size(), 2U);
         const InterpretedCurve& made = reading.curves[0];
-        const auto endOf = [&](CurveEnd end) {
-            return end == CurveEnd::Start ? made.curve->GetStart() : made.curve->GetEnd();
-        };
-        EXPECT_LT(endOf(reading.connections[0].end).Distance(before.GetEnd()), 1e-6);
-        EXPECT_LT(endOf(reading.connections[1].end).Distance(after.GetStart()), 1e-6);
+        EXPECT_LT(EndOf(*made.curve, reading.connections[0].end).Distance(before.GetEnd()), 1e-6);
+        EXPECT_LT(EndOf(*made.curve, reading.connections[1].end).Distance(after.GetStart()), 1e-6);
         EXPECT_LT(made.maxDeviation, 12.0);
     }
 }

@@ -1,9 +1,5 @@
 #include "tessera/recognition/internal/InkPath.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <random>
-
 #include "tests/support/SyntheticInk.h"
 
 namespace Tessera::Geometry {

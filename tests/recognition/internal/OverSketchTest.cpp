@@ -1,11 +1,5 @@
 #include "tessera/recognition/internal/OverSketch.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <memory>
-#include <numbers>
-
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
@@ -109,12 +103,10 @@ TEST(OverSketch, EveryKindTakesANewForm) {
             EXPECT_LT(made.curve->GetStart().Distance(row.old->GetStart()),
                       row.old->IsClosed() ? 999.0 : 10.0);
             EXPECT_LT(SharpestTurn(*made.curve), 0.25); // the ink runs into the rest smoothly
-            std::vector<Point> rest;
             for (double u = 0.0; u <= 1.0; u += 0.01)
-                if (u < row.from - 0.02 || u > row.to + 0.02)
-                    rest.push_back(row.path(u));
-            for (const Point& p : rest)
-                EXPECT_LT(made.curve->DistanceBounded(p), row.stays);
+                if (u < row.from - 0.02 || u > row.to + 0.02) {
+                    EXPECT_LT(made.curve->DistanceBounded(row.path(u)), row.stays);
+                }
         }
 }
 
@@ -152,11 +144,8 @@ TEST(OverSketch, WhatOnlyStandsOnACurveIsNew) {
         Curve* old;
         std::vector<Point> ink;
     };
-    std::vector<Point> roof = PointsOf(Straight({80, 2}, {140, 50}));
-    const std::vector<Point> down = PointsOf(Straight({140, 50}, {200, -2}));
-    roof.insert(roof.end(), down.begin(), down.end());
     const Row rows[] = {
-        {"roof", &line, roof},
+        {"roof", &line, Joined({Straight({80, 2}, {140, 50}), Straight({140, 50}, {200, -2})})},
         {"half round", &line, PointsOf(Round({150, 0}, 40, 40, 0.0, std::numbers::pi))},
         {"flat arch", &line, PointsOf(Bulging(Straight({50, 0}, {250, 0}), 0.0, 1.0, 0.0, 40.0))},
         {"chord", &circle, PointsOf(Straight({66, 66}, {234, 66}))},

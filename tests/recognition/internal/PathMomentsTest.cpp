@@ -1,10 +1,7 @@
 #include "tessera/recognition/internal/PathMoments.h"
 
-#include <cmath>
-#include <gtest/gtest.h>
-#include <random>
-
 #include "tessera/kernel/LSFIT.h"
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

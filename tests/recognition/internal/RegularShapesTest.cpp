@@ -1,10 +1,5 @@
 #include "tessera/recognition/internal/RegularShapes.h"
-
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-#include <numbers>
-#include <random>
+#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

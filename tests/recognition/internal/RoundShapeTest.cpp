@@ -28,16 +28,10 @@ Found Find(const InkStroke& ink, int samples) {
     return found;
 }
 
-/// Once round and `degrees` on, either way; the radii grow by a share from the start to the end.
-std::vector<Point> RoundInk(double a, double b, double degrees, double growth) {
-    const double turns = degrees / 360.0;
-    std::vector<Point> pts;
-    for (const Point& p : PointsOf(Round({}, a, b, 1.1, 1.1 + turns * kTurn), 0.0, 1.0, 400)) {
-        const double share = static_cast<double>(pts.size()) / 399.0 - 0.5;
-        pts.push_back(Point(70.0, -30.0) +
-                      (1.0 + growth * share) * Point(0.8 * p.x - 0.6 * p.y, 0.6 * p.x + 0.8 * p.y));
-    }
-    return pts;
+constexpr double kRotation = 0.6435;
+
+std::vector<Point> RoundInk(double a, double b, double degrees, double growth = 0.0) {
+    return PointsOf(DriftingRound({70, -30}, a, b, degrees, growth, kRotation), 0.0, 1.0, 400);
 }
 
 TEST(RoundShape, FindsTheRoundBehindDriftGapAndOverlap) {
@@ -60,24 +54,24 @@ TEST(RoundShape, FindsTheRoundBehindDriftGapAndOverlap) {
         EXPECT_NEAR(shape.radii[1], row.b, row.slack);
         EXPECT_LT(found.spread, 0.3 + 0.3 * row.slack);
         if (!shape.isCircle) {
-            EXPECT_NEAR(std::remainder(shape.rotation - std::atan2(0.6, 0.8), 0.5 * kTurn), 0.0, 0.03);
+            EXPECT_NEAR(std::remainder(shape.rotation - kRotation, 0.5 * kTurn), 0.0, 0.03);
         }
     }
 }
 
 TEST(RoundShape, NothingForWhatStaysOpenOrWindsOn) {
     for (const double degrees : {200.0, 285.0, 810.0, -1000.0})
-        EXPECT_FALSE(Find(InkOf(RoundInk(50, 50, degrees, 0.0)), 100).shape) << degrees;
+        EXPECT_FALSE(Find(InkOf(RoundInk(50, 50, degrees)), 100).shape) << degrees;
     EXPECT_FALSE(Find(InkOf(RoundInk(50, 50, 500.0, 0.6)), 100).shape); // a spiral that was meant
 }
 
 // Few samples for the length are a quick pen's, which takes less care that its circles are round.
 TEST(RoundShape, AQuickHandMeansACircleWhereACarefulOneMeansAnEllipse) {
-    const InkStroke ink = InkOf(RoundInk(50, 36, 360, 0.0));
+    const InkStroke ink = InkOf(RoundInk(50, 36, 360));
     EXPECT_FALSE(Find(ink, 120).shape->isCircle);
     EXPECT_TRUE(Find(ink, 40).shape->isCircle);
-    EXPECT_TRUE(Find(InkOf(RoundInk(50, 40, 360, 0.0)), 2000).shape->isCircle);
-    EXPECT_FALSE(Find(InkOf(RoundInk(50, 28, 360, 0.0)), 10).shape->isCircle);
+    EXPECT_TRUE(Find(InkOf(RoundInk(50, 40, 360)), 2000).shape->isCircle);
+    EXPECT_FALSE(Find(InkOf(RoundInk(50, 28, 360)), 10).shape->isCircle);
 }
 
 // Corners cost: a square is the dearer the sharper it is, at the same distance from its round.
@@ -94,8 +88,7 @@ TEST(RoundShape, CornersAreDear) {
 TEST(RoundShape, ThreeBelliesAreAHandsOwn) {
     const auto unexplained = [](int bellies, double size) {
         const Path wavy = [=](double t) {
-            const double r = 50.0 * (1.0 + size * std::cos(bellies * kTurn * t));
-            return Point(r * std::cos(kTurn * t), r * std::sin(kTurn * t));
+            return (1.0 + size * std::cos(bellies * kTurn * t)) * Round({}, 50, 50, 0.0, kTurn)(t);
         };
         const Found found = Find(InkOf(PointsOf(wavy, 0.0, 1.0, 300)), 100);
         return found.shape ? found.shape->description : Description{1e9, 1e9};

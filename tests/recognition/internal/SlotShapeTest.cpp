@@ -92,8 +92,7 @@ void ExpectPiece(const InkStroke& ink, const InkReading& reading, std::size_t i,
     const InterpretedCurve& made = reading.curves[i];
     const InkJoint& joint = reading.joints[i];
     const auto end = [&](int curve, CurveEnd at) {
-        const Curve& c = *reading.curves[static_cast<std::size_t>(curve)].curve;
-        return at == CurveEnd::Start ? c.GetStart() : c.GetEnd();
+        return EndOf(*reading.curves[static_cast<std::size_t>(curve)].curve, at);
     };
     const auto isNear = [&](int sample, const Point& p) {
         const InkSample& s = ink.samples[static_cast<std::size_t>(sample)];

@@ -1,9 +1,5 @@
 #include "tessera/recognition/internal/SmoothForms.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
@@ -13,6 +9,11 @@ namespace Tessera::Geometry {
 namespace {
 
 using namespace Testing;
+
+Path Kidney(double from) {
+    const Path round = Round({0, 0}, 100, 55, from, from + kTurn);
+    return [=](double u) { return round(u) + Point(0.0, 0.006 * round(u).x * round(u).x); };
+}
 
 // Known ellipses, drawn either way with a tremor: the arc has their radii, their centre and the ink's ends.
 TEST(SmoothForms, EllipticArcsAreFound) {
@@ -35,14 +36,12 @@ TEST(SmoothForms, EllipticArcsAreFound) {
         double r2 = 0.0;
         const auto& arc = static_cast<const Ellipse&>(*made.curve);
         arc.AskRadii(r1, r2);
-        const Point first = made.First() == CurveEnd::Start ? arc.GetStart() : arc.GetEnd();
-        const Point last = made.Last() == CurveEnd::Start ? arc.GetStart() : arc.GetEnd();
-        right += std::fabs(r1 - 100.0) < 5.0 && std::fabs(r2 - b) < 5.0 &&
-                         arc.AskCenter().Distance({40, -70}) < 5.0 && first.Distance(pts.front()) < 3.0 &&
-                         last.Distance(pts.back()) < 3.0 && made.isReversed == (to < from) &&
-                         made.maxDeviation < 3.0
-                     ? 1
-                     : 0;
+        const bool isRight = std::fabs(r1 - 100.0) < 5.0 && std::fabs(r2 - b) < 5.0 &&
+                             arc.AskCenter().Distance({40, -70}) < 5.0 &&
+                             EndOf(arc, made.First()).Distance(pts.front()) < 3.0 &&
+                             EndOf(arc, made.Last()).Distance(pts.back()) < 3.0 &&
+                             made.isReversed == (to < from) && made.maxDeviation < 3.0;
+        right += isRight ? 1 : 0;
     }
     EXPECT_GE(right, 95);
 }
@@ -61,22 +60,13 @@ TEST(SmoothForms, KindsFollowTheInk) {
         {"bow", Bulging(Straight({0, 0}, {200, 40}), 0.0, 1.0, 0.0, 34.0), InkShape::Arc},
         {"parabola", [](double u) { return Point(220 * u - 110, 0.0166 * std::pow(220 * u - 110, 2)); },
          InkShape::Spline},
-        {"kidney",
-         [](double u) {
-             const Point p = Round({0, 0}, 100, 55, 0.5, 0.5 + kTurn)(u);
-             return Point(p.x, p.y + 0.006 * p.x * p.x);
-         },
-         InkShape::Spline},
+        {"kidney", Kidney(0.5), InkShape::Spline},
         {"three lobes",
          [](double u) {
              return (90 + 16 * std::cos(3 * kTurn * u)) * Round({0, 0}, 1, 1, 0, kTurn)(u);
          },
          InkShape::Spline},
-        {"spiral",
-         [](double u) {
-             return (40 + 100 * u) * Round({0, 0}, 1, 1, 0, kTurn)(u);
-         },
-         InkShape::Chain},
+        {"spiral", DriftingRound({0, 0}, 90, 90, 360.0, 1.1), InkShape::Chain},
         {"rounded box",
          [](double u) {
              const double t = kTurn * u;
@@ -92,10 +82,7 @@ TEST(SmoothForms, KindsFollowTheInk) {
 }
 
 TEST(SmoothForms, AClosedFreeFormHasASmoothSeamWhereverItStarts) {
-    const Path kidney = [](double u) {
-        const Point p = Round({0, 0}, 100, 55, 0.0, kTurn)(u);
-        return Point(p.x, p.y + 0.006 * p.x * p.x);
-    };
+    const Path kidney = Kidney(0.0);
     for (const double end : {0.98, 1.0, 1.05}) // stops short, meets, runs past its start
         for (const double start : {0.1, 0.3, 0.5}) {
             SCOPED_TRACE(testing::Message() << start << " to " << start + end);
@@ -113,12 +100,8 @@ TEST(SmoothForms, AClosedFreeFormHasASmoothSeamWhereverItStarts) {
 
 // The closing tolerance decides whether a gap closes; half a quarter of the length is the usual one.
 TEST(SmoothForms, ClosingFollowsThePreferences) {
-    const std::vector<Point> box = {{0, 0}, {200, 0}, {200, 120}, {0, 120}, {0, 50}};
-    std::vector<Point> open;
-    for (std::size_t i = 1; i < box.size(); ++i) {
-        const std::vector<Point> side = PointsOf(Straight(box[i - 1], box[i]), 0.0, 1.0, 40);
-        open.insert(open.end(), side.begin(), side.end());
-    }
+    const std::vector<Point> open = Joined({Straight({0, 0}, {200, 0}), Straight({200, 0}, {200, 120}),
+                                            Straight({200, 120}, {0, 120}), Straight({0, 120}, {0, 50})});
     SketchRecognizerPreferences preferences;
     EXPECT_TRUE(InterpretInk(InkOf(open), preferences).isClosed);
     const std::vector<Point> round = PointsOf(Round({0, 0}, 90, 90, 0.0, 0.85 * kTurn));

@@ -1,9 +1,5 @@
 #include "tessera/recognition/internal/ThinWall.h"
 
-#include <algorithm>
-#include <cmath>
-#include <gtest/gtest.h>
-
 #include "tessera/geometry/Arc.h"
 #include "tests/support/PenPaths.h"
 
@@ -14,14 +10,8 @@ using namespace Testing;
 
 /// Along the path and back, `gap` apart: on the way forth half of it to the left.
 std::vector<Point> ForthAndBack(const Path& path, double gap) {
-    std::vector<Point> pts = PointsOf(Bulging(path, 0.0, 1.0, 0.5 * gap, 0.0));
-    std::vector<Point> back = PointsOf(Bulging(path, 0.0, 1.0, -0.5 * gap, 0.0));
-    pts.insert(pts.end(), back.rbegin(), back.rend());
-    return pts;
-}
-
-Path Hook() { // 150 along, 150 down
-    return [](double u) { return u < 0.5 ? Point(300 * u, 0) : Point(150, 150 - 300 * u); };
+    const Path back = Bulging(path, 0.0, 1.0, -0.5 * gap, 0.0);
+    return Joined({Bulging(path, 0.0, 1.0, 0.5 * gap, 0.0), [&](double u) { return back(1.0 - u); }});
 }
 
 InkReading Read(const std::vector<Point>& pts, bool asSides) {
@@ -42,7 +32,8 @@ TEST(ThinWall, CentreLineAndSides) {
         {"arc", Round({0, 0}, 110, 110, 0.4, 2.7), 1, CurveType_Arc},
         {"arc, clockwise", Round({0, 0}, 110, 110, 2.7, 0.4), 1, CurveType_Arc},
         {"elliptic arc", Round({0, 0}, 160, 70, 0.2, 3.0), 1, CurveType_Ellipse},
-        {"hook", Hook(), 2, CurveType_Line},
+        {"hook", [](double u) { return u < 0.5 ? Point(300 * u, 0) : Point(150, 150 - 300 * u); }, 2,
+         CurveType_Line},
     };
     constexpr double kGap = 9.0;
     for (const Row& row : rows) {
@@ -78,34 +69,26 @@ TEST(ThinWall, CentreLineAndSides) {
 }
 
 TEST(ThinWall, WhatIsNone) {
-    const auto joined = [](const Path& a, const Path& b) {
-        std::vector<Point> pts = PointsOf(a);
-        const std::vector<Point> more = PointsOf(b);
-        pts.insert(pts.end(), more.begin(), more.end());
-        return pts;
-    };
     const Path out = Straight({0, 0}, {200, 0});
     const struct {
         const char* name;
-        std::vector<Point> ink;
+        Path forth, back;
         bool isWall;
     } rows[] = {
-        {"too wide at its open end", joined(out, Straight({200, 0}, {2, 26})), false},
-        {"just narrow enough", joined(out, Straight({200, 0}, {2, 22})), true},
-        {"comes back too short a way", joined(out, Straight({200, 0}, {45, 3})), false},
-        {"comes back most of the way", joined(out, Straight({200, 0}, {35, 3})), true},
-        {"corner", joined(out, Straight({200, 0}, {150, 180})), false},
-        {"lens", joined(Round({0, 0}, 100, 30, kTurn / 2, 0.0), Round({0, 0}, 100, 30, 0.0, -kTurn / 2)),
-         false},
+        {"too wide at its open end", out, Straight({200, 0}, {2, 26}), false},
+        {"just narrow enough", out, Straight({200, 0}, {2, 22}), true},
+        {"comes back too short a way", out, Straight({200, 0}, {45, 3}), false},
+        {"comes back most of the way", out, Straight({200, 0}, {35, 3}), true},
+        {"corner", out, Straight({200, 0}, {150, 180}), false},
+        {"lens", Round({0, 0}, 100, 30, kTurn / 2, 0.0), Round({0, 0}, 100, 30, 0.0, -kTurn / 2), false},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(Read(row.ink, true).shape == InkShape::ThinWall, row.isWall);
-    }
+    for (const auto& row : rows)
+        EXPECT_EQ(Read(Joined({row.forth, row.back}), true).shape == InkShape::ThinWall, row.isWall)
+            << row.name;
     SketchRecognizerPreferences untidy;
     untidy.SetCurveTidy(false);
     untidy.SetThinWallRecognition(true);
-    EXPECT_NE(InterpretInk(InkOf(rows[1].ink), untidy).shape, InkShape::ThinWall);
+    EXPECT_NE(InterpretInk(InkOf(Joined({rows[1].forth, rows[1].back})), untidy).shape, InkShape::ThinWall);
 }
 
 TEST(ThinWall, NoArcParallelBeyondItsCentre) {
