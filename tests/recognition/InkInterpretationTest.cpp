@@ -169,6 +169,13 @@ TEST(InkInterpretation, FindsTheCornersOfSyntheticInk) {
     EXPECT_GE(RateCorners(&RandomPlans::Gear, 7, 60).right, 54);
 }
 
+// Distances to these do without the curve's own projections.
+std::vector<Point> FinePoints(const Curve& curve) {
+    std::vector<Point> points;
+    curve.CreatePolylinePoints(2000, points);
+    return points;
+}
+
 // Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
 // so far beyond its rounding), each tells its deviation truly, and joints join.
 TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
@@ -197,8 +204,7 @@ TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
             EXPECT_GT(reach.min.y, box.min.y - tolerance);
             EXPECT_LT(reach.max.x, box.max.x + tolerance);
             EXPECT_LT(reach.max.y, box.max.y + tolerance);
-            std::vector<Point> fine; // without the curve's own projections
-            made.curve->CreatePolylinePoints(2000, fine);
+            const std::vector<Point> fine = FinePoints(*made.curve);
             double farthest = 0.0;
             const int n = static_cast<int>(ink.samples.size());
             const int count = (made.lastSample - made.firstSample + n) % n;
@@ -224,7 +230,7 @@ InkPlan BegunWithin(std::vector<Stretch> outline, double share) {
 }
 
 TEST(InkInterpretation, OutlinesWithRoundEndsWhereverThePenStarts) {
-    constexpr double kPi = std::numbers::pi;
+    constexpr double kPi = 0.5 * kTurn;
     const double lean = std::asin((30.0 - 10.0) / 80.0); // of the belt's sides against its axis
     const double side = 80.0 * std::cos(lean);
     const std::vector<Stretch> bullet = {
@@ -252,7 +258,7 @@ TEST(InkInterpretation, OutlinesWithRoundEndsWhereverThePenStarts) {
                     const Point p(ink.samples[i].x, ink.samples[i].y);
                     double nearest = 1e300;
                     for (const InterpretedCurve& made : reading.curves)
-                        nearest = std::min(nearest, BruteDistance(*made.curve, p));
+                        nearest = std::min(nearest, PolylineDistance(FinePoints(*made.curve), p));
                     ASSERT_LT(nearest, 3.0);
                 }
                 if (isBullet && share == 0.5) {
