@@ -2,10 +2,10 @@
 // them.
 //
 // The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
-// trying to draw. Whole hypotheses (a chain of lines and arcs, for a usual and for a careful hand; closed or
-// open; one closed round shape; a slot) are compared by what it costs to describe the ink with them, and the
-// cheapest is made exact: corners where neighbours intersect, tangent joints, closed shapes that close,
-// rectangles with right angles.
+// trying to draw. Whole hypotheses (a chain of lines and arcs, for a quick, a usual and a careful hand, open
+// or closed; one closed round shape; a slot; an elliptic arc; a free form) are compared by what it costs to
+// describe the ink with them, and the cheapest is made exact: corners where neighbours intersect, tangent
+// joints, closed shapes that close, rectangles with right angles.
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.

@@ -95,6 +95,11 @@ Point OnPiece(const ChainPiece& piece, const Point& p) {
     return piece.circle.centre + radius * (piece.circle.radius / std::max(radius.Length(), 1e-12));
 }
 
+double DistanceFrom(const ChainPiece& piece, const Point& p) {
+    return piece.isArc ? std::sqrt(p.Distance2(piece.circle.centre)) - piece.circle.radius
+                       : (p - piece.line.centre).Cross(piece.line.direction);
+}
+
 bool ExactChain::IsPolygon() const {
     return isClosed && std::none_of(pieces.begin(), pieces.end(),
                                     [](const ExactPiece& p) { return p.kind != PieceKind::Line; });

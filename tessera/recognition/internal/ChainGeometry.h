@@ -28,6 +28,10 @@ struct ExactChain {
 /// Nearest point of a piece's carrier.
 Point OnPiece(const ChainPiece& piece, const Point& p);
 
+/// Signed distance of a point from a piece's carrier: outwards from an arc's circle positive, to the right of
+/// a line's direction.
+double DistanceFrom(const ChainPiece& piece, const Point& p);
+
 /// Neighbours are extended or trimmed to where their carriers meet, if that is near the ink's own corner;
 /// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to
 /// arc, they become tangent. Pieces between which the ink only bends become one free-form piece.

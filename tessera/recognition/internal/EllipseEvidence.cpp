@@ -11,7 +11,6 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
-constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
 
 bool FitEllipse(const InkPath& path, EllipseEvidence& fit) {
     std::vector<Vex::Math::Point2> pts;
@@ -73,20 +72,13 @@ std::optional<EllipseEvidence> FindEllipse(const InkPath& path) {
 }
 
 double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse) {
-    double price = 0.0;
-    const int hook = static_cast<int>(kHookShare * ink.path.Size());
-    for (const TurningPeak& peak : ink.peaks) {
-        if (peak.at < hook || peak.at >= ink.path.Size() - hook)
-            continue;
+    return PriceOfHiddenCorners(ink, [&](const TurningPeak& peak) {
         const EllipseTerms& t = ellipse.terms[static_cast<std::size_t>(peak.at)];
         const double x = ellipse.a * t[2];
         const double y = ellipse.b * t[1];
         const double speed = std::sqrt(x * x + y * y);
-        const double curvature =
-            std::copysign(ellipse.a * ellipse.b / (speed * speed * speed), ellipse.winding);
-        price += PriceOfHiddenCorner(ink, peak, curvature);
-    }
-    return price;
+        return std::copysign(ellipse.a * ellipse.b / (speed * speed * speed), ellipse.winding);
+    });
 }
 
 } // namespace Tessera::Geometry

@@ -48,11 +48,6 @@ struct Corner {
     double cut = 0.0;       // distance of the corner from the ink
 };
 
-double Off(const ChainPiece& side, const Point& p) {
-    return side.isArc ? std::sqrt(p.Distance2(side.circle.centre)) - side.circle.radius
-                      : (p - side.line.centre).Cross(side.line.direction);
-}
-
 // Direction of the pen along a side at a point of it.
 Point DirectionOn(const ChainPiece& side, const ExactPiece& exact, const Point& at) {
     if (!side.isArc)
@@ -140,8 +135,8 @@ Fillet MakeFillet(const Corner& corner, double radius) {
     fillet.sumSq = 0.0;
     for (std::size_t i = 0; i < corner.ink.size(); ++i) {
         const Point& p = corner.ink[i];
-        fillet.sumSq += Square(i < fillet.first  ? Off(*corner.before, p)
-                               : i > fillet.last ? Off(*corner.after, p)
+        fillet.sumSq += Square(i < fillet.first  ? DistanceFrom(*corner.before, p)
+                               : i > fillet.last ? DistanceFrom(*corner.after, p)
                                                  : std::sqrt(p.Distance2(fillet.centre)) - radius);
     }
     return fillet;
@@ -193,7 +188,8 @@ double SpreadOf(const PricedPath& ink, const Chain& chain) {
     int counted = 0;
     for (const ChainPiece& side : chain.pieces)
         for (int i = PointsIn(ink, side) / 3; i <= 2 * PointsIn(ink, side) / 3; ++i, ++counted)
-            sumSq += Square(Off(side, ink.path.pts[static_cast<std::size_t>(Cyclic(side.first + i, n))]));
+            sumSq +=
+                Square(DistanceFrom(side, ink.path.pts[static_cast<std::size_t>(Cyclic(side.first + i, n))]));
     return std::sqrt(sumSq / counted);
 }
 

@@ -24,7 +24,7 @@ constexpr double kFreeStrayInHaste = 0.024;
 constexpr double kStraySpread = 0.006;
 constexpr double kMostWander = 0.03; // nobody wanders so far along a line
 constexpr int kStretches = 6;        // of a line, enough to tell an S from a straight line
-constexpr double kStraight = 0.1; // parameters' worth of a careful hand's squares below which nothing is bent
+constexpr double kStraight = 0.1;    // numbers' worth of a careful hand's squares below which nothing is bent
 
 // Radians that an arc sweeps at least; a bowed line seems to sweep 20 degrees, in haste 40.
 constexpr double kLeastSweep = 1.3;
@@ -88,18 +88,6 @@ double Between(double calm, double hasty, double haste) {
     return calm + haste * (hasty - calm);
 }
 
-// Of the points first to last, which may lie beyond the end of the path: those are its first ones.
-Moments MomentsOf(const PricedPath& ink, int first, int last) {
-    const int n = ink.path.Size();
-    if (first >= n)
-        return ink.moments.Of(first - n, last - n);
-    if (last < n)
-        return ink.moments.Of(first, last);
-    Moments m = ink.moments.Of(first, n - 1);
-    m += ink.moments.Of(0, last - n);
-    return m;
-}
-
 // The part of a line's squares that stretches of it have in common.
 double SlowSumSq(const PricedPath& ink, const LineFit& line, int first, int last) {
     const int n = ink.path.Size();
@@ -160,8 +148,7 @@ const PricedPiece::Account& PricedPiece::BestFor(double squared) const {
 }
 
 RunPrices PriceRun(const PricedPath& ink, int first, int last) {
-    const double parameter = kNumberPrice;
-    const RunFits fits = FitRun(ink, first, last, kStraight * parameter / kHands.back());
+    const RunFits fits = FitRun(ink, first, last, kStraight * kNumberPrice / kHands.back());
     const int points = last > first ? last - first : last + ink.path.Size() - first;
     RunPrices both;
     PricedPiece& line = both.line;
@@ -169,7 +156,7 @@ RunPrices PriceRun(const PricedPath& ink, int first, int last) {
     line.first = line.last = DirectionAt(ink, line.piece, false);
     line.enter = line.leave = AngleOf(line.first);
     const double stray = std::sqrt(fits.line.sumSq / points) / fits.length;
-    const double plain = 2.0 * parameter + Excess(kShortLine - points, kShortSpread) +
+    const double plain = 2.0 * kNumberPrice + Excess(kShortLine - points, kShortSpread) +
                          Excess(stray - Between(kFreeStray, kFreeStrayInHaste, ink.haste), kStraySpread);
     line.accounts[0] = {plain + fits.hiddenByLine, fits.line.sumSq};
     if (plain + fits.hiddenByLine <= kHopeless && kHands.back() * fits.line.sumSq > kWorthwhile) {
@@ -183,7 +170,7 @@ RunPrices PriceRun(const PricedPath& ink, int first, int last) {
     const double bow = Excess(fits.BowOfLine(), Between(kBow, kBowInHaste, ink.haste));
     line.accounts[2] = {plain + fits.hiddenByArc + bow, fits.circle.sumSq};
     const double sweep = fits.length * std::fabs(fits.curvature);
-    const double price = 3.0 * parameter + fits.hiddenByArc + Excess(kShortArc - points, kShortSpread) +
+    const double price = 3.0 * kNumberPrice + fits.hiddenByArc + Excess(kShortArc - points, kShortSpread) +
                          Excess(Between(kLeastSweep, kLeastSweepInHaste, ink.haste) - sweep, kSweepSpread);
     if (sweep < kHopelessSweep || price + kHands.front() * fits.circle.sumSq > kHopeless)
         return both;

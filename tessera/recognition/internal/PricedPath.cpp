@@ -54,20 +54,14 @@ std::vector<TurningPeak> FindPeaks(const InkPath& path) {
 
 // Points that the fits use, and the run they stand for.
 Moments InnerMoments(const PricedPath& ink, int first, int last, int& points) {
-    const int n = ink.path.Size();
-    points = last > first ? last - first : last + n - first;
+    const int end = last > first ? last : last + ink.path.Size();
+    points = end - first;
     const int trim = TrimOf(points);
-    const int a = first + trim;
-    const int b = last - trim;
-    if (last > first)
-        return ink.moments.Of(a, b);
-    Moments m = ink.moments.Of(a, n - 1);
-    m += ink.moments.Of(0, b);
-    return m;
+    return MomentsOf(ink, first + trim, end - trim);
 }
 
 // Peaks next to the ends are corners that the description has.
-double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double curvature) {
+double HiddenBetween(const PricedPath& ink, int first, int last, double curvature) {
     double price = 0.0;
     auto peak = std::upper_bound(ink.peaks.begin(), ink.peaks.end(), first + kReach,
                                  [](int at, const TurningPeak& p) { return at < p.at; });
@@ -78,9 +72,9 @@ double PriceOfHiddenCorners(const PricedPath& ink, int first, int last, double c
 
 double HiddenIn(const PricedPath& ink, int first, int last, double curvature) {
     if (last > first)
-        return PriceOfHiddenCorners(ink, first, last, curvature);
-    return PriceOfHiddenCorners(ink, first, ink.path.Size() + kReach, curvature) +
-           PriceOfHiddenCorners(ink, -kReach, last, curvature);
+        return HiddenBetween(ink, first, last, curvature);
+    return HiddenBetween(ink, first, ink.path.Size() + kReach, curvature) +
+           HiddenBetween(ink, -kReach, last, curvature);
 }
 
 double HasteOf(const InkPath& path) {
@@ -101,6 +95,17 @@ bool IsRing(const Chain& chain) {
 
 int PointsIn(const PricedPath& ink, const ChainPiece& piece) {
     return piece.last > piece.first ? piece.last - piece.first : piece.last + ink.path.Size() - piece.first;
+}
+
+Moments MomentsOf(const PricedPath& ink, int first, int last) {
+    const int n = ink.path.Size();
+    if (first >= n)
+        return ink.moments.Of(first - n, last - n);
+    if (last < n)
+        return ink.moments.Of(first, last);
+    Moments m = ink.moments.Of(first, n - 1);
+    m += ink.moments.Of(0, last - n);
+    return m;
 }
 
 int TrimOf(int points) {

@@ -66,8 +66,25 @@ struct PricedPath {
 /// Points of the path from the first to the last of a piece.
 int PointsIn(const PricedPath& ink, const ChainPiece& piece);
 
+/// Sums over the points first to last; what lies beyond the end of the path are its first points.
+Moments MomentsOf(const PricedPath& ink, int first, int last);
+
 /// Price of a corner that a description passes over with a bend of the given curvature.
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature);
+
+/// The same of all corners of the ink, but for those so near its ends that they are the pen touching down or
+/// leaving.
+/// @param curvatureAt  of what describes the ink, at a TurningPeak.
+template <class Curvature>
+double PriceOfHiddenCorners(const PricedPath& ink, Curvature curvatureAt) {
+    constexpr double kHookShare = 0.12; // of the path at either end
+    const int hook = static_cast<int>(kHookShare * ink.path.Size());
+    double price = 0.0;
+    for (const TurningPeak& peak : ink.peaks)
+        if (peak.at >= hook && peak.at < ink.path.Size() - hook)
+            price += PriceOfHiddenCorner(ink, peak, curvatureAt(peak));
+    return price;
+}
 
 /// Points at which a chain may break, both ends of the path among them, ascending.
 /// @param spacing  points between candidates where nothing turns: joints of arcs lie there.

@@ -23,7 +23,7 @@ struct RoundShape {
 /// This drift is part of the description; only what remains counts as deviation. A careless hand (fast, by
 /// the number of samples per round) may mean a circle where a careful one means an ellipse.
 ///
-/// @param samples  distinct samples of the ink: the clock of a pen without time stamps.
+/// @param samples  of the ink: the clock of a pen without time stamps.
 std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvidence& ellipse, int samples);
 
 } // namespace Tessera::Geometry

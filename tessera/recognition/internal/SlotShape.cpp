@@ -35,16 +35,15 @@ constexpr double kSpreadShare = 0.15;
 
 // What the decision rests on, measured on drawn ovals, circles and rectangles, and on slots of a simulated
 // hand.
-constexpr double kShortest = 0.6;   // length of a line over the radius
-constexpr double kHopeful = 0.53;   // half of it, as the moments have it: they overrate short lines
-constexpr double kHopeless = 20.0;  // price of corners that nothing makes good
-constexpr double kRoundEnds = 0.3;  // by how much of the radius the corners' rounding may seem to differ
-constexpr double kMostTurns = 2.2;  // of the pen: a slot drawn twice
-constexpr double kOpenEnd = 0.5;    // of a half circle, what may be missing
-constexpr double kHookShare = 0.12; // of the path at either end, where corners tell nothing
-constexpr double kBendReach = 2.0;  // points to either side over which the outline's bend is averaged
-constexpr double kAtJoint = 0.25;   // steps before a joint, the pen starts in the joint
-constexpr double kNearly = 1.0;     // steps before its end, a piece counts as drawn to it
+constexpr double kShortest = 0.6;  // length of a line over the radius
+constexpr double kHopeful = 0.53;  // half of it, as the moments have it: they overrate short lines
+constexpr double kHopeless = 20.0; // price of corners that nothing makes good
+constexpr double kRoundEnds = 0.3; // by how much of the radius the corners' rounding may seem to differ
+constexpr double kMostTurns = 2.2; // of the pen: a slot drawn twice
+constexpr double kOpenEnd = 0.5;   // of a half circle, what may be missing
+constexpr double kBendReach = 2.0; // points to either side over which the outline's bend is averaged
+constexpr double kAtJoint = 0.25;  // steps before a joint, the pen starts in the joint
+constexpr double kNearly = 1.0;    // steps before its end, a piece counts as drawn to it
 
 enum Parameter : int { kX, kY, kAngle, kHalf, kRadius, kDrift, kFitted, kSquareness = kFitted, kTerms };
 
@@ -246,27 +245,15 @@ private:
     std::vector<double> run_; // length for each point, growing on from round to round
 };
 
-// What the turns of the ink cost that an outline does not make, but for those so near the ends that they are
-// the pen touching down or leaving.
-template <class Curvature>
-double PriceOfCorners(const PricedPath& ink, Curvature curvatureAt) {
-    const int hook = static_cast<int>(kHookShare * ink.path.Size());
-    double price = 0.0;
-    for (const TurningPeak& peak : ink.peaks)
-        if (peak.at >= hook && peak.at < ink.path.Size() - hook)
-            price += PriceOfHiddenCorner(ink, peak, curvatureAt(peak));
-    return price;
-}
-
 // As if each turn stood in the middle of a half circle.
 double LeastPriceOfCorners(const PricedPath& ink, double radius) {
-    return PriceOfCorners(ink,
-                          [=](const TurningPeak& peak) { return std::copysign(1.0 / radius, peak.turn); });
+    return PriceOfHiddenCorners(
+        ink, [=](const TurningPeak& peak) { return std::copysign(1.0 / radius, peak.turn); });
 }
 
 double PriceOfCorners(const PricedPath& ink, const Course& course) {
     const double reach = kBendReach * ink.path.step;
-    return PriceOfCorners(ink, [&](const TurningPeak& peak) {
+    return PriceOfHiddenCorners(ink, [&](const TurningPeak& peak) {
         const double at = course.At(peak.at);
         return (course.HeadingAt(at + reach) - course.HeadingAt(at - reach)) / (2.0 * reach);
     });

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tessera/geometry/Spline.h"
+#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/FreeForm.h"
 
 namespace Tessera::Geometry {
@@ -38,12 +39,6 @@ constexpr FreeTerms kFreeTerms[] = {{0.04, kFreeTolerance, 2.5},
                                     {0.095, 0.06, 2.0}};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
-// Of a point from a piece's carrier, signed.
-double DistanceFrom(const ChainPiece& piece, const Point& p) {
-    return piece.isArc ? std::sqrt(p.Distance2(piece.circle.centre)) - piece.circle.radius
-                       : (p - piece.line.centre).Cross(piece.line.direction);
-}
-
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
 // parts them sideways is spread over the round. Empty when the ends stay apart.
 std::vector<Point> MakeLoop(const PricedPath& ink) {
@@ -71,7 +66,7 @@ double MeanSqFrom(const PricedPath& ink, const Chain& chain) {
     int points = 0;
     double sumSq = 0.0;
     for (const ChainPiece& piece : chain.pieces) {
-        const int count = piece.last > piece.first ? piece.last - piece.first : piece.last + n - piece.first;
+        const int count = PointsIn(ink, piece);
         for (int i = 0; i <= count; ++i) {
             const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
             const double off = DistanceFrom(piece, p);

@@ -1,8 +1,5 @@
 // SmoothForms - ink without corners that neither a chain of lines and arcs nor a round describes best: an
 // elliptic arc, or one free form, open or closed.
-//
-// These compete by the length of their descriptions when the spread of the hand is taken from the ink itself:
-// a price for each number, and the logarithm of the mean squared distance for each independent point.
 #pragma once
 
 #include <memory>
