@@ -18,10 +18,10 @@ SketchElement Whole(int curve) {
 
 CurveList AllShapes() {
     CurveList list;
-    list.push_back(std::make_unique<Line>(Point(0, 1), Point(5, 3)));
-    list.push_back(std::make_unique<Line>(Point(2, -1), Point(-1, 4)));
-    list.push_back(std::make_unique<Line>(Point(-3, -2), Point(4, 4)));
-    list.push_back(std::make_unique<Arc>(Point(1, 2), 3.0));
+    list.push_back(MakeLine({0, 1}, {5, 3}));
+    list.push_back(MakeLine({2, -1}, {-1, 4}));
+    list.push_back(MakeLine({-3, -2}, {4, 4}));
+    list.push_back(MakeCircle({1, 2}, 3.0));
     list.push_back(MakeArc({-1, 0}, 2.0, 0.4, 2.9));
     list.push_back(MakeEllipse({3, 1}, 4.0, 2.0, 0.5, 0.0, 2.0 * std::numbers::pi));
     list.push_back(MakeEllipse({0, -2}, 3.0, 1.5, 1.1, 0.3, 3.0));
@@ -33,9 +33,7 @@ CurveList AllShapes() {
 // Rows against central differences of the residuals, over the parameters themselves.
 TEST(ConstraintEquations, RowsAreGradients) {
     const CurveList curves = AllShapes();
-    std::vector<const Curve*> list;
-    for (const auto& c : curves)
-        list.push_back(c.get());
+    const std::vector<const Curve*> list = Borrow(curves);
     const InferredConstraint all[] = {
         MakeConstraint(ConstraintKind_Coincident, {{0, kEnd}, {4, kStart}}),
         MakeConstraint(ConstraintKind_Coincident, {{6, kEnd}, {7, kStart}}),
@@ -97,9 +95,7 @@ TEST(ConstraintEquations, RowsAreGradients) {
 // A step of length h in whitened coordinates moves the material points of the curve by about h.
 TEST(SketchParameters, WhitenedStepsAreMotions) {
     const CurveList curves = AllShapes();
-    std::vector<const Curve*> list;
-    for (const auto& c : curves)
-        list.push_back(c.get());
+    const std::vector<const Curve*> list = Borrow(curves);
     std::mt19937 rng(20240811);
     std::normal_distribution<double> normal;
     for (int curve = 0; curve < static_cast<int>(list.size()); ++curve) {

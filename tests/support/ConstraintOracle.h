@@ -1,13 +1,19 @@
 // Whether curves satisfy a constraint, from their points alone, and what a set of constraints implies.
 #pragma once
 
-#include "tessera/kernel/NR.h"
+#include <numeric>
+
 #include "tessera/recognition/internal/ConstraintEquations.h"
 #include "tests/support/GeneratedSketches.h"
 
 namespace Tessera::Testing {
 
-using CurveList = std::vector<std::unique_ptr<Curve>>;
+inline std::vector<const Curve*> Borrow(const CurveList& curves) {
+    std::vector<const Curve*> list;
+    for (const CurvePtr& c : curves)
+        list.push_back(c.get());
+    return list;
+}
 
 inline Point ElementPoint(const CurveList& curves, const SketchElement& e) {
     const Curve& c = *curves[e.curve];
@@ -87,10 +93,7 @@ inline double MissOf(const InferredConstraint& c, const CurveList& curves) {
 /// Dense unit rows of the constraints' equations at the curves.
 inline std::vector<std::vector<double>> DenseRows(const std::vector<InferredConstraint>& constraints,
                                                   const CurveList& curves) {
-    std::vector<const Curve*> list;
-    for (const auto& c : curves)
-        list.push_back(c.get());
-    const Geometry::SketchParameters sketch(list);
+    const Geometry::SketchParameters sketch(Borrow(curves));
     std::vector<std::vector<double>> dense;
     for (const InferredConstraint& c : constraints) {
         Geometry::EquationRow rows[Geometry::kMostEquations];
@@ -110,20 +113,23 @@ inline std::vector<std::vector<double>> DenseRows(const std::vector<InferredCons
     return dense;
 }
 
-/// Smallest singular value of the unit rows: 0 when the set is redundant.
-inline double LeastSingularValue(const std::vector<std::vector<double>>& rows) {
-    const int n = static_cast<int>(rows.size());
-    if (n == 0)
-        return 1.0;
-    std::vector<double> gram(rows.size() * rows.size());
-    std::vector<double> values(rows.size());
-    std::vector<double> vectors(gram.size());
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j)
-            for (std::size_t k = 0; k < rows[0].size(); ++k)
-                gram[i * n + j] += rows[i][k] * rows[j][k];
-    NR_jacobi_eigen(n, gram.data(), 60, values.data(), vectors.data());
-    return std::sqrt(std::max(0.0, *std::min_element(values.begin(), values.end())));
+/// Least sine of the angle between a unit row and the span of those before it: the diagonal of the Cholesky
+/// factor of their products. 0 when the set is redundant.
+inline double LeastSine(const std::vector<std::vector<double>>& rows) {
+    const auto dot = [](const std::vector<double>& a, const std::vector<double>& b) {
+        return std::inner_product(a.begin(), a.end(), b.begin(), 0.0);
+    };
+    std::vector<std::vector<double>> factor;
+    double least = 1.0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        std::vector<double> mine;
+        for (std::size_t j = 0; j < i; ++j)
+            mine.push_back((dot(rows[i], rows[j]) - dot(mine, factor[j])) / factor[j][j]);
+        mine.push_back(std::sqrt(std::max(1.0 - dot(mine, mine), 0.0)));
+        least = std::min(least, mine.back());
+        factor.push_back(mine);
+    }
+    return least;
 }
 
 } // namespace Tessera::Testing

@@ -12,6 +12,8 @@ using Geometry::InferredConstraint;
 using Geometry::SketchElement;
 using enum Geometry::ConstraintKind_e;
 
+using CurveList = std::vector<CurvePtr>;
+
 struct SketchNoise {
     double directionDeg = 1.0; ///< standard deviation of each curve's direction
     double shift = 0.9;        ///< each curve is moved by up to this much
@@ -21,8 +23,7 @@ struct SketchNoise {
 
 struct GeneratedSketch {
     const char* name = "";
-    std::vector<CurvePtr> exact;
-    std::vector<CurvePtr> drawn;
+    CurveList exact, drawn;
     std::vector<InferredConstraint> intended;
 
     std::vector<const Curve*> Drawn() const {
