@@ -22,6 +22,9 @@ constexpr double kTurnSpread = 0.15;
 // Length drawn per sample, in sizes, by a calm and by a hasty hand.
 constexpr double kCalmPace = 0.06;
 constexpr double kHastyPace = 0.10;
+// A straight stretch has no more candidates than this: each pair of them is a piece to be looked at.
+constexpr int kMostParts = 48;
+constexpr double kStraightSpread = 0.005;             // root mean square distance of its ink, of its length
 constexpr double kWholeTurn = 1.9 * std::numbers::pi; // an arc that covers more is a circle
 
 // Less than kLeastTurn counts as nothing.
@@ -50,6 +53,11 @@ std::vector<TurningPeak> FindPeaks(const InkPath& path) {
             peaks.push_back({i, *at});
     }
     return peaks;
+}
+
+bool IsStraight(const PricedPath& ink, int first, int last) {
+    const double spread = kStraightSpread * ink.path.step * (last - first);
+    return FitLine(ink.moments.Of(first, last)).sumSq <= spread * spread * (last - first);
 }
 
 // Points that the fits use, and the run they stand for.
@@ -131,7 +139,9 @@ std::vector<int> FindBreakCandidates(const PricedPath& ink, int spacing) {
     std::vector<int> candidates{0};
     for (const int peak : peaks) {
         const int from = candidates.back();
-        const int parts = (peak - from) / spacing;
+        int parts = (peak - from) / spacing;
+        if (parts > kMostParts && IsStraight(ink, from, peak))
+            parts = kMostParts;
         for (int p = 1; p < parts; ++p)
             candidates.push_back(from + (peak - from) * p / parts);
         candidates.push_back(peak);

@@ -87,7 +87,8 @@ double PriceOfHiddenCorners(const PricedPath& ink, Curvature curvatureAt) {
 }
 
 /// Points at which a chain may break, both ends of the path among them, ascending.
-/// @param spacing  points between candidates where nothing turns: joints of arcs lie there.
+/// @param spacing  points between candidates where nothing turns: joints of arcs lie there. More along a long
+///                 straight stretch, where none do.
 std::vector<int> FindBreakCandidates(const PricedPath& ink, int spacing);
 
 /// Points at either end of a piece of so many points that its fits leave out.
