@@ -25,15 +25,18 @@ double Turn(const Point& before, const Point& after) {
 Point DirectionAt(const PricedPath& ink, const ChainPiece& piece, bool atLast) {
     const InkPath& path = ink.path;
     const int at = atLast ? piece.last : piece.first;
+    const int whole = path.Size() - 1;
     Point direction = piece.line.direction;
     Point chord;
     if (piece.isArc) {
         const Point radius = path.pts[static_cast<std::size_t>(at)] - piece.circle.centre;
         direction = Point(-radius.y, radius.x) / std::max(radius.Length(), 1e-12);
-        chord = atLast ? Chord(path, at - kReach, at) : Chord(path, at, at + kReach);
+        // A piece that ends in the first point of the path came from its last ones, and the other way round.
+        const int from = !atLast && at == whole ? 0 : at;
+        const int to = atLast && at == 0 ? whole : at;
+        chord = atLast ? Chord(path, to - kReach, to) : Chord(path, from, from + kReach);
     } else {
         // The end of a piece that crosses the start of the path is taken from its longer side.
-        const int whole = path.Size() - 1;
         chord = piece.first < piece.last           ? Chord(path, piece.first, piece.last)
                 : whole - piece.first > piece.last ? Chord(path, piece.first, whole)
                                                    : Chord(path, 0, piece.last);
