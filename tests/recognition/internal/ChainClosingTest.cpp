@@ -1,26 +1,17 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tests/support/PenPaths.h"
 #include "tests/support/SyntheticInk.h"
 
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::Hand;
-using Testing::InkPlan;
+using namespace Testing;
 
-std::vector<Point> RegularPolygon(int sides) {
-    std::vector<Point> corners;
-    for (int i = 0; i < sides; ++i) {
-        const double a = 0.3 + 2.0 * std::numbers::pi * i / sides;
-        corners.push_back(100.0 * Point(std::cos(a), std::sin(a)));
-    }
-    return corners;
-}
-
-InkPath Draw(const InkPlan& plan) {
+InkStroke Draw(const std::vector<Point>& corners, bool isClosed) {
     std::mt19937 rng(9);
-    return MakeInkPath(plan.Draw(rng, Hand()).ink.samples);
+    return InkPlan::Through(corners, isClosed).Draw(rng, Hand()).ink;
 }
 
 Chain BriefestClosed(const InkPath& path) {
@@ -37,12 +28,11 @@ TEST(ChainClosing, PolygonsWhereverThePenStarts) {
     for (int sides = 3; sides <= 10; ++sides)
         for (const bool fromMiddle : {false, true}) {
             SCOPED_TRACE(sides);
-            std::vector<Point> corners = RegularPolygon(sides);
+            std::vector<Point> corners = PointsOf(Round({}, 100, 100, 0.3, 0.3 + kTurn), 0.0, 1.0, sides + 1);
+            corners.pop_back();
             if (fromMiddle) // of a side: a corner of no turn
                 corners.insert(corners.begin(), 0.5 * (corners.front() + corners.back()));
-            std::mt19937 rng(9);
-            const InkReading reading =
-                InterpretInk(InkPlan::Through(corners, true).Draw(rng, Hand()).ink, {});
+            const InkReading reading = InterpretInk(Draw(corners, true), {});
             EXPECT_TRUE(reading.isClosed);
             EXPECT_EQ(static_cast<int>(reading.curves.size()), sides);
         }
@@ -50,13 +40,12 @@ TEST(ChainClosing, PolygonsWhereverThePenStarts) {
 
 // The ends of a square's ink: short of each other, past each other, in a corner and along a side.
 TEST(ChainClosing, ClosesWhatWasMeantToClose) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<Point> corners;
         bool closes;
         std::size_t pieces;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"gap in a corner", {{8, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 9}}, true, 4},
         {"ends cross", {{-9, 0}, {100, 0}, {100, 100}, {0, 100}, {0, -9}}, true, 4},
         {"gap in a side", {{60, 0}, {100, 0}, {100, 100}, {0, 100}, {0, 0}, {45, 0}}, true, 4},
@@ -64,9 +53,9 @@ TEST(ChainClosing, ClosesWhatWasMeantToClose) {
         {"open bracket", {{100, 0}, {0, 0}, {0, 100}, {100, 100}}, false, 3},
         {"caret", {{0, 0}, {50, 100}, {100, 0}}, false, 2},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const Chain chain = BriefestClosed(Draw(InkPlan::Through(row.corners, false)));
+        const Chain chain = BriefestClosed(MakeInkPath(Draw(row.corners, false).samples));
         EXPECT_EQ(chain.isClosed, row.closes);
         EXPECT_EQ(chain.pieces.size(), row.pieces);
     }

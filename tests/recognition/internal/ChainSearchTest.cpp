@@ -6,9 +6,7 @@
 namespace Tessera::Geometry {
 namespace {
 
-using Testing::Hand;
-using Testing::InkPlan;
-using Testing::Stretch;
+using namespace Testing;
 
 constexpr double kRight = 0.5 * std::numbers::pi;
 
@@ -40,44 +38,30 @@ std::string Describe(const Chain& chain) {
     return text;
 }
 
-struct Row {
+const struct Row {
     const char* expected;
     std::vector<Stretch> plan;
+} kRows[] = {
+    {"L", {{0.3, 200, 0}}},
+    {"A", {{0.3, 100, 0.02}}},
+    {"L|L", {{0, 100, 0}, {kRight, 70, 0}}},
+    {"L|L", {{0, 100, 0}, {0.7, 90, 0}}},
+    {"L|L|L|L", {{1, 100, 0}, {kRight, 60, 0}, {-2.2, 80, 0}, {1.2, 60, 0}}},
+    {"L~A", {{0.4, 100, 0}, {0, 80, -0.02}}},
+    {"A~L", {{0.4, 100, 0.02}, {0, 80, 0}}},
+    {"A|L", {{0.4, 100, 0.02}, {1.2, 80, 0}}},
+    {"L~A~L", {{0.4, 100, 0}, {0, 80, -0.02}, {0, 90, 0}}},
+    {"L~A~L|L", {{0.02, 100, 0}, {0, kRight * 50, 0.02}, {0, 90, 0}, {1.3, 70, 0}}},
+    {"A~A", {{0.4, 90, 0.022}, {0, 90, -0.022}}},
 };
 
-const std::vector<Row>& Rows() {
-    static const std::vector<Row> rows = {
-        {"L", {{0.3, 200, 0}}},
-        {"A", {{0.3, 100, 0.02}}},
-        {"L|L", {{0, 100, 0}, {kRight, 70, 0}}},
-        {"L|L", {{0, 100, 0}, {0.7, 90, 0}}},
-        {"L|L|L|L", {{1, 100, 0}, {kRight, 60, 0}, {-2.2, 80, 0}, {1.2, 60, 0}}},
-        {"L~A", {{0.4, 100, 0}, {0, 80, -0.02}}},
-        {"A~L", {{0.4, 100, 0.02}, {0, 80, 0}}},
-        {"A|L", {{0.4, 100, 0.02}, {1.2, 80, 0}}},
-        {"L~A~L", {{0.4, 100, 0}, {0, 80, -0.02}, {0, 90, 0}}},
-        {"L~A~L|L", {{0.02, 100, 0}, {0, kRight * 50, 0.02}, {0, 90, 0}, {1.3, 70, 0}}},
-        {"A~A", {{0.4, 90, 0.022}, {0, 90, -0.022}}},
-    };
-    return rows;
-}
-
-TEST(ChainSearch, TellsLinesArcsAndTheirJoints) {
-    for (const Row& row : Rows()) {
-        SCOPED_TRACE(row.expected);
-        const InkPath path = Draw(InkPlan(row.plan));
-        EXPECT_EQ(Describe(Briefest(PricedPath(path))), row.expected);
-    }
-}
-
-TEST(ChainSearch, BackwardsIsTheSameChainBackwards) {
-    for (const Row& row : Rows()) {
-        SCOPED_TRACE(row.expected);
+TEST(ChainSearch, TellsLinesArcsAndTheirJointsEitherWay) {
+    for (const Row& row : kRows) {
         InkPath path = Draw(InkPlan(row.plan));
-        const std::string forth = Describe(Briefest(PricedPath(path)));
+        EXPECT_EQ(Describe(Briefest(PricedPath(path))), row.expected);
         std::reverse(path.pts.begin(), path.pts.end());
         const std::string back = Describe(Briefest(PricedPath(path)));
-        EXPECT_EQ(forth, std::string(back.rbegin(), back.rend()));
+        EXPECT_EQ(std::string(back.rbegin(), back.rend()), row.expected) << "backwards";
     }
 }
 
@@ -86,7 +70,7 @@ double SideOf(const LineFit& line, const CircleFit& circle) {
 }
 
 TEST(TangentRun, NeighboursTouchAndRadiiAreThoseOfThePlan) {
-    for (const Row& row : Rows())
+    for (const Row& row : kRows)
         for (const double snapRad : {0.0, 0.05}) {
             SCOPED_TRACE(row.expected);
             const InkPath path = Draw(InkPlan(row.plan));

@@ -5,10 +5,11 @@
 namespace Tessera::Geometry {
 namespace {
 
+using namespace Testing;
+
 std::vector<InkSample> SomeInk() {
-    Testing::RandomPlans plans(3);
-    const Testing::InkPlan plan = plans.Mixed();
-    return plan.Draw(plans.Rng(), {}).ink.samples;
+    RandomPlans plans(3);
+    return plans.Mixed().Draw(plans.Rng(), {}).ink.samples;
 }
 
 TEST(InkPath, PointsAreEvenlySpacedAndOfUnitSize) {
@@ -18,9 +19,8 @@ TEST(InkPath, PointsAreEvenlySpacedAndOfUnitSize) {
     for (const Point& p : path.pts)
         secondMoment += p.Dot(p) / path.Size();
     EXPECT_NEAR(secondMoment, 1.0, 0.05);
-    for (int i = 1; i < path.Size(); ++i) {
-        const double chord =
-            path.pts[static_cast<std::size_t>(i)].Distance(path.pts[static_cast<std::size_t>(i - 1)]);
+    for (std::size_t i = 1; i < path.pts.size(); ++i) {
+        const double chord = path.pts[i].Distance(path.pts[i - 1]);
         EXPECT_LE(chord, path.step * (1.0 + 1e-9));
         EXPECT_GE(chord, 0.6 * path.step); // only a corner between two points shortens the chord
     }
@@ -36,9 +36,8 @@ TEST(InkPath, SourceLeadsBackToTheInk) {
         const double f = path.source[i] - static_cast<double>(k);
         const InkSample& a = ink[k];
         const InkSample& b = ink[std::min(k + 1, ink.size() - 1)];
-        const Point p = path.ToModel(path.pts[i]);
-        EXPECT_NEAR(p.x, a.x + f * (b.x - a.x), 1e-9);
-        EXPECT_NEAR(p.y, a.y + f * (b.y - a.y), 1e-9);
+        const Point between(a.x + f * (b.x - a.x), a.y + f * (b.y - a.y));
+        EXPECT_LT(path.ToModel(path.pts[i]).Distance(between), 1e-9);
     }
 }
 
@@ -46,40 +45,38 @@ TEST(InkPath, SizePlaceAndSamplingDoNotMatter) {
     const std::vector<InkSample> ink = SomeInk();
     const InkPath path = MakeInkPath(ink);
     std::vector<InkSample> moved;
+    const auto add = [&](double x, double y) { moved.push_back({1e6 + 250.0 * x, 250.0 * y - 1e6, 0.0}); };
     for (std::size_t i = 0; i < ink.size(); ++i) {
-        moved.push_back({1e6 + 250.0 * ink[i].x, 250.0 * ink[i].y - 1e6, 0.0});
+        add(ink[i].x, ink[i].y);
         if (i % 3 == 0)
             moved.push_back(moved.back());    // the pen rests
         if (i % 5 == 0 && i + 1 < ink.size()) // a sample more on the same segment
-            moved.push_back(
-                {1e6 + 125.0 * (ink[i].x + ink[i + 1].x), 125.0 * (ink[i].y + ink[i + 1].y) - 1e6, 0.0});
+            add(0.5 * (ink[i].x + ink[i + 1].x), 0.5 * (ink[i].y + ink[i + 1].y));
     }
     const InkPath other = MakeInkPath(moved);
-    ASSERT_EQ(other.Size(), path.Size());
-    for (int i = 0; i < path.Size(); ++i)
-        EXPECT_LT(path.pts[static_cast<std::size_t>(i)].Distance(other.pts[static_cast<std::size_t>(i)]),
-                  1e-7);
+    ASSERT_EQ(other.pts.size(), path.pts.size());
+    for (std::size_t i = 0; i < path.pts.size(); ++i)
+        EXPECT_LT(path.pts[i].Distance(other.pts[i]), 1e-7);
 }
 
 // Sides of stairs take up as much of the frame as those of a square, whatever their number; the frame still
 // maps back to the ink. Few sides keep the whole drawing as the unit, jitter tells nothing.
 TEST(InkPath, UnitFitsThePiecesOfLongDrawings) {
     std::mt19937 rng(5);
-    const auto stairs = [&](int sides, const Testing::Hand& hand) {
-        std::vector<Testing::Stretch> stretches{{0.4, 100.0, 0.0}};
+    const auto stairs = [&](int sides, const Hand& hand) {
+        std::vector<Stretch> stretches{{0.4, 100.0, 0.0}};
         while (static_cast<int>(stretches.size()) < sides)
             stretches.push_back({stretches.size() % 2 == 0 ? 1.5707963 : -1.5707963, 100.0, 0.0});
-        return Testing::InkPlan(std::move(stretches), false, 2.5).Draw(rng, hand).ink.samples;
+        return InkPlan(std::move(stretches), false, 2.5).Draw(rng, hand).ink.samples;
     };
-    Testing::Hand rough;
+    Hand rough;
     rough.tremor = 0.1;
-    struct Row {
+    const struct {
         int sides;
-        Testing::Hand hand;
+        Hand hand;
         bool isFitted;
-    };
-    for (const Row& row : {Row{3, {}, false}, Row{7, {}, false}, Row{14, {}, true}, Row{40, {}, true},
-                           Row{150, {}, true}, Row{40, rough, false}}) {
+    } rows[] = {{3, {}, false}, {7, {}, false}, {14, {}, true}, {150, {}, true}, {40, rough, false}};
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.sides);
         const std::vector<InkSample> ink = stairs(row.sides, row.hand);
         const InkPath whole = MakeInkPath(ink);
@@ -119,8 +116,7 @@ TEST(InkPath, PaceIsTheSpeedAgainstTheUsualOne) {
 
 TEST(InkPath, NothingToReadGivesNoPoints) {
     EXPECT_TRUE(MakeInkPath({}).pts.empty());
-    const std::vector<InkSample> dot(7, InkSample{3.0, 4.0, 0.0});
-    EXPECT_TRUE(MakeInkPath(dot).pts.empty());
+    EXPECT_TRUE(MakeInkPath(std::vector<InkSample>(7, {3.0, 4.0, 0.0})).pts.empty());
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #include "tessera/recognition/internal/PathMoments.h"
 
 #include "tessera/kernel/LSFIT.h"
-#include "tests/support/Test.h"
+#include "tests/support/PenPaths.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -19,13 +19,6 @@ std::vector<Point> NoisyArc(std::mt19937& rng, int n, double radius, double swee
     return pts;
 }
 
-std::vector<Vex::Math::Point2> Kernel(const std::vector<Point>& pts) {
-    std::vector<Vex::Math::Point2> out;
-    for (const Point& p : pts)
-        out.push_back({p.x, p.y});
-    return out;
-}
-
 TEST(PathMoments, LinesAgreeWithTheFitOverTheSamePoints) {
     std::mt19937 rng(11);
     for (int trial = 0; trial < 200; ++trial) {
@@ -33,7 +26,9 @@ TEST(PathMoments, LinesAgreeWithTheFitOverTheSamePoints) {
         const int first = trial % 17;
         const int last = 39 - trial % 13;
         const LineFit fit = FitLine(PathMoments(pts).Of(first, last));
-        auto part = Kernel(std::vector<Point>(pts.begin() + first, pts.begin() + last + 1));
+        std::vector<Vex::Math::Point2> part;
+        for (int i = first; i <= last; ++i)
+            part.push_back({pts[i].x, pts[i].y});
         Vex::Math::Point2 on{};
         Vex::Math::Vector2 normal{};
         int status = 0;
@@ -76,9 +71,8 @@ TEST(PathMoments, RunsAdd) {
 }
 
 TEST(PathMoments, PointsOnALineHaveNoCircle) {
-    std::vector<Point> pts;
-    for (int i = 0; i < 20; ++i)
-        pts.emplace_back(0.1 * i - 1.0, 0.03 * i - 0.3);
+    const std::vector<Point> pts =
+        Testing::PointsOf(Testing::Straight({-1, -0.3}, {0.9, 0.27}), 0.0, 1.0, 20);
     EXPECT_EQ(FitCircle(PathMoments(pts).Of(0, 19)).radius, 0.0);
     EXPECT_NEAR(FitLine(PathMoments(pts).Of(0, 19)).sumSq, 0.0, 1e-12);
 }

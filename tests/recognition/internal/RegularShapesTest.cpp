@@ -1,5 +1,5 @@
 #include "tessera/recognition/internal/RegularShapes.h"
-#include "tests/support/Test.h"
+#include "tests/support/PenPaths.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -7,12 +7,9 @@ namespace {
 constexpr double kDegree = std::numbers::pi / 180.0;
 using Corners = std::vector<Point>;
 
-Corners Polygon(int n, double radius, double phase) {
-    Corners c;
-    for (int i = 0; i < n; ++i) {
-        const double a = phase + 2.0 * std::numbers::pi * i / n;
-        c.emplace_back(3.0 + radius * std::cos(a), radius * std::sin(a) - 2.0);
-    }
+Corners Polygon(int n) {
+    Corners c = Testing::PointsOf(Testing::Round({3, -2}, 5, 5, 0.3, 0.3 + Testing::kTurn), 0.0, 1.0, n + 1);
+    c.pop_back();
     return c;
 }
 
@@ -35,12 +32,11 @@ double AngleAt(const Corners& c, std::size_t i) {
 }
 
 TEST(RegularShapes, NamesOfNearlyExactShapes) {
-    struct Row {
+    const struct {
         const char* name;
         Corners corners;
         InkShape shape;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"square", Slanted(10.0, 10.0, 90.0), InkShape::Square},
         {"sides 8 % apart", Slanted(10.4, 9.6, 90.0), InkShape::Square},
         {"rectangle", Slanted(14.0, 10.0, 90.0), InkShape::Rectangle},
@@ -49,12 +45,12 @@ TEST(RegularShapes, NamesOfNearlyExactShapes) {
         {"rhombus", Slanted(10.0, 10.0, 55.0), InkShape::Rhombus},
         {"no shape", {{0, 0}, {10, 0}, {7, 5}, {0, 12}}, InkShape::Quadrilateral},
         {"triangle", {{0, 0}, {10, 0}, {2, 4}}, InkShape::Triangle},
-        {"equilateral", Polygon(3, 5.0, 0.3), InkShape::RegularPolygon},
-        {"hexagon", Polygon(6, 5.0, 0.3), InkShape::RegularPolygon},
-        {"twelve sides", Polygon(12, 5.0, 0.3), InkShape::RegularPolygon},
-        {"thirteen sides", Polygon(13, 5.0, 0.3), InkShape::Polygon},
+        {"equilateral", Polygon(3), InkShape::RegularPolygon},
+        {"hexagon", Polygon(6), InkShape::RegularPolygon},
+        {"twelve sides", Polygon(12), InkShape::RegularPolygon},
+        {"thirteen sides", Polygon(13), InkShape::Polygon},
     };
-    for (const Row& row : rows)
+    for (const auto& row : rows)
         for (const bool backwards : {false, true})
             for (const double turn : {0.0, 0.7, 2.0}) {
                 SCOPED_TRACE(row.name);
@@ -68,12 +64,13 @@ TEST(RegularShapes, NamesOfNearlyExactShapes) {
 TEST(RegularShapes, AreExact) {
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> off(-0.25, 0.25);
+    const std::pair<Corners, InkShape> drawings[] = {{Slanted(10.0, 10.0, 90.0), InkShape::Square},
+                                                     {Slanted(17.0, 10.0, 90.0), InkShape::Rectangle},
+                                                     {Slanted(10.0, 10.0, 50.0), InkShape::Rhombus}};
     for (int trial = 0; trial < 200; ++trial) {
         SCOPED_TRACE(trial);
-        Corners c = Turned(trial % 3 == 0   ? Slanted(10.0, 10.0, 90.0)
-                           : trial % 3 == 1 ? Slanted(17.0, 10.0, 90.0)
-                                            : Slanted(10.0, 10.0, 50.0),
-                           0.1 * trial);
+        const auto& [exact, expected] = drawings[trial % 3];
+        Corners c = Turned(exact, 0.1 * trial);
         for (Point& p : c)
             p += Point(off(rng), off(rng));
         const Corners drawn = c;
@@ -87,9 +84,7 @@ TEST(RegularShapes, AreExact) {
                 EXPECT_NEAR(c[i].Distance(c[(i + 1) % 4]), c[0].Distance(c[1]), 1e-9);
             }
         }
-        EXPECT_EQ(shape, trial % 3 == 0   ? InkShape::Square
-                         : trial % 3 == 1 ? InkShape::Rectangle
-                                          : InkShape::Rhombus);
+        EXPECT_EQ(shape, expected);
     }
 }
 
