@@ -10,9 +10,10 @@ namespace {
 
 // Spacing of the points in units of the path's size: a square has a hundred of them, a line fifty.
 constexpr double kStep = 0.07;
-constexpr int kFewest = 48;   // enough for the shortest side of a simple shape
-constexpr int kPaceReach = 2; // points to either side: smooths the clock of the device
-constexpr int kMost = 1500;   // bounds the work for scribbles that wander on and on
+constexpr int kFewest = 48;      // enough for the shortest side of a simple shape
+constexpr double kSlowest = 0.6; // of its usual speed: a hand is slower somewhere, at least at the ends
+constexpr int kPaceReach = 2;    // points to either side: smooths the clock of the device
+constexpr int kMost = 1500;      // bounds the work for scribbles that wander on and on
 
 // How a drawing of many pieces is seen: at the widest spacing of points at which its corners lie apart.
 constexpr int kReach = 4;           // points to either side of one at which the ink bends
@@ -227,6 +228,8 @@ std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> sa
     const double usual = *upper;
     for (double& p : pace)
         p /= usual;
+    if (*std::min_element(pace.begin(), pace.end()) > kSlowest)
+        return {};
     return pace;
 }
 

@@ -42,7 +42,8 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
 /// Speed of the pen over a few points about each point of the path, of the speed that it exceeds for a
-/// quarter of the path; empty when the times do not grow from end to end.
+/// quarter of the path; empty when the times do not grow from end to end, and when the pen never slows down:
+/// these are not the times of a hand.
 std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> samples);
 
 } // namespace Tessera::Geometry

@@ -147,7 +147,7 @@ std::vector<Chain> RulesReading::AsChains(const PricedPath& ink) const {
         breaks.push_back(last);
         isArc.push_back(kind == CurveType_Arc);
     }
-    return ChainsOver(ink, breaks, isArc);
+    return isArc.empty() ? std::vector<Chain>() : ChainsOver(ink, breaks, isArc);
 }
 
 double RulesReading::LengthOf(int firstSample, int lastSample) const {
