@@ -51,7 +51,7 @@ inline Ink WaveInk() {
     Ink ink;
     for (int i = 0; i <= 200; ++i) {
         const double t = i / 200.0;
-        ink.push_back({500 * t, 70 * std::sin(9 * t) * std::exp(-t)});
+        ink.push_back({500 * t, 40 * std::sin(9 * t) * std::exp(-t)});
     }
     return ink;
 }
