@@ -68,7 +68,7 @@ TEST(ConstraintInference, FindsWhatWasMeant) {
     for (int k = 0; k < 25 * SketchMaker::kFamilyCount; ++k) {
         const bool isSingle = k % 10 != 0;
         const GeneratedSketch sketch =
-            isSingle ? maker.Make(k, {}) : maker.MakeDrawing({k, k / 2 + 1, k / 3 + 4, k + 6}, {});
+            isSingle ? maker.Make(k) : maker.MakeDrawing({k, k / 2 + 1, k / 3 + 4, k + 6});
         SCOPED_TRACE(std::string(sketch.name) + " " + std::to_string(k));
         const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
         const auto rows = DenseRows(inferred.constraints, inferred.adjusted);
@@ -116,7 +116,7 @@ TEST(ConstraintInference, ShapesApartAreSolvedApart) {
     SketchMaker maker(rng);
     std::vector<int> families(24);
     std::iota(families.begin(), families.end(), 0);
-    const GeneratedSketch sketch = maker.MakeDrawing(families, {});
+    const GeneratedSketch sketch = maker.MakeDrawing(families);
     ConstraintOptions options = Zone();
     for (ConstraintKind_e kind :
          {ConstraintKind_Parallel, ConstraintKind_Perpendicular, ConstraintKind_Collinear,
@@ -162,7 +162,7 @@ TEST(ConstraintInference, FollowsScaleAndPlace) {
     std::mt19937 rng(20240803);
     SketchMaker maker(rng);
     for (int k = 0; k < 3 * SketchMaker::kFamilyCount; ++k) {
-        const GeneratedSketch sketch = maker.Make(k, {});
+        const GeneratedSketch sketch = maker.Make(k);
         const auto expected = Keys(InferConstraints(sketch.Drawn(), Zone()).constraints);
         for (const auto& [s, shift] : {std::pair{0.01, 0.0}, {1.0, 1e5}, {1000.0, -1e4}}) {
             SCOPED_TRACE(std::string(sketch.name) + " x " + std::to_string(s));
@@ -179,7 +179,7 @@ TEST(ConstraintInference, EachKindCanBeSwitchedOff) {
     SketchMaker maker(rng);
     std::vector<GeneratedSketch> sketches;
     for (int k = 0; k < SketchMaker::kFamilyCount; ++k)
-        sketches.push_back(maker.Make(k, {}));
+        sketches.push_back(maker.Make(k));
     for (int kind = 0; kind < kConstraintKindCount; ++kind) {
         const auto chosen = static_cast<ConstraintKind_e>(kind);
         std::size_t found = 0;

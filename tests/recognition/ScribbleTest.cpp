@@ -17,7 +17,7 @@ using namespace Tessera::Geometry;
 using Tessera::Testing::StrokeThrough;
 using Points = std::vector<Point>;
 
-constexpr double kPi = 3.141592653589793;
+constexpr double kPi = std::numbers::pi;
 
 Points Along(const Points& corners, int perLeg) {
     const Tessera::Testing::Samples samples = Tessera::Testing::DrawPath(corners, perLeg);
@@ -48,13 +48,6 @@ Points NarrowLoops(double turns) {
     return points;
 }
 
-Points SquareSpiral(int turns) {
-    Points corners;
-    for (int i = 0; i <= 4 * turns; ++i)
-        corners.push_back((40.0 + 5.0 * i) * Point(std::cos(0.5 * kPi * i), std::sin(0.5 * kPi * i)));
-    return Along(corners, 30);
-}
-
 /// Every second leg goes up and then aside.
 Points Flags(int count) {
     Points corners;
@@ -63,14 +56,6 @@ Points Flags(int count) {
             corners.push_back(p + Point(30.0 * i, 0));
     corners.emplace_back(30.0 * count, 0);
     return Along(corners, 25);
-}
-
-/// A five-pointed star in one stroke: every corner reverses by 144 degrees.
-Points Star() {
-    Points tips;
-    for (int i = 0; i <= 5; ++i)
-        tips.emplace_back(60.0 * std::sin(0.8 * kPi * i), 60.0 * std::cos(0.8 * kPi * i));
-    return Along(tips, 25);
 }
 
 Points ScratchInk() {
@@ -97,11 +82,11 @@ std::vector<Row> Rows() {
         {"legs with corners in them", Flags(4), true, false, 7},
         {"narrow loops, doubling back at the end", NarrowLoops(2.6), true, true, 4},
         {"corner", Along({{0, 0}, {50, 80}, {100, 0}}, 40), false, false, 1},
-        {"star", Star(), true, false, 4},
+        {"star: every corner reverses by 144 degrees", Along(Spiral(2, 5, 0.0), 25), true, false, 4},
         {"arrow in one go", Along({{0, 100}, {75, 20}, {40, 28}, {73, 18}, {62, 58}}, 25), true, false, 3},
         {"three turns of a spiral", Spiral(3, 300, 2.0), true, true, 0},
         {"one and a half turns", Spiral(1.5, 200, 2.0), false, false, 0},
-        {"four turns of a square spiral", SquareSpiral(4), true, false, 0},
+        {"four turns of a square spiral", Along(Spiral(4, 16, 3.0), 30), true, false, 0},
         {"circle twice over", Spiral(2.2, 400, 0.0), true, false, 0},
         {"circle over and over", Spiral(4, 400, 0.0), true, true, 0},
         {"dot", Points(5, Point(3, 3)), false, false, 0},
@@ -132,7 +117,7 @@ TEST(ScribbleShape, LettersAndResistorsOpenTheirLegs) {
     for (const OpeningRow& row : {OpeningRow{5, 4, 5}, {20, 4, 5}, {35, 5, 6}, {45, 6, 8}, {55, 7, 10}})
         for (const int legs : {row.drawn, row.erasing}) {
             SCOPED_TRACE(testing::Message() << legs << " legs open by " << row.openDeg);
-            const double advance = 100.0 * std::tan(0.5 * row.openDeg * 3.14159265358979 / 180.0);
+            const double advance = 100.0 * std::tan(row.openDeg * kPi / 360.0);
             const Points ink = Zigzag(legs, 100, advance, 40);
             EXPECT_EQ(IsScribbleInk(ink, SketchRecognizerPreferences()), legs == row.erasing);
         }

@@ -1,11 +1,8 @@
 #include "tessera/recognition/internal/OverSketch.h"
 
-#include "tessera/geometry/Arc.h"
-#include "tessera/geometry/Ellipse.h"
-#include "tessera/geometry/Line.h"
-#include "tessera/geometry/Spline.h"
 #include "tessera/recognition/internal/FreeForm.h"
 #include "tests/support/PenPaths.h"
+#include "tests/support/SampleCurves.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -16,12 +13,6 @@ Path Wave(double width, double height) {
     return [=](double u) { return Point(width * u, height * std::sin(kTurn * u)); };
 }
 
-std::unique_ptr<Curve> EllipseOf(double from, double to) {
-    double centre[2] = {40.0, -10.0};
-    double radii[2] = {150.0, 80.0};
-    return std::make_unique<Ellipse>(centre, radii, 0.0, from, to);
-}
-
 InkReading Draw(const std::vector<Point>& ink, Curve& old,
                 const SketchRecognizerPreferences& preferences = SketchRecognizerPreferences()) {
     Line other({-400.0, -400.0}, {400.0, -390.0});
@@ -29,11 +20,14 @@ InkReading Draw(const std::vector<Point>& ink, Curve& old,
     return InterpretInk(InkOf(ink), preferences, earlier);
 }
 
-double MeanDistance(const std::vector<Point>& pts, const Curve& curve) {
-    double sum = 0.0;
-    for (const Point& p : pts)
-        sum += curve.DistanceBounded(p) / static_cast<double>(pts.size());
-    return sum;
+/// Mean and largest.
+std::pair<double, double> DistancesOf(const std::vector<Point>& pts, const Curve& curve) {
+    double sum = 0.0, largest = 0.0;
+    for (const Point& p : pts) {
+        sum += curve.DistanceBounded(p);
+        largest = std::max(largest, curve.DistanceBounded(p));
+    }
+    return {sum / static_cast<double>(pts.size()), largest};
 }
 
 /// Largest turn between neighbours of three hundred chords, across the seam of a closed curve too; radians.
@@ -53,13 +47,6 @@ double SharpestTurn(const Curve& curve) {
 // Drawn over with a bulge: the new form is nearer to the ink than the old one, keeps its kind and runs its
 // way; where nothing was drawn it stays within `stays` of the old one.
 TEST(OverSketch, EveryKindTakesANewForm) {
-    struct Row {
-        const char* name;
-        std::unique_ptr<Curve> old;
-        Path path; // the old curve over 0 to 1
-        double from, to;
-        double stays;
-    };
     const Path half = Round({0, 0}, 120, 120, 0.0, std::numbers::pi);
     const Path whole = Round({0, 0}, 120, 120, 0.0, kTurn);
     const Path oval = Round({40, -10}, 150, 80, 0.0, kTurn);
@@ -70,16 +57,23 @@ TEST(OverSketch, EveryKindTakesANewForm) {
     };
     const Point a(-30, 20);
     const Point b(270, 60);
-    Row rows[8];
-    rows[0] = {"line, whole", std::make_unique<Line>(a, b), Straight(a, b), 0.01, 0.99, 0};
-    rows[1] = {"line, its end", std::make_unique<Line>(a, b), Straight(a, b), 0.4, 1.0, 8};
-    rows[2] = {"arc", std::make_unique<Arc>(half(0), half(1), Point()), half, 0.2, 0.9, 8};
-    rows[3] = {"circle", std::make_unique<Arc>(Point(), 120.0), whole, 0.1, 0.7, 8};
-    rows[4] = {"ellipse", EllipseOf(0.0, kTurn), oval, 0.2, 0.9, 8};
-    rows[5] = {"elliptic arc", EllipseOf(0.3, 2.8), ovalArc, 0.0, 0.98, 0};
-    rows[6] = {"spline", FitFreeForm(PointsOf(wave), false, 0.1), wave, 0.3, 0.6, 0.6};
-    rows[7] = {"closed spline", FitFreeForm(PointsOf(blob), true, 0.1), blob, 0.6, 0.9, 0.6};
-    for (const Row& row : rows)
+    const struct {
+        const char* name;
+        std::unique_ptr<Curve> old;
+        Path path; // the old curve over 0 to 1
+        double from, to;
+        double stays;
+    } rows[] = {
+        {"line, whole", MakeLine(a, b), Straight(a, b), 0.01, 0.99, 0},
+        {"line, its end", MakeLine(a, b), Straight(a, b), 0.4, 1.0, 8},
+        {"arc", MakeArc({}, 120, 0.0, kPi), half, 0.2, 0.9, 8},
+        {"circle", MakeCircle({}, 120), whole, 0.1, 0.7, 8},
+        {"ellipse", MakeEllipse({40, -10}, 150, 80, 0.0, 0.0, kTurn), oval, 0.2, 0.9, 8},
+        {"elliptic arc", MakeEllipse({40, -10}, 150, 80, 0.0, 0.3, 2.8), ovalArc, 0.0, 0.98, 0},
+        {"spline", FitFreeForm(PointsOf(wave), false, 0.1), wave, 0.3, 0.6, 0.6},
+        {"closed spline", FitFreeForm(PointsOf(blob), true, 0.1), blob, 0.6, 0.9, 0.6},
+    };
+    for (const auto& row : rows)
         for (const bool backwards : {false, true}) {
             SCOPED_TRACE(testing::Message() << row.name << (backwards ? ", backwards" : ""));
             std::vector<Point> ink =
@@ -95,13 +89,10 @@ TEST(OverSketch, EveryKindTakesANewForm) {
             EXPECT_EQ(made.curve->IsClosed(), row.old->IsClosed());
             EXPECT_EQ(reading.isClosed, row.old->IsClosed());
             EXPECT_EQ(made.isReversed, backwards);
-            EXPECT_LT(MeanDistance(ink, *made.curve), 0.7 * MeanDistance(ink, *row.old));
-            double farthest = 0.0;
-            for (const Point& p : ink)
-                farthest = std::max(farthest, made.curve->DistanceBounded(p));
-            EXPECT_NEAR(made.maxDeviation, farthest, 1e-12);
-            EXPECT_LT(made.curve->GetStart().Distance(row.old->GetStart()),
-                      row.old->IsClosed() ? 999.0 : 10.0);
+            const auto [mean, largest] = DistancesOf(ink, *made.curve);
+            EXPECT_LT(mean, 0.7 * DistancesOf(ink, *row.old).first);
+            EXPECT_NEAR(made.maxDeviation, largest, 1e-12);
+            EXPECT_TRUE(row.old->IsClosed() || made.curve->GetStart().Distance(row.old->GetStart()) < 10.0);
             EXPECT_LT(SharpestTurn(*made.curve), 0.25); // the ink runs into the rest smoothly
             for (double u = 0.0; u <= 1.0; u += 0.01)
                 if (u < row.from - 0.02 || u > row.to + 0.02) {
@@ -139,12 +130,11 @@ TEST(OverSketch, WhatNoCircleFollowsBecomesFree) {
 TEST(OverSketch, WhatOnlyStandsOnACurveIsNew) {
     Line line({0, 0}, {300, 0});
     Arc circle(Point(150, 150), 120.0);
-    struct Row {
+    const struct {
         const char* name;
         Curve* old;
         std::vector<Point> ink;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"roof", &line, Joined({Straight({80, 2}, {140, 50}), Straight({140, 50}, {200, -2})})},
         {"half round", &line, PointsOf(Round({150, 0}, 40, 40, 0.0, std::numbers::pi))},
         {"flat arch", &line, PointsOf(Bulging(Straight({50, 0}, {250, 0}), 0.0, 1.0, 0.0, 40.0))},
@@ -155,7 +145,7 @@ TEST(OverSketch, WhatOnlyStandsOnACurveIsNew) {
         {"joined to the end", &line, PointsOf(Straight({300, 1}, {400, 2}))},
         {"small and beside it", &line, PointsOf(Straight({100, 8}, {120, 8}))},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const InkReading reading = Draw(row.ink, *row.old);
         EXPECT_NE(reading.shape, InkShape::Retrace);
@@ -173,14 +163,13 @@ TEST(OverSketch, TheTolerancesHold) {
     zoomed.SetZoomFactor(2.0);
     SketchRecognizerPreferences narrow = usual;
     narrow.SetOverSketchTolerances(10.0, 15.0);
-    struct Row {
+    const struct {
         const char* name;
         Curve* old;
         double ends, bulge;
         const SketchRecognizerPreferences* preferences;
         bool retraces;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"inside the first", &line, 9.9, 0.0, &usual, true},
         {"outside the first", &line, 10.1, 0.0, &usual, false},
         {"inside the first, zoomed", &line, 4.9, 0.0, &zoomed, true},
@@ -189,7 +178,7 @@ TEST(OverSketch, TheTolerancesHold) {
         {"outside the second", wave.get(), 0.0, 15.5, &narrow, false},
         {"switched off", &line, 1.0, 0.0, &off, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const Path path = row.old == &line ? Straight({0, 0}, {300, 0}) : Wave(600, 30);
         const InkReading reading = Draw(PointsOf(Bulging(path, 0.1, 0.9, row.ends, row.bulge), 0.1, 0.9),

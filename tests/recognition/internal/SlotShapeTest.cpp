@@ -2,6 +2,7 @@
 
 #include "tessera/geometry/Line.h"
 #include "tests/support/PenPaths.h"
+#include "tests/support/SegmentDistance.h"
 #include "tests/support/SyntheticInk.h"
 
 namespace Tessera::Geometry {
@@ -34,16 +35,11 @@ struct Slot {
     std::vector<Point> Draw(double from, double turns, int count = 240) const {
         return PointsOf([this](double u) { return At(u); }, from, from + turns, count);
     }
-    /// To the nearest of very many points of the outline.
     double SumSq(const InkStroke& ink) const {
-        const std::vector<Point> outline = Draw(0.0, 1.0, 3000);
+        const std::vector<Point> outline = Draw(0.0, 1.0, 1500);
         double sum = 0.0;
-        for (const InkSample& s : ink.samples) {
-            double least = 1e300;
-            for (const Point& q : outline)
-                least = std::min(least, q.Distance2({s.x, s.y}));
-            sum += least;
-        }
+        for (const InkSample& s : ink.samples)
+            sum += std::pow(PolylineDistance(outline, {s.x, s.y}), 2);
         return sum;
     }
 };
