@@ -275,6 +275,22 @@ InkStroke Changed(const InkStroke& ink, const Change& change) {
     return out;
 }
 
+// The curves of a stroke drawn backwards come in the other order, those of a closed one from another start.
+bool IsSame(std::string answer, std::string changed, bool reversed) {
+    if (!reversed)
+        return answer == changed;
+    const bool isClosed = answer.ends_with('+');
+    if (changed.ends_with('+') != isClosed)
+        return false;
+    if (isClosed) {
+        answer.pop_back();
+        changed.pop_back();
+    }
+    std::reverse(changed.begin(), changed.end());
+    return answer.size() == changed.size() &&
+           (isClosed ? (answer + answer).find(changed) != std::string::npos : answer == changed);
+}
+
 void PrintInvariance(const std::vector<Drawing>& drawings) {
     const auto turn = [](const char* name, double degrees) {
         const double a = degrees * 0.017453292519943295;
@@ -291,7 +307,7 @@ void PrintInvariance(const std::vector<Drawing>& drawings) {
     for (const Change& change : changes) {
         int same = 0;
         for (const Drawing& drawing : drawings)
-            same += Interpret(drawing.ink) == Interpret(Changed(drawing.ink, change)) ? 1 : 0;
+            same += IsSame(Interpret(drawing.ink), Interpret(Changed(drawing.ink, change)), change.reversed);
         std::printf("  same answer %-16s %6.2f%%\n", change.name,
                     Percent(same, static_cast<int>(drawings.size())));
     }
