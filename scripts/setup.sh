@@ -1,14 +1,13 @@
-#What the scripts beside this file need from Debian; sourced, not run.
+# What the scripts beside this file need from Debian; sourced, not run.
 #
-#RequirePackages NAME... installs those that are missing, without a question, and does nothing otherwise.
+# RequirePackages NAME...  installs those that are missing, without a question, and does nothing otherwise.
 
-BUILD_PACKAGES = "g++ cmake make libcli11-dev nlohmann-json3-dev libpugixml-dev libgtest-dev libgmock-dev "
-                 "libbenchmark-dev" CHECK_PACKAGES = "git clang-format clang-tidy pkg-config python3"
+BUILD_PACKAGES="g++ cmake make libcli11-dev nlohmann-json3-dev libpugixml-dev libgtest-dev libgmock-dev libbenchmark-dev"
+CHECK_PACKAGES="git clang-format clang-tidy pkg-config python3 libslvs1-dev"
 
-    RequirePackages() {
+RequirePackages() {
     local package missing=""
-    for package in "$@";
-    do
+    for package in "$@"; do
         case "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" in
         *" installed") ;;
         *) missing="$missing $package" ;;
@@ -28,7 +27,7 @@ BUILD_PACKAGES = "g++ cmake make libcli11-dev nlohmann-json3-dev libpugixml-dev 
     }
 }
 
-#RunQuietly LOG COMMAND... shows the output only when the command fails.
+# RunQuietly LOG COMMAND...  shows the output only when the command fails.
 RunQuietly() {
     local log="$1"
     shift

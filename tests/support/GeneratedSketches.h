@@ -14,8 +14,12 @@ using enum Geometry::ConstraintKind_e;
 
 using CurveList = std::vector<CurvePtr>;
 
-/// Of the hand: standard deviations of directions and, relative, of radii; how far curves and ends are off.
-inline constexpr double kDirectionDeg = 1.0, kRadiusShare = 0.015, kShift = 0.9, kOverrun = 0.9;
+struct SketchNoise {
+    double directionDeg = 1.0; ///< standard deviation of each curve's direction
+    double shift = 0.9;        ///< each curve is moved by up to this much
+    double overrun = 0.9;      ///< each end runs over or falls short by up to this much
+    double radius = 0.015;     ///< relative standard deviation of radii
+};
 
 struct GeneratedSketch {
     const char* name = "";
@@ -51,9 +55,9 @@ public:
     /// The kinds of shapes, in turn: `family` modulo kFamilyCount.
     static constexpr int kFamilyCount = 12;
     /// A drawing of one shape, noise included.
-    GeneratedSketch Make(int family) { return MakeDrawing({family}); }
+    GeneratedSketch Make(int family, const SketchNoise& noise) { return MakeDrawing({family}, noise); }
     /// A drawing of several shapes side by side.
-    GeneratedSketch MakeDrawing(const std::vector<int>& families) {
+    GeneratedSketch MakeDrawing(const std::vector<int>& families, const SketchNoise& noise) {
         sketch_ = GeneratedSketch();
         turn_ = Uniform(0.15, std::numbers::pi / 2 - 0.15);
         for (std::size_t i = 0; i < families.size(); ++i)
@@ -61,7 +65,7 @@ public:
         do {
             sketch_.drawn.clear();
             for (const CurvePtr& c : sketch_.exact)
-                sketch_.drawn.push_back(Shake(*c));
+                sketch_.drawn.push_back(Shake(*c, noise));
         } while (!JointsHold());
         return std::move(sketch_);
     }
@@ -340,10 +344,10 @@ private:
     }
 
     // --- The hand
-    CurvePtr Shake(const Curve& curve) {
-        const double turn = Normal(kDirectionDeg) * std::numbers::pi / 180.0;
+    CurvePtr Shake(const Curve& curve, const SketchNoise& noise) {
+        const double turn = Normal(noise.directionDeg) * std::numbers::pi / 180.0;
         const double way = Uniform(0, 2 * std::numbers::pi);
-        const Point shift = Point(std::cos(way), std::sin(way)) * Uniform(0, kShift);
+        const Point shift = Point(std::cos(way), std::sin(way)) * Uniform(0, noise.shift);
         const Point mid = curve.GetMidPoint();
         const auto turned = [&](const Point& p) {
             const Point d = p - mid;
@@ -354,17 +358,17 @@ private:
         if (curve.GetType() == Geometry::CurveType_Line) {
             const Point a = turned(curve.GetStart()), b = turned(curve.GetEnd());
             const Point u = (b - a) / curve.Length();
-            return std::make_unique<Geometry::Line>(a + u * Uniform(-kOverrun, kOverrun),
-                                                    b + u * Uniform(-kOverrun, kOverrun));
+            return std::make_unique<Geometry::Line>(a + u * Uniform(-noise.overrun, noise.overrun),
+                                                    b + u * Uniform(-noise.overrun, noise.overrun));
         }
         const auto& arc = static_cast<const Geometry::Arc&>(curve);
-        const double scale = 1.0 + Normal(kRadiusShare);
+        const double scale = 1.0 + Normal(noise.radius);
         if (arc.IsClosed())
             return std::make_unique<Geometry::Arc>(arc.GetCenter() + shift, arc.GetRadius() * scale);
         const Point centre = turned(mid + (arc.GetCenter() - mid) * scale);
         const double r = arc.GetRadius() * scale;
-        return MakeArc(centre, r, arc.GetStartAngle() + turn + Uniform(-kOverrun, kOverrun) / r,
-                       arc.GetEndAngle() + turn + Uniform(-kOverrun, kOverrun) / r);
+        return MakeArc(centre, r, arc.GetStartAngle() + turn + Uniform(-noise.overrun, noise.overrun) / r,
+                       arc.GetEndAngle() + turn + Uniform(-noise.overrun, noise.overrun) / r);
     }
     bool JointsHold() const {
         for (const InferredConstraint& c : sketch_.intended) {
