@@ -17,8 +17,13 @@
 //         draws a flight of forty stairs does not tremble more than who draws four of them.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
+#include <vector>
+
 #include "tessera/recognition/InkInterpretation.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Testing {
 
