@@ -22,7 +22,6 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kBowedLine = 1.0; // a hand's lone line strays so much farther than the rules allow
 // Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
 // of drawn polygons take up three.
 constexpr double kMostStray = 4.0;
@@ -117,22 +116,18 @@ Chain FindChain(const PricedPath& priced, const RulesReading& rules, bool mayClo
     const auto end = std::remove_if(chains.begin(), chains.end(), straysOff);
     if (end != chains.begin())
         chains.erase(end, chains.end());
-    double least = rival;
+    std::vector<double> lengths;
+    lengths.reserve(chains.size());
     for (const Chain& chain : chains)
-        least = std::min(least, LengthOfHabit(priced, chain));
-    const double near = least + kNear;
-    Chain* best = &chains.front();
-    least = std::numeric_limits<double>::infinity();
-    for (Chain& chain : chains) {
-        if (LengthOfHabit(priced, chain) < near)
-            FitTangentRuns(priced, 0.0, chain);
-        const double length = LengthOfHabit(priced, chain);
-        if (length >= least)
-            continue;
-        least = length;
-        best = &chain;
-    }
-    return std::move(*best);
+        lengths.push_back(LengthOfHabit(priced, chain));
+    const double near = std::min(rival, *std::min_element(lengths.begin(), lengths.end())) + kNear;
+    for (std::size_t i = 0; i < chains.size(); ++i)
+        if (lengths[i] < near) {
+            FitTangentRuns(priced, 0.0, chains[i]);
+            lengths[i] = LengthOfHabit(priced, chains[i]);
+        }
+    const auto best = std::min_element(lengths.begin(), lengths.end()) - lengths.begin();
+    return std::move(chains[static_cast<std::size_t>(best)]);
 }
 
 // Three or four lines, the shapes that people draw most: a fifth corner is a slip of the pen.
@@ -161,7 +156,7 @@ public:
         const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
         if (ellipse && preferences_.GetChangeCurveType())
             Offer(FindRoundShape(priced_, *ellipse, samples), round_);
-        chain_ = FindChain(priced_, rules, preferences_.GetCurveTidy(), kBowedLine * tolerance_, least_);
+        chain_ = FindChain(priced_, rules, preferences_.GetCurveTidy(), tolerance_, least_);
         std::optional<Chain> sharp;
         if (preferences_.GetCurveTidy() && !IsSimplePolygon(chain_))
             sharp = FindSharpPolygon(priced_);
@@ -171,7 +166,7 @@ public:
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
         }
-        const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, kBowedLine * tolerance_);
+        const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (preferences_.GetCurveTidy() && preferences_.GetChangeCurveType())
             Offer(FindSlot(priced_), slot_, round_ ? kClear : 0.0);
         if (slot_)

@@ -357,10 +357,6 @@ void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t 
             chain.pieces[i].joint = JointSight::Bend;
         return;
     }
-    if (snapRad <= 0.0) {
-        WriteBack(ink, run, from, chain);
-        Reprice(ink, run, from, chain);
-    }
     SetTargets(snapRad, run);
     if (std::any_of(run.links.begin(), run.links.end(), [](const Link& link) { return link.hasTarget; })) {
         for (int round = 0; round < kRounds && Improve(ink, true, run); ++round) {
@@ -368,6 +364,8 @@ void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t 
         MeetTargets(run);
     }
     WriteBack(ink, run, from, chain);
+    if (snapRad <= 0.0)
+        Reprice(ink, run, from, chain); // a snapped chain competes no more
     for (std::size_t i = from + 1; i <= to; ++i)
         chain.pieces[i].joint = JointSight::Tangent;
 }
