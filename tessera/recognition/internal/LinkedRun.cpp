@@ -1,0 +1,288 @@
+// Gauss-Newton steps. What comes before a link acts on it only through the place and heading of its start, so
+// the normal equations are solved by a sweep from the last link to the first: each link's own values are
+// eliminated, and the squares of all that follow remain as a function of where it starts (the backward sweep
+// of A. E. Bryson, Y.-C. Ho, Applied Optimal Control (1969), chapter 5). Which points belong to which link is
+// decided anew in each step, by the normals in the joints.
+#include "tessera/recognition/internal/LinkedRun.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace Tessera::Geometry {
+
+namespace {
+
+constexpr int kHalvings = 4;          // of a step that makes the fit worse
+constexpr double kWorthwhile = 1e-4;  // of the squares: a step that saves less is the last
+constexpr double kDamping = 1e-3;     // of the normal matrix' diagonal: the place of a joint is hardly known
+constexpr double kRidge = 1e-9;       // holds what nothing depends on
+constexpr double kShortestLink = 0.1; // sizes
+constexpr double kTarget = 1e3;       // weight of a direction on an axis against the distance of a point
+constexpr double kStraight = 1e-4; // radians of an arc, below which its ends' difference has no digits left
+
+// How a link may move: with the place and heading of its start, and by what is its own. The start of the run
+// counts as a link without ink, of which offset and heading are its own.
+enum Move : std::size_t { kX, kY, kHeading, kOwn, kCurvature = kOwn, kLength, kMoves };
+constexpr std::size_t kOffset = kCurvature;
+constexpr std::size_t kFirstHeading = kLength;
+
+using Moves = std::array<double, kMoves>;
+using Step = std::vector<std::array<double, kMoves - kOwn>>; // of the start, then of each link
+
+// The squares of a link and of all that follow, to second order in the link's moves.
+struct Stage {
+    std::array<Moves, kMoves> gram{};    // normal matrix
+    std::array<Moves, kMoves> reduced{}; // the same with all that is later in order set to suit
+    Moves slope{};
+    std::array<Moves, kOwn> leads{}; // how the start of the next link moves
+};
+
+// The points that a link is fitted to, the end excluded: not those next to corners at the ends of the run.
+struct PointRange {
+    int from;
+    int to;
+};
+
+PointRange FittedTo(const LinkedRun& run, std::size_t link) {
+    const int from = run.first + run.trimFirst;
+    const int to = run.links[link].last;
+    return {link > 0 ? std::max(from, run.links[link - 1].last) : from,
+            link + 1 < run.links.size() ? to : to - run.trimLast + 1};
+}
+
+// Signed distance of a point from the link's carrier, to the left positive.
+double Distance(const Link& link, const Point& p) {
+    const Point to = p - link.start;
+    const double left = link.along.Cross(to);
+    if (!link.isArc)
+        return left;
+    // Of the circle through the start: exact, and without cancellation for a large radius.
+    const double k = link.curvature;
+    const double power = k * to.Dot(to) - 2.0 * left;
+    return -power / (1.0 + std::sqrt(std::max(0.0, 1.0 + k * power)));
+}
+
+Moves SlopeOf(const Link& link, const Point& p, double distance) {
+    const Point to = p - link.start;
+    const double k = link.curvature;
+    const double rho = std::max(1.0 - k * distance, 1e-9); // distance from the centre, of the radius
+    return {(link.along.y + k * to.x) / rho, (k * to.y - link.along.x) / rho, -link.along.Dot(to) / rho,
+            link.isArc ? 0.5 * (distance * distance - to.Dot(to)) / rho : 0.0, 0.0};
+}
+
+double OffTarget(const Link& link) {
+    return kTarget * std::remainder(link.heading - link.target, 2.0 * std::numbers::pi);
+}
+
+void AddSquare(const Moves& slope, double residual, Stage& stage) {
+    for (std::size_t r = 0; r < kLength; ++r) { // where a link ends is no matter of its own ink
+        for (std::size_t c = 0; c < kLength; ++c)
+            stage.gram[r][c] += slope[r] * slope[c];
+        stage.slope[r] += slope[r] * residual;
+    }
+}
+
+void AddSquares(const PricedPath& ink, const LinkedRun& run, std::size_t k, Stage& stage) {
+    const Link& link = run.links[k];
+    const PointRange range = FittedTo(run, k);
+    for (int i = range.from; i < range.to; ++i) {
+        const Point& p = PointOf(ink, i);
+        const double distance = Distance(link, p);
+        AddSquare(SlopeOf(link, p, distance), distance, stage);
+    }
+    if (link.hasTarget)
+        AddSquare({0.0, 0.0, kTarget, 0.0, 0.0}, OffTarget(link), stage);
+    stage.reduced = stage.gram;
+}
+
+std::array<Moves, kOwn> LeadsOf(const Link& link, const Link& next) {
+    const Point way = next.start - link.start;
+    Point byCurvature;
+    double turn = 0.0;
+    if (link.isArc) {
+        turn = link.length;
+        const bool isStraight = std::fabs(link.curvature * link.length) < kStraight;
+        byCurvature = isStraight ? 0.5 * link.length * Point(-way.y, way.x)
+                                 : (link.length * next.along - way) / link.curvature;
+    }
+    return {Moves{1.0, 0.0, -way.y, byCurvature.x, next.along.x},
+            Moves{0.0, 1.0, way.x, byCurvature.y, next.along.y}, Moves{0.0, 0.0, 1.0, turn, link.curvature}};
+}
+
+void AddNext(const Stage& next, Stage& stage) {
+    for (std::size_t r = 0; r < kMoves; ++r)
+        for (std::size_t s = 0; s < kOwn; ++s) {
+            stage.slope[r] += stage.leads[s][r] * next.slope[s];
+            for (std::size_t c = 0; c < kMoves; ++c)
+                for (std::size_t t = 0; t < kOwn; ++t) {
+                    const double both = stage.leads[s][r] * stage.leads[t][c];
+                    stage.gram[r][c] += both * next.gram[s][t];
+                    stage.reduced[r][c] += both * next.reduced[s][t];
+                }
+        }
+}
+
+// The row of the move then tells its value by those before it.
+void Eliminate(std::size_t move, Stage& stage) {
+    Moves& row = stage.reduced[move];
+    row[move] += kDamping * stage.gram[move][move] + kRidge;
+    for (std::size_t r = 0; r < move; ++r) {
+        const double f = row[r] / row[move];
+        for (std::size_t c = 0; c < move; ++c)
+            stage.reduced[r][c] -= f * row[c];
+        stage.slope[r] -= f * stage.slope[move];
+    }
+}
+
+std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run) {
+    const std::size_t count = run.links.size();
+    std::vector<Stage> stages(count + 1);
+    for (std::size_t k = count + 1; k-- > 0;) {
+        Stage& stage = stages[k];
+        if (k == 0) {
+            stage.leads[kX][kOffset] = run.normal.x;
+            stage.leads[kY][kOffset] = run.normal.y;
+            stage.leads[kHeading][kFirstHeading] = 1.0;
+        } else {
+            AddSquares(ink, run, k - 1, stage);
+            if (k < count)
+                stage.leads = LeadsOf(run.links[k - 1], run.links[k]);
+        }
+        if (k < count)
+            AddNext(stages[k + 1], stage);
+        for (std::size_t move = kMoves; move-- > kOwn;)
+            Eliminate(move, stage);
+    }
+    return stages;
+}
+
+Step FindStep(const PricedPath& ink, const LinkedRun& run) {
+    const std::vector<Stage> stages = SweepBack(ink, run);
+    Step step(stages.size());
+    Moves moves{};
+    for (std::size_t k = 0; k < stages.size(); ++k) {
+        const Stage& stage = stages[k];
+        for (std::size_t move = kOwn; move < kMoves; ++move) {
+            double sum = stage.slope[move];
+            for (std::size_t c = 0; c < move; ++c)
+                sum += stage.reduced[move][c] * moves[c];
+            moves[move] = step[k][move - kOwn] = -sum / stage.reduced[move][move];
+        }
+        Moves next{};
+        for (std::size_t s = 0; s < kOwn; ++s)
+            for (std::size_t c = 0; c < kMoves; ++c)
+                next[s] += stage.leads[s][c] * moves[c];
+        moves = next;
+    }
+    return step;
+}
+
+void Take(const Step& step, double share, LinkedRun& run) {
+    run.offset += share * step[0][kOffset - kOwn];
+    run.heading += share * step[0][kFirstHeading - kOwn];
+    for (std::size_t k = 0; k < run.links.size(); ++k) {
+        run.links[k].curvature += share * step[k + 1][kCurvature - kOwn];
+        run.links[k].length += share * step[k + 1][kLength - kOwn];
+    }
+}
+
+bool IsSound(const LinkedRun& run) {
+    return std::all_of(run.links.begin(), run.links.end(), [](const Link& link) {
+        return link.length > kShortestLink &&
+               std::fabs(link.curvature * link.length) < 2.0 * std::numbers::pi;
+    });
+}
+
+// Points beyond the normal in a joint belong to the next link.
+void AssignPoints(const PricedPath& ink, LinkedRun& run) {
+    for (std::size_t k = 0; k + 1 < run.links.size(); ++k) {
+        const Link& next = run.links[k + 1];
+        const int low = (k > 0 ? run.links[k - 1].last : run.first) + 1;
+        const int high = run.links[k + 1].last - 1;
+        int& at = run.links[k].last;
+        const auto isBeyond = [&](int i) { return (PointOf(ink, i) - next.start).Dot(next.along) > 0.0; };
+        while (at > low && isBeyond(at - 1))
+            --at;
+        while (at < high && !isBeyond(at))
+            ++at;
+    }
+}
+
+} // namespace
+
+int Within(const PricedPath& ink, int i) {
+    const int n = ink.path.Size();
+    return (i + n) % n;
+}
+
+const Point& PointOf(const PricedPath& ink, int i) {
+    return ink.path.pts[static_cast<std::size_t>(Within(ink, i))];
+}
+
+Point DirectionOf(double heading) {
+    return {std::cos(heading), std::sin(heading)};
+}
+
+void Lay(LinkedRun& run) {
+    Point at = run.origin + run.offset * run.normal;
+    double heading = run.heading;
+    for (Link& link : run.links) {
+        link.start = at;
+        link.heading = heading;
+        link.along = DirectionOf(heading);
+        const double half = 0.5 * link.length * link.curvature;
+        const double chord = std::fabs(half) > 1e-9 ? link.length * std::sin(half) / half : link.length;
+        at += chord * DirectionOf(heading + half);
+        heading += 2.0 * half;
+    }
+}
+
+Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run, std::size_t link) {
+    Misfit misfit;
+    const PointRange range = FittedTo(run, link);
+    for (int i = range.from; i < range.to; ++i, ++misfit.count) {
+        const double distance = Distance(run.links[link], PointOf(ink, i));
+        misfit.sumSq += distance * distance;
+    }
+    return misfit;
+}
+
+Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run) {
+    Misfit all;
+    for (std::size_t k = 0; k < run.links.size(); ++k) {
+        const Misfit one = MisfitOf(ink, run, k);
+        all.sumSq += one.sumSq;
+        all.count += one.count;
+        if (run.links[k].hasTarget) {
+            all.sumSq += OffTarget(run.links[k]) * OffTarget(run.links[k]);
+            ++all.count;
+        }
+    }
+    return all;
+}
+
+bool Improve(const PricedPath& ink, bool assign, LinkedRun& run) {
+    Lay(run);
+    if (assign)
+        AssignPoints(ink, run);
+    const double before = MisfitOf(ink, run).sumSq;
+    const Step step = FindStep(ink, run);
+    const LinkedRun old = run;
+    double share = 1.0;
+    for (int half = 0; half < kHalvings; ++half, share *= 0.5) {
+        run = old;
+        Take(step, share, run);
+        if (!IsSound(run))
+            continue;
+        Lay(run);
+        const double after = MisfitOf(ink, run).sumSq;
+        if (after < before)
+            return after < (1.0 - kWorthwhile) * before;
+    }
+    run = old;
+    return false;
+}
+
+} // namespace Tessera::Geometry
