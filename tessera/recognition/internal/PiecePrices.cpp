@@ -139,6 +139,20 @@ bool FindTouch(const PricedPiece& a, const PricedPiece& b, double& gap, Point& t
     return true;
 }
 
+// Takes a tangent joint for the best one if it is cheaper.
+// @param smooth  price of what the ink turns more than the carriers do.
+void OfferTangent(const PricedPiece& before, const PricedPiece& after, const Point& at, double smooth,
+                  JointPrice& best) {
+    double gap = 0.0;
+    Point touch;
+    if (!FindTouch(before, after, gap, touch))
+        return;
+    const double price = smooth + Excess(std::fabs(gap), kGapSpread) +
+                         Excess(touch.Distance(at) - kFreeTouch, kTouchSpread) - kNumberPrice;
+    if (price < best.price)
+        best = {price, JointSight::Tangent};
+}
+
 } // namespace
 
 const PricedPiece::Account& PricedPiece::BestFor(double squared) const {
@@ -202,15 +216,7 @@ JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const Pr
                     JointSight::Corner};
     const double even = 0.5 * (before.curvature + after.curvature) * kSeenReach * ink.path.step;
     const double smooth = Excess(std::fabs(site.seen - even) - kFreeTurn, kTurnSpread);
-    double gap = 0.0;
-    Point touch;
-    if (FindTouch(before, after, gap, touch)) {
-        const double away = touch.Distance(ink.path.pts[static_cast<std::size_t>(site.at)]);
-        const double price = smooth + Excess(std::fabs(gap), kGapSpread) +
-                             Excess(away - kFreeTouch, kTouchSpread) - kNumberPrice;
-        if (price < best.price)
-            best = {price, JointSight::Tangent};
-    }
+    OfferTangent(before, after, ink.path.pts[static_cast<std::size_t>(site.at)], smooth, best);
     const double bend = smooth + (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
     if (bend < best.price)
         best = {bend, JointSight::Bend};
@@ -231,16 +237,8 @@ PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece) {
 JointPrice PriceSeam(const PricedPath& ink, const PricedPiece& last, const PricedPiece& first) {
     const double turn = WithinHalfTurn(first.enter - last.leave);
     JointPrice best{Excess(kLeastCorner - std::fabs(turn), kCornerSpread), JointSight::Corner};
-    double gap = 0.0;
-    Point touch;
-    if (FindTouch(last, first, gap, touch)) {
-        const Point at = 0.5 * (ink.path.pts.front() + ink.path.pts.back());
-        const double price = Excess(std::fabs(turn) - kFreeTurn, kTurnSpread) +
-                             Excess(std::fabs(gap), kGapSpread) +
-                             Excess(touch.Distance(at) - kFreeTouch, kTouchSpread) - kNumberPrice;
-        if (price < best.price)
-            best = {price, JointSight::Tangent};
-    }
+    OfferTangent(last, first, 0.5 * (ink.path.pts.front() + ink.path.pts.back()),
+                 Excess(std::fabs(turn) - kFreeTurn, kTurnSpread), best);
     return best;
 }
 
