@@ -181,9 +181,7 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
 }
 
 double LengthOf(const PricedPath& ink, const Chain& chain) {
-    const auto isArc = [](const ChainPiece& p) { return p.isArc; };
-    const bool isMixed = std::any_of(chain.pieces.begin(), chain.pieces.end(), isArc) &&
-                         !std::all_of(chain.pieces.begin(), chain.pieces.end(), isArc);
+    const bool isMixed = !AreLines(chain) && !AreArcs(chain);
     return LengthOf(ink.path, {chain.price + (isMixed ? kMixing : 0.0), chain.sumSq});
 }
 

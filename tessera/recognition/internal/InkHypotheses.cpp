@@ -132,17 +132,13 @@ Chain FindChain(const PricedPath& priced, const RulesReading& rules, bool mayClo
 
 // Three or four lines, the shapes that people draw most: a fifth corner is a slip of the pen.
 bool IsSimplePolygon(const Chain& chain) {
-    return chain.isClosed && chain.pieces.size() <= 4 &&
-           std::none_of(chain.pieces.begin(), chain.pieces.end(),
-                        [](const ChainPiece& p) { return p.isArc; });
+    return chain.isClosed && chain.pieces.size() <= 4 && AreLines(chain);
 }
 
 // A closed chain that nobody means: all arcs, or with a joint at which the ink bends on.
 bool IsDoubtful(const Chain& chain) {
-    const auto isArc = [](const ChainPiece& p) { return p.isArc; };
     const auto bendsOn = [](const ChainPiece& p) { return p.joint == JointSight::Bend; };
-    return std::all_of(chain.pieces.begin(), chain.pieces.end(), isArc) ||
-           std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
+    return AreArcs(chain) || std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.

@@ -96,6 +96,16 @@ PricedPath::PricedPath(const InkPath& inkPath)
     : path(inkPath), moments(inkPath.pts), peaks(FindPeaks(inkPath)), haste(HasteOf(inkPath)),
       closing(0.125 * inkPath.length) {}
 
+bool AreLines(const Chain& chain) {
+    return std::none_of(chain.pieces.begin(), chain.pieces.end(),
+                        [](const ChainPiece& piece) { return piece.isArc; });
+}
+
+bool AreArcs(const Chain& chain) {
+    return std::all_of(chain.pieces.begin(), chain.pieces.end(),
+                       [](const ChainPiece& piece) { return piece.isArc; });
+}
+
 bool IsRing(const Chain& chain) {
     return chain.isClosed && chain.pieces.size() > 1 &&
            chain.pieces.back().last == chain.pieces.front().first;

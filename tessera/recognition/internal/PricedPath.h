@@ -41,6 +41,10 @@ struct Chain {
     bool isClosed = false;
 };
 
+/// Whether all pieces of a chain are lines; whether all are arcs.
+bool AreLines(const Chain& chain);
+bool AreArcs(const Chain& chain);
+
 /// Whether the chain is closed within its first piece: the joint between the last piece and that one is a
 /// joint as any other, not the seam where the ends of the ink meet.
 bool IsRing(const Chain& chain);

@@ -18,11 +18,6 @@ constexpr double kMostBow = 0.16;        // sagitta of a straight side over its 
 constexpr double kDoubtfulCorner = 2.0;  // price from which a joint is hardly a corner
 constexpr double kRunsBack = -0.9;       // cosine of 154 degrees
 
-bool AreLines(const Chain& chain) {
-    return std::none_of(chain.pieces.begin(), chain.pieces.end(),
-                        [](const ChainPiece& p) { return p.isArc; });
-}
-
 // Sides that hardly bow: what bows more was drawn as an arc.
 bool AreStraight(const PricedPath& ink, const Chain& lines) {
     return std::none_of(lines.pieces.begin(), lines.pieces.end(), [&](const ChainPiece& side) {
