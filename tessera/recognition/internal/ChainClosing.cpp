@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
 
@@ -16,47 +17,10 @@ constexpr double kCloseReach = 1.04;
 constexpr double kManySidesReach = 1.36;
 constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may be
 constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
-constexpr double kParallel = 0.17; // sine of the angle below which lines do not make a corner
-
 constexpr double kExtension = 1.0; // of its length: as far as a side is drawn on to close a chain
 
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
-}
-
-bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
-    const double sine = a.direction.Cross(b.direction);
-    if (std::fabs(sine) < kParallel)
-        return false;
-    const double t = (b.centre - a.centre).Cross(b.direction) / sine;
-    meet = a.centre + t * a.direction;
-    return true;
-}
-
-bool LineMeetsCircle(const LineFit& line, const CircleFit& circle, const Point& near, Point& meet) {
-    const Point to = circle.centre - line.centre;
-    const Point foot = line.centre + to.Dot(line.direction) * line.direction;
-    const double halfSq = circle.radius * circle.radius - foot.Distance2(circle.centre);
-    if (halfSq < 0.0)
-        return false;
-    const Point half = std::sqrt(halfSq) * line.direction;
-    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
-    return true;
-}
-
-bool CircleMeetsCircle(const CircleFit& a, const CircleFit& b, const Point& near, Point& meet) {
-    const Point to = b.centre - a.centre;
-    const double dSq = to.Dot(to);
-    if (!(dSq > 0.0))
-        return false;
-    const double along = 0.5 * (dSq + a.radius * a.radius - b.radius * b.radius) / dSq;
-    const double halfSq = a.radius * a.radius / dSq - along * along;
-    if (halfSq < 0.0)
-        return false;
-    const Point foot = a.centre + along * to;
-    const Point half = std::sqrt(halfSq) * Point(-to.y, to.x);
-    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
-    return true;
 }
 
 double Longest(const Chain& chain) {
@@ -132,16 +96,6 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
 }
 
 } // namespace
-
-bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet) {
-    if (a.isArc && b.isArc)
-        return CircleMeetsCircle(a.circle, b.circle, near, meet);
-    if (a.isArc)
-        return LineMeetsCircle(b.line, a.circle, near, meet);
-    if (b.isArc)
-        return LineMeetsCircle(a.line, b.circle, near, meet);
-    return LineMeetsLine(a.line, b.line, meet);
-}
 
 Chain CloseChain(const PricedPath& ink, const Chain& open) {
     Chain best = open;

@@ -5,12 +5,11 @@
 
 namespace Tessera::Geometry {
 
-/// The cheapest of: the chain as it is; closed with a corner where the last piece meets the first; closed
-/// with the last and the first piece made one (the pen began within a side, or ran on along it); each of
-/// these without a hook at either end (a short piece that the pen drew when it touched down or left).
+/// The chain closed with a corner where the last piece meets the first, or with the last and the first piece
+/// made one (the pen began within a side, or ran on along it), with or without a hook at either end (a short
+/// piece that the pen drew when it touched down or left): the cheapest of these where one costs less than the
+/// open chain. A chain that stays open loses hooks that are shorter still, at no change of its price: the ink
+/// of a hook has to be described in any case.
 Chain CloseChain(const PricedPath& ink, const Chain& open);
-
-/// Where the carriers of two pieces meet, nearest to `near`; false when they do not or run alike.
-bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);
 
 } // namespace Tessera::Geometry

@@ -3,18 +3,52 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tessera/recognition/internal/ChainClosing.h"
-
 namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kCornerShare =
-    0.35;                           // of the shorter neighbour: how far an intersection may lie from the ink
+// Of the shorter neighbour: how far an intersection may lie from the ink.
+constexpr double kCornerShare = 0.35;
 constexpr double kSeamShare = 0.25; // of the path's length: the same where the stroke closes
+constexpr double kParallel = 0.17;  // sine of the angle below which lines do not make a corner
 
 const Point& At(const PricedPath& ink, int i) {
     return ink.path.pts[static_cast<std::size_t>(i)];
+}
+
+bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
+    const double sine = a.direction.Cross(b.direction);
+    if (std::fabs(sine) < kParallel)
+        return false;
+    const double t = (b.centre - a.centre).Cross(b.direction) / sine;
+    meet = a.centre + t * a.direction;
+    return true;
+}
+
+bool LineMeetsCircle(const LineFit& line, const CircleFit& circle, const Point& near, Point& meet) {
+    const Point to = circle.centre - line.centre;
+    const Point foot = line.centre + to.Dot(line.direction) * line.direction;
+    const double halfSq = circle.radius * circle.radius - foot.Distance2(circle.centre);
+    if (halfSq < 0.0)
+        return false;
+    const Point half = std::sqrt(halfSq) * line.direction;
+    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
+    return true;
+}
+
+bool CircleMeetsCircle(const CircleFit& a, const CircleFit& b, const Point& near, Point& meet) {
+    const Point to = b.centre - a.centre;
+    const double dSq = to.Dot(to);
+    if (!(dSq > 0.0))
+        return false;
+    const double along = 0.5 * (dSq + a.radius * a.radius - b.radius * b.radius) / dSq;
+    const double halfSq = a.radius * a.radius / dSq - along * along;
+    if (halfSq < 0.0)
+        return false;
+    const Point foot = a.centre + along * to;
+    const Point half = std::sqrt(halfSq) * Point(-to.y, to.x);
+    meet = near.Distance2(foot + half) < near.Distance2(foot - half) ? foot + half : foot - half;
+    return true;
 }
 
 Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
@@ -100,9 +134,19 @@ double DistanceFrom(const ChainPiece& piece, const Point& p) {
                        : (p - piece.line.centre).Cross(piece.line.direction);
 }
 
-bool ExactChain::IsPolygon() const {
-    return isClosed && std::none_of(pieces.begin(), pieces.end(),
-                                    [](const ExactPiece& p) { return p.kind != PieceKind::Line; });
+bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet) {
+    if (a.isArc && b.isArc)
+        return CircleMeetsCircle(a.circle, b.circle, near, meet);
+    if (a.isArc)
+        return LineMeetsCircle(b.line, a.circle, near, meet);
+    if (b.isArc)
+        return LineMeetsCircle(a.line, b.circle, near, meet);
+    return LineMeetsLine(a.line, b.line, meet);
+}
+
+bool ExactChain::AreLines() const {
+    return std::all_of(pieces.begin(), pieces.end(),
+                       [](const ExactPiece& p) { return p.kind == PieceKind::Line; });
 }
 
 ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {

@@ -22,7 +22,8 @@ struct ExactChain {
     std::vector<ExactPiece> pieces; ///< each begins where the one before ends
     bool isClosed = false;
 
-    bool IsPolygon() const;
+    bool AreLines() const;
+    bool IsPolygon() const { return isClosed && AreLines(); }
 };
 
 /// Nearest point of a piece's carrier.
@@ -31,6 +32,10 @@ Point OnPiece(const ChainPiece& piece, const Point& p);
 /// Signed distance of a point from a piece's carrier: outwards from an arc's circle positive, to the right of
 /// a line's direction.
 double DistanceFrom(const ChainPiece& piece, const Point& p);
+
+/// Where the carriers of two pieces meet, nearest to `near`; false when they do not, and for lines that run
+/// too nearly alike to make a corner.
+bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);
 
 /// Neighbours are extended or trimmed to where their carriers meet, if that is near the ink's own corner;
 /// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to

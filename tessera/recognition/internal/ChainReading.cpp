@@ -119,9 +119,7 @@ InkShape ShapeOf(const ExactChain& chain) {
                                                         : InkShape::Spline;
     if (chain.IsPolygon())
         return count == 3 ? InkShape::Triangle : count == 4 ? InkShape::Quadrilateral : InkShape::Polygon;
-    const bool lines = std::none_of(chain.pieces.begin(), chain.pieces.end(),
-                                    [](const ExactPiece& p) { return p.kind != PieceKind::Line; });
-    return lines ? InkShape::Polyline : InkShape::Chain;
+    return chain.AreLines() ? InkShape::Polyline : InkShape::Chain;
 }
 
 } // namespace

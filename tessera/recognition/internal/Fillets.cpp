@@ -6,8 +6,6 @@
 #include <optional>
 #include <vector>
 
-#include "tessera/recognition/internal/ChainClosing.h"
-
 namespace Tessera::Geometry {
 
 namespace {
