@@ -38,11 +38,6 @@ void DeleteResult(RecognizedGeometry* result) {
     delete result;
 }
 
-struct ResultRelease {
-    void operator()(RecognizedGeometry* result) const { DeleteResult(result); }
-};
-using ResultPtr = std::unique_ptr<RecognizedGeometry, ResultRelease>;
-
 } // namespace
 
 SketchRecognizer::SketchRecognizer(int strokeId, const std::vector<StrokePoint>& points)
@@ -78,18 +73,14 @@ void SketchRecognizer::TakeStroke(const Stroke& stroke) {
     SumPathLengths(points_, lengthTo_);
 }
 
+// The whole stroke counts where the pieces do not speak for themselves: it is fitted only then. Without
+// breaks the only piece is the whole stroke.
 void SketchRecognizer::RecognizeInternal(bool segment, CurveType_e type) {
     const int last = static_cast<int>(points_.size()) - 1;
     const bool tryWhole = segment && wholeStrokeSuppressed_ == 0;
-    ResultPtr whole;
-    if (tryWhole) {
-        RecognizeCurve(0, last, false, type);
-        if (!results_.empty()) {
-            whole.reset(results_.front());
-            results_.clear();
-        }
-    }
-
+    StrokePiece whole;
+    if (tryWhole && !TakePiece(0, last, whole)) // throws unless all points are finite
+        return;
     std::vector<int> breaks;
     if (segment)
         GetBreaks(breaks);
@@ -98,20 +89,14 @@ void SketchRecognizer::RecognizeInternal(bool segment, CurveType_e type) {
         RecognizeCurve(start, b, true, type);
         start = b;
     }
-    if (breaks.empty() && tryWhole) {
-        // The only piece is the whole stroke: of what it could be, the spline alone is still open.
-        if (!whole)
-            RecognizeCurve(0, last, true, CurveType_Spline);
-    } else {
-        RecognizeCurve(start, last, true, type);
-    }
-
-    if (whole && (results_.empty() || IsWholeStrokePreferred(results_))) {
-        while (!results_.empty())
-            DeleteRecognizeGeometry(static_cast<int>(results_.size()) - 1);
-        results_.push_back(nullptr);
-        results_.back() = whole.release();
-    }
+    RecognizeCurve(start, last, true, type);
+    if (!tryWhole || breaks.empty() || !(results_.empty() || IsWholeStrokePreferred(results_)))
+        return;
+    const std::size_t pieces = results_.size();
+    RecognizeCurve(0, last, false, type);
+    if (results_.size() > pieces)
+        for (std::size_t i = pieces; i-- > 0;)
+            DeleteRecognizeGeometry(static_cast<int>(i));
 }
 
 void SketchRecognizer::RecognizeCurve(int first, int last, bool allowSpline, CurveType_e type) {
