@@ -8,6 +8,7 @@
 
 #include "tessera/core/ThrowMessage.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/ScribbleQuestion.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkHypotheses.h"
@@ -111,6 +112,30 @@ bool ReadThinWall(const InkStroke& ink, const PricedPath& priced,
     return true;
 }
 
+void Interpret(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, InkReading& reading) {
+    const InkPath path = MakeInkPath(ink.samples);
+    if (path.pts.empty() || IsScribble(ink, preferences, reading))
+        return;
+    if (ReadRetrace(path, preferences, earlier, reading)) {
+        MeasureDeviations(ink.samples, reading);
+        return;
+    }
+    if (!preferences.GetReduceInkCurveDeviation()) {
+        RulesReading(ink, preferences).Take(reading);
+        return;
+    }
+    PricedPath priced(path);
+    if (preferences.GetCurveTidy() && ReadThinWall(ink, priced, preferences, earlier, reading))
+        return;
+    const InkPath fitted = FitToPieces(ink.samples, path);
+    if (fitted.scale < path.scale) {
+        PricedPath finer(fitted);
+        ReadByHypotheses(ink, finer, preferences, earlier, reading);
+    } else
+        ReadByHypotheses(ink, priced, preferences, earlier, reading);
+}
+
 } // namespace
 
 InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
@@ -118,29 +143,12 @@ InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences&
     for (const InkSample& s : ink.samples)
         if (!std::isfinite(s.x) || !std::isfinite(s.y) || !std::isfinite(s.t))
             Core::ThrowMessage("InterpretInk - a sample is not finite");
+    const long refusals = SM_ask_refusal_count();
     InkReading reading;
-    const InkPath path = MakeInkPath(ink.samples);
-    if (path.pts.empty())
-        return reading;
-    if (IsScribble(ink, preferences, reading))
-        return reading;
-    if (ReadRetrace(path, preferences, earlier, reading)) {
-        MeasureDeviations(ink.samples, reading);
-        return reading;
-    }
-    if (!preferences.GetReduceInkCurveDeviation()) {
-        RulesReading(ink, preferences).Take(reading);
-        return reading;
-    }
-    PricedPath priced(path);
-    if (preferences.GetCurveTidy() && ReadThinWall(ink, priced, preferences, earlier, reading))
-        return reading;
-    const InkPath fitted = FitToPieces(ink.samples, path);
-    if (fitted.scale < path.scale) {
-        PricedPath finer(fitted);
-        ReadByHypotheses(ink, finer, preferences, earlier, reading);
-    } else
-        ReadByHypotheses(ink, priced, preferences, earlier, reading);
+    Interpret(ink, preferences, earlier, reading);
+    // A fit that got no memory is a hypothesis lost: what won without it may not be what was meant.
+    if (SM_ask_refusal_count() != refusals)
+        Core::ThrowMessage("InterpretInk - out of memory");
     return reading;
 }
 

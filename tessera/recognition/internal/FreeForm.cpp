@@ -6,6 +6,7 @@
 #include "tessera/geometry/Spline.h"
 #include "tessera/kernel/BCRVFIT.h"
 #include "tessera/kernel/internal/RecordPtr.h"
+#include "tessera/kernel/internal/SmFault.h"
 
 namespace Tessera::Geometry {
 
@@ -20,7 +21,8 @@ std::unique_ptr<Curve> FitFreeForm(std::span<const Point> pts, bool isClosed, do
     if (isClosed && pts.front().Distance2(pts.back()) > 0.0)
         copy.push_back(copy.front());
     const double most = 2.0 * DiagonalOf(pts);
-    while (tol < most) {
+    const long refusals = SM_ask_refusal_count();
+    while (tol < most && SM_ask_refusal_count() == refusals) {
         int status = 1;
         double err[3];
         RecordPtr record(BCRVFIT_least_squares_fit(static_cast<int>(copy.size()), copy.data(), 0, nullptr,

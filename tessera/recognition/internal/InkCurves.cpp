@@ -55,7 +55,7 @@ Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
             {c * chord.x - s * chord.y, c * chord.y + s * chord.x}};
 }
 
-// Null only when memory runs out or the ink defies the tolerances.
+// Null for fewer than four points and when memory runs out, which the interpretation reports.
 std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) {
     const int end = piece.first < piece.last ? piece.last : piece.last + path.Size();
     std::vector<Point> pts;

@@ -3,6 +3,7 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
+#include "tests/support/AllocationFaults.h"
 #include "tests/support/PenPaths.h"
 
 namespace Tessera::Geometry {
@@ -110,6 +111,23 @@ TEST(SmoothForms, ClosingFollowsThePreferences) {
     EXPECT_FALSE(InterpretInk(InkOf(round), preferences).isClosed);
     preferences.SetMinimumRecognitionTolerance(0.5); // the floor of the tolerance
     EXPECT_FALSE(InterpretInk(InkOf(open), preferences).isClosed);
+}
+
+// A fit without memory must not make way for another kind of curve.
+TEST(SmoothForms, AReadingWithoutItsMemoryIsNone) {
+    testing::internal::CaptureStderr(); // the rules report on their own
+    for (const InkStroke& ink :
+         {InkOf(PointsOf(Kidney(0.5))), InkOf(PointsOf(Round({0, 0}, 110, 50, 0.0, 0.9 * kTurn))),
+          InkOf(Joined({Straight({0, 0}, {200, 0}), Straight({200, 0}, {200, 120})}))})
+        EXPECT_GT(FailEachAllocation([&] {
+                      try {
+                          return !InterpretInk(ink, {}).curves.empty();
+                      } catch (const char*) {
+                          return false;
+                      }
+                  }),
+                  5);
+    testing::internal::GetCapturedStderr();
 }
 
 } // namespace
