@@ -58,7 +58,7 @@ void MeasureResiduals(const InkPath& path, EllipseEvidence& fit) {
     fit.winding = run / kTurn;
     fit.back = 0.5 * (wayRound - std::fabs(run)) / kTurn;
     for (EllipseTerms& t : fit.terms)
-        t[5] -= 0.5 * fit.winding; // centred, or the drift would shift the whole
+        t[kDriftTerm] -= 0.5 * fit.winding; // centred, or the drift would shift the whole
 }
 
 } // namespace
@@ -74,8 +74,8 @@ std::optional<EllipseEvidence> FindEllipse(const InkPath& path) {
 double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse) {
     return PriceOfHiddenCorners(ink, [&](const TurningPeak& peak) {
         const EllipseTerms& t = ellipse.terms[static_cast<std::size_t>(peak.at)];
-        const double x = ellipse.a * t[2];
-        const double y = ellipse.b * t[1];
+        const double x = ellipse.a * t[kSinTerm];
+        const double y = ellipse.b * t[kCosTerm];
         const double speed = std::sqrt(x * x + y * y);
         return std::copysign(ellipse.a * ellipse.b / (speed * speed * speed), ellipse.winding);
     });

@@ -9,9 +9,20 @@
 
 namespace Tessera::Geometry {
 
-/// Per point: what might explain its distance. A constant, harmonics up to the second, a drift that grows
-/// evenly along the stroke, and the third harmonic.
-constexpr std::size_t kEllipseTerms = 8;
+/// What might explain the distance of a point from the ellipse: another size; harmonics of the point's
+/// parameter (a shift along either axis, another oblongness, another rotation; the third are a hand's own);
+/// and a drift that grows evenly along the stroke.
+enum EllipseTerm : std::size_t {
+    kSizeTerm,
+    kCosTerm,
+    kSinTerm,
+    kCos2Term,
+    kSin2Term,
+    kDriftTerm,
+    kCos3Term,
+    kSin3Term,
+    kEllipseTerms
+};
 using EllipseTerms = std::array<double, kEllipseTerms>;
 
 struct EllipseEvidence {
@@ -20,7 +31,7 @@ struct EllipseEvidence {
     double b = 0.0;
     double angle = 0.0;              ///< of the axis a
     std::vector<double> distance;    ///< of each point, signed, to first order
-    std::vector<EllipseTerms> terms; ///< [1] and [2] are cosine and sine of the point's parameter
+    std::vector<EllipseTerms> terms; ///< of each point
     double winding = 0.0;            ///< turns about the centre, counter-clockwise positive
     double back = 0.0;               ///< turns that the pen ran the other way, unsigned
 };

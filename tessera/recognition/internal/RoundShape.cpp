@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/kernel/NR.h"
+
 namespace Tessera::Geometry {
 
 namespace {
@@ -21,6 +23,7 @@ constexpr double kSpreadShare = 0.25;
 constexpr double kThirdHarmonic = 0.04;
 constexpr double kMostThird = 2.5;  // sigmas
 constexpr double kTail = 0.15;      // sizes from which a distance costs no more
+constexpr double kRidge = 1e-6;     // of the normal equations: terms that the path does not show vanish
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
 // Growth from the start to the end of the stroke, of the mean radius, beyond which it is a spiral.
 constexpr double kMostDrift = 0.45;
@@ -32,34 +35,22 @@ constexpr double kUsualPace = 0.07;
 constexpr double kOblongMost = 0.42;
 constexpr double kOblongLeast = 0.22;
 
-// Least squares over the first terms; a small ridge keeps the drift in bounds.
+// Least squares over the first terms.
 EllipseTerms Explain(const EllipseEvidence& all, std::size_t count) {
-    double m[kEllipseTerms][kEllipseTerms + 1] = {};
+    double normal[kEllipseTerms * kEllipseTerms] = {}; // count x count, lower triangle
+    EllipseTerms x{};
     for (std::size_t i = 0; i < all.distance.size(); ++i)
         for (std::size_t r = 0; r < count; ++r) {
             for (std::size_t k = 0; k <= r; ++k)
-                m[r][k] += all.terms[i][r] * all.terms[i][k];
-            m[r][count] += all.terms[i][r] * all.distance[i];
+                normal[r * count + k] += all.terms[i][r] * all.terms[i][k];
+            x[r] += all.terms[i][r] * all.distance[i];
         }
     for (std::size_t r = 0; r < count; ++r)
-        for (std::size_t k = r + 1; k < count; ++k)
-            m[r][k] = m[k][r];
-    for (std::size_t r = 0; r < count; ++r)
-        m[r][r] += 1e-6;
-    m[5][5] += kDriftPrice;
-    for (std::size_t r = 0; r < count; ++r) // symmetric and positive: no pivots needed
-        for (std::size_t q = r + 1; q < count; ++q) {
-            const double f = m[q][r] / m[r][r];
-            for (std::size_t k = r; k <= count; ++k)
-                m[q][k] -= f * m[r][k];
-        }
-    EllipseTerms x{};
-    for (std::size_t r = count; r-- > 0;) {
-        double sum = m[r][count];
-        for (std::size_t k = r + 1; k < count; ++k)
-            sum -= m[r][k] * x[k];
-        x[r] = sum / m[r][r];
-    }
+        normal[r * count + r] += kRidge + (r == kDriftTerm ? kDriftPrice : 0.0);
+    const int n = static_cast<int>(count);
+    if (NR_cholesky_decomp(n, normal) == 0)
+        return {};
+    NR_cholesky_solve(n, normal, x.data());
     return x;
 }
 
@@ -79,13 +70,13 @@ RoundShape Corrected(const EllipseEvidence& fit, const EllipseTerms& x) {
     RoundShape shape;
     const double c = std::cos(fit.angle);
     const double s = std::sin(fit.angle);
-    shape.centre = fit.centre + Point(c * x[1] - s * x[2], s * x[1] + c * x[2]);
-    const double mean = 0.5 * (fit.a + fit.b) + x[0];
-    const double along = 0.5 * (fit.a - fit.b) + x[3];
-    const double half = std::sqrt(along * along + x[4] * x[4]);
+    shape.centre = fit.centre + Point(c * x[kCosTerm] - s * x[kSinTerm], s * x[kCosTerm] + c * x[kSinTerm]);
+    const double mean = 0.5 * (fit.a + fit.b) + x[kSizeTerm];
+    const double along = 0.5 * (fit.a - fit.b) + x[kCos2Term];
+    const double half = std::sqrt(along * along + x[kSin2Term] * x[kSin2Term]);
     shape.radii[0] = mean + half;
     shape.radii[1] = mean - half;
-    shape.rotation = fit.angle + 0.5 * std::atan2(x[4], along);
+    shape.rotation = fit.angle + 0.5 * std::atan2(x[kSin2Term], along);
     return shape;
 }
 
@@ -95,9 +86,9 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
     const double winding = std::fabs(ellipse.winding);
     if (!(winding >= 1.0 - kOpenTurn * ink.closing / ink.path.length && winding <= kMostWinding))
         return std::nullopt;
-    const EllipseTerms x = Explain(ellipse, kEllipseTerms - 2);
+    const EllipseTerms x = Explain(ellipse, kCos3Term);
     RoundShape shape = Corrected(ellipse, x);
-    const double drift = std::fabs(x[5] * ellipse.winding);
+    const double drift = std::fabs(x[kDriftTerm] * ellipse.winding);
     if (!(shape.radii[1] > 0.0) || drift > kMostDrift * 0.5 * (shape.radii[0] + shape.radii[1]))
         return std::nullopt;
     const double pace = ink.path.length / samples;
@@ -109,7 +100,8 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
     const double price = PriceOfCorners(ink, ellipse) + kNumbers * kNumberPrice;
     shape.description = {price, kSpreadShare * sumSq};
     const EllipseTerms y = Explain(ellipse, kEllipseTerms);
-    const double third = std::hypot(y[6], y[7]) / (kThirdHarmonic * 0.5 * (shape.radii[0] + shape.radii[1]));
+    const double third =
+        std::hypot(y[kCos3Term], y[kSin3Term]) / (kThirdHarmonic * 0.5 * (shape.radii[0] + shape.radii[1]));
     const Description tripod{price + 0.5 * third * third, kSpreadShare * UnexplainedSumSq(ellipse, y)};
     if (third < kMostThird && LengthOf(ink.path, tripod) < LengthOf(ink.path, shape.description))
         shape.description = tripod;

@@ -89,7 +89,7 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
     arc.rotation = ellipse.angle;
     arc.isReversed = ellipse.winding < 0.0;
     const EllipseTerms& start = arc.isReversed ? ellipse.terms.back() : ellipse.terms.front();
-    arc.from = std::atan2(start[2], start[1]);
+    arc.from = std::atan2(start[kSinTerm], start[kCosTerm]);
     arc.from += arc.from < 0.0 ? kTurn : 0.0;
     arc.to = arc.from + kTurn * sweep;
     double sumSq = 0.0;
