@@ -134,6 +134,30 @@ double DistanceFrom(const ChainPiece& piece, const Point& p) {
                        : (p - piece.line.centre).Cross(piece.line.direction);
 }
 
+double MeanSqFrom(const PricedPath& ink, const Chain& chain) {
+    const int n = ink.path.Size();
+    int points = 0;
+    double sumSq = 0.0;
+    for (const ChainPiece& piece : chain.pieces) {
+        const int count = PointsIn(ink, piece);
+        for (int i = 0; i <= count; ++i) {
+            const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
+            const double off = DistanceFrom(piece, p);
+            sumSq += off * off;
+        }
+        points += count + 1;
+    }
+    return sumSq / points;
+}
+
+bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance) {
+    if (chain.pieces.size() != 1 || chain.isClosed)
+        return false;
+    return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
+        return std::fabs(DistanceFrom(chain.pieces[0], p)) <= tolerance;
+    });
+}
+
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet) {
     if (a.isArc && b.isArc)
         return CircleMeetsCircle(a.circle, b.circle, near, meet);

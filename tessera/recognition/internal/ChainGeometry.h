@@ -33,6 +33,12 @@ Point OnPiece(const ChainPiece& piece, const Point& p);
 /// a line's direction.
 double DistanceFrom(const ChainPiece& piece, const Point& p);
 
+/// Mean squared distance of the ink from the carriers of a chain: what is lost by cutting corners off counts.
+double MeanSqFrom(const PricedPath& ink, const Chain& chain);
+
+/// Whether the chain is one line or arc within the tolerance (sizes) of the ink.
+bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance);
+
 /// Where the carriers of two pieces meet, nearest to `near`; false when they do not, and for lines that run
 /// too nearly alike to make a corner.
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);

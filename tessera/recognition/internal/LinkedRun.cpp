@@ -20,7 +20,7 @@ constexpr double kDamping = 1e-3;     // of the normal matrix' diagonal: the pla
 constexpr double kRidge = 1e-9;       // holds what nothing depends on
 constexpr double kShortestLink = 0.1; // sizes
 constexpr double kTarget = 1e3;       // weight of a direction on an axis against the distance of a point
-constexpr double kStraight = 1e-4; // radians of an arc, below which its ends' difference has no digits left
+constexpr double kFlatSweep = 1e-4; // radians of an arc, below which its ends' difference has no digits left
 
 // How a link may move: with the place and heading of its start, and by what is its own. The start of the run
 // counts as a link without ink, of which offset and heading are its own.
@@ -103,7 +103,7 @@ std::array<Moves, kOwn> LeadsOf(const Link& link, const Link& next) {
     double turn = 0.0;
     if (link.isArc) {
         turn = link.length;
-        const bool isStraight = std::fabs(link.curvature * link.length) < kStraight;
+        const bool isStraight = std::fabs(link.curvature * link.length) < kFlatSweep;
         byCurvature = isStraight ? 0.5 * link.length * Point(-way.y, way.x)
                                  : (link.length * next.along - way) / link.curvature;
     }

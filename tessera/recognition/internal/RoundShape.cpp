@@ -29,7 +29,7 @@ constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounde
 constexpr double kMostDrift = 0.45;
 // Difference of the radii, of the larger one, up to which a round is a circle, and its growth with the length
 // (in sizes) that the pen covers per sample. Measured on drawn circles and ovals.
-constexpr double kOblong = 0.27;
+constexpr double kUsualOblong = 0.27;
 constexpr double kOblongPerPace = 1.75;
 constexpr double kUsualPace = 0.07;
 constexpr double kOblongMost = 0.42;
@@ -93,7 +93,7 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
         return std::nullopt;
     const double pace = ink.path.length / samples;
     const double oblong =
-        std::clamp(kOblong + kOblongPerPace * (pace - kUsualPace), kOblongLeast, kOblongMost);
+        std::clamp(kUsualOblong + kOblongPerPace * (pace - kUsualPace), kOblongLeast, kOblongMost);
     shape.isCircle = shape.radii[0] - shape.radii[1] < oblong * shape.radii[0];
     const double sumSq = UnexplainedSumSq(ellipse, x);
     shape.meanSq = sumSq / ink.path.Size();

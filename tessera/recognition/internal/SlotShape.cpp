@@ -30,14 +30,14 @@ constexpr double kRidge = 1e-6;        // of the normal equations: terms that th
 // Keeps the drift small: straight lines guide the pen back to its start better than a swing round does.
 constexpr double kDriftPrice = 4.0;
 
-// Nothing guides the pen on its way round: it strays farther than along a side.
+// Nothing guides the pen round the ends: there it strays farther than along a line.
 constexpr double kSpreadShare = 0.15;
 
 // What the decision rests on, measured on drawn ovals, circles and rectangles, and on slots of a simulated
 // hand.
-constexpr double kShortest = 0.6;  // length of a line over the radius
-constexpr double kHopeful = 0.53;  // half of it, as the moments have it: they overrate short lines
-constexpr double kHopeless = 20.0; // price of corners that nothing makes good
+constexpr double kShortest = 0.6;         // length of a line over the radius
+constexpr double kHopeful = 0.53;         // half of it, as the moments have it: they overrate short lines
+constexpr double kHopelessCorners = 20.0; // price of corners that nothing makes good
 constexpr double kRoundEnds = 0.3; // by how much of the radius the corners' rounding may seem to differ
 constexpr double kMostTurns = 2.2; // of the pen: a slot drawn twice
 constexpr double kOpenEnd = 0.5;   // of a half circle, what may be missing
@@ -272,7 +272,7 @@ std::optional<SlotShape> FindSlot(const PricedPath& ink) {
     if (ink.path.Gap() > ink.closing)
         return std::nullopt;
     Parameters p = Start(ink);
-    if (p[kHalf] < kHopeful * p[kRadius] || LeastPriceOfCorners(ink, p[kRadius]) > kHopeless ||
+    if (p[kHalf] < kHopeful * p[kRadius] || LeastPriceOfCorners(ink, p[kRadius]) > kHopelessCorners ||
         !Fit(ink.path, p) || 2.0 * p[kHalf] < kShortest * p[kRadius] ||
         std::fabs(SquarenessOf(ink.path, p)) > kRoundEnds)
         return std::nullopt;

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "tessera/geometry/Spline.h"
-#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/FreeForm.h"
 
 namespace Tessera::Geometry {
@@ -15,28 +14,19 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kTurn = 2.0 * std::numbers::pi;
-constexpr double kLeastSweep = 60.0 / 360.0; // turns of an elliptic arc: less tells nothing of its radii
-constexpr double kMostSweep = 330.0 / 360.0;
-constexpr double kMostBack = 0.02; // turns that the pen may run back
-constexpr double kOblong = 0.22;   // least difference of the radii, of the larger one
-constexpr int kArcNumbers =
-    6; // five of the ellipse, two ends; oblongness and rotation are hardly known, one by one
-constexpr double kFreeTolerance = 0.03; // sizes: largest distance from a free form
-// How a free form competes: the root mean square distance of the rival, sizes, below which none is looked for
-// (drawn polygons and rounds stay below it, 98 of 100 of each), the largest distance of the free form itself,
-// and the price of a pole's coordinate. A chain that is smooth all along is always challenged. What takes the
-// place of a round, or of one curve that misses the ink, is told by cheaper poles: they lie where their
-// neighbours let expect them.
-struct FreeTerms {
-    double badSpread;
-    double tolerance;
-    double polePrice;
-};
-constexpr FreeTerms kFreeTerms[] = {{0.04, kFreeTolerance, 2.5},
-                                    {0.0, kFreeTolerance, 3.5},
-                                    {0.065, kFreeTolerance, 2.5},
-                                    {0.0, kFreeTolerance, 1.7},
-                                    {0.095, 0.06, 2.0}};
+constexpr double kLeastTurns = 60.0 / 360.0; // of an elliptic arc: less tells nothing of its radii
+constexpr double kMostTurns = 330.0 / 360.0;
+constexpr double kMostBack = 0.02;    // turns that the pen may run back
+constexpr double kLeastOblong = 0.22; // difference of the radii, of the larger one
+// Five of the ellipse and two ends; but oblongness and rotation are hardly known, one by one.
+constexpr int kArcNumbers = 6;
+// Sizes: the largest distance from a free form, and from one that takes the place of a round.
+constexpr double kFreeTolerance = 0.03;
+constexpr double kRoundTolerance = 0.06;
+// By RivalKind: the root mean square distance of the rival, sizes, up to which no free form is looked for
+// (drawn polygons and rounds stay below it, 98 of 100 of each). A chain that is smooth all along is always
+// challenged.
+constexpr double kBadSpreads[] = {0.04, 0.0, 0.065, 0.0, 0.095};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then
@@ -61,26 +51,10 @@ std::vector<Point> MakeLoop(const PricedPath& ink) {
 
 } // namespace
 
-double MeanSqFrom(const PricedPath& ink, const Chain& chain) {
-    const int n = ink.path.Size();
-    int points = 0;
-    double sumSq = 0.0;
-    for (const ChainPiece& piece : chain.pieces) {
-        const int count = PointsIn(ink, piece);
-        for (int i = 0; i <= count; ++i) {
-            const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
-            const double off = DistanceFrom(piece, p);
-            sumSq += off * off;
-        }
-        points += count + 1;
-    }
-    return sumSq / points;
-}
-
 std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse) {
     const double sweep = std::fabs(ellipse.winding);
-    if (sweep < kLeastSweep || sweep > kMostSweep || ellipse.back > kMostBack ||
-        ellipse.a - ellipse.b < kOblong * ellipse.a)
+    if (sweep < kLeastTurns || sweep > kMostTurns || ellipse.back > kMostBack ||
+        ellipse.a - ellipse.b < kLeastOblong * ellipse.a)
         return std::nullopt;
     EllipticArc arc;
     arc.centre = ellipse.centre;
@@ -99,31 +73,25 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
     return arc;
 }
 
-bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance) {
-    if (chain.pieces.size() != 1 || chain.isClosed)
-        return false;
-    return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
-        return std::fabs(DistanceFrom(chain.pieces[0], p)) <= tolerance;
-    });
-}
-
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind kind,
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind rival,
                                        bool mayClose) {
-    const FreeTerms& terms = kFreeTerms[static_cast<std::size_t>(kind)];
-    if (rivalMeanSq <= terms.badSpread * terms.badSpread)
+    const double badSpread = kBadSpreads[static_cast<std::size_t>(rival)];
+    if (rivalMeanSq <= badSpread * badSpread)
         return std::nullopt;
     const std::vector<Point> loop = mayClose ? MakeLoop(ink) : std::vector<Point>();
     FreeShape shape;
     shape.isClosed = !loop.empty();
     const std::span<const Point> pts = shape.isClosed ? loop : ink.path.pts;
+    // What would be a round is described coarsely, but drawn as finely as any other.
+    const double tolerance = rival == RivalKind::Round ? kRoundTolerance : kFreeTolerance;
     double rms = 0.0;
-    shape.curve = FitFreeForm(pts, shape.isClosed, terms.tolerance, &rms);
+    shape.curve = FitFreeForm(pts, shape.isClosed, tolerance, &rms);
     if (!shape.curve)
         return std::nullopt;
     // The seam of a closed one fixes two poles.
     const int poles = static_cast<const Spline&>(*shape.curve).GetNumPoles() - (shape.isClosed ? 2 : 0);
-    shape.description = {2.0 * terms.polePrice * poles, rms * rms * ink.path.Size()};
-    if (terms.tolerance > kFreeTolerance)
+    shape.description = {2.0 * PriceOfPole(rival) * poles, rms * rms * ink.path.Size()};
+    if (tolerance > kFreeTolerance)
         shape.curve = FitFreeForm(pts, shape.isClosed, kFreeTolerance);
     return shape;
 }

@@ -5,12 +5,10 @@
 #include <memory>
 #include <optional>
 
-#include "tessera/recognition/internal/RoundShape.h"
+#include "tessera/recognition/internal/Description.h"
+#include "tessera/recognition/internal/EllipseEvidence.h"
 
 namespace Tessera::Geometry {
-
-/// Mean squared distance of the ink from the carriers of a chain: what is lost by cutting corners off counts.
-double MeanSqFrom(const PricedPath& ink, const Chain& chain);
 
 struct EllipticArc {
     Point centre;
@@ -25,11 +23,6 @@ struct EllipticArc {
 /// Nothing for ink that goes round nearly whole or runs back, and for an ellipse that is nearly a circle.
 std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse);
 
-/// Whether the chain is one line or arc within the tolerance (sizes) of the ink.
-bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance);
-
-enum class RivalKind { Open, Smooth, Closed, SmoothClosed, Round };
-
 struct FreeShape {
     std::unique_ptr<Curve> curve; ///< in the path's frame
     bool isClosed = false;
@@ -40,7 +33,7 @@ struct FreeShape {
 /// the rival strays farther from the ink than its kind usually does.
 ///
 /// @param rivalMeanSq  squared distance of the rival from a point of the ink.
-std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind kind,
+std::optional<FreeShape> FindFreeShape(const PricedPath& ink, double rivalMeanSq, RivalKind rival,
                                        bool mayClose);
 
 } // namespace Tessera::Geometry
