@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <span>
 #include <utility>
 #include <vector>
@@ -23,8 +24,10 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr std::size_t kHandCount = kHands.size();
 constexpr std::size_t kSearches = 2 * kHandCount; // with arcs and without, for each hand
 
-constexpr int kSpacing = 5;     // points between candidates where nothing turns
-constexpr int kShortest = 3;    // points of a piece
+constexpr std::size_t kUsualHand = 1;
+constexpr std::size_t kNodesPerCandidate = 10; // usually: room to begin with
+constexpr int kSpacing = 5;                    // points between candidates where nothing turns
+constexpr int kShortest = 3;                   // points of a piece
 constexpr double kMixing = 1.0; // price of drawing both lines and arcs: most people draw one kind
 
 struct Node {
@@ -32,25 +35,29 @@ struct Node {
     int start = 0; // candidate at which it begins
 };
 
-// For each hand: the best chain that ends with a node.
-struct Best {
-    double cost = kInfinite;
-    int from = -1;
-    double price = 0.0; // of the joint
-    JointSight joint = JointSight::Corner;
+// Of each search the cheapest chain that ends with a node: its cost, and the node before the last.
+struct Ways {
+    std::array<double, kSearches> cost;
+    std::array<int, kSearches> from;
 };
+constexpr Ways kNoWays = {{kInfinite, kInfinite, kInfinite, kInfinite, kInfinite, kInfinite},
+                          {-1, -1, -1, -1, -1, -1}};
 
 struct Lattice {
     std::vector<int> at;          // candidate breaks
     std::vector<JointSite> sites; // what the ink shows at each
     std::vector<Node> nodes;      // ascending by end
     std::vector<int> ending;      // the first node that ends at each candidate, and behind the last
-    std::vector<std::array<Best, kSearches>> best;
+    std::vector<Ways> ways;       // to each node
+    std::vector<int> order;       // the nodes that end at a candidate, the cheapest to come to first
 };
 
 Lattice MakeLattice(const PricedPath& ink) {
     Lattice lattice;
     lattice.at = FindBreakCandidates(ink, kSpacing);
+    lattice.sites.reserve(lattice.at.size());
+    lattice.ending.reserve(lattice.at.size() + 1);
+    lattice.nodes.reserve(kNodesPerCandidate * lattice.at.size());
     for (const int at : lattice.at)
         lattice.sites.emplace_back(ink, at);
     for (std::size_t j = 0; j < lattice.at.size(); ++j) {
@@ -74,32 +81,52 @@ Lattice MakeLattice(const PricedPath& ink) {
     return lattice;
 }
 
-// The best ways to a node, for each hand.
-void FindBest(const PricedPath& ink, int n, Lattice& lattice) {
+// The cheapest ways to a node.
+void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
     const Node& node = lattice.nodes[static_cast<std::size_t>(n)];
-    std::array<Best, kSearches>& best = lattice.best[static_cast<std::size_t>(n)];
+    Ways& ways = lattice.ways[static_cast<std::size_t>(n)];
     if (node.start == 0)
-        for (Best& b : best)
-            b.cost = 0.0;
+        ways.cost.fill(0.0);
     const auto start = static_cast<std::size_t>(node.start);
     const double least = LeastJointPrice();
-    for (int m = lattice.ending[start]; m < lattice.ending[start + 1]; ++m) {
-        const auto& before = lattice.best[static_cast<std::size_t>(m)];
+    for (int i = lattice.ending[start]; i < lattice.ending[start + 1]; ++i) {
+        const int m = lattice.order[static_cast<std::size_t>(i)];
+        const Ways& before = lattice.ways[static_cast<std::size_t>(m)];
         bool isWorth = false;
         for (std::size_t h = 0; h < kSearches; ++h)
-            isWorth = isWorth || before[h].cost + least < best[h].cost;
+            isWorth = isWorth || before.cost[h] + least < ways.cost[h];
         if (!isWorth)
             continue;
-        const JointPrice joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced,
-                                            node.priced, lattice.sites[start]);
+        const double joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced, node.priced,
+                                        lattice.sites[start])
+                                 .price;
         for (std::size_t h = 0; h < kSearches; ++h)
-            if (before[h].cost + joint.price < best[h].cost)
-                best[h] = {before[h].cost + joint.price, m, joint.price, joint.sight};
+            if (before.cost[h] + joint < ways.cost[h]) {
+                ways.cost[h] = before.cost[h] + joint;
+                ways.from[h] = m;
+            }
     }
     for (std::size_t h = 0; h < kHandCount; ++h) {
         const double cost = node.priced.CostFor(kHands[h]);
-        best[h].cost += cost;
-        best[h + kHandCount].cost += node.priced.piece.isArc ? kInfinite : cost;
+        ways.cost[h] += cost;
+        ways.cost[h + kHandCount] += node.priced.piece.isArc ? kInfinite : cost;
+    }
+}
+
+// The ways to all nodes. Joints are priced from the cheapest chain on: most others cannot come to less then.
+void FindWays(const PricedPath& ink, Lattice& lattice) {
+    lattice.ways.assign(lattice.nodes.size(), kNoWays);
+    lattice.order.resize(lattice.nodes.size());
+    std::iota(lattice.order.begin(), lattice.order.end(), 0);
+    const auto isCheaper = [&](int a, int b) {
+        return lattice.ways[static_cast<std::size_t>(a)].cost[kUsualHand] <
+               lattice.ways[static_cast<std::size_t>(b)].cost[kUsualHand];
+    };
+    for (std::size_t j = 0; j + 1 < lattice.ending.size(); ++j) {
+        for (int n = lattice.ending[j]; n < lattice.ending[j + 1]; ++n)
+            FindWays(ink, n, lattice);
+        std::sort(lattice.order.begin() + lattice.ending[j], lattice.order.begin() + lattice.ending[j + 1],
+                  isCheaper);
     }
 }
 
@@ -123,20 +150,25 @@ Chain Assemble(double squared, std::span<const PricedPiece* const> priced,
 }
 
 // The cheapest chain of a search; empty when there is none.
-Chain TraceBack(const Lattice& lattice, std::size_t search) {
+Chain TraceBack(const PricedPath& ink, const Lattice& lattice, std::size_t search) {
     const std::size_t count = lattice.at.size();
     int last = -1;
-    const auto bestOf = [&](int n) -> const Best& {
-        return lattice.best[static_cast<std::size_t>(n)][search];
-    };
+    double least = kInfinite;
     for (int n = lattice.ending[count - 1]; n < lattice.ending[count]; ++n)
-        if (bestOf(n).cost < (last < 0 ? kInfinite : bestOf(last).cost))
+        if (lattice.ways[static_cast<std::size_t>(n)].cost[search] < least) {
+            least = lattice.ways[static_cast<std::size_t>(n)].cost[search];
             last = n;
+        }
     std::vector<const PricedPiece*> pieces;
-    std::vector<JointPrice> joints;
-    for (int n = last; n >= 0; n = bestOf(n).from) {
-        pieces.push_back(&lattice.nodes[static_cast<std::size_t>(n)].priced);
-        joints.push_back({bestOf(n).price, bestOf(n).joint});
+    std::vector<JointPrice> joints; // of each piece with the one before
+    for (int n = last; n >= 0;) {
+        const Node& node = lattice.nodes[static_cast<std::size_t>(n)];
+        n = lattice.ways[static_cast<std::size_t>(n)].from[search];
+        pieces.push_back(&node.priced);
+        joints.push_back(n < 0
+                             ? JointPrice()
+                             : PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(n)].priced, node.priced,
+                                          lattice.sites[static_cast<std::size_t>(node.start)]));
     }
     std::reverse(pieces.begin(), pieces.end());
     std::reverse(joints.begin(), joints.end());
@@ -147,12 +179,11 @@ Chain TraceBack(const Lattice& lattice, std::size_t search) {
 
 std::vector<Chain> SearchChains(const PricedPath& ink) {
     Lattice lattice = MakeLattice(ink);
-    lattice.best.resize(lattice.nodes.size());
-    for (std::size_t n = 0; n < lattice.nodes.size(); ++n)
-        FindBest(ink, static_cast<int>(n), lattice);
+    FindWays(ink, lattice);
     std::vector<Chain> chains;
+    chains.reserve(kSearches);
     for (std::size_t search = 0; search < kSearches; ++search) {
-        Chain chain = TraceBack(lattice, search);
+        Chain chain = TraceBack(ink, lattice, search);
         if (!chain.pieces.empty())
             chains.push_back(std::move(chain));
     }

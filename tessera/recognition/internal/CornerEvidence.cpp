@@ -16,8 +16,10 @@ Point Chord(const InkPath& path, int from, int to) {
            path.pts[static_cast<std::size_t>(std::clamp(from, 0, last))];
 }
 
-double Turn(const Point& before, const Point& after) {
-    return std::atan2(before.Cross(after), before.Dot(after));
+// Grows with the size of the turn from 0 to 2; no number for chords without a direction.
+double Sharpness(double cross, double dot) {
+    const double share = std::fabs(cross) / (std::fabs(cross) + std::fabs(dot));
+    return dot < 0.0 ? 2.0 - share : share;
 }
 
 } // namespace
@@ -46,12 +48,21 @@ Point DirectionAt(const PricedPath& ink, const ChainPiece& piece, bool atLast) {
 
 double SignedTurn(const InkPath& path, int at) {
     double sharpest = 0.0;
+    double across = 0.0;
+    double along = 1.0;
     for (int i = at - kShift; i <= at + kShift; ++i) {
-        const double turn = Turn(Chord(path, i - kReach, i), Chord(path, i, i + kReach));
-        if (std::fabs(turn) > std::fabs(sharpest))
-            sharpest = turn;
+        const Point before = Chord(path, i - kReach, i);
+        const Point after = Chord(path, i, i + kReach);
+        const double cross = before.Cross(after);
+        const double dot = before.Dot(after);
+        const double sharpness = Sharpness(cross, dot);
+        if (sharpness > sharpest) {
+            sharpest = sharpness;
+            across = cross;
+            along = dot;
+        }
     }
-    return sharpest;
+    return std::atan2(across, along);
 }
 
 } // namespace Tessera::Geometry

@@ -20,10 +20,10 @@ double TaubinRoot(double a0, double a1, double a2, double a3) {
     for (int i = 0; i < kNewtonSteps; ++i) {
         const double slope = a1 + x * (2.0 * a2 + 3.0 * a3 * x);
         const double next = x - y / slope;
-        if (!std::isfinite(next) || std::fabs(next - x) <= kNewtonTolerance * std::fabs(next))
+        if (std::fabs(next - x) <= kNewtonTolerance * std::fabs(next))
             break;
         const double value = a0 + next * (a1 + next * (a2 + next * a3));
-        if (std::fabs(value) >= std::fabs(y))
+        if (!(std::fabs(value) < std::fabs(y))) // nor after a division by zero
             break;
         x = next;
         y = value;
@@ -148,14 +148,6 @@ PathMoments::PathMoments(std::span<const Point> pts) {
         sum.Add(p);
         upTo_.push_back(sum);
     }
-}
-
-Moments PathMoments::Of(int first, int last) const {
-    if (last < first)
-        return {};
-    Moments m = upTo_[static_cast<std::size_t>(last) + 1];
-    m -= upTo_[static_cast<std::size_t>(first)];
-    return m;
 }
 
 } // namespace Tessera::Geometry

@@ -42,7 +42,18 @@ class PathMoments {
 public:
     explicit PathMoments(std::span<const Point> pts);
     /// Points first to last, both included; empty when last < first.
-    Moments Of(int first, int last) const;
+    Moments Of(int first, int last) const {
+        if (last < first)
+            return {};
+        Moments m = upTo_[static_cast<std::size_t>(last) + 1];
+        m -= upTo_[static_cast<std::size_t>(first)];
+        return m;
+    }
+    /// Sum of the points before the given one.
+    Point SumBefore(int point) const {
+        const Moments& m = upTo_[static_cast<std::size_t>(point)];
+        return {m.x, m.y};
+    }
 
 private:
     std::vector<Moments> upTo_; ///< of the points before each

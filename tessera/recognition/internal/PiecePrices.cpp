@@ -90,19 +90,21 @@ double Between(double calm, double hasty, double haste) {
 
 // The part of a line's squares that stretches of it have in common.
 double SlowSumSq(const PricedPath& ink, const LineFit& line, int first, int last) {
-    const int n = ink.path.Size();
-    const int end = last > first ? last : last + n;
+    const int end = last > first ? last : last + ink.path.Size();
     const int trim = TrimOf(end - first);
-    const int from = first + trim;
-    const int points = end - trim - from + 1;
+    const int points = end - first - 2 * trim + 1;
     const int stretches = std::min(kStretches, points / 3);
     const Point normal(-line.direction.y, line.direction.x);
     double sumSq = 0.0;
-    for (int k = 0; k < stretches; ++k) {
-        const Moments m =
-            MomentsOf(ink, from + points * k / stretches, from + points * (k + 1) / stretches - 1);
-        const double off = (Point(m.x, m.y) - m.n * line.centre).Dot(normal);
-        sumSq += off * off / m.n;
+    int from = first + trim;
+    Point before = SumBefore(ink, from);
+    for (int k = 1; k <= stretches; ++k) {
+        const int to = first + trim + points * k / stretches;
+        const Point upTo = SumBefore(ink, to);
+        const double off = (upTo - before - (to - from) * line.centre).Dot(normal);
+        sumSq += off * off / (to - from);
+        from = to;
+        before = upTo;
     }
     return std::min(sumSq, line.sumSq);
 }
@@ -157,7 +159,7 @@ void OfferTangent(const PricedPiece& before, const PricedPiece& after, const Poi
 
 const PricedPiece::Account& PricedPiece::BestFor(double squared) const {
     return *std::min_element(accounts.begin(), accounts.end(), [&](const Account& a, const Account& b) {
-        return a.price + squared * a.sumSq < b.price + squared * b.sumSq;
+        return a.CostFor(squared) < b.CostFor(squared);
     });
 }
 

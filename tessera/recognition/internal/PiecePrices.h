@@ -5,6 +5,7 @@
 // share of the length; what is left is noise and costs by its squares, for the hand that drew it.
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 #include "tessera/recognition/internal/PricedPath.h"
@@ -24,6 +25,8 @@ struct PricedPiece {
     struct Account {
         double price = 1e300;
         double sumSq = 0.0;
+
+        double CostFor(double squared) const { return price + squared * sumSq; }
     };
 
     ChainPiece piece;
@@ -38,8 +41,8 @@ struct PricedPiece {
 
     const Account& BestFor(double squared) const;
     double CostFor(double squared) const {
-        const Account& best = BestFor(squared);
-        return best.price + squared * best.sumSq;
+        return std::min(
+            {accounts[0].CostFor(squared), accounts[1].CostFor(squared), accounts[2].CostFor(squared)});
     }
 };
 

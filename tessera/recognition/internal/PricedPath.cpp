@@ -126,6 +126,12 @@ Moments MomentsOf(const PricedPath& ink, int first, int last) {
     return m;
 }
 
+Point SumBefore(const PricedPath& ink, int point) {
+    const int n = ink.path.Size();
+    return point <= n ? ink.moments.SumBefore(point)
+                      : ink.moments.SumBefore(n) + ink.moments.SumBefore(point - n);
+}
+
 int TrimOf(int points) {
     return std::min(kTrimMost, (points + kTrimPart / 2) / kTrimPart);
 }

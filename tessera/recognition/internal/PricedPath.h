@@ -73,6 +73,9 @@ int PointsIn(const PricedPath& ink, const ChainPiece& piece);
 /// Sums over the points first to last; what lies beyond the end of the path are its first points.
 Moments MomentsOf(const PricedPath& ink, int first, int last);
 
+/// Sum of the points before a point; beyond the end of the path its first points follow.
+Point SumBefore(const PricedPath& ink, int point);
+
 /// Price of a corner that a description passes over with a bend of the given curvature.
 double PriceOfHiddenCorner(const PricedPath& ink, const TurningPeak& peak, double curvature);
 
