@@ -58,9 +58,9 @@ TESSERA_API void LSFIT_circle_to_points_2d(Vex::Math::Point2* pts, int n, Vex::M
 ///
 /// The start is the direct algebraic fit; damped Newton steps on orthogonal distances follow. Beyond
 /// 512 points the iteration sees 512 samples, evenly spaced by index with both ends; the deviations are
-/// always those of all points. Points that no ellipse describes, rms distance above 3 % of their box after a
-/// few steps that did not settle, keep the ellipse reached by then. Source: R. Halir, J. Flusser, Proc. WSCG
-/// (1998) 125-132; S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34 (2001) 2283-2303.
+/// always those of all points. 64 points or more that no ellipse describes, rms distance above 3 % of their
+/// box after a few steps that did not settle, keep the ellipse reached by then. Source: R. Halir, J. Flusser,
+/// Proc. WSCG (1998) 125-132; S. J. Ahn, W. Rauh, H.-J. Warnecke, Pattern Recognition 34 (2001) 2283-2303.
 TESSERA_API void LSFIT_ellipse_to_points_2d(Vex::Math::Point2* pts, int n, Vex::Math::Point2* centre,
                                             double* a, double* b, double* angle, int* status, double* err);
 

@@ -137,9 +137,13 @@ bool EllipseFitter::RefineSamples(double limit) {
     return std::isfinite(last.rms) && !(last.isSettled && last.rms * (1.0 - kSampledRelativeTol) > limit);
 }
 
+bool EllipseFitter::Refine(double limit, EllipseShape* ellipse) {
+    return RefineSamples(limit / scale_) && MapToPoints(ellipse) && ellipse->a <= kLargestAxis * scale_ &&
+           ellipse->b >= kSmallestAxisRatio * ellipse->a;
+}
+
 bool EllipseFitter::Refine(double limit, EllipseShape* ellipse, double err[3]) {
-    if (!RefineSamples(limit / scale_) || !MapToPoints(ellipse) || !(ellipse->a <= kLargestAxis * scale_) ||
-        !(ellipse->b >= kSmallestAxisRatio * ellipse->a))
+    if (!Refine(limit, ellipse))
         return false;
     MeasureEllipseDeviations(pts_, n_, *ellipse, err);
     return std::isfinite(err[2]) && err[0] <= limit;

@@ -55,15 +55,13 @@ double DiagonalOf(std::span<const Point> ink) {
     return std::hypot(right->x - left->x, high->y - low->y);
 }
 
-// The part of a->b, in (0, 1], at which it first gets as far as `step` from `last`; above 1 when it does not.
-double WayOut(const Point& last, const Point& a, const Point& b, double step) {
-    const double dx = b.x - a.x;
-    const double dy = b.y - a.y;
-    const double fx = a.x - last.x;
-    const double fy = a.y - last.y;
-    const double square = dx * dx + dy * dy;
-    const double along = fx * dx + fy * dy;
-    const double inside = step * step - fx * fx - fy * fy;
+// The part of the way from a along d, in (0, 1], at which it first gets as far as `step` from `last`; above 1
+// when it does not.
+double WayOut(const Point& last, const Point& a, const Vector& d, double step) {
+    const Vector off(last, a);
+    const double square = d.Dot(d);
+    const double along = off.Dot(d);
+    const double inside = step * step - off.Dot(off);
     if (!(square > 0.0)) {
         return 2.0;
     }
@@ -75,11 +73,15 @@ std::vector<Point> DividerWalk(std::span<const Point> ink, double step) {
     walk.reserve(kUsualSteps);
     walk.push_back(ink[0]);
     for (std::size_t i = 1; i < ink.size() && walk.size() < kMostSteps; ++i) {
-        Point from = ink[i - 1];
-        for (double t = WayOut(walk.back(), from, ink[i], step); t <= 1.0 && walk.size() < kMostSteps;
-             t = WayOut(walk.back(), from, ink[i], step)) {
-            from = Point(from.x + t * (ink[i].x - from.x), from.y + t * (ink[i].y - from.y));
-            walk.push_back(from);
+        const Point& from = ink[i - 1];
+        const Vector along(from, ink[i]);
+        double t = WayOut(walk.back(), from, along, step);
+        if (t > 1.0) {
+            continue;
+        }
+        const double stride = step / along.Length(); // the steps that follow lie on the segment, too
+        for (; t <= 1.0 && walk.size() < kMostSteps; t += stride) {
+            walk.emplace_back(from.x + t * along.x, from.y + t * along.y);
         }
     }
     if (ink.back().x != walk.back().x || ink.back().y != walk.back().y) {

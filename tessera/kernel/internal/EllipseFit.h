@@ -17,6 +17,8 @@ public:
     /// After FindStart. False too, often much sooner, when the ellipse passes some point at more than
     /// `limit`. The shape as described there; undefined when false.
     bool Refine(double limit, EllipseShape* ellipse, double err[3]);
+    /// The same without deviations: true where only these would tell that a point lies farther off.
+    bool Refine(double limit, EllipseShape* ellipse);
 
 private:
     bool RefineSamples(double limit);

@@ -78,6 +78,8 @@ Lattice MakeLattice(const PricedPath& ink) {
         }
     }
     lattice.ending.push_back(static_cast<int>(lattice.nodes.size()));
+    for (Node& node : lattice.nodes)
+        FindDirections(ink, node.priced);
     return lattice;
 }
 
@@ -94,7 +96,7 @@ void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
         const Ways& before = lattice.ways[static_cast<std::size_t>(m)];
         bool isWorth = false;
         for (std::size_t h = 0; h < kSearches; ++h)
-            isWorth = isWorth || before.cost[h] + least < ways.cost[h];
+            isWorth |= before.cost[h] + least < ways.cost[h];
         if (!isWorth)
             continue;
         const double joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced, node.priced,
@@ -201,6 +203,7 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
         if (isArc[i] && !both.hasArc)
             return {};
         priced.push_back(isArc[i] ? both.arc : both.line);
+        FindDirections(ink, priced.back());
         pieces.push_back(&priced.back());
         joints.push_back(i == 0 ? JointPrice{} : PriceJoint(ink, priced[i - 1], priced[i], {ink, breaks[i]}));
     }

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
-#include "tessera/kernel/LSFIT.h"
+#include "tessera/kernel/internal/EllipseFit.h"
 
 namespace Tessera::Geometry {
 
@@ -18,13 +19,16 @@ bool FitEllipse(const InkPath& path, EllipseEvidence& fit) {
     // Every other point: the path is smooth at this spacing.
     for (std::size_t i = 0; i < path.pts.size(); i += 2)
         pts.push_back({path.pts[i].x, path.pts[i].y});
-    Vex::Math::Point2 centre{};
-    int status = 1;
-    double err[3];
-    LSFIT_ellipse_to_points_2d(pts.data(), static_cast<int>(pts.size()), &centre, &fit.a, &fit.b, &fit.angle,
-                               &status, err);
-    fit.centre = {centre.x, centre.y};
-    return status == 0;
+    EllipseFitter fitter(pts.data(), static_cast<int>(pts.size()));
+    EllipseShape shape;
+    constexpr double kNoLimit = std::numeric_limits<double>::infinity();
+    if (!fitter.FindStart(&shape) || !fitter.Refine(kNoLimit, &shape))
+        return false;
+    fit.centre = {shape.centre.x, shape.centre.y};
+    fit.a = shape.a;
+    fit.b = shape.b;
+    fit.angle = shape.angle;
+    return true;
 }
 
 void MeasureResiduals(const InkPath& path, EllipseEvidence& fit) {

@@ -77,13 +77,6 @@ double WithinHalfTurn(double angle) {
     return angle > kHalfTurn ? angle - 2.0 * kHalfTurn : angle < -kHalfTurn ? angle + 2.0 * kHalfTurn : angle;
 }
 
-void Head(const PricedPath& ink, PricedPiece& joined) {
-    joined.first = DirectionAt(ink, joined.piece, false);
-    joined.last = DirectionAt(ink, joined.piece, true);
-    joined.enter = AngleOf(joined.first);
-    joined.leave = AngleOf(joined.last);
-}
-
 double Between(double calm, double hasty, double haste) {
     return calm + haste * (hasty - calm);
 }
@@ -169,8 +162,6 @@ RunPrices PriceRun(const PricedPath& ink, int first, int last) {
     RunPrices both;
     PricedPiece& line = both.line;
     line.piece = {first, last, false, 0.0, 0.0, fits.line, {}};
-    line.first = line.last = DirectionAt(ink, line.piece, false);
-    line.enter = line.leave = AngleOf(line.first);
     const double stray = std::sqrt(fits.line.sumSq / points) / fits.length;
     const double plain = 2.0 * kNumberPrice + Excess(kShortLine - points, kShortSpread) +
                          Excess(stray - Between(kFreeStray, kFreeStrayInHaste, ink.haste), kStraySpread);
@@ -193,10 +184,18 @@ RunPrices PriceRun(const PricedPath& ink, int first, int last) {
     PricedPiece& arc = both.arc;
     both.hasArc = true;
     arc.piece = {first, last, true, 0.0, 0.0, fits.line, fits.circle};
-    Head(ink, arc);
     arc.curvature = fits.curvature;
     arc.accounts[0] = {price, fits.circle.sumSq};
     return both;
+}
+
+void FindDirections(const PricedPath& ink, PricedPiece& priced) {
+    priced.first = priced.last = DirectionAt(ink, priced.piece, false);
+    priced.enter = priced.leave = AngleOf(priced.first);
+    if (!priced.piece.isArc)
+        return;
+    priced.last = DirectionAt(ink, priced.piece, true);
+    priced.leave = AngleOf(priced.last);
 }
 
 double LeastJointPrice() {
@@ -228,7 +227,7 @@ JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const Pr
 PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece) {
     PricedPiece joined;
     joined.piece = piece;
-    Head(ink, joined);
+    FindDirections(ink, joined);
     if (piece.isArc) {
         const Point radius = ink.path.pts[static_cast<std::size_t>(piece.first)] - piece.circle.centre;
         joined.curvature = (radius.Cross(joined.first) < 0.0 ? -1.0 : 1.0) / piece.circle.radius;

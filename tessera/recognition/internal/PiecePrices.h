@@ -53,8 +53,11 @@ struct RunPrices {
 };
 
 /// A line and, where the run is bent evenly enough, an arc, over the points first to last (on across the
-/// start of the path for last < first).
+/// start of the path for last < first). Both without directions.
 RunPrices PriceRun(const PricedPath& ink, int first, int last);
+
+/// The directions of a piece, which its joints are priced by.
+void FindDirections(const PricedPath& ink, PricedPiece& priced);
 
 /// A piece as PriceJoint wants it; without accounts.
 PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece);
