@@ -19,10 +19,6 @@ constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may 
 constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
 constexpr double kExtension = 1.0; // of its length: as far as a side is drawn on to close a chain
 
-const Point& At(const PricedPath& ink, int i) {
-    return ink.path.pts[static_cast<std::size_t>(i)];
-}
-
 double Longest(const Chain& chain) {
     int longest = 0;
     for (const ChainPiece& piece : chain.pieces)
@@ -45,8 +41,8 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
         return false;
     const ChainPiece& first = chain.pieces.front();
     const ChainPiece& last = chain.pieces.back();
-    const Point& start = At(ink, first.first);
-    const Point& end = At(ink, last.last);
+    const Point& start = ink.path.At(first.first);
+    const Point& end = ink.path.At(last.last);
     Point meet;
     if (!IntersectPieces(last, first, 0.5 * (start + end), meet))
         return false;
@@ -71,7 +67,7 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     const ChainPiece first = chain.pieces.front();
     const ChainPiece last = chain.pieces.back();
     // Ahead along the first piece the pen may have run on over it as far as it liked; behind it left a gap.
-    const Point gap = At(ink, last.last) - At(ink, first.first);
+    const Point gap = ink.path.At(last.last) - ink.path.At(first.first);
     const Point ahead = DirectionAt(ink, first, false);
     const double reach = kCloseReach * ink.closing;
     if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach ||

@@ -12,10 +12,6 @@ constexpr double kCornerShare = 0.35;
 constexpr double kSeamShare = 0.25; // of the path's length: the same where the stroke closes
 constexpr double kParallel = 0.17;  // sine of the angle below which lines do not make a corner
 
-const Point& At(const PricedPath& ink, int i) {
-    return ink.path.pts[static_cast<std::size_t>(i)];
-}
-
 bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
     const double sine = a.direction.Cross(b.direction);
     if (std::fabs(sine) < kParallel)
@@ -55,7 +51,7 @@ Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece&
     if (before.last == after.first && after.joint == JointSight::Tangent && after.isTouching)
         return after.meet;
     const bool isSeam = before.last != after.first;
-    const Point corner = 0.5 * (At(ink, before.last) + At(ink, after.first));
+    const Point corner = 0.5 * (ink.path.At(before.last) + ink.path.At(after.first));
     const double reach =
         isSeam ? kSeamShare * ink.path.length
                : kCornerShare * ink.path.step * std::min(PointsIn(ink, before), PointsIn(ink, after));
@@ -67,8 +63,7 @@ Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece&
 
 // The middle of the ink on the circle, shifted along with the ends.
 Point MiddleOf(const PricedPath& ink, const ChainPiece& piece, const Point& from, const Point& to) {
-    const int n = ink.path.Size();
-    const Point inkMiddle = At(ink, (piece.first + PointsIn(ink, piece) / 2) % n);
+    const Point& inkMiddle = ink.path.At(piece.first + PointsIn(ink, piece) / 2);
     const Point chord = to - from;
     const double length = std::max(chord.Length(), 1e-12);
     const Point normal(-chord.y / length, chord.x / length);
@@ -114,7 +109,7 @@ std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std
 // Where a free-form piece meets a neighbour: on the neighbour, nearest to the ink.
 Point FreeJoint(const PricedPath& ink, const std::vector<ChainPiece>& pieces, const std::vector<bool>& isFree,
                 std::size_t i) {
-    const Point& corner = At(ink, pieces[i].first);
+    const Point& corner = ink.path.At(pieces[i].first);
     if (!isFree[i - 1])
         return OnPiece(pieces[i - 1], corner);
     return isFree[i] ? corner : OnPiece(pieces[i], corner);
@@ -135,14 +130,12 @@ double DistanceFrom(const ChainPiece& piece, const Point& p) {
 }
 
 double MeanSqFrom(const PricedPath& ink, const Chain& chain) {
-    const int n = ink.path.Size();
     int points = 0;
     double sumSq = 0.0;
     for (const ChainPiece& piece : chain.pieces) {
         const int count = PointsIn(ink, piece);
         for (int i = 0; i <= count; ++i) {
-            const Point& p = ink.path.pts[static_cast<std::size_t>((piece.first + i) % n)];
-            const double off = DistanceFrom(piece, p);
+            const double off = DistanceFrom(piece, ink.path.At(piece.first + i));
             sumSq += off * off;
         }
         points += count + 1;
@@ -185,12 +178,12 @@ ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {
                                                : JointOf(ink, pieces[i - 1], pieces[i]);
     if (chain.isClosed) {
         joints[0] = isFree.front() || isFree.back()
-                        ? 0.5 * (At(ink, pieces.back().last) + At(ink, pieces.front().first))
+                        ? 0.5 * (ink.path.At(pieces.back().last) + ink.path.At(pieces.front().first))
                         : JointOf(ink, pieces.back(), pieces.front());
         joints[count] = joints[0];
     } else {
-        const Point& start = At(ink, pieces.front().first);
-        const Point& end = At(ink, pieces.back().last);
+        const Point& start = ink.path.At(pieces.front().first);
+        const Point& end = ink.path.At(pieces.back().last);
         joints[0] = isFree.front() ? start : OnPiece(pieces.front(), start);
         joints[count] = isFree[count - 1] ? end : OnPiece(pieces.back(), end);
     }

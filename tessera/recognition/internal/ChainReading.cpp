@@ -82,7 +82,7 @@ void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
         ExactPiece& piece = chain.pieces[i];
         if (!isOutside(piece.from))
             continue;
-        piece.from = ink.path.pts[static_cast<std::size_t>(piece.first)];
+        piece.from = ink.path.At(piece.first);
         chain.pieces[(i + count - 1) % count].to = piece.from;
     }
     if (!chain.isClosed && isOutside(chain.pieces.front().from))

@@ -67,13 +67,8 @@ bool Offset(const ChainPiece& side, const ExactPiece& exact, double left, ChainP
     return moved.circle.radius > 0.0;
 }
 
-int Cyclic(int i, int n) {
-    return (i % n + n) % n;
-}
-
 Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after, const ExactPiece& in,
               const ExactPiece& out) {
-    const int n = ink.path.Size();
     Corner corner{&before, &after, &in, &out, {}, {}, 0.0, kInfinite};
     const Point a = DirectionOn(before, in, in.to);
     const Point b = DirectionOn(after, out, out.from);
@@ -81,11 +76,11 @@ Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece&
     const int back = PointsIn(ink, before) / 2;
     const int ahead = PointsIn(ink, after) / 2;
     for (int i = before.last - back; i <= before.last; ++i)
-        corner.index.push_back(Cyclic(i, n));
+        corner.index.push_back(ink.path.Within(i));
     for (int i = after.first + (before.last == after.first ? 1 : 0); i <= after.first + ahead; ++i)
-        corner.index.push_back(Cyclic(i, n));
+        corner.index.push_back(ink.path.Within(i));
     for (const int i : corner.index) {
-        const Point& p = ink.path.pts[static_cast<std::size_t>(i)];
+        const Point& p = ink.path.At(i);
         corner.ink.push_back(p);
         corner.cut = std::min(corner.cut, p.Distance(in.to));
     }
@@ -181,13 +176,11 @@ std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& befo
 
 // Root mean square distance of the ink from the middle thirds of the sides, where no corner is near.
 double SpreadOf(const PricedPath& ink, const Chain& chain) {
-    const int n = ink.path.Size();
     double sumSq = 0.0;
     int counted = 0;
     for (const ChainPiece& side : chain.pieces)
         for (int i = PointsIn(ink, side) / 3; i <= 2 * PointsIn(ink, side) / 3; ++i, ++counted)
-            sumSq +=
-                Square(DistanceFrom(side, ink.path.pts[static_cast<std::size_t>(Cyclic(side.first + i, n))]));
+            sumSq += Square(DistanceFrom(side, ink.path.At(side.first + i)));
     return std::sqrt(sumSq / counted);
 }
 

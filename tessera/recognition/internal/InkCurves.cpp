@@ -31,18 +31,11 @@ Point Unit(const Point& v) {
     return v / std::max(v.Length(), 1e-300);
 }
 
-// Of a piece that crosses the start of the path the points run on beyond it.
-const Point& PointAt(const InkPath& path, int i) {
-    const int n = path.Size();
-    return path.pts[static_cast<std::size_t>((i + n) % n)];
-}
-
 Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
     if (piece.kind == PieceKind::Line)
         return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
     if (piece.kind == PieceKind::Spline) {
-        return {Unit(PointAt(path, piece.first + 2) - piece.from),
-                Unit(piece.to - PointAt(path, piece.last - 2))};
+        return {Unit(path.At(piece.first + 2) - piece.from), Unit(piece.to - path.At(piece.last - 2))};
     }
     // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
     const Point chord = Unit(piece.to - piece.from);
@@ -60,7 +53,7 @@ std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) 
     const int end = piece.first < piece.last ? piece.last : piece.last + path.Size();
     std::vector<Point> pts;
     for (int i = piece.first; i <= end; ++i)
-        pts.push_back(path.ToModel(i == piece.first ? piece.from : i == end ? piece.to : PointAt(path, i)));
+        pts.push_back(path.ToModel(i == piece.first ? piece.from : i == end ? piece.to : path.At(i)));
     return FitFreeForm(pts, false, kSplineShare * path.scale);
 }
 

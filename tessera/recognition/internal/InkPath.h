@@ -22,6 +22,9 @@ struct InkPath {
     Point origin;               ///< model position of (0, 0)
 
     int Size() const { return static_cast<int>(pts.size()); }
+    /// Of a closed path indices beyond either end go on at the other.
+    int Within(int i) const { return i < 0 ? i + Size() : i < Size() ? i : i - Size(); }
+    const Point& At(int i) const { return pts[static_cast<std::size_t>(Within(i))]; }
     double Gap() const { return pts.front().Distance(pts.back()); }
     Point ToModel(const Point& p) const { return {origin.x + scale * p.x, origin.y + scale * p.y}; }
     Point FromModel(const Point& p) const { return {(p.x - origin.x) / scale, (p.y - origin.y) / scale}; }

@@ -88,7 +88,7 @@ void AddSquares(const PricedPath& ink, const LinkedRun& run, std::size_t k, Stag
     const Link& link = run.links[k];
     const PointRange range = FittedTo(run, k);
     for (int i = range.from; i < range.to; ++i) {
-        const Point& p = PointOf(ink, i);
+        const Point& p = ink.path.At(i);
         const double distance = Distance(link, p);
         AddSquare(SlopeOf(link, p, distance), distance, stage);
     }
@@ -202,7 +202,7 @@ void AssignPoints(const PricedPath& ink, LinkedRun& run) {
         const int low = (k > 0 ? run.links[k - 1].last : run.first) + 1;
         const int high = run.links[k + 1].last - 1;
         int& at = run.links[k].last;
-        const auto isBeyond = [&](int i) { return (PointOf(ink, i) - next.start).Dot(next.along) > 0.0; };
+        const auto isBeyond = [&](int i) { return (ink.path.At(i) - next.start).Dot(next.along) > 0.0; };
         while (at > low && isBeyond(at - 1))
             --at;
         while (at < high && !isBeyond(at))
@@ -211,15 +211,6 @@ void AssignPoints(const PricedPath& ink, LinkedRun& run) {
 }
 
 } // namespace
-
-int Within(const PricedPath& ink, int i) {
-    const int n = ink.path.Size();
-    return (i + n) % n;
-}
-
-const Point& PointOf(const PricedPath& ink, int i) {
-    return ink.path.pts[static_cast<std::size_t>(Within(ink, i))];
-}
 
 Point DirectionOf(double heading) {
     return {std::cos(heading), std::sin(heading)};
@@ -243,7 +234,7 @@ Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run, std::size_t link) {
     Misfit misfit;
     const PointRange range = FittedTo(run, link);
     for (int i = range.from; i < range.to; ++i, ++misfit.count) {
-        const double distance = Distance(run.links[link], PointOf(ink, i));
+        const double distance = Distance(run.links[link], ink.path.At(i));
         misfit.sumSq += distance * distance;
     }
     return misfit;

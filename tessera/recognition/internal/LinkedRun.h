@@ -35,12 +35,6 @@ struct LinkedRun {
     int trimLast = 0;
 };
 
-/// Index in the path of a point of a run.
-int Within(const PricedPath& ink, int i);
-
-/// Point of the path for an index of a run.
-const Point& PointOf(const PricedPath& ink, int i);
-
 /// Unit vector.
 Point DirectionOf(double heading);
 

@@ -24,7 +24,7 @@ constexpr double kStraight = 1e-6;      // curvature below which an arc is drawn
 LinkedRun MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, std::size_t to) {
     LinkedRun run;
     const ChainPiece& head = chain.pieces[from];
-    const Point& start = PointOf(ink, head.first);
+    const Point& start = ink.path.At(head.first);
     const Point d = DirectionAt(ink, head, false);
     run.heading = std::atan2(d.y, d.x);
     run.normal = {-d.y, d.x};
@@ -46,7 +46,7 @@ LinkedRun MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, s
         link.last = first + PointsIn(ink, piece);
         link.length = ink.path.step * (link.last - first);
         if (piece.isArc) {
-            const Point a = PointOf(ink, piece.first) - piece.circle.centre;
+            const Point a = ink.path.At(piece.first) - piece.circle.centre;
             const Point b = DirectionAt(ink, piece, false);
             link.curvature = (a.Cross(b) < 0.0 ? -1.0 : 1.0) / piece.circle.radius;
         }
@@ -90,9 +90,9 @@ void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, Ch
         if (k > 0) {
             piece.isTouching = true;
             piece.meet = link.start;
-            piece.first = Within(ink, run.links[k - 1].last);
+            piece.first = ink.path.Within(run.links[k - 1].last);
         }
-        piece.last = Within(ink, link.last);
+        piece.last = ink.path.Within(link.last);
         if (link.isArc) {
             piece.circle.centre = link.start + Point(-d.y, d.x) / link.curvature;
             piece.circle.radius = std::fabs(1.0 / link.curvature);
