@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
+#include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/Fillets.h"
 #include "tessera/recognition/internal/InkConnections.h"
@@ -15,8 +15,6 @@
 namespace Tessera::Geometry {
 
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180.0;
 
 bool TouchesBefore(const ChainPiece& piece) {
     return piece.joint == JointSight::Tangent;
@@ -29,11 +27,8 @@ void SnapLines(double angleRad, Chain& chain) {
         const bool runsOn = i + 1 < chain.pieces.size() && TouchesBefore(chain.pieces[i + 1]);
         if (TouchesBefore(piece) || runsOn)
             continue; // fitted with its neighbours, axes included
-        Point& d = piece.line.direction;
-        const double off = std::remainder(std::atan2(d.y, d.x), 0.5 * std::numbers::pi);
-        if (!piece.isArc && std::fabs(off) <= angleRad)
-            d = std::fabs(d.x) > std::fabs(d.y) ? Point(d.x < 0.0 ? -1.0 : 1.0, 0.0)
-                                                : Point(0.0, d.y < 0.0 ? -1.0 : 1.0);
+        if (!piece.isArc)
+            piece.line.direction = AxisNear(piece.line.direction, angleRad).value_or(piece.line.direction);
     }
 }
 
@@ -91,16 +86,24 @@ void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
         chain.pieces.back().to = ink.path.pts.back();
 }
 
-// A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole.
-InkShape Regularise(const SketchRecognizerPreferences& preferences, ExactChain& chain) {
+ExactChain MakeTidy(const PricedPath& ink, const Chain& chain, double tolerance) {
+    ExactChain exact = MakeExact(ink, chain);
+    RoundCorners(ink, chain, exact);
+    DrawInCorners(ink, tolerance, exact);
+    return exact;
+}
+
+// A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole. False for any
+// other polygon.
+bool Regularise(double snapRad, ExactChain& chain, InkShape& shape) {
     std::vector<Point> corners;
     for (const ExactPiece& piece : chain.pieces)
         corners.push_back(piece.from);
-    const InkShape shape = MakeRegular(corners);
+    shape = MakeRegular(corners);
     if (shape == InkShape::Triangle || shape == InkShape::Quadrilateral || shape == InkShape::Polygon)
-        return shape;
+        return false;
     const double turn = TurnToAxes(shape, corners);
-    if (preferences.AskSnapping() && std::fabs(turn) <= preferences.AskSnapAngleCreate() * kDegree) {
+    if (snapRad > 0.0 && std::fabs(turn) <= snapRad) {
         TurnCorners(turn, corners);
         LevelSides(corners);
     }
@@ -108,7 +111,7 @@ InkShape Regularise(const SketchRecognizerPreferences& preferences, ExactChain& 
         chain.pieces[i].from = corners[i];
         chain.pieces[i].to = corners[(i + 1) % corners.size()];
     }
-    return shape;
+    return true;
 }
 
 InkShape ShapeOf(const ExactChain& chain) {
@@ -133,21 +136,15 @@ void NameEnds(InkReading& reading) {
 
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
                std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
-    const double snapRad = preferences.AskSnapping() ? preferences.AskSnapAngleCreate() * kDegree : 0.0;
+    const double snapRad = SnapAngle(preferences);
     FitTangentRuns(ink, snapRad, chain);
-    ExactChain exact = MakeExact(ink, chain);
-    RoundCorners(ink, chain, exact);
-    DrawInCorners(ink, tolerance, exact);
+    ExactChain exact = MakeTidy(ink, chain, tolerance);
     reading.shape = ShapeOf(exact);
-    if (preferences.GetRegularPolygonRecognition() && exact.IsPolygon())
-        reading.shape = Regularise(preferences, exact);
-    const bool isRegular = reading.shape >= InkShape::Square && reading.shape <= InkShape::RegularPolygon &&
-                           reading.shape != InkShape::Quadrilateral;
-    if (preferences.AskSnapping() && !isRegular) {
+    const bool isRegular = preferences.GetRegularPolygonRecognition() && exact.IsPolygon() &&
+                           Regularise(snapRad, exact, reading.shape);
+    if (snapRad > 0.0 && !isRegular) {
         SnapLines(snapRad, chain);
-        exact = MakeExact(ink, chain);
-        RoundCorners(ink, chain, exact);
-        DrawInCorners(ink, tolerance, exact);
+        exact = MakeTidy(ink, chain, tolerance);
     }
     reading.isClosed = exact.isClosed;
     reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <limits>
-#include <numbers>
 #include <optional>
 #include <vector>
 
+#include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainReading.h"
 #include "tessera/recognition/internal/ChainSearch.h"
@@ -31,7 +31,6 @@ constexpr double kClear = 5.0; // by so much a slot is briefer than the round: o
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
-constexpr double kDegree = std::numbers::pi / 180.0;
 
 void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
     reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
@@ -47,8 +46,7 @@ ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
 
 void ReadSlot(const InkPath& path, const SketchRecognizerPreferences& preferences, SlotShape slot,
               InkReading& reading) {
-    if (preferences.AskSnapping())
-        SnapSlot(preferences.AskSnapAngleCreate() * kDegree, slot);
+    SnapSlot(SnapAngle(preferences), slot);
     reading.shape = InkShape::Chain;
     reading.isClosed = true;
     AppendChain(path, MakeSlot(path, slot), reading);

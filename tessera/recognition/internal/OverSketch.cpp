@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/RetracedForm.h"
 
@@ -133,14 +133,10 @@ double LargestDistance(const Retrace& retrace) {
 void SnapToAxis(double angleRad, ExactPiece& line) {
     const Point middle = 0.5 * (line.from + line.to);
     const Point half = 0.5 * (line.to - line.from);
-    const double off = std::remainder(std::atan2(half.y, half.x), 0.5 * std::numbers::pi);
-    if (std::fabs(off) > angleRad)
-        return;
-    const Point along = std::fabs(half.x) > std::fabs(half.y)
-                            ? Point(std::copysign(half.Length(), half.x), 0.0)
-                            : Point(0.0, std::copysign(half.Length(), half.y));
-    line.from = middle - along;
-    line.to = middle + along;
+    if (const std::optional<Point> axis = AxisNear(half, angleRad)) {
+        line.from = middle - half.Length() * *axis;
+        line.to = middle + half.Length() * *axis;
+    }
 }
 
 // What a new line or arc gets, the new form gets too: directions of axes, ends on the other curves.
@@ -155,8 +151,8 @@ void Tidy(const InkPath& path, const SketchRecognizerPreferences& preferences, s
     chain.pieces.push_back(
         {PieceKind::Line, path.FromModel(form->GetStart()), path.FromModel(form->GetEnd()), {}, 0, 0});
     ExactPiece& piece = chain.pieces[0];
-    if (kind == CurveType_Line && preferences.AskSnapping())
-        SnapToAxis(preferences.AskSnapAngleCreate() * std::numbers::pi / 180.0, piece);
+    if (kind == CurveType_Line)
+        SnapToAxis(SnapAngle(preferences), piece);
     reading.connections = ConnectEnds(path, others, preferences, chain);
     const Point from = path.ToModel(piece.from);
     const Point to = path.ToModel(piece.to);

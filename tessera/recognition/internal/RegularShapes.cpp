@@ -5,6 +5,8 @@
 #include <complex>
 #include <numbers>
 
+#include "tessera/recognition/internal/AxisSnap.h"
+
 namespace Tessera::Geometry {
 
 namespace {
@@ -190,8 +192,7 @@ InkShape MakeRegular(std::vector<Point>& corners) {
 }
 
 double TurnToAxes(InkShape shape, const std::vector<Point>& corners) {
-    constexpr double kQuarter = 0.5 * std::numbers::pi;
-    const auto toAxis = [](const Point& d) { return -std::remainder(std::atan2(d.y, d.x), kQuarter); };
+    const auto toAxis = [](const Point& d) { return -OffAxis(std::atan2(d.y, d.x)); };
     double best = toAxis(Side(corners, 0));
     const auto consider = [&](const Point& d) {
         if (std::fabs(toAxis(d)) < std::fabs(best))

@@ -15,6 +15,7 @@
 
 #include "tessera/kernel/LSFIT.h"
 #include "tessera/kernel/NR.h"
+#include "tessera/recognition/internal/AxisSnap.h"
 
 namespace Tessera::Geometry {
 
@@ -285,9 +286,7 @@ std::optional<SlotShape> FindSlot(const PricedPath& ink) {
 }
 
 void SnapSlot(double snapRad, SlotShape& slot) {
-    const double off = std::remainder(std::atan2(slot.axis.y, slot.axis.x), 0.5 * kPi);
-    if (std::fabs(off) <= snapRad)
-        slot.axis = std::fabs(slot.axis.x) > std::fabs(slot.axis.y) ? Point(1.0, 0.0) : Point(0.0, 1.0);
+    slot.axis = AxisNear(slot.axis, snapRad).value_or(slot.axis);
 }
 
 ExactChain MakeSlot(const InkPath& path, const SlotShape& slot) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
 #include "tessera/recognition/internal/LinkedRun.h"
 #include "tessera/recognition/internal/PiecePrices.h"
@@ -57,7 +58,7 @@ LinkedRun MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, s
 
 void SetTargets(double snapRad, LinkedRun& run) {
     for (Link& link : run.links) {
-        const double off = std::remainder(link.heading, 0.5 * std::numbers::pi);
+        const double off = OffAxis(link.heading);
         link.hasTarget = !link.isArc && std::fabs(off) <= snapRad;
         link.target = link.heading - off;
     }
