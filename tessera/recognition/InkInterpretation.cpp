@@ -10,7 +10,7 @@
 #include "tessera/geometry/Line.h"
 #include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/ScribbleQuestion.h"
-#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/InkHypotheses.h"
 #include "tessera/recognition/internal/InkPath.h"
 #include "tessera/recognition/internal/OverSketch.h"

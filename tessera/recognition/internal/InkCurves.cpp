@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <utility>
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
-#include "tessera/geometry/internal/BoundedLine.h"
-#include "tessera/kernel/internal/EllipseFit.h"
 #include "tessera/recognition/internal/FreeForm.h"
 
 namespace Tessera::Geometry {
@@ -19,8 +16,7 @@ namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
 constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
-constexpr std::size_t kExactEllipsePoints = 512; // measured to the last digit in one go
-constexpr double kTangentDeg = 0.01;             // an exact joint turns by rounding alone
+constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
     Point first; // unit directions of the pen
@@ -76,32 +72,6 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
     const Point centre = path.ToModel(piece.from + Point(b.y * aa - a.y * bb, a.x * bb - b.x * aa) / cross);
     isReversed = cross < 0.0;
     return isReversed ? std::make_unique<Arc>(to, from, centre) : std::make_unique<Arc>(from, to, centre);
-}
-
-// The search looks at the ink in coarse steps; where a curve gives way to the next is the sample nearest to
-// their joint, of those between the middles of the two.
-void PlaceBreaks(std::span<const InkSample> samples, InkReading& reading) {
-    const auto n = static_cast<int>(samples.size());
-    for (const InkJoint& joint : reading.joints) {
-        InterpretedCurve& before = reading.curves[static_cast<std::size_t>(joint.before)];
-        InterpretedCurve& after = reading.curves[static_cast<std::size_t>(joint.after)];
-        const int at = before.lastSample;
-        if (after.firstSample != at || joint.before == joint.after)
-            continue; // the ends of the stroke
-        const int back = (at - before.firstSample + n) % n / 2;
-        const int ahead = (after.lastSample - at + n) % n / 2;
-        double leastSq = std::numeric_limits<double>::infinity();
-        for (int step = -back; step <= ahead; ++step) {
-            const int i = (at + step + n) % n;
-            const InkSample& s = samples[static_cast<std::size_t>(i)];
-            const double dx = s.x - joint.position.x;
-            const double dy = s.y - joint.position.y;
-            if (dx * dx + dy * dy < leastSq) {
-                leastSq = dx * dx + dy * dy;
-                before.lastSample = after.firstSample = i;
-            }
-        }
-    }
 }
 
 int SampleAt(const InkPath& path, int point) {
@@ -206,78 +176,6 @@ void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading)
         reading.joints.push_back(seam);
     }
     reading.curves.push_back(std::move(made));
-}
-
-namespace {
-
-struct Deviations {
-    double largest = 0.0;
-    double sumSq = 0.0;
-    void Add(double distance) {
-        largest = std::max(largest, distance);
-        sumSq += distance * distance;
-    }
-};
-
-// A whole ellipse: its feet are found by the block.
-Deviations DeviationsFrom(const Ellipse& ellipse, std::span<const Vex::Math::Point2> pts) {
-    double centre[2];
-    double radii[2];
-    double limits[2];
-    EllipseShape shape{};
-    ellipse.AskEllipseData(centre, radii, &shape.angle, &limits[0], &limits[1]);
-    shape = {{centre[0], centre[1]}, radii[0], radii[1], shape.angle};
-    if (shape.b > shape.a)
-        shape = {shape.centre, shape.b, shape.a, shape.angle + 0.5 * std::numbers::pi};
-    Deviations all;
-    for (std::size_t from = 0; from < pts.size(); from += kExactEllipsePoints) {
-        const std::size_t count = std::min(kExactEllipsePoints, pts.size() - from);
-        double err[3];
-        MeasureEllipseDeviations(pts.data() + from, static_cast<int>(count), shape, err);
-        all.largest = std::max(all.largest, err[0]);
-        all.sumSq += static_cast<double>(count) * err[1] * err[1];
-    }
-    return all;
-}
-
-Deviations DeviationsFrom(const Curve& curve, std::span<const Vex::Math::Point2> pts) {
-    if (curve.GetType() == CurveType_Ellipse && curve.IsClosed())
-        return DeviationsFrom(static_cast<const Ellipse&>(curve), pts);
-    Deviations all;
-    if (curve.GetType() == CurveType_Line) {
-        const BoundedLine line(curve.GetStart(), curve.GetEnd());
-        for (const auto& p : pts)
-            all.Add(line.Distance({p.x, p.y}));
-        return all;
-    }
-    for (const auto& p : pts)
-        all.Add(curve.DistanceBounded({p.x, p.y}));
-    return all;
-}
-
-} // namespace
-
-void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
-    const int n = static_cast<int>(samples.size());
-    PlaceBreaks(samples, reading);
-    std::vector<Vex::Math::Point2> pts;
-    pts.reserve(samples.size());
-    double sumSq = 0.0;
-    int measured = 0;
-    for (InterpretedCurve& made : reading.curves) {
-        const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
-                                                              : made.lastSample + n - made.firstSample;
-        pts.clear();
-        for (int i = 0; i <= count; ++i) {
-            const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
-            pts.push_back({s.x, s.y});
-        }
-        const Deviations deviations = DeviationsFrom(*made.curve, pts);
-        made.maxDeviation = std::max(made.maxDeviation, deviations.largest);
-        sumSq += deviations.sumSq;
-        measured += count + 1;
-    }
-    reading.handSpread = measured > 0 ? std::sqrt(sumSq / measured) : 0.0;
 }
 
 } // namespace Tessera::Geometry

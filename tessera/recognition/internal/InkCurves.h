@@ -1,8 +1,6 @@
 // InkCurves - exact shapes in a path's frame become curves in model units.
 #pragma once
 
-#include <span>
-
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/RoundShape.h"
@@ -10,7 +8,7 @@
 
 namespace Tessera::Geometry {
 
-/// Appends the curves of a chain with their joints. Deviations are left to MeasureDeviations.
+/// Appends the curves of a chain with their joints. Deviations are left to be measured.
 void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& reading);
 
 /// Appends one full circle or ellipse.
@@ -23,9 +21,5 @@ bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
 
 /// Appends one free form, which goes over into the reading.
 void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading);
-
-/// Moves the breaks between curves to the samples nearest to their joints, then fills the largest distance of
-/// each curve's samples from it, and the spread of the hand.
-void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading);
 
 } // namespace Tessera::Geometry

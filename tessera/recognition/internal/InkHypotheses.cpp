@@ -11,6 +11,7 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/SharpPolygon.h"

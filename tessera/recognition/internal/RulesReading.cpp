@@ -9,7 +9,7 @@
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/ChainSearch.h"
-#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/strokes/Stroke.h"
 

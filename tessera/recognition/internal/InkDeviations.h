@@ -1,0 +1,14 @@
+// InkDeviations - how far the ink lies from the curves that a reading makes of it.
+#pragma once
+
+#include <span>
+
+#include "tessera/recognition/InkInterpretation.h"
+
+namespace Tessera::Geometry {
+
+/// Moves the breaks between curves to the samples nearest to their joints, then fills the largest distance of
+/// each curve's samples from it, and the spread of the hand.
+void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading);
+
+} // namespace Tessera::Geometry
