@@ -46,8 +46,8 @@ TESSERA_API void NR_cholesky_solve(int n, const double* l, double* b);
 ///
 /// @param a     n x n; replaced by U and, below the diagonal, the multipliers of L (unit diagonal).
 /// @param perm  [out] n indices: row exchanges, row j with row perm[j], in order.
-/// @param sign  [out] +1 or -1: the parity of the exchanges; the determinant is sign times U's diagonal
-/// product.
+/// @param sign  [out] +1 or -1: the parity of the exchanges; the determinant is sign times the product of U's
+///              diagonal.
 ///
 /// A pivot must exceed the rounding of the products it was made from. O(n^3 / 3).
 TESSERA_API int ludcmp_a(int n, double* a, int* perm, double* sign);
@@ -58,8 +58,7 @@ TESSERA_API void lubksb_a(int n, const double* lu, const int* perm, double* b);
 ///
 /// @param lower, upper  number of diagonals below and above the main one, >= 0.
 /// @param a     n rows of lower + upper + 1: row i holds A(i, i - lower) ... A(i, i + upper), places outside
-/// the
-///              matrix are ignored. Replaced by U: row i holds U(i, i) ... U(i, i + lower + upper).
+///              the matrix are ignored. Replaced by U: row i holds U(i, i) ... U(i, i + lower + upper).
 /// @param l     [out] n rows of lower multipliers (may be null when lower is 0).
 /// @param perm  [out] n indices: row exchanges, row k with row perm[k], in order.
 /// @param sign  [out] +1 or -1: the parity of the exchanges.

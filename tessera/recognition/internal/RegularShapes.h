@@ -14,9 +14,8 @@ namespace Tessera::Geometry {
 /// angles. Square, rhombus and regular polygon: sides equal within 10 %, corners within 10 degrees.
 /// Parallelogram: opposite sides parallel within 10 degrees.
 ///
-/// @param corners  of a closed polygon, in drawing order; written only when a shape is returned that asks
-/// more
-///                 than the number of corners.
+/// @param corners  of a closed polygon, in drawing order; written only when the shape that is returned asks
+///                 more than the number of corners.
 InkShape MakeRegular(std::vector<Point>& corners);
 
 /// How much a shape must be turned for its axes to lie along the axes of the plane, radians in [-pi/4, pi/4].
