@@ -147,29 +147,16 @@ TEST(CurveDimensions, ReplaceKeepsThePlace) {
 
 TEST(CurveDimensions, SearchByTypeAndPartner) {
     Line line(Point(0, 0), Point(1, 0)), partner(Point(0, 1), Point(1, 1));
-    Line stranger(Point(0, 2), Point(1, 2));
-    PlainDimension length(Tessera::Dimension::Length, {&line});
     PlainDimension linear(Tessera::Dimension::Linear, {&line, &partner});
     PlainDimension alone(Tessera::Dimension::Horizontal, {&line});
     PlainDimension shared(Tessera::Dimension::Horizontal, {&line, &partner});
-    const auto found = [](const Curve& curve, int type) {
-        List list;
-        curve.FindDimensions(type, list);
-        return list;
-    };
-    const auto between = [](const Curve& curve, Curve* other, int type) {
-        List list;
-        curve.GetDimensionsOfType(other, type, list);
-        return list;
-    };
-    EXPECT_EQ(found(line, 2), (List{&alone, &shared}));
-    EXPECT_EQ(found(line, 6), List{});
-    EXPECT_EQ(between(line, nullptr, 2), (List{&alone}));
-    EXPECT_EQ(between(line, &partner, 2), (List{&shared}));
-    EXPECT_EQ(between(partner, &line, 2), (List{&shared}));
-    EXPECT_EQ(between(line, &partner, 5), (List{&linear}));
-    EXPECT_EQ(between(line, nullptr, 5), List{});
-    EXPECT_EQ(between(line, &stranger, 2), List{});
+    List found, withNone, withPartner;
+    line.FindDimensions(Tessera::Dimension::Horizontal, found);
+    line.GetDimensionsOfType(nullptr, Tessera::Dimension::Horizontal, withNone);
+    line.GetDimensionsOfType(&partner, Tessera::Dimension::Horizontal, withPartner);
+    EXPECT_EQ(found, (List{&alone, &shared}));
+    EXPECT_EQ(withNone, List{&alone});
+    EXPECT_EQ(withPartner, List{&shared});
 }
 
 TEST(CurveDimensions, UpdatesMayChangeTheList) {
@@ -228,15 +215,6 @@ TEST(CurveDimensions, DeepCopiesKeepTheOrderOfTheList) {
         for (const auto& entry : copies)
             delete entry.second;
     }
-}
-
-TEST(CurveDimensions, ReplacedCurvesKeepTheirDimensions) {
-    Line line(Point(0, 0), Point(1, 0)), longer(Point(0, 0), Point(9, 0));
-    const LengthDimension dim(&line, 4.0);
-    EXPECT_TRUE(line.Replace(&longer));
-    line.UpdateDimensions();
-    EXPECT_EQ(DimensionsOf(line), (List{const_cast<LengthDimension*>(&dim)}));
-    EXPECT_EQ(dim.GetAnnotation(), 9.0);
 }
 
 TEST(CurveDimensions, SameDimensionsAreMadeOnce) {

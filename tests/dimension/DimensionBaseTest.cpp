@@ -290,19 +290,6 @@ TEST(DimensionBase, OrientationAngleAndOffsetSide) {
 
 // --- Selection
 
-TEST(DimensionBase, TextIsPickedWithinItsBox) {
-    Line line(Point(0, 0), Polar(100, 30));
-    const LengthDimension dim(&line, 10.0, 4.0);
-    const Point middle = TextMiddle(dim);
-    const Vector along(Point(), Polar(1, 30)), across(Point(), Polar(1, 120));
-    for (const double side : {-1.0, 1.0}) {
-        EXPECT_TRUE(dim.AnnotationSelected(middle.AffineCombine(side * 3.499, along), 0.5));
-        EXPECT_FALSE(dim.AnnotationSelected(middle.AffineCombine(side * 3.501, along), 0.5));
-        EXPECT_TRUE(dim.AnnotationSelected(middle.AffineCombine(side * 2.499, across), 0.5));
-        EXPECT_FALSE(dim.AnnotationSelected(middle.AffineCombine(side * 2.501, across), 0.5));
-    }
-}
-
 TEST(DimensionBase, LassoAndCurve) {
     auto [line, dim] = Level(); // drawn from (0, 1) to (100, 14)
     const struct {

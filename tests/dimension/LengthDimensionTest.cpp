@@ -188,28 +188,6 @@ TEST(LengthDimension, TypedValuesMoveTheChosenSide) {
     }
 }
 
-TEST(LengthDimension, ATypedValueWorksOnceAndIsNotCopied) {
-    Line line(Point(0, 0), Point(10, 0));
-    LengthDimension dim(&line, 4.0);
-    dim.SetUpdateSide(2);
-    dim.SetAnnotation(20);
-    const std::unique_ptr<LengthDimension> copy(dim.Copy());
-    copy->UpdateDimension();
-    EXPECT_DOUBLE_EQ(line.Length(), 10);
-    dim.UpdateDimension();
-    EXPECT_DOUBLE_EQ(line.Length(), 20);
-    line.SetLimits(Point(0, 0), Point(30, 0)); // the chosen side stays, but moves nothing by itself
-    dim.UpdateDimension();
-    EXPECT_DOUBLE_EQ(line.Length(), 30);
-    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 30);
-    dim.SetAnnotation(40);
-    dim.SetUpdateSide(-1);
-    dim.UpdateDimension();
-    dim.SetUpdateSide(2);
-    dim.UpdateDimension();
-    EXPECT_DOUBLE_EQ(line.Length(), 30) << "an update without a side forgets the value";
-}
-
 TEST(LengthDimension, ALineWithoutLengthIsHarmless) {
     Line line(Point(5, 5), Point(5, 5));
     LengthDimension dim(&line, 10.0, 4.0);

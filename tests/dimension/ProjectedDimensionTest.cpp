@@ -41,7 +41,10 @@ TEST(ProjectedDimension, MeasuredExtentAndTips) {
         SCOPED_TRACE(std::string(row.name) + (row.type == Horizontal ? " horizontal" : " vertical"));
         Line line(row.start, row.end);
         const DimensionPtr dim = Make(row.type, &line);
+        dim->SetRotateAngle(0.3);
+        dim->SetCachedRotateAngle(1.0); // takes the one that is set
         dim->Rotate(row.rotate);
+        EXPECT_EQ(dim->GetCachedRotateAngle(), 0.3) << "until the rotation is final";
         EXPECT_NEAR(dim->GetAnnotation(), row.value, 1e-12);
         const Points side1 = DecorationOf(*dim, 1), side2 = DecorationOf(*dim, 2);
         ExpectNear(side1[1], row.tip1);
@@ -49,7 +52,10 @@ TEST(ProjectedDimension, MeasuredExtentAndTips) {
         ExpectNear(side1[2], row.foot1, std::string(row.name) == "end at the tip" ? 1.0 : 1e-9);
         ExpectNear(side2[2], row.foot2, 1e-9);
         EXPECT_EQ(dim->GetTextHeightOffset(), 10.0);
+        EXPECT_NEAR(dynamic_cast<ProjectedDimension&>(*dim).ComputeTextHeightOffset(), 10.0, 1e-9);
         EXPECT_EQ(dim->GetLine(), &line) << "the parent, whatever was measured";
+        dim->FinalizeRotate();
+        EXPECT_EQ(dim->GetCachedRotateAngle(), row.rotate);
     }
 }
 
@@ -146,34 +152,6 @@ TEST(ProjectedDimension, TypedExtentsMoveAlongTheAxisOnly) {
         ExpectNear(line.GetEnd(), row.end);
         EXPECT_NEAR(dim->GetAnnotation(), row.value > 0 ? row.value : 30.0, 1e-12);
     }
-}
-
-TEST(ProjectedDimension, RotationFields) {
-    Line line(Point(0, 0), Point(3, 4));
-    HorizontalDimension dim(&line, 4.0);
-    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 3.0);
-    dim.SetRotateAngle(0.3);
-    EXPECT_DOUBLE_EQ(dim.GetAnnotation(), 3.0) << "stored, not yet measured";
-    EXPECT_EQ(dim.GetCachedRotateAngle(), 0.0);
-    dim.SetCachedRotateAngle(1.0);
-    EXPECT_EQ(dim.GetCachedRotateAngle(), 0.3);
-    dim.Rotate(kQuarter);
-    EXPECT_NEAR(dim.GetAnnotation(), 4.0, 1e-12);
-    EXPECT_EQ(dim.GetCachedRotateAngle(), 0.3);
-    dim.FinalizeRotate();
-    EXPECT_EQ(dim.GetCachedRotateAngle(), dim.GetRotateAngle());
-}
-
-TEST(ProjectedDimension, OffsetIsFoundAgainFromThePlacedText) {
-    for (const DimensionType_e type : {Horizontal, Vertical})
-        for (const double offset : {12.0, -12.0, 0.0})
-            for (const double rotate : {0.0, 0.5, -0.5, 2.0}) {
-                Line line(Point(0, 0), Point(30, 41));
-                const DimensionPtr dim = Make(type, &line, offset);
-                dim->Rotate(rotate);
-                auto& projected = dynamic_cast<ProjectedDimension&>(*dim);
-                EXPECT_NEAR(projected.ComputeTextHeightOffset(), offset, 1e-9) << type << " " << rotate;
-            }
 }
 
 TEST(ProjectedDimension, GeometryIsAddedAndReplaced) {

@@ -97,32 +97,22 @@ TEST(RadialDimension, RadiusOrDiameter) {
     }
 }
 
+// On the arc, or at the nearer end; a coordinate that is not above the tolerance means no pick.
 TEST(RadialDimension, PicksOnAndBesideTheArc) {
-    // Angles of the arc, of the pick, and of the foot; everything about a centre far from the axes.
-    const struct {
-        double start, end, pick, foot;
-    } rows[] = {{0, 90, 30, 30},          {0, 90, -50, 0},         {0, 90, 140, 90},
-                {0, 90, 224, 90},         {0, 90, 226, 0},         {-225, -135, 170, -190},
-                {-225, -135, -150, -150}, {-225, -135, 100, -225}, {300, 420, 10, 370},
-                {0, 360, -10, 350},       {270, 360, 1, 360}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.pick);
-        double centre[3] = {100, 80, 0};
-        Arc arc(centre, 10, row.start / kDeg, row.end / kDeg);
-        const RadialDimension dim(&arc, Point(100, 80) + Polar(17, row.pick), 4.0);
-        EXPECT_NEAR(dim.GetParam() * kDeg, row.foot, 1e-9);
-        EXPECT_NEAR(dim.GetRelativeParam(), (row.foot - row.start) / (row.end - row.start), 1e-9);
-        ExpectNear(DecorationOf(dim, 1)[1], Point(100, 80) + Polar(10, row.foot));
-    }
-    // A coordinate that is not above the tolerance means no pick.
-    const Point noPicks[] = {{-5, 3}, {3, -5}, {0, 50}, {50, 0}, {2e-9, 50}};
-    for (const Point& pick : noPicks) {
+    const std::pair<Point, double> rows[] = {{kCentre + Polar(60, 40), 40},
+                                             {kCentre + Polar(9, 128), 128},
+                                             {kCentre + Polar(9, 140), 130},
+                                             {kCentre + Polar(60, 7), 10},
+                                             {{-5, 3}, 70},
+                                             {{3, -5}, 70},
+                                             {{0, 50}, 70},
+                                             {{2e-9, 50}, 70}};
+    for (const auto& [pick, footDeg] : rows) {
         Arc arc = ArcOf(10, 10, 130);
-        EXPECT_NEAR(RadialDimension(&arc, pick, 4.0).GetRelativeParam(), 0.5, 1e-12);
+        const RadialDimension dim(&arc, pick, 4.0);
+        EXPECT_NEAR(dim.GetRelativeParam(), (footDeg - 10) / 120, 1e-9) << pick.x << " " << pick.y;
+        ExpectNear(DecorationOf(dim, 1)[1], FromCentre(10, footDeg));
     }
-    Arc arc = ArcOf(10, 10, 130);
-    EXPECT_NEAR(RadialDimension(&arc, Point(3e-9, 50), 4.0).GetParam(),
-                arc.GetAngleFromPoint(Point(3e-9, 50)), 1e-12);
 }
 
 TEST(RadialDimension, ReusedPerArc) {
