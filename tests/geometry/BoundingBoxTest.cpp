@@ -114,26 +114,6 @@ TEST(BoundingBox, AlignmentLooksAtTheCrossAxesOnly) {
     EXPECT_TRUE(!box.IsAlignedInX(&higher, 1e-9) && box.IsAlignedInX(&higher, 0.2));
 }
 
-TEST(BoundingBox, TransformMovesCornersByTheAffineRule) {
-    std::mt19937 rng(10);
-    std::uniform_real_distribution<double> at(-3, 3);
-    for (int trial = 0; trial < 100; ++trial) {
-        const double c = std::cos(trial), s = std::sin(trial);
-        // rotation, translation, scale in the last element, junk in the ignored ones
-        double m[3][3] = {{c, -s, at(rng)}, {s, c, at(rng)}, {7, 8, 0.5 + trial % 3}};
-        BoundingBox box = BoxAlong({at(rng), at(rng)}, {at(rng), at(rng)}, 1);
-        const Corners before(box);
-        box.Transform(m);
-        const Corners after(box);
-        for (int i = 0; i < 4; ++i) {
-            Point expected = before[i];
-            expected.Transform(m);
-            EXPECT_NEAR(after[i].Distance(expected), 0.0, 1e-12);
-        }
-        EXPECT_TRUE(Contains(box, (after[0] + after[2]) / 2.0, 1e-9));
-    }
-}
-
 TEST(BoundingBox, TransformRebuildsFromSixCornersOfASolidAndLosesFlatSides) {
     double identity[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
            flatten[3][3] = {{1, 0, 0}, {0, 0, 0}, {0, 0, 1}};

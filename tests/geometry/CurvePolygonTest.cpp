@@ -84,14 +84,6 @@ TEST(CurvePolygon, Traps) {
     }
 }
 
-TEST(CurvePolygon, NothingHappensInBrokenPolygons) {
-    Line line(Point(0.2, 0.2), Point(0.3, 0.3));
-    Polygon two = {{0, 0}, {1, 1}};
-    EXPECT_FALSE(two.Holds(line) || two.Crosses(line) || line.IsInPolygon(5, nullptr, nullptr));
-    Polygon repeated = {{0, 0}, {0, 0}, {1, 0}, {1, 1}, {1, 1}, {0, 1}};
-    EXPECT_TRUE(repeated.Holds(line));
-}
-
 TEST(CurvePolygon, RandomPolygonsAgainstSamples) {
     std::mt19937 rng(404);
     std::uniform_real_distribution<double> radius(1.5, 9.0);

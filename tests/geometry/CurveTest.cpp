@@ -57,26 +57,6 @@ TEST(Curve, ParameterRange) {
     EXPECT_NEAR(point.Distance(Point(0, 1)) + slope.Distance(Vector(-1, 0)), 0.0, 1e-12);
 }
 
-TEST(Curve, CopiesAreIndependent) {
-    double m[3][3] = {{1, 0, 3}, {0, 1, 0}, {0, 0, 1}};
-    for (const Sample& sample : SampleCurves()) {
-        SCOPED_TRACE(sample.name);
-        const Curve& curve = *sample.curve;
-        sample.curve->SetWidth(4.0);
-        const CurvePtr copy(curve.Copy());
-        EXPECT_TRUE(copy->GetType() == curve.GetType() && copy->AskCurveData() != curve.AskCurveData());
-        EXPECT_TRUE(copy->GetId() != curve.GetId() && copy->AskWidth() == 4.0 && !copy->IsGrouped());
-        EXPECT_TRUE(copy->IsSameCurve(&curve));
-        copy->Transform(m);
-        EXPECT_FALSE(copy->IsSameCurve(&curve));
-        std::set<int> ids;
-        std::map<int, Tessera::Core::TaggedObject*> copies;
-        const CurvePtr deep(curve.DeepCopy(ids, copies));
-        EXPECT_EQ(deep->GetId(), curve.GetId());
-        EXPECT_EQ(curve.DeepCopy(ids, copies), deep.get());
-    }
-}
-
 // Ends, radii and angles, each just inside and just outside.
 TEST(Curve, SameWithinItsTolerances) {
     const CurvePtr line = MakeLine({0, 0}, {1, 2}), arc = MakeArc({0, 0}, 1, 1, 2);

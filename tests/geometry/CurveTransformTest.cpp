@@ -103,13 +103,3 @@ TEST(CurveTransform, InfiniteScaleIsRefused) {
     EXPECT_EQ(log.Take(line), 0);
     EXPECT_EQ(line.GetEnd().y, 2.0);
 }
-
-TEST(CurveTransform, ManyTurnsKeepTheAnglesSmall) {
-    const Matrix turn = Turn("", 1.0, 0, 0, 1);
-    Arc arc(Point(1, 0), Point(0, 1), Point(0, 0));
-    for (int i = 0; i < 1000; ++i)
-        Apply(arc, turn);
-    EXPECT_LT(std::fabs(arc.GetStartAngle()), 6 * kPi);
-    EXPECT_NEAR(arc.GetStart().Distance(Point(std::cos(1000.0), std::sin(1000.0))), 0.0, 1e-10);
-    EXPECT_NEAR(arc.GetEndAngle() - arc.GetStartAngle(), kPi / 2, 1e-12);
-}

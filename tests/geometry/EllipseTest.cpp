@@ -55,13 +55,6 @@ TEST(Ellipse, Accessors) {
     EXPECT_TRUE(ellipse.GetRotateHandleLocation() == major && ellipse.WithinBounds(Point(1e9, 1e9)));
 }
 
-TEST(Ellipse, RelativeParameterDoesNotWrap) {
-    const std::pair<double, double> rows[] = {
-        {1, 0}, {3, 1}, {1.5, 0.25}, {0.5, 0}, {5, 1}, {1.5 + 2 * kPi, 1}, {-3, 0}};
-    for (const auto& [theta, relative] : rows)
-        EXPECT_NEAR(Make(2, 1, 0.3, 1, 3).GetRelativeParam(theta), relative, 1e-15) << theta;
-}
-
 TEST(Ellipse, ExtensionContinuesBackToTheStart) {
     const Ellipse whole = Make(3, 1, 2.0, 0, 2 * kPi);
     EXPECT_EQ(whole.CreateExtensionCurve(), nullptr);

@@ -126,21 +126,6 @@ TEST(Line, Statics) {
     }
 }
 
-TEST(Line, SetLimitsProjectsAndKeepsTheOrientation) {
-    struct Row {
-        Point a, b;
-        double start, end;
-    };
-    for (const Row& row : {Row{{2, 5}, {9, -1}, 2, 9},
-                           {{9, -1}, {2, 5}, 2, 9},
-                           {{-4, 0}, {-6, 2}, -6, -4},
-                           {{3, 1}, {3, -1}, 3, 3}}) {
-        Line line(Point(0, 0), Point(1, 0));
-        line.SetLimits(row.a, row.b);
-        EXPECT_TRUE(line.GetStart() == Point(row.start, 0) && line.GetEnd() == Point(row.end, 0)) << row.a.x;
-    }
-}
-
 TEST(Line, MergeStretchesOverAllEnds) {
     Line line(Point(0, 0), Point(1, 0)), far(Point(2, 0), Point(3, 0)),
         beside(Point(-2, 1e-10), Point(0.5, 0));
