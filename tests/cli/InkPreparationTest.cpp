@@ -37,36 +37,6 @@ TEST(InkPreparation, SamplesLieEvenlyAtA120thOfTheBox) {
     }
 }
 
-TEST(InkPreparation, RangesComeBackAsInputSamples) {
-    const InkStroke stroke = Circle(100.0, 301, 0.0);
-    const std::vector<PreparedSample> samples = PrepareStroke(stroke, FixedFrame(1.0));
-    EXPECT_EQ(samples.front().source, 0.0);
-    EXPECT_EQ(samples.back().source, 300.0);
-    for (const PreparedSample& sample : samples) {
-        const Sample& origin = stroke.samples[static_cast<std::size_t>(std::lround(sample.source))];
-        EXPECT_LE(std::hypot(sample.x - origin.x, sample.y - origin.y), 1.1); // half a segment
-        EXPECT_NEAR(sample.timeMs, 1000.0 * sample.source / 300.0, 1e-9);
-    }
-}
-
-TEST(InkPreparation, SpeedsAreThoseOfTheOriginalSamples) {
-    for (const PreparedSample& sample : PrepareStroke(Circle(100.0, 500, 0.0), FixedFrame(0.5)))
-        EXPECT_NEAR(sample.speed, 100.0 * std::numbers::pi, std::numbers::pi);
-    // 100 units in 1 s, then 100 units in 4 s, with a rest of a second where the two meet.
-    InkStroke stroke;
-    stroke.isTimed = true;
-    for (int i = 0; i <= 50; ++i)
-        stroke.samples.push_back({2.0 * i, 0.0, 20.0 * i});
-    stroke.samples.push_back({100.0, 0.0, 2000.0});
-    for (int i = 1; i <= 50; ++i)
-        stroke.samples.push_back({100.0 + 2.0 * i, 0.0, 2000.0 + 80.0 * i});
-    const std::vector<PreparedSample> samples = PrepareStroke(stroke, FixedFrame(1.0));
-    EXPECT_NEAR(samples[samples.size() / 4].speed, 100.0, 1e-6);
-    EXPECT_NEAR(samples[3 * samples.size() / 4].speed, 25.0, 1e-6);
-    EXPECT_LT(samples[samples.size() / 2].speed, 10.0);
-    EXPECT_EQ(PrepareStroke(StrokeThrough({{0, 0}, {50, 0}, {100, 9}}), FixedFrame(1.0))[7].speed, 0.0);
-}
-
 TEST(InkPreparation, VerticesOfSparsePolyLinesStay) {
     const std::vector<Position> corners = {{0, 0}, {100, 0}, {100, 4}, {0, 4}, {0, 0}};
     const std::vector<PreparedSample> samples = PrepareStroke(StrokeThrough(corners), FixedFrame(3.0));

@@ -5,24 +5,8 @@
 namespace Tessera::Tool {
 namespace {
 
-/// "x,y x,y | x,y": the strokes of a drawing, with @t behind the coordinates of timed ones.
-std::string Text(const Drawing& drawing) {
-    std::ostringstream text;
-    for (const InkStroke& stroke : drawing.strokes) {
-        text << (&stroke == drawing.strokes.data() ? "" : "| ");
-        for (const Sample& s : stroke.samples) {
-            text << s.x << ',' << s.y;
-            if (stroke.isTimed)
-                text << '@' << s.timeMs;
-            text << ' ';
-        }
-    }
-    std::string result = text.str();
-    return result.substr(0, result.find_last_not_of(' ') + 1);
-}
-
 std::string ReadText(const std::string& content, const std::string& name = "ink") {
-    return Text(ReadInk(content, name).drawings.at(0));
+    return TextOf(ReadInk(content, name).drawings.at(0));
 }
 
 std::string Refusal(const std::string& content, const std::string& name = "ink") {

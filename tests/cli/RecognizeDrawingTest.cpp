@@ -27,34 +27,6 @@ Drawing RoundOf(Position centre, double a, double b, double from = 0.0, double t
     });
 }
 
-TEST(RecognizeDrawing, ShapesComeBackInInkUnitsWhateverTheUnitAndPlace) {
-    for (const double size : {1e-6, 1.0, 300.0, 1e6})
-        for (const double place : {0.0, 40.0}) {
-            SCOPED_TRACE(testing::Message() << size << " at " << place);
-            const double o = place * size;
-            const auto curves = RecognizeDrawing(RoundOf({o, o}, size, size), {}).strokes.at(0).curves;
-            ASSERT_EQ(curves.size(), 1U);
-            const auto* found = std::get_if<CircleShape>(&curves[0].shape);
-            ASSERT_NE(found, nullptr);
-            EXPECT_NEAR(found->radius, size, 2e-3 * size);
-            ExpectNear(found->center, {o, o}, 2e-3 * size);
-            EXPECT_TRUE(curves[0].from == 0 && curves[0].to == 239);
-            EXPECT_LT(curves[0].deviation, 2e-3 * size);
-        }
-}
-
-TEST(RecognizeDrawing, CornersOfAPolyLineAreFoundAtTheirSamples) {
-    const Drawing drawing = DrawingOf({StrokeThrough({{0, 0}, {100, 0}, {100, 80}, {0, 80}, {0, 0}})});
-    const std::vector<RecognizedCurve> curves = RecognizeDrawing(drawing, {}).strokes.at(0).curves;
-    ASSERT_EQ(curves.size(), 4U);
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_TRUE(curves[i].from == i && curves[i].to == i + 1) << i;
-        const auto* line = std::get_if<LineShape>(&curves[i].shape);
-        ASSERT_NE(line, nullptr);
-        ExpectNear(line->start, drawing.strokes[0].samples[i], 0.5);
-    }
-}
-
 /// A poly-line drawn by a pen.
 InkStroke Drawn(const std::vector<Position>& corners) {
     InkStroke stroke;

@@ -77,31 +77,6 @@ TEST(InkEntry, StrokesBecomeElementsWithConstraints) {
     }
 }
 
-// An element drawn over keeps its identifier and its constraints, and runs where the ink ran.
-TEST(InkEntry, ARetraceGivesTheElementTheInksForm) {
-    const Document document = NewDocument();
-    const HostElementId old = AddTo(document, LineElement({0, 0}, {200, 0}));
-    const HostElementId other = AddTo(document, LineElement({0, 50}, {0, 250}));
-    const Conversion converted(document, Pen(3, 5).To(197, 6).ink);
-    ASSERT_EQ(converted.result.outcome, kHostInkRetrace);
-    ASSERT_EQ(converted.result.elementCount, 1);
-    EXPECT_EQ(converted.result.elements[0], old);
-    EXPECT_EQ(TesseraHost_AskElementCount(document.get()), 2);
-    EXPECT_NEAR(PointOf(document, old, 0.5).y, 5.5, 2);
-    EXPECT_EQ(PointOf(document, other, 1).y, 250);
-}
-
-TEST(InkEntry, TheViewDecidesWhereThingsAre) {
-    const Document document = NewDocument();
-    const HostView view{{1000, 500}, 4, 1, 0};
-    ASSERT_EQ(TesseraHost_SetView(document.get(), &view), 0);
-    const Conversion converted(document, RoundInk(200, 100, 80, 80, 6, 366));
-    ASSERT_EQ(converted.result.elementCount, 1);
-    const HostElement2d circle = ElementsOf(document)[0];
-    ExpectNear(circle.points[0], {1050, 475}, 0.5);
-    EXPECT_NEAR(circle.radius, 20, 0.5);
-}
-
 // As the host shows them, or as the one stroke asks: none at all, all, or all but some kinds.
 TEST(InkEntry, RelationshipsCanBeChosenForOneStroke) {
     struct Row {

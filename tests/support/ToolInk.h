@@ -36,6 +36,22 @@ inline Drawing DrawingOf(std::vector<InkStroke> strokes) {
     return drawing;
 }
 
+/// "x,y x,y | x,y": the strokes of a drawing, with @t behind the coordinates of timed ones.
+inline std::string TextOf(const Drawing& drawing) {
+    std::ostringstream text;
+    for (const InkStroke& stroke : drawing.strokes) {
+        text << (&stroke == drawing.strokes.data() ? "" : "| ");
+        for (const Sample& s : stroke.samples) {
+            text << s.x << ',' << s.y;
+            if (stroke.isTimed)
+                text << '@' << s.timeMs;
+            text << ' ';
+        }
+    }
+    std::string result = text.str();
+    return result.substr(0, result.find_last_not_of(' ') + 1);
+}
+
 /// The same drawing in other units.
 inline Drawing Scaled(Drawing drawing, double factor) {
     for (InkStroke& stroke : drawing.strokes)
