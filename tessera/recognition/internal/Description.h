@@ -6,6 +6,8 @@
 // (1978) 465-471).
 #pragma once
 
+#include <algorithm>
+
 #include "tessera/recognition/internal/InkPath.h"
 
 namespace Tessera::Geometry {
@@ -27,5 +29,11 @@ enum class RivalKind { Open, Smooth, Closed, SmoothClosed, Round };
 double PriceOfPole(RivalKind rival);
 
 double LengthOf(const InkPath& path, const Description& description);
+
+/// Squared distance as it counts for a shape that goes round: a tail at either end is no part of it.
+inline double SquareWithoutTail(double distance) {
+    constexpr double kTailSq = 0.15 * 0.15; // sizes
+    return std::min(distance * distance, kTailSq);
+}
 
 } // namespace Tessera::Geometry

@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
 constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
+constexpr double kFlat = 1e-12;       // four times its height over its chord: an arc that is a line
 constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
@@ -65,7 +66,7 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
     const Point a = piece.through - piece.from;
     const Point b = piece.to - piece.from;
     const double cross = 2.0 * a.Cross(b);
-    if (std::fabs(cross) < 1e-12 * b.Dot(b))
+    if (std::fabs(cross) < kFlat * b.Dot(b))
         return std::make_unique<Line>(from, to);
     const double aa = a.Dot(a);
     const double bb = b.Dot(b);

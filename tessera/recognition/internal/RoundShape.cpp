@@ -22,7 +22,6 @@ constexpr double kSpreadShare = 0.25;
 // One sigma of the third harmonic of a drawn round, of its mean radius.
 constexpr double kThirdHarmonic = 0.04;
 constexpr double kMostThird = 2.5;  // sigmas
-constexpr double kTail = 0.15;      // sizes from which a distance costs no more
 constexpr double kRidge = 1e-6;     // of the normal equations: terms that the path does not show vanish
 constexpr double kDriftPrice = 0.5; // keeps the drift of a short overlap bounded
 // Growth from the start to the end of the stroke, of the mean radius, beyond which it is a spiral.
@@ -60,7 +59,7 @@ double UnexplainedSumSq(const EllipseEvidence& all, const EllipseTerms& x) {
         double e = all.distance[i];
         for (std::size_t k = 0; k < kEllipseTerms; ++k)
             e -= x[k] * all.terms[i][k];
-        sumSq += std::min(e * e, kTail * kTail); // a tail at either end is no part of the shape
+        sumSq += SquareWithoutTail(e);
     }
     return sumSq;
 }

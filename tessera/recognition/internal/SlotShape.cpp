@@ -10,23 +10,20 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
-#include <vector>
 
 #include "tessera/kernel/LSFIT.h"
 #include "tessera/kernel/NR.h"
 #include "tessera/recognition/internal/AxisSnap.h"
+#include "tessera/recognition/internal/SlotCourse.h"
 
 namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr int kNumbers = 5;
 constexpr int kEvaluations = 20; // of the model: five to eight settle a drawn slot
 constexpr double kRelativeFall = 1e-6;
 constexpr double kAbsoluteFall = 1e-9; // squared sizes
-constexpr double kTail = 0.15;         // sizes from which a distance costs no more
 constexpr double kRidge = 1e-6;        // of the normal equations: terms that the path does not show vanish
 // Keeps the drift small: straight lines guide the pen back to its start better than a swing round does.
 constexpr double kDriftPrice = 4.0;
@@ -86,7 +83,7 @@ double Accumulate(const InkPath& path, const Trial& trial, int terms, double* jt
     const int n = path.Size();
     for (int i = 0; i < n; ++i) {
         const double share = static_cast<double>(i) / (n - 1) - 0.5;
-        const Residual residual = trial.At(path.pts[static_cast<std::size_t>(i)], share);
+        const Residual residual = trial.At(path.At(i), share);
         for (int a = 0; a < terms; ++a) {
             const double slope = residual.slope[static_cast<std::size_t>(a)];
             for (int b = 0; b <= a; ++b)
@@ -141,8 +138,7 @@ SlotShape Describe(const InkPath& path, const Parameters& p) {
     double sumSq = 0.0;
     for (int i = 0; i < n; ++i) {
         const double share = static_cast<double>(i) / (n - 1) - 0.5;
-        const double off = trial.At(path.pts[static_cast<std::size_t>(i)], share).value;
-        sumSq += std::min(off * off, kTail * kTail); // a tail at either end is no part of the shape
+        sumSq += SquareWithoutTail(trial.At(path.At(i), share).value);
     }
     return {
         {p[kX], p[kY]}, trial.axis, p[kHalf], p[kRadius], {kNumbers * kNumberPrice, kSpreadShare * sumSq}};
@@ -161,98 +157,13 @@ double SquarenessOf(const InkPath& path, const Parameters& p) {
     return -step[kSquareness] / p[kRadius];
 }
 
-// How the pen runs along the slot's outline. Lengths are counted from the start of a line, piece 0, the way
-// that the pen goes: line, half circle, line, half circle, and so on round by round.
-class Course {
-public:
-    Course(const InkPath& path, const SlotShape& slot) : slot_(slot) {
-        run_.reserve(path.pts.size());
-        double length = 0.0;
-        double before = 0.0;
-        for (const Point& p : path.pts) {
-            const double at = AlongOutline(p);
-            length += run_.empty() ? at : std::remainder(at - before, Outline());
-            before = at;
-            run_.push_back(length);
-        }
-        if (run_.back() >= run_.front())
-            return;
-        // Clockwise: the outline mirrored in the slot's axis.
-        side_ = -1.0;
-        const double shift = AlongOutline(path.pts.front()) + run_.front();
-        for (double& at : run_)
-            at = shift - at;
-    }
-
-    double Line() const { return 2.0 * slot_.half; }
-    double HalfCircle() const { return kPi * slot_.radius; }
-    double Outline() const { return 2.0 * (Line() + HalfCircle()); }
-    double Turns() const { return (run_.back() - run_.front()) / Outline(); }
-    double Gap() const { return std::max(0.0, 1.0 - Turns()) * Outline(); }
-    double At(int point) const { return run_[static_cast<std::size_t>(point)]; }
-
-    /// Joint k, the one at which piece k begins.
-    double Joint(int k) const {
-        const int whole = k >= 0 ? k / 2 : (k - 1) / 2;
-        return whole * (Line() + HalfCircle()) + (k - 2 * whole) * Line();
-    }
-    int PieceAt(double length) const {
-        const int whole = static_cast<int>(std::floor(length / (Line() + HalfCircle())));
-        return 2 * whole + (length >= Joint(2 * whole + 1) ? 1 : 0);
-    }
-    /// The last point of the path before it passes a length; its first one if it starts beyond.
-    int PointAt(double length) const {
-        const auto beyond =
-            std::find_if(run_.begin() + 1, run_.end(), [&](double passed) { return passed > length; });
-        return static_cast<int>(beyond - run_.begin()) - 1;
-    }
-    /// Direction of the outline, radians, counter-clockwise positive.
-    double HeadingAt(double length) const {
-        const int piece = PieceAt(length);
-        const bool isArc = piece % 2 != 0;
-        const double lines = isArc ? piece - 1 : piece; // and half circles before, in all
-        return side_ * (0.5 * kPi * lines + (isArc ? (length - Joint(piece)) / slot_.radius : 0.0));
-    }
-    /// Where piece k begins.
-    Point StartOf(int k) const {
-        const int place = (k % 4 + 4) % 4;
-        return InPlane(place == 1 || place == 2 ? slot_.half : -slot_.half,
-                       place < 2 ? -slot_.radius : slot_.radius);
-    }
-    /// The middle of the half circle that is piece k.
-    Point TipOf(int k) const {
-        const double tip = slot_.half + slot_.radius;
-        return InPlane((k % 4 + 4) % 4 == 1 ? tip : -tip, 0.0);
-    }
-
-private:
-    Point InPlane(double u, double v) const {
-        const Point left(-slot_.axis.y, slot_.axis.x);
-        return slot_.centre + u * slot_.axis + (side_ * v) * left;
-    }
-    double AlongOutline(const Point& p) const {
-        const Point d = p - slot_.centre;
-        const double u = slot_.axis.Dot(d);
-        const double v = side_ * slot_.axis.Cross(d);
-        if (u > slot_.half)
-            return Line() + slot_.radius * (std::atan2(v, u - slot_.half) + 0.5 * kPi);
-        if (u < -slot_.half)
-            return Joint(3) + slot_.radius * (std::atan2(-v, -u - slot_.half) + 0.5 * kPi);
-        return v < 0.0 ? u + slot_.half : Joint(2) + slot_.half - u;
-    }
-
-    const SlotShape& slot_;
-    double side_ = 1.0;
-    std::vector<double> run_; // length for each point, growing on from round to round
-};
-
 // As if each turn stood in the middle of a half circle.
 double LeastPriceOfCorners(const PricedPath& ink, double radius) {
     return PriceOfHiddenCorners(
         ink, [=](const TurningPeak& peak) { return std::copysign(1.0 / radius, peak.turn); });
 }
 
-double PriceOfCorners(const PricedPath& ink, const Course& course) {
+double PriceOfCorners(const PricedPath& ink, const SlotCourse& course) {
     const double reach = kBendReach * ink.path.step;
     return PriceOfHiddenCorners(ink, [&](const TurningPeak& peak) {
         const double at = course.At(peak.at);
@@ -278,7 +189,7 @@ std::optional<SlotShape> FindSlot(const PricedPath& ink) {
         std::fabs(SquarenessOf(ink.path, p)) > kRoundEnds)
         return std::nullopt;
     SlotShape slot = Describe(ink.path, p);
-    const Course course(ink.path, slot);
+    const SlotCourse course(ink.path, slot);
     if (course.Gap() > std::min(ink.closing, kOpenEnd * course.HalfCircle()) || course.Turns() > kMostTurns)
         return std::nullopt;
     slot.description.price += PriceOfCorners(ink, course);
@@ -290,7 +201,7 @@ void SnapSlot(double snapRad, SlotShape& slot) {
 }
 
 ExactChain MakeSlot(const InkPath& path, const SlotShape& slot) {
-    const Course course(path, slot);
+    const SlotCourse course(path, slot);
     const int begin = course.PieceAt(course.At(0) + kAtJoint * path.step);
     ExactChain exact;
     exact.isClosed = true;
