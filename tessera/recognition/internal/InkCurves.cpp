@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
 constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
-constexpr double kFlat = 1e-12;       // four times its height over its chord: an arc that is a line
+constexpr double kFlat = 1e-12;       // twice its height over its chord: an arc that is a line
 constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
