@@ -32,39 +32,6 @@ void SnapLines(double angleRad, Chain& chain) {
     }
 }
 
-void TurnCorners(double angleRad, std::vector<Point>& corners) {
-    Point centre;
-    for (const Point& p : corners)
-        centre += p / static_cast<double>(corners.size());
-    const double c = std::cos(angleRad);
-    const double s = std::sin(angleRad);
-    for (Point& p : corners) {
-        const Point d = p - centre;
-        p = centre + Point(c * d.x - s * d.y, s * d.x + c * d.y);
-    }
-}
-
-// Sides that lie along an axis get equal coordinates to the last digit.
-void LevelSides(std::vector<Point>& corners) {
-    constexpr double kLevel = 1e-9;
-    for (std::size_t i = 0; i < corners.size(); ++i) {
-        Point& a = corners[i];
-        Point& b = corners[(i + 1) % corners.size()];
-        if (std::fabs(a.x - b.x) < kLevel)
-            b.x = a.x;
-        if (std::fabs(a.y - b.y) < kLevel)
-            b.y = a.y;
-    }
-    for (std::size_t i = 0; i < corners.size(); ++i) { // the last side closes onto the first corner
-        Point& a = corners[i];
-        const Point& b = corners[(i + 1) % corners.size()];
-        if (std::fabs(a.x - b.x) < kLevel)
-            a.x = b.x;
-        if (std::fabs(a.y - b.y) < kLevel)
-            a.y = b.y;
-    }
-}
-
 // Corners and ends that lie beyond the tolerance outside the ink's box become the ink's own.
 void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
     const XYBox box(ink.path.pts);
@@ -102,11 +69,8 @@ bool Regularise(double snapRad, ExactChain& chain, InkShape& shape) {
     shape = MakeRegular(corners);
     if (shape == InkShape::Triangle || shape == InkShape::Quadrilateral || shape == InkShape::Polygon)
         return false;
-    const double turn = TurnToAxes(shape, corners);
-    if (snapRad > 0.0 && std::fabs(turn) <= snapRad) {
-        TurnCorners(turn, corners);
-        LevelSides(corners);
-    }
+    if (snapRad > 0.0)
+        AlignToAxes(shape, snapRad, corners);
     for (std::size_t i = 0; i < corners.size(); ++i) {
         chain.pieces[i].from = corners[i];
         chain.pieces[i].to = corners[(i + 1) % corners.size()];

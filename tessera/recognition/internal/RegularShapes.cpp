@@ -16,6 +16,7 @@ constexpr double kRightAngleSlack = 30.0 * kDegree; // 60 to 120 degrees
 constexpr double kAngleSlack = 10.0 * kDegree;
 constexpr double kSideSlack = 0.1;
 constexpr std::size_t kMostSides = 12;
+constexpr double kLevel = 1e-9; // sizes: what rounding leaves of a side along an axis
 
 using Corners = std::vector<Point>;
 
@@ -163,13 +164,53 @@ InkShape MakeRegularQuadrilateral(Corners& c, double sense) {
     }
     if (isRectangle) {
         c = rectangle;
-        return AreSidesEqual(c) ? (c = AsRegular(c, quarter), InkShape::Square) : InkShape::Rectangle;
+        if (!AreSidesEqual(c))
+            return InkShape::Rectangle;
+        c = AsRegular(c, quarter);
+        return InkShape::Square;
     }
     if (parallel) {
         c = AsParallelogram(c);
         return InkShape::Parallelogram;
     }
     return InkShape::Quadrilateral;
+}
+
+// How much a shape must be turned for its axes to lie along those of the plane, in [-pi/4, pi/4].
+double TurnToAxes(InkShape shape, const Corners& corners) {
+    const auto toAxis = [](const Point& d) { return -OffAxis(std::atan2(d.y, d.x)); };
+    double best = toAxis(Side(corners, 0));
+    const auto consider = [&](const Point& d) {
+        if (std::fabs(toAxis(d)) < std::fabs(best))
+            best = toAxis(d);
+    };
+    for (std::size_t i = 1; i < corners.size(); ++i)
+        consider(Side(corners, i));
+    if (shape == InkShape::Rhombus || shape == InkShape::Square) {
+        consider(corners[2] - corners[0]);
+        consider(corners[3] - corners[1]);
+    }
+    return best;
+}
+
+// Sides that lie along an axis get equal coordinates to the last digit.
+void LevelSides(Corners& corners) {
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        Point& a = corners[i];
+        Point& b = corners[(i + 1) % corners.size()];
+        if (std::fabs(a.x - b.x) < kLevel)
+            b.x = a.x;
+        if (std::fabs(a.y - b.y) < kLevel)
+            b.y = a.y;
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) { // the last side closes onto the first corner
+        Point& a = corners[i];
+        const Point& b = corners[(i + 1) % corners.size()];
+        if (std::fabs(a.x - b.x) < kLevel)
+            a.x = b.x;
+        if (std::fabs(a.y - b.y) < kLevel)
+            a.y = b.y;
+    }
 }
 
 } // namespace
@@ -191,20 +232,12 @@ InkShape MakeRegular(std::vector<Point>& corners) {
     return n == 3 ? InkShape::Triangle : n == 4 ? InkShape::Quadrilateral : InkShape::Polygon;
 }
 
-double TurnToAxes(InkShape shape, const std::vector<Point>& corners) {
-    const auto toAxis = [](const Point& d) { return -OffAxis(std::atan2(d.y, d.x)); };
-    double best = toAxis(Side(corners, 0));
-    const auto consider = [&](const Point& d) {
-        if (std::fabs(toAxis(d)) < std::fabs(best))
-            best = toAxis(d);
-    };
-    for (std::size_t i = 1; i < corners.size(); ++i)
-        consider(Side(corners, i));
-    if (shape == InkShape::Rhombus || shape == InkShape::Square) {
-        consider(corners[2] - corners[0]);
-        consider(corners[3] - corners[1]);
-    }
-    return best;
+void AlignToAxes(InkShape shape, double withinRad, std::vector<Point>& corners) {
+    const double turn = TurnToAxes(shape, corners);
+    if (std::fabs(turn) > withinRad)
+        return;
+    corners = Turned(corners, CentreOf(corners), turn);
+    LevelSides(corners);
 }
 
 } // namespace Tessera::Geometry

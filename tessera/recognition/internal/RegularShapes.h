@@ -18,7 +18,8 @@ namespace Tessera::Geometry {
 ///                 more than the number of corners.
 InkShape MakeRegular(std::vector<Point>& corners);
 
-/// How much a shape must be turned for its axes to lie along the axes of the plane, radians in [-pi/4, pi/4].
-double TurnToAxes(InkShape shape, const std::vector<Point>& corners);
+/// Turns a shape about its centre so that its axes lie along the axes of the plane, if no farther than the
+/// angle; sides along an axis then have equal coordinates to the last digit.
+void AlignToAxes(InkShape shape, double withinRad, std::vector<Point>& corners);
 
 } // namespace Tessera::Geometry

@@ -88,11 +88,24 @@ TEST(RegularShapes, AreExact) {
     }
 }
 
-TEST(RegularShapes, TurnToAxes) {
-    const Corners square = Turned(Slanted(10.0, 10.0, 90.0), 4.0 * kDegree);
-    EXPECT_NEAR(TurnToAxes(InkShape::Rectangle, square), -4.0 * kDegree, 1e-12);
-    const Corners onCorner = Turned(Slanted(10.0, 10.0, 90.0), 42.0 * kDegree);
-    EXPECT_NEAR(TurnToAxes(InkShape::Square, onCorner), 3.0 * kDegree, 1e-12);
+TEST(RegularShapes, AlignToAxes) {
+    const struct {
+        InkShape shape;
+        double drawn, within, aligned; // degrees
+    } rows[] = {{InkShape::Rectangle, 4.0, 5.0, 0.0},
+                {InkShape::Rectangle, 4.0, 3.0, 4.0},
+                {InkShape::Rectangle, 42.0, 5.0, 42.0},
+                {InkShape::Square, 42.0, 5.0, 45.0},
+                {InkShape::Square, -87.0, 5.0, -90.0}};
+    for (const auto& row : rows) {
+        const Corners upright = Slanted(10.0, 10.0, 90.0);
+        Corners c = Turned(upright, row.drawn * kDegree);
+        AlignToAxes(row.shape, row.within * kDegree, c);
+        const Corners expected = Turned(upright, row.aligned * kDegree);
+        for (std::size_t i = 0; i < 4; ++i)
+            EXPECT_NEAR((c[(i + 1) % 4] - c[i]).Distance(expected[(i + 1) % 4] - expected[i]), 0.0, 1e-9)
+                << row.drawn << " within " << row.within;
+    }
 }
 
 } // namespace
