@@ -87,32 +87,30 @@ Lattice MakeLattice(const PricedPath& ink) {
 void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
     const Node& node = lattice.nodes[static_cast<std::size_t>(n)];
     Ways& ways = lattice.ways[static_cast<std::size_t>(n)];
+    const std::size_t searches = node.priced.piece.isArc ? kHandCount : kSearches;
     if (node.start == 0)
-        ways.cost.fill(0.0);
+        std::fill_n(ways.cost.begin(), searches, 0.0);
     const auto start = static_cast<std::size_t>(node.start);
     const double least = LeastJointPrice();
     for (int i = lattice.ending[start]; i < lattice.ending[start + 1]; ++i) {
         const int m = lattice.order[static_cast<std::size_t>(i)];
         const Ways& before = lattice.ways[static_cast<std::size_t>(m)];
         bool isWorth = false;
-        for (std::size_t h = 0; h < kSearches; ++h)
-            isWorth |= before.cost[h] + least < ways.cost[h];
+        for (std::size_t h = 0; h < searches; ++h)
+            isWorth = isWorth || before.cost[h] + least < ways.cost[h];
         if (!isWorth)
             continue;
         const double joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced, node.priced,
                                         lattice.sites[start])
                                  .price;
-        for (std::size_t h = 0; h < kSearches; ++h)
+        for (std::size_t h = 0; h < searches; ++h)
             if (before.cost[h] + joint < ways.cost[h]) {
                 ways.cost[h] = before.cost[h] + joint;
                 ways.from[h] = m;
             }
     }
-    for (std::size_t h = 0; h < kHandCount; ++h) {
-        const double cost = node.priced.CostFor(kHands[h]);
-        ways.cost[h] += cost;
-        ways.cost[h + kHandCount] += node.priced.piece.isArc ? kInfinite : cost;
-    }
+    for (std::size_t h = 0; h < searches; ++h)
+        ways.cost[h] += node.priced.CostFor(kHands[h % kHandCount]);
 }
 
 // The ways to all nodes. Joints are priced from the cheapest chain on: most others cannot come to less then.

@@ -140,7 +140,7 @@ void OfferTangent(const PricedPiece& before, const PricedPiece& after, const Poi
                   JointPrice& best) {
     double gap = 0.0;
     Point touch;
-    if (!FindTouch(before, after, gap, touch))
+    if (smooth - kNumberPrice >= best.price || !FindTouch(before, after, gap, touch))
         return;
     const double price = smooth + Excess(std::fabs(gap), kGapSpread) +
                          Excess(touch.Distance(at) - kFreeTouch, kTouchSpread) - kNumberPrice;

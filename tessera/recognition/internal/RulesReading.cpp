@@ -10,6 +10,7 @@
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkDeviations.h"
+#include "tessera/recognition/internal/PathLengths.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/strokes/Stroke.h"
 
@@ -91,14 +92,11 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     scale_ = kWorkingDiagonal / std::hypot(high[0] - low[0], high[1] - low[1]);
     std::vector<StrokePoint> points;
     points.reserve(ink.samples.size());
-    lengthTo_.reserve(ink.samples.size());
     for (std::size_t i = 0; i < ink.samples.size(); ++i) {
         const InkSample& s = ink.samples[i];
-        const InkSample& before = ink.samples[i > 0 ? i - 1 : i];
-        lengthTo_.push_back((i > 0 ? lengthTo_.back() : 0.0) +
-                            scale_ * std::hypot(s.x - before.x, s.y - before.y));
         points.emplace_back(scale_ * (s.x - x_), scale_ * (s.y - y_), scale_ * SpeedAt(ink, i));
     }
+    SumPathLengths(points, lengthTo_);
     Stroke stroke(std::move(points));
     SketchRecognizer recognizer;
     ResultOwner pending(recognizer);
