@@ -11,7 +11,7 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kMoveShare = 1.0 / 6.0;
+constexpr double kMoveShare = 1.0 / 6.0; // of a piece's length: farther its end does not move
 
 using Found = std::optional<SnapPoint>;
 

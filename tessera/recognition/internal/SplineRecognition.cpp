@@ -24,6 +24,8 @@ constexpr int kOrder = 3;
 // cos 30 degrees: how far tangents and gap may turn where a curve closes (included).
 constexpr double kClosingCosine = 0.86602540378443865;
 // Share of the tolerance by which a point may fall back along a chord and still count as advancing.
+// PNTLST_thin grants all of it and so drops points of narrow folds, which the fit's parameters would then
+// miss.
 constexpr double kFallBackShare = 0.25;
 
 Vector2 Between(const Point2& from, const Point2& to) {
