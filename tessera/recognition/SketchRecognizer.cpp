@@ -1,6 +1,6 @@
-// The pipeline: the whole stroke as one curve, then its pieces between the break points, then the choice
-// between the two readings. Break points are found in internal/Segmentation, curves in
-// internal/SingleShapes and internal/SplineRecognition.
+// The pipeline: the pieces of the stroke between its break points, the choice between these and the whole
+// stroke, and where that falls on the whole one curve for all of it. Break points are found in
+// internal/Segmentation, curves in internal/SingleShapes and internal/SplineRecognition.
 #include "tessera/recognition/SketchRecognizer.h"
 
 #include <algorithm>
