@@ -47,6 +47,20 @@ constexpr double kCornerDeg = 45.0;
 /// people, less than 0.25 in 98 of 100 poly-lines that go round.
 constexpr double kSmoothShare = 0.25;
 
+/// Steps of the walk: nearer than this the pen goes over its own ink, if that is farther off along the way.
+constexpr double kOverInk = 2.5;
+constexpr std::size_t kAwayAlong = 10;
+/// Of the ink that goes round and round: so much of it lies over earlier ink.
+constexpr double kCoveredShare = 0.1;
+/// Legs this far apart, in steps, and about as far just behind the turn, lie beside each other.
+constexpr double kLeastGap = 4.0;
+constexpr double kSameGap = 0.8;
+/// Of half a leg: farther behind the turn legs that open are nearly as far apart as in their middles.
+constexpr double kNearTurn = 0.7;
+
+/// Of the turns of a scratch.
+constexpr double kMostSideBySide = 0.6;
+
 double DiagonalOf(std::span<const Point> ink) {
     const auto [left, right] =
         std::minmax_element(ink.begin(), ink.end(), [](const Point& a, const Point& b) { return a.x < b.x; });
@@ -153,14 +167,32 @@ double Closeness(const Leg& before, const Leg& leg) {
     return std::max(0.0, 1.0 - openDeg / kWideOpenDeg);
 }
 
+// Whether the legs before and after a turn run side by side with a gap, as in a meander: just behind the turn
+// they are as far apart as in their middles. Who scratches turns at a tip.
+bool RunSideBySide(std::span<const StrokePoint> points, int before, int turn, int after) {
+    const int half = std::min(turn - before, after - turn) / 2;
+    const auto widthAt = [&](int steps) {
+        return Vector(points[turn - steps], points[turn + steps]).Length();
+    };
+    const double gap = widthAt(half);
+    const int behind = static_cast<int>(std::lround(gap));
+    return gap >= kLeastGap && behind < kNearTurn * half && widthAt(behind) > kSameGap * gap;
+}
+
 // As many reversals in succession as the preferences ask for, every second leg the same way; and all of the
-// stroke's reversals, each counted by how close its legs lie, as many again.
-bool RunsForthAndBack(const std::vector<Leg>& legs, const ScribbleRecord& record) {
+// stroke's reversals, each counted by how close its legs lie, as many again. Most of them are tips.
+bool RunsForthAndBack(const std::vector<StrokePoint>& points, const ScribbleRecord& record) {
+    const std::vector<Leg> legs = LegsOf(points, record.cusps);
+    std::vector<int> ends{0};
+    ends.insert(ends.end(), record.cusps.begin(), record.cusps.end());
+    ends.push_back(static_cast<int>(points.size()) - 1);
     const double reversalCos = std::cos(record.cuspAngleDeg / kDegreesPerRadian);
     const auto isLong = [](const Leg& leg) { return leg.chord.Length() >= kShortestLeg * kQuestionSize; };
     int run = 0;
     int longest = 0;
     double covered = 0.0;
+    int reversals = 0;
+    int sideBySide = 0;
     for (std::size_t i = 1; i < legs.size(); ++i) {
         if (!isLong(legs[i - 1]) || !isLong(legs[i]) ||
             CosBetween(legs[i - 1].chord, legs[i].chord) >= reversalCos) {
@@ -170,8 +202,11 @@ bool RunsForthAndBack(const std::vector<Leg>& legs, const ScribbleRecord& record
         run = run > 0 && CosBetween(legs[i - 2].chord, legs[i].chord) < kSameWayCos ? 1 : run + 1;
         longest = std::max(longest, run);
         covered += Closeness(legs[i - 1], legs[i]);
+        ++reversals;
+        sideBySide += RunSideBySide(points, ends[i - 1], ends[i], ends[i + 1]) ? 1 : 0;
     }
-    return longest >= record.minNumCusps && covered >= record.minNumCusps;
+    return longest >= record.minNumCusps && covered >= record.minNumCusps &&
+           sideBySide <= kMostSideBySide * reversals;
 }
 
 // Direction of each step against the first, turns summed up; radians.
@@ -202,6 +237,39 @@ double SmoothTurnDeg(const std::vector<StrokePoint>& points) {
     return std::fabs(headings.back() - corners) * kDegreesPerRadian;
 }
 
+// The part of the ink that lies over earlier ink. Cells as wide as the reach hold the points gone by, oldest
+// first: where the pen goes over ink again and again one of the first is near.
+double CoveredShare(const std::vector<StrokePoint>& points) {
+    double left = points[0].x;
+    double low = points[0].y;
+    for (const StrokePoint& p : points) {
+        left = std::min(left, p.x);
+        low = std::min(low, p.y);
+    }
+    constexpr int kCells = 43; // across the question's size, and one more all round
+    static_assert(kCells * kOverInk >= kQuestionSize + 3 * kOverInk);
+    std::vector<std::vector<std::size_t>> cells(std::size_t{kCells} * kCells);
+    const auto columnOf = [&](const StrokePoint& p) { return static_cast<int>((p.x - left) / kOverInk) + 1; };
+    const auto rowOf = [&](const StrokePoint& p) { return static_cast<int>((p.y - low) / kOverInk) + 1; };
+    std::size_t covered = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (i >= kAwayAlong) {
+            const StrokePoint& away = points[i - kAwayAlong];
+            cells[rowOf(away) * kCells + columnOf(away)].push_back(i - kAwayAlong);
+        }
+        bool isOver = false;
+        for (int cell = 0; cell < 9 && !isOver; ++cell) {
+            const int at = (rowOf(points[i]) + cell / 3 - 1) * kCells + columnOf(points[i]) + cell % 3 - 1;
+            const auto& near = cells[at];
+            isOver = std::any_of(near.begin(), near.end(), [&](std::size_t k) {
+                return Vector(points[k], points[i]).Length() <= kOverInk;
+            });
+        }
+        covered += isOver ? 1 : 0;
+    }
+    return static_cast<double>(covered) / static_cast<double>(points.size());
+}
+
 bool IsOneRoundShape(Stroke& stroke, const SketchRecognizerPreferences& preferences) {
     SketchRecognizer recognizer;
     *recognizer.AskPreferences() = preferences;
@@ -218,7 +286,8 @@ bool BlackensRoundAndRound(Stroke& stroke, const ScribbleRecord& record,
                            const SketchRecognizerPreferences& preferences) {
     const double turnDeg = std::fabs(stroke.ComputeCummulativeAngle());
     if (!(turnDeg > record.minRotationAngleDeg) ||
-        !(SmoothTurnDeg(stroke.GetPoints()) > kSmoothShare * record.minRotationAngleDeg)) {
+        !(SmoothTurnDeg(stroke.GetPoints()) > kSmoothShare * record.minRotationAngleDeg) ||
+        !(CoveredShare(stroke.GetPoints()) > kCoveredShare)) {
         return false;
     }
     return turnDeg > kDrawnTurnDeg || !IsOneRoundShape(stroke, preferences);
@@ -251,7 +320,7 @@ bool IsScribbleInk(std::span<const Point> ink, const SketchRecognizerPreferences
     if (!hasShape || !preferences.GetDoScribble()) {
         return false;
     }
-    return (record.isZigzag && RunsForthAndBack(LegsOf(stroke->GetPoints(), record.cusps), record)) ||
+    return (record.isZigzag && RunsForthAndBack(stroke->GetPoints(), record)) ||
            BlackensRoundAndRound(*stroke, record, preferences);
 }
 

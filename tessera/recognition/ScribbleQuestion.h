@@ -14,6 +14,11 @@
 // a poly-line turns at its corners alone: a quarter of the turning that is asked for must lie off the
 // corners, that is, where the ink turns by no more than 45 degrees within a twentieth of its box's diagonal.
 //
+// Who erases goes over ink again and again; who draws keeps clear of it. A spiral winds beside itself: ink
+// that goes round and round is a scribble if a tenth of it lies over earlier ink, within a fortieth of the
+// diagonal. The legs of a meander run side by side with a gap, where those of a scratch meet at a tip: such
+// turns do not count.
+//
 // Nothing in the answer depends on the place, the size or the sampling rate of the ink.
 #pragma once
 

@@ -84,7 +84,8 @@ std::vector<Row> Rows() {
         {"corner", Along({{0, 0}, {50, 80}, {100, 0}}, 40), false, false, 1},
         {"star: every corner reverses by 144 degrees", Along(Spiral(2, 5, 0.0), 25), true, false, 4},
         {"arrow in one go", Along({{0, 100}, {75, 20}, {40, 28}, {73, 18}, {62, 58}}, 25), true, false, 3},
-        {"three turns of a spiral", Spiral(3, 300, 2.0), true, true, 0},
+        {"three turns of an open spiral", Spiral(3, 300, 2.0), true, false, 0},
+        {"three turns of a close spiral", Spiral(3, 300, 0.3), true, true, 0},
         {"one and a half turns", Spiral(1.5, 200, 2.0), false, false, 0},
         {"four turns of a square spiral", Along(Spiral(4, 16, 3.0), 30), true, false, 0},
         {"circle twice over", Spiral(2.2, 400, 0.0), true, false, 0},
@@ -105,6 +106,19 @@ TEST(ScribbleShape, TellsScribblesFromDrawings) {
         EXPECT_EQ(IsScribbleInk(row.ink, preferences, &inkCusps), row.isScribble);
         EXPECT_EQ(inkCusps, row.cusps);
     }
+}
+
+// Square waves and the like keep clear of their own ink.
+TEST(ScribbleQuestion, MeandersAreDrawings) {
+    for (const int legs : {6, 12, 20})
+        for (const double pitch : {7.0, 12.0, 25.0}) {
+            Points corners;
+            for (int i = 0; i < legs; ++i)
+                for (const int end : {i, i + 1})
+                    corners.emplace_back(pitch * i, end % 2 == 0 ? 0.0 : 100.0);
+            EXPECT_FALSE(IsScribbleInk(Along(corners, 60), SketchRecognizerPreferences()))
+                << legs << " legs " << pitch << " apart";
+        }
 }
 
 // A zigzag erases when its legs are many and close: at each opening so many legs are drawn yet, one more
