@@ -1,8 +1,9 @@
-// Gauss-Newton steps. What comes before a link acts on it only through the place and heading of its start, so
-// the normal equations are solved by a sweep from the last link to the first: each link's own values are
-// eliminated, and the squares of all that follow remain as a function of where it starts (the backward sweep
-// of A. E. Bryson, Y.-C. Ho, Applied Optimal Control (1969), chapter 5). Which points belong to which link is
-// decided anew in each step, by the normals in the joints.
+// Damped Gauss-Newton steps (D. W. Marquardt, SIAM J. Appl. Math. 11 (1963) 431-441). What comes before a
+// link acts on it only through the place and heading of its start, so the normal equations are solved by a
+// sweep from the last link to the first: each link's own values are eliminated, and the squares of all that
+// follow remain as a function of where it starts (the backward sweep of A. E. Bryson, Y.-C. Ho, Applied
+// Optimal Control (1969), chapter 5). Which points belong to which link is decided anew in each step, by the
+// normals in the joints.
 #include "tessera/recognition/internal/LinkedRun.h"
 
 #include <algorithm>
@@ -14,12 +15,13 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kHalvings = 4;          // of a step that makes the fit worse
-constexpr double kWorthwhile = 1e-4;  // of the squares: a step that saves less is the last
-constexpr double kDamping = 1e-3;     // of the normal matrix' diagonal: the place of a joint is hardly known
-constexpr double kRidge = 1e-9;       // holds what nothing depends on
-constexpr double kShortestLink = 0.1; // sizes
-constexpr double kTarget = 1e3;       // weight of a direction on an axis against the distance of a point
+constexpr int kAttempts = 6; // at a step that makes the fit better, each more timid than the last
+constexpr double kDampingStep = 10.0;
+constexpr double kLeastDamping = 1e-6; // of the normal matrix' diagonal
+constexpr double kWorthwhile = 1e-4;   // of the squares: a step that saves less is the last
+constexpr double kRidge = 1e-9;        // holds what nothing depends on
+constexpr double kShortestLink = 0.1;  // sizes
+constexpr double kTarget = 1e3;        // weight of a direction on an axis against the distance of a point
 constexpr double kFlatSweep = 1e-4; // radians of an arc, below which its ends' difference has no digits left
 
 // How a link may move: with the place and heading of its start, and by what is its own. The start of the run
@@ -125,9 +127,9 @@ void AddNext(const Stage& next, Stage& stage) {
 }
 
 // The row of the move then tells its value by those before it.
-void Eliminate(std::size_t move, Stage& stage) {
+void Eliminate(std::size_t move, double damping, Stage& stage) {
     Moves& row = stage.reduced[move];
-    row[move] += kDamping * stage.gram[move][move] + kRidge;
+    row[move] += damping * stage.gram[move][move] + kRidge;
     for (std::size_t r = 0; r < move; ++r) {
         const double f = row[r] / row[move];
         for (std::size_t c = 0; c < move; ++c)
@@ -136,7 +138,7 @@ void Eliminate(std::size_t move, Stage& stage) {
     }
 }
 
-std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run) {
+std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run, double damping) {
     const std::size_t count = run.links.size();
     std::vector<Stage> stages(count + 1);
     for (std::size_t k = count + 1; k-- > 0;) {
@@ -153,13 +155,13 @@ std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run) {
         if (k < count)
             AddNext(stages[k + 1], stage);
         for (std::size_t move = kMoves; move-- > kOwn;)
-            Eliminate(move, stage);
+            Eliminate(move, damping, stage);
     }
     return stages;
 }
 
-Step FindStep(const PricedPath& ink, const LinkedRun& run) {
-    const std::vector<Stage> stages = SweepBack(ink, run);
+Step FindStep(const PricedPath& ink, const LinkedRun& run, double damping) {
+    const std::vector<Stage> stages = SweepBack(ink, run, damping);
     Step step(stages.size());
     Moves moves{};
     for (std::size_t k = 0; k < stages.size(); ++k) {
@@ -186,13 +188,6 @@ void Take(const Step& step, double share, LinkedRun& run) {
         run.links[k].curvature += share * step[k + 1][kCurvature - kOwn];
         run.links[k].length += share * step[k + 1][kLength - kOwn];
     }
-}
-
-bool IsSound(const LinkedRun& run) {
-    return std::all_of(run.links.begin(), run.links.end(), [](const Link& link) {
-        return link.length > kShortestLink &&
-               std::fabs(link.curvature * link.length) < 2.0 * std::numbers::pi;
-    });
 }
 
 // Points beyond the normal in a joint belong to the next link.
@@ -230,6 +225,13 @@ void Lay(LinkedRun& run) {
     }
 }
 
+bool IsSound(const LinkedRun& run) {
+    return std::all_of(run.links.begin(), run.links.end(), [](const Link& link) {
+        return link.length > kShortestLink &&
+               std::fabs(link.curvature * link.length) < 2.0 * std::numbers::pi;
+    });
+}
+
 Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run, std::size_t link) {
     Misfit misfit;
     const PointRange range = FittedTo(run, link);
@@ -254,25 +256,24 @@ Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run) {
     return all;
 }
 
-bool Improve(const PricedPath& ink, bool assign, LinkedRun& run) {
+bool Improve(const PricedPath& ink, bool assign, double& damping, LinkedRun& run) {
     Lay(run);
     if (assign)
         AssignPoints(ink, run);
     const double before = MisfitOf(ink, run).sumSq;
-    const Step step = FindStep(ink, run);
-    const LinkedRun old = run;
-    double share = 1.0;
-    for (int half = 0; half < kHalvings; ++half, share *= 0.5) {
-        run = old;
-        Take(step, share, run);
-        if (!IsSound(run))
+    for (int attempt = 0; attempt < kAttempts; ++attempt, damping *= kDampingStep) {
+        LinkedRun next = run;
+        Take(FindStep(ink, run, damping), 1.0, next);
+        if (!IsSound(next))
             continue;
-        Lay(run);
-        const double after = MisfitOf(ink, run).sumSq;
-        if (after < before)
-            return after < (1.0 - kWorthwhile) * before;
+        Lay(next);
+        const double after = MisfitOf(ink, next).sumSq;
+        if (after >= before)
+            continue;
+        run = std::move(next);
+        damping = std::max(damping / kDampingStep, kLeastDamping);
+        return after < (1.0 - kWorthwhile) * before;
     }
-    run = old;
     return false;
 }
 

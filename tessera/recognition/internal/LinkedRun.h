@@ -52,10 +52,16 @@ Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run);
 /// Squared distances of the points that a link is fitted to.
 Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run, std::size_t link);
 
+/// Whether every link is longer than nothing, and no arc runs round into itself.
+bool IsSound(const LinkedRun& run);
+
+inline constexpr double kFirstDamping = 1e-3; ///< the place of a joint is hardly known
+
 /// One step of a least-squares fit of all free values. O(points + links).
 ///
-/// @param assign  whether points may go over to the neighbour of their link.
+/// @param assign   whether points may go over to the neighbour of their link.
+/// @param damping  of the normal matrix' diagonal, for the first step kFirstDamping; adapted.
 /// @return false when no step makes the fit better worth mentioning.
-bool Improve(const PricedPath& ink, bool assign, LinkedRun& run);
+bool Improve(const PricedPath& ink, bool assign, double& damping, LinkedRun& run);
 
 } // namespace Tessera::Geometry

@@ -1,10 +1,12 @@
-// A fit starts with the breaks and radii that the search found, lets the breaks move once it has come near,
-// and then turns lines onto the axes.
+// A fit starts with the breaks, radii and headings that the search found; lines near an axis are turned onto
+// it afterwards.
 #include "tessera/recognition/internal/TangentRun.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
+#include <utility>
 
 #include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
@@ -15,12 +17,31 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kRounds = 10;
+constexpr int kRounds = 20;
 constexpr int kSettled = 3;             // rounds with the breaks as they were found: the start lies far off
 constexpr int kTrim = 3;                // points next to a corner, which the pen rounds
 constexpr double kDefiance = 0.06;      // root mean square distance that no hand strays, sizes
 constexpr double kBendDefiance = 0.015; // the same where no tangency was seen: a usual hand's spread
+constexpr double kSnapSlack = 0.02;     // by so much more it may stray where lines are turned onto axes
 constexpr double kStraight = 1e-6;      // curvature below which an arc is drawn as a line
+
+// Arcs that turn from their start to where their successor starts: breaks lie beside the joints, and what is
+// a little off in an early arc turns all that follows.
+void FollowHeadings(const PricedPath& ink, const Chain& chain, std::size_t from, LinkedRun& run) {
+    double heading = run.heading;
+    for (std::size_t k = 0; k + 1 < run.links.size(); ++k) {
+        Link& link = run.links[k];
+        if (!link.isArc)
+            continue;
+        const Point next = DirectionAt(ink, chain.pieces[from + k + 1], false);
+        const double sweep = link.length * link.curvature;
+        const double turn =
+            sweep + std::remainder(std::atan2(next.y, next.x) - heading - sweep, 2.0 * std::numbers::pi);
+        if (turn * sweep > 0.0 && std::fabs(turn) < 2.0 * std::numbers::pi)
+            link.length = turn / link.curvature;
+        heading += link.length * link.curvature;
+    }
+}
 
 LinkedRun MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, std::size_t to) {
     LinkedRun run;
@@ -53,6 +74,7 @@ LinkedRun MakeRun(const PricedPath& ink, const Chain& chain, std::size_t from, s
         }
         run.links.push_back(link);
     }
+    FollowHeadings(ink, chain, from, run);
     return run;
 }
 
@@ -81,6 +103,39 @@ void MeetTargets(LinkedRun& run) {
             run.heading += off;
     }
     Lay(run);
+}
+
+// The first rounds keep the breaks.
+void Fit(const PricedPath& ink, int settled, LinkedRun& run) {
+    double damping = kFirstDamping;
+    for (int round = 0; round < kRounds && (Improve(ink, round >= settled, damping, run) || round < settled);
+         ++round) {
+    }
+}
+
+// Root mean square distance of the ink; infinite when the run holds something that is no line or arc.
+double SpreadOf(const PricedPath& ink, const LinkedRun& run) {
+    const auto isStraight = [](const Link& link) {
+        return link.isArc && !(std::fabs(link.curvature) > kStraight);
+    };
+    const Misfit misfit = MisfitOf(ink, run);
+    if (misfit.count == 0 || !IsSound(run) || std::any_of(run.links.begin(), run.links.end(), isStraight))
+        return std::numeric_limits<double>::infinity();
+    return std::sqrt(misfit.sumSq / misfit.count);
+}
+
+// Turns the lines near an axis onto it, unless the ink then strays farther than `most`.
+void Snap(const PricedPath& ink, double snapRad, double most, LinkedRun& run) {
+    LinkedRun snapped = run;
+    SetTargets(snapRad, snapped);
+    if (std::none_of(snapped.links.begin(), snapped.links.end(), [](const Link& l) { return l.hasTarget; }))
+        return;
+    Fit(ink, 0, snapped);
+    MeetTargets(snapped);
+    for (Link& link : snapped.links)
+        link.hasTarget = false;
+    if (SpreadOf(ink, snapped) <= most)
+        run = std::move(snapped);
 }
 
 void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chain& chain) {
@@ -132,25 +187,14 @@ void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chai
 void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t from, std::size_t to,
             Chain& chain) {
     LinkedRun run = MakeRun(ink, chain, from, to);
-    for (int round = 0; round < kRounds && (Improve(ink, round >= kSettled, run) || round < kSettled);
-         ++round) {
-    }
-    const Misfit misfit = MisfitOf(ink, run);
-    const auto isStraight = [](const Link& link) {
-        return link.isArc && !(std::fabs(link.curvature) > kStraight);
-    };
-    if (misfit.count == 0 || !(std::sqrt(misfit.sumSq / misfit.count) <= defiance) ||
-        std::any_of(run.links.begin(), run.links.end(), isStraight)) {
+    Fit(ink, kSettled, run);
+    const double spread = SpreadOf(ink, run);
+    if (spread > defiance) {
         for (std::size_t i = from + 1; i <= to; ++i)
             chain.pieces[i].joint = JointSight::Bend;
         return;
     }
-    SetTargets(snapRad, run);
-    if (std::any_of(run.links.begin(), run.links.end(), [](const Link& link) { return link.hasTarget; })) {
-        for (int round = 0; round < kRounds && Improve(ink, true, run); ++round) {
-        }
-        MeetTargets(run);
-    }
+    Snap(ink, snapRad, std::min(defiance, spread + kSnapSlack), run);
     WriteBack(ink, run, from, chain);
     if (snapRad <= 0.0)
         Reprice(ink, run, from, chain); // a snapped chain competes no more

@@ -61,7 +61,8 @@ TEST(LinkedRun, NoFreeValueImprovesTheFit) {
         SCOPED_TRACE(links);
         Drawn drawn(links);
         const PricedPath ink(drawn.path);
-        for (int step = 0; step < 30 && Improve(ink, false, drawn.run); ++step) {
+        double damping = kFirstDamping;
+        for (int step = 0; step < 30 && Improve(ink, false, damping, drawn.run); ++step) {
         }
         const Misfit least = MisfitOf(ink, drawn.run);
         EXPECT_EQ(least.count, drawn.path.Size());
