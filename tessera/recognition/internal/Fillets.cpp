@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+#include "tessera/recognition/internal/PiecePrices.h"
+
 namespace Tessera::Geometry {
 
 namespace {
@@ -22,8 +24,9 @@ constexpr double kMostRadius = 2.0;
 // Among many corners one or two are rounded by chance as much as no single one: what was meant is larger.
 constexpr std::size_t kManyCorners = 8;
 constexpr double kOfMany = 1.35;
-constexpr int kRadii = 24;    // tried, each a fixed share above the last
-constexpr int kSections = 12; // of the interval between the neighbours of the best
+constexpr double kStops = -4.0; // price of a corner by its pace where the pen stops: in a fillet it does not
+constexpr int kRadii = 24;      // tried, each a fixed share above the last
+constexpr int kSections = 12;   // of the interval between the neighbours of the best
 constexpr double kGolden = 0.6180339887498949;
 
 double Square(double v) {
@@ -162,6 +165,8 @@ Fillet FindFillet(const Corner& corner) {
 
 std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
                                    const ExactPiece& in, const ExactPiece& out, double least) {
+    if (JointSite(ink, after.first).pace < kStops)
+        return std::nullopt;
     const Corner corner = LookAt(ink, before, after, in, out);
     if (corner.cut < least * kLeastCut)
         return std::nullopt;

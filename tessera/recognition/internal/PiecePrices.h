@@ -79,6 +79,10 @@ struct JointSite {
     double pace; ///< logarithm of the odds that so fast a pen drew no corner here
 };
 
+/// The price of a corner between two pieces.
+double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                   const JointSite& site);
+
 /// The cheapest kind of joint between two pieces.
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                       const JointSite& site);

@@ -1,5 +1,6 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 
+#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/TangentRun.h"
 #include "tests/support/SyntheticInk.h"
 
@@ -94,6 +95,48 @@ TEST(TangentRun, NeighboursTouchAndRadiiAreThoseOfThePlan) {
                 EXPECT_NEAR(gap, 0.0, 1e-9);
             }
         }
+}
+
+// A corner shows by a stop between two stretches that the pen hurries through; a bend is slow all along.
+TEST(PiecePrices, TheOddsOfACornerByThePace) {
+    const InkPath path = Draw(InkPlan({{0.3, 200, 0}}));
+    const auto priceOf = [&](double before, double at, double after) {
+        PricedPath ink(path);
+        const int middle = path.Size() / 2;
+        for (int i = 0; i < path.Size(); ++i)
+            ink.pace.push_back(i < middle - 2 ? before : i <= middle + 2 ? at : after);
+        return JointSite(ink, middle).pace;
+    };
+    EXPECT_LT(priceOf(1.0, 0.3, 1.0), -4.0);
+    EXPECT_LT(priceOf(0.9, 0.5, 1.0), 0.0);
+    EXPECT_LT(priceOf(1.0, 0.4, 0.8), priceOf(1.0, 0.4, 0.4)) << "a bend begins";
+    EXPECT_GT(priceOf(0.5, 0.5, 0.5), 0.0) << "slow all along";
+    EXPECT_GT(priceOf(1.0, 0.6, 0.6), 5.0) << "a bend begins";
+    EXPECT_GT(priceOf(1.0, 1.0, 1.0), 10.0);
+    EXPECT_EQ(JointSite(PricedPath(path), 5).pace, 0.0) << "no times";
+}
+
+// Root mean square distance of the path from the chain.
+double SpreadOf(const PricedPath& ink, const Chain& chain) {
+    return std::sqrt(MeanSqFrom(ink, chain));
+}
+
+TEST(TangentRun, AxesDoNotPullARunOffItsInk) {
+    RandomPlans plans(3);
+    int turned = 0;
+    for (int i = 0; i < 150; ++i) {
+        SCOPED_TRACE(i);
+        const InkPath path = MakeInkPath(plans.Smooth().Draw(plans.Rng(), plans.CarefulHand()).ink.samples);
+        const PricedPath ink(path);
+        const Chain found = SearchChains(ink).front();
+        Chain free = found;
+        FitTangentRuns(ink, 0.0, free);
+        Chain snapped = found;
+        FitTangentRuns(ink, 0.15, snapped);
+        EXPECT_LE(SpreadOf(ink, snapped), SpreadOf(ink, free) + 0.03);
+        turned += std::fabs(SpreadOf(ink, snapped) - SpreadOf(ink, free)) > 1e-6 ? 1 : 0;
+    }
+    EXPECT_GT(turned, 5);
 }
 
 TEST(TangentRun, LinesNearAnAxisLieAlongIt) {
