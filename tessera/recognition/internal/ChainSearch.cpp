@@ -212,6 +212,17 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
     return chains;
 }
 
+Chain WithCorner(const PricedPath& ink, const Chain& chain, std::size_t piece) {
+    Chain sharp = chain;
+    ChainPiece& after = sharp.pieces[piece];
+    const double price =
+        PriceCorner(ink, AsPriced(ink, sharp.pieces[piece - 1]), AsPriced(ink, after), {ink, after.first});
+    sharp.price += price - after.jointPrice;
+    after.jointPrice = price;
+    after.joint = JointSight::Corner;
+    return sharp;
+}
+
 double LengthOf(const PricedPath& ink, const Chain& chain) {
     const bool isMixed = !AreLines(chain) && !AreArcs(chain);
     return LengthOf(ink.path, {chain.price + (isMixed ? kMixing : 0.0), chain.sumSq});

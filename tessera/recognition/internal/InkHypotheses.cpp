@@ -6,7 +6,8 @@
 #include <vector>
 
 #include "tessera/recognition/internal/AxisSnap.h"
-#include "tessera/recognition/internal/ChainClosing.h"
+#include "tessera/recognition/internal/ChainChoice.h"
+#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainReading.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkConnections.h"
@@ -17,7 +18,6 @@
 #include "tessera/recognition/internal/SharpPolygon.h"
 #include "tessera/recognition/internal/SlotShape.h"
 #include "tessera/recognition/internal/SmoothForms.h"
-#include "tessera/recognition/internal/TangentRun.h"
 
 namespace Tessera::Geometry {
 
@@ -26,8 +26,6 @@ namespace {
 // Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
 // of drawn polygons take up three.
 constexpr double kMostStray = 4.0;
-// A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
-constexpr double kNear = 12.0;
 constexpr double kClear = 5.0; // by so much a slot is briefer than the round: ovals have long sides, too
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
@@ -74,59 +72,6 @@ void ReadFreeShape(const PricedPath& ink, const SketchRecognizerPreferences& pre
     ExactChain chord = ChordOf(ink, PieceKind::Spline);
     reading.connections = ConnectEnds(ink.path, earlier, preferences, chord);
     AppendChain(ink.path, chord, reading);
-}
-
-bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
-    return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
-}
-
-// Lines and arcs in the same places: found for two hands.
-bool IsSameChain(const Chain& a, const Chain& b) {
-    return a.isClosed == b.isClosed &&
-           std::equal(a.pieces.begin(), a.pieces.end(), b.pieces.begin(), b.pieces.end(), IsSamePiece);
-}
-
-// The chains that may be the briefest, each once; the rules' come first.
-std::vector<Chain> FindChains(const PricedPath& priced, const RulesReading& rules, bool mayClose) {
-    std::vector<Chain> found = rules.AsChains(priced);
-    for (Chain& chain : SearchChains(priced))
-        found.push_back(std::move(chain));
-    std::vector<Chain> chains;
-    for (Chain& open : found) {
-        Chain chain = mayClose ? CloseChain(priced, open) : std::move(open);
-        const auto same = std::find_if(chains.begin(), chains.end(),
-                                       [&](const Chain& other) { return IsSameChain(other, chain); });
-        if (same == chains.end())
-            chains.push_back(std::move(chain));
-        else if (LengthOf(priced, chain) < LengthOf(priced, *same))
-            *same = std::move(chain);
-    }
-    return chains;
-}
-
-// The briefest chain, the first of equals, with exact tangent joints where these may matter. A lone line or
-// arc that strays beyond the tolerance is none, however briefly it says so.
-Chain FindChain(const PricedPath& priced, const RulesReading& rules, bool mayClose, double tolerance,
-                double rival) {
-    std::vector<Chain> chains = FindChains(priced, rules, mayClose);
-    const auto straysOff = [&](const Chain& chain) {
-        return chain.pieces.size() == 1 && !IsLoneCurve(priced, chain, tolerance);
-    };
-    const auto end = std::remove_if(chains.begin(), chains.end(), straysOff);
-    if (end != chains.begin())
-        chains.erase(end, chains.end());
-    std::vector<double> lengths;
-    lengths.reserve(chains.size());
-    for (const Chain& chain : chains)
-        lengths.push_back(LengthOfHabit(priced, chain));
-    const double near = std::min(rival, *std::min_element(lengths.begin(), lengths.end())) + kNear;
-    for (std::size_t i = 0; i < chains.size(); ++i)
-        if (lengths[i] < near) {
-            FitTangentRuns(priced, 0.0, chains[i]);
-            lengths[i] = LengthOfHabit(priced, chains[i]);
-        }
-    const auto best = std::min_element(lengths.begin(), lengths.end()) - lengths.begin();
-    return std::move(chains[static_cast<std::size_t>(best)]);
 }
 
 // Three or four lines, the shapes that people draw most: a fifth corner is a slip of the pen.

@@ -1,6 +1,8 @@
 // ReadingChoice - what speaks for or against a chain as a whole.
 #pragma once
 
+#include <optional>
+
 #include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
@@ -8,6 +10,10 @@ namespace Tessera::Geometry {
 /// Length of a description less what its shape is worth: people draw rectangles and brackets far more often
 /// than chance would have it.
 double LengthOfHabit(const PricedPath& ink, const Chain& chain);
+
+/// An open chain's first and last piece with one line between them, if that makes a bracket: the search knows
+/// nothing of habits and does not offer it.
+std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain);
 
 /// Whether the chain has a corner that the ink shows without doubt.
 bool ShowsCorner(const Chain& chain);

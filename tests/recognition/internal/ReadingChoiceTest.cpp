@@ -24,6 +24,8 @@ TEST(ReadingChoice, BracketsHaveStraightSides) {
         {"bowed outwards", {upper, middle(-25.0), lower}, 3},
         {"bowed inwards", {upper, middle(20.0), lower}, 3},
         {"kinked", {upper, Straight({0, 200}, {-16, 100}), Straight({-16, 100}, {0, 0}), lower}, 3},
+        {"kinked inwards", {upper, Straight({0, 200}, {30, 140}), Straight({30, 140}, {0, 0}), lower}, 3},
+        {"a step in the back", {upper, Straight({0, 200}, {60, 130}), Straight({60, 130}, {0, 0}), lower}, 4},
         {"ends run apart",
          {upper, Straight({0, 200}, {-30, 100}), Straight({-30, 100}, {0, 0}), Straight({0, 0}, {-80, -40})},
          4},
@@ -34,6 +36,15 @@ TEST(ReadingChoice, BracketsHaveStraightSides) {
         EXPECT_EQ(reading.shape, InkShape::Polyline);
         EXPECT_EQ(reading.curves.size(), row.curves);
     }
+}
+
+// The pen stopped short of the third corner of a narrow triangle: its ends do not stay apart.
+TEST(ReadingChoice, ANarrowTriangleIsNoBracket) {
+    const std::initializer_list<Path> sides = {Straight({4, 0}, {-25, 150}), Straight({-25, 150}, {25, 150}),
+                                               Straight({25, 150}, {-2, 6})};
+    const InkReading reading = InterpretInk(Trembling(Joined(sides, 0.0, 1.0, 40), 0.4, 3), {});
+    EXPECT_TRUE(reading.isClosed);
+    EXPECT_EQ(reading.curves.size(), 3U);
 }
 
 } // namespace

@@ -1,0 +1,106 @@
+#include "tessera/recognition/internal/ChainChoice.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "tessera/recognition/internal/ChainClosing.h"
+#include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/ReadingChoice.h"
+#include "tessera/recognition/internal/TangentRun.h"
+
+namespace Tessera::Geometry {
+
+namespace {
+
+// A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
+constexpr double kNear = 12.0;
+
+bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
+    return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
+}
+
+// Lines and arcs in the same places: found for two hands.
+bool IsSameChain(const Chain& a, const Chain& b) {
+    return a.isClosed == b.isClosed &&
+           std::equal(a.pieces.begin(), a.pieces.end(), b.pieces.begin(), b.pieces.end(), IsSamePiece);
+}
+
+// The chains that may be the briefest, each once; the rules' come first.
+std::vector<Chain> FindChains(const PricedPath& ink, const RulesReading& rules, bool mayClose) {
+    std::vector<Chain> found = rules.AsChains(ink);
+    for (Chain& chain : SearchChains(ink))
+        found.push_back(std::move(chain));
+    std::vector<Chain> chains;
+    for (Chain& open : found) {
+        Chain chain = mayClose ? CloseChain(ink, open) : std::move(open);
+        const auto same = std::find_if(chains.begin(), chains.end(),
+                                       [&](const Chain& other) { return IsSameChain(other, chain); });
+        if (same == chains.end())
+            chains.push_back(std::move(chain));
+        else if (LengthOf(ink, chain) < LengthOf(ink, *same))
+            *same = std::move(chain);
+    }
+    const std::size_t count = chains.size();
+    for (std::size_t i = 0; i < count; ++i)
+        if (std::optional<Chain> bracket = AsBracket(ink, chains[i]))
+            chains.push_back(std::move(*bracket));
+    return chains;
+}
+
+// Exact tangent joints tell whether they are: what looked like one from the pieces may cost more squares than
+// a corner. One joint after the other becomes a corner as long as the description gets briefer.
+Chain Settle(const PricedPath& ink, Chain chain) {
+    Chain best = chain;
+    FitTangentRuns(ink, 0.0, best);
+    double least = LengthOfHabit(ink, best);
+    for (bool isBetter = true; isBetter;) {
+        isBetter = false;
+        const Chain smooth = chain;
+        for (std::size_t i = 1; i < smooth.pieces.size(); ++i) {
+            if (smooth.pieces[i].joint != JointSight::Tangent)
+                continue;
+            Chain sharp = WithCorner(ink, smooth, i);
+            if (LengthOfHabit(ink, sharp) >= least)
+                continue;
+            Chain fitted = sharp;
+            FitTangentRuns(ink, 0.0, fitted);
+            if (const double length = LengthOfHabit(ink, fitted); length < least) {
+                least = length;
+                best = std::move(fitted);
+                chain = std::move(sharp);
+                isBetter = true;
+            }
+        }
+    }
+    return best;
+}
+
+} // namespace
+
+Chain FindChain(const PricedPath& ink, const RulesReading& rules, bool mayClose, double tolerance,
+                double rival) {
+    std::vector<Chain> chains = FindChains(ink, rules, mayClose);
+    const auto straysOff = [&](const Chain& chain) {
+        return chain.pieces.size() == 1 && !IsLoneCurve(ink, chain, tolerance);
+    };
+    const auto end = std::remove_if(chains.begin(), chains.end(), straysOff);
+    if (end != chains.begin())
+        chains.erase(end, chains.end());
+    std::vector<double> lengths;
+    lengths.reserve(chains.size());
+    for (const Chain& chain : chains)
+        lengths.push_back(LengthOfHabit(ink, chain));
+    const double near = std::min(rival, *std::min_element(lengths.begin(), lengths.end())) + kNear;
+    for (std::size_t i = 0; i < chains.size(); ++i)
+        if (lengths[i] < near) {
+            chains[i] = Settle(ink, std::move(chains[i]));
+            lengths[i] = LengthOfHabit(ink, chains[i]);
+        }
+    const auto best = std::min_element(lengths.begin(), lengths.end()) - lengths.begin();
+    return std::move(chains[static_cast<std::size_t>(best)]);
+}
+
+} // namespace Tessera::Geometry
