@@ -8,6 +8,7 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/PiecePrices.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/TangentRun.h"
 
@@ -50,6 +51,14 @@ std::vector<Chain> FindChains(const PricedPath& ink, const RulesReading& rules, 
     return chains;
 }
 
+// What a corner would cost more than the smooth joint that was seen before a piece.
+double PriceOfSharpening(const PricedPath& ink, const Chain& chain, std::size_t piece) {
+    const ChainPiece& after = chain.pieces[piece];
+    return PriceCorner(ink, AsPriced(ink, chain.pieces[piece - 1]), AsPriced(ink, after),
+                       {ink, after.first}) -
+           after.jointPrice;
+}
+
 // Exact tangent joints tell whether they are: what looked like one from the pieces may cost more squares than
 // a corner. One joint after the other becomes a corner as long as the description gets briefer.
 Chain Settle(const PricedPath& ink, Chain chain) {
@@ -59,16 +68,16 @@ Chain Settle(const PricedPath& ink, Chain chain) {
     for (bool isBetter = true; isBetter;) {
         isBetter = false;
         const Chain smooth = chain;
+        const double length = LengthOfHabit(ink, smooth);
         for (std::size_t i = 1; i < smooth.pieces.size(); ++i) {
-            if (smooth.pieces[i].joint != JointSight::Tangent)
+            if (smooth.pieces[i].joint != JointSight::Tangent ||
+                length + PriceOfSharpening(ink, smooth, i) >= least)
                 continue;
             Chain sharp = WithCorner(ink, smooth, i);
-            if (LengthOfHabit(ink, sharp) >= least)
-                continue;
             Chain fitted = sharp;
             FitTangentRuns(ink, 0.0, fitted);
-            if (const double length = LengthOfHabit(ink, fitted); length < least) {
-                least = length;
+            if (const double after = LengthOfHabit(ink, fitted); after < least) {
+                least = after;
                 best = std::move(fitted);
                 chain = std::move(sharp);
                 isBetter = true;

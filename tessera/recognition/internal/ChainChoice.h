@@ -7,7 +7,7 @@
 namespace Tessera::Geometry {
 
 /// The briefest chain, the first of equals, with exact tangent joints where these may matter. A lone line or
-/// arc that strays beyond the tolerance is none, however briefly it says so.
+/// arc that strays beyond the tolerance is taken only where there is nothing else.
 ///
 /// @param mayClose   whether ends that meet are closed.
 /// @param tolerance  sizes.

@@ -40,8 +40,13 @@ struct Ways {
     std::array<double, kSearches> cost;
     std::array<int, kSearches> from;
 };
-constexpr Ways kNoWays = {{kInfinite, kInfinite, kInfinite, kInfinite, kInfinite, kInfinite},
-                          {-1, -1, -1, -1, -1, -1}};
+
+Ways NoWays() {
+    Ways none;
+    none.cost.fill(kInfinite);
+    none.from.fill(-1);
+    return none;
+}
 
 struct Lattice {
     std::vector<int> at;          // candidate breaks
@@ -115,12 +120,13 @@ void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
 
 // The ways to all nodes. Joints are priced from the cheapest chain on: most others cannot come to less then.
 void FindWays(const PricedPath& ink, Lattice& lattice) {
-    lattice.ways.assign(lattice.nodes.size(), kNoWays);
+    lattice.ways.assign(lattice.nodes.size(), NoWays());
     lattice.order.resize(lattice.nodes.size());
     std::iota(lattice.order.begin(), lattice.order.end(), 0);
     const auto isCheaper = [&](int a, int b) {
-        return lattice.ways[static_cast<std::size_t>(a)].cost[kUsualHand] <
-               lattice.ways[static_cast<std::size_t>(b)].cost[kUsualHand];
+        const double costA = lattice.ways[static_cast<std::size_t>(a)].cost[kUsualHand];
+        const double costB = lattice.ways[static_cast<std::size_t>(b)].cost[kUsualHand];
+        return costA < costB || (costA == costB && a < b); // one order everywhere
     };
     for (std::size_t j = 0; j + 1 < lattice.ending.size(); ++j) {
         for (int n = lattice.ending[j]; n < lattice.ending[j + 1]; ++n)

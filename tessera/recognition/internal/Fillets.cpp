@@ -165,7 +165,7 @@ Fillet FindFillet(const Corner& corner) {
 
 std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
                                    const ExactPiece& in, const ExactPiece& out, double least) {
-    if (JointSite(ink, after.first).pace < kStops)
+    if (before.last == after.first && JointSite(ink, after.first).pace < kStops)
         return std::nullopt;
     const Corner corner = LookAt(ink, before, after, in, out);
     if (corner.cut < least * kLeastCut)

@@ -226,6 +226,8 @@ std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> sa
     const auto upper = ordered.begin() + 3 * n / 4;
     std::nth_element(ordered.begin(), upper, ordered.end());
     const double usual = *upper;
+    if (!(usual > 0.0) || !std::isfinite(usual))
+        return {};
     for (double& p : pace)
         p /= usual;
     if (*std::min_element(pace.begin(), pace.end()) > kSlowest)

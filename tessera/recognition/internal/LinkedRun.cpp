@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace Tessera::Geometry {
 
@@ -181,12 +182,12 @@ Step FindStep(const PricedPath& ink, const LinkedRun& run, double damping) {
     return step;
 }
 
-void Take(const Step& step, double share, LinkedRun& run) {
-    run.offset += share * step[0][kOffset - kOwn];
-    run.heading += share * step[0][kFirstHeading - kOwn];
+void Take(const Step& step, LinkedRun& run) {
+    run.offset += step[0][kOffset - kOwn];
+    run.heading += step[0][kFirstHeading - kOwn];
     for (std::size_t k = 0; k < run.links.size(); ++k) {
-        run.links[k].curvature += share * step[k + 1][kCurvature - kOwn];
-        run.links[k].length += share * step[k + 1][kLength - kOwn];
+        run.links[k].curvature += step[k + 1][kCurvature - kOwn];
+        run.links[k].length += step[k + 1][kLength - kOwn];
     }
 }
 
@@ -261,17 +262,18 @@ bool Improve(const PricedPath& ink, bool assign, double& damping, LinkedRun& run
     if (assign)
         AssignPoints(ink, run);
     const double before = MisfitOf(ink, run).sumSq;
-    for (int attempt = 0; attempt < kAttempts; ++attempt, damping *= kDampingStep) {
+    double tried = damping;
+    for (int attempt = 0; attempt < kAttempts; ++attempt, tried *= kDampingStep) {
         LinkedRun next = run;
-        Take(FindStep(ink, run, damping), 1.0, next);
+        Take(FindStep(ink, run, tried), next);
         if (!IsSound(next))
             continue;
         Lay(next);
         const double after = MisfitOf(ink, next).sumSq;
-        if (after >= before)
+        if (!(after < before))
             continue;
         run = std::move(next);
-        damping = std::max(damping / kDampingStep, kLeastDamping);
+        damping = std::max(tried / kDampingStep, kLeastDamping);
         return after < (1.0 - kWorthwhile) * before;
     }
     return false;

@@ -154,6 +154,12 @@ double EvenTurn(const PricedPath& ink, const PricedPiece& before, const PricedPi
     return 0.5 * (before.curvature + after.curvature) * kSeenReach * ink.path.step;
 }
 
+// The price of what the ink turns more than two pieces do that run on into each other.
+double PriceOfTurn(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                   const JointSite& site) {
+    return Excess(std::fabs(site.seen - EvenTurn(ink, before, after)) - kFreeTurn, kTurnSpread);
+}
+
 // Takes a tangent joint for the best one if it is cheaper.
 // @param smooth  price of what the ink turns more than the carriers do.
 void OfferTangent(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after, const Point& at,
@@ -241,13 +247,18 @@ double PriceCorner(const PricedPath& ink, const PricedPiece& before, const Price
     return spreadOut + Excess(kLeastCorner - size, kCornerSpread) + pace;
 }
 
+double PriceBend(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                 const JointSite& site) {
+    return PriceOfTurn(ink, before, after, site) +
+           (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
+}
+
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                       const JointSite& site) {
     JointPrice best{PriceCorner(ink, before, after, site), JointSight::Corner};
-    const double smooth =
-        Excess(std::fabs(site.seen - EvenTurn(ink, before, after)) - kFreeTurn, kTurnSpread);
-    OfferTangent(ink, before, after, ink.path.pts[static_cast<std::size_t>(site.at)], smooth, best);
-    const double bend = smooth + (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
+    const double smooth = PriceOfTurn(ink, before, after, site);
+    OfferTangent(ink, before, after, ink.path.At(site.at), smooth, best);
+    const double bend = PriceBend(ink, before, after, site);
     if (bend < best.price)
         best = {bend, JointSight::Bend};
     return best;

@@ -83,6 +83,10 @@ struct JointSite {
 double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                    const JointSite& site);
 
+/// The price of a joint at which the ink bends on smoothly and the pieces do not fit each other.
+double PriceBend(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                 const JointSite& site);
+
 /// The cheapest kind of joint between two pieces.
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                       const JointSite& site);

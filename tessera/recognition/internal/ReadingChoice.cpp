@@ -76,10 +76,11 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain) {
     const std::size_t count = chain.pieces.size();
     if (chain.isClosed || count < 3 || count > kMostOfBracket || (count == 3 && !AreLines(chain)))
         return std::nullopt;
-    const std::vector<Chain> hands = ChainsOver(ink,
-                                                {chain.pieces[0].first, chain.pieces[0].last,
-                                                 chain.pieces[count - 1].first, chain.pieces[count - 1].last},
-                                                {false, false, false});
+    const int last = ink.path.Size() - 1;
+    if (chain.pieces[0].first != 0 || chain.pieces[count - 1].last != last)
+        return std::nullopt; // what is left out at the ends has its price
+    const std::vector<Chain> hands = ChainsOver(
+        ink, {0, chain.pieces[0].last, chain.pieces[count - 1].first, last}, {false, false, false});
     Chain bracket = WithCorner(ink, WithCorner(ink, hands[kUsualHand], 1), 2);
     if (!IsBracket(ink, bracket) || !AreStraight(ink, bracket))
         return std::nullopt;

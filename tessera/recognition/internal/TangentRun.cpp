@@ -184,14 +184,25 @@ void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chai
     }
 }
 
-void FitRun(const PricedPath& ink, double snapRad, double defiance, std::size_t from, std::size_t to,
-            Chain& chain) {
+// A run that the ink defies is free-form, and costs what bends do.
+void BendJoints(const PricedPath& ink, std::size_t from, std::size_t to, Chain& chain) {
+    for (std::size_t i = from + 1; i <= to; ++i) {
+        ChainPiece& piece = chain.pieces[i];
+        const double price =
+            PriceBend(ink, AsPriced(ink, chain.pieces[i - 1]), AsPriced(ink, piece), {ink, piece.first});
+        chain.price += price - piece.jointPrice;
+        piece.jointPrice = price;
+        piece.joint = JointSight::Bend;
+    }
+}
+
+void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::size_t from, std::size_t to,
+                 Chain& chain) {
     LinkedRun run = MakeRun(ink, chain, from, to);
     Fit(ink, kSettled, run);
     const double spread = SpreadOf(ink, run);
-    if (spread > defiance) {
-        for (std::size_t i = from + 1; i <= to; ++i)
-            chain.pieces[i].joint = JointSight::Bend;
+    if (!(spread <= defiance)) {
+        BendJoints(ink, from, to, chain);
         return;
     }
     Snap(ink, snapRad, std::min(defiance, spread + kSnapSlack), run);
@@ -217,7 +228,7 @@ void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
         while (to + 1 < count && chain.pieces[to + 1].joint != JointSight::Corner)
             isFree = chain.pieces[++to].joint == JointSight::Bend || isFree;
         if (to > from)
-            FitRun(ink, snapRad, isFree ? kBendDefiance : kDefiance, from, to, chain);
+            FitTogether(ink, snapRad, isFree ? kBendDefiance : kDefiance, from, to, chain);
         from = to + 1;
     }
     std::rotate(chain.pieces.begin(), chain.pieces.end() - turned, chain.pieces.end());

@@ -8,8 +8,9 @@ namespace Tessera::Geometry {
 /// Fits each run of pieces with tangent joints as a whole, by least squares over what such a run is free in:
 /// place and direction of its start, the length of each piece and the curvature of each arc. Carriers and
 /// `meet` of the pieces are then exact: neighbours touch in `meet`. Lines within an angle of an axis of the
-/// plane get the axis' direction. A run with bends is tried too: a coarse break may have hidden that its
-/// pieces touch. A run that the ink defies becomes free-form: its joints become bends.
+/// plane get the axis' direction, unless that pulls the run off its ink. A run with bends is tried too: a
+/// coarse break may have hidden that its pieces touch. A run that the ink defies becomes free-form: its
+/// joints become bends.
 ///
 /// @param snapRad  0: no line is turned.
 void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain);
