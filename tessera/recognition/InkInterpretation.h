@@ -19,7 +19,8 @@
 //             curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite", "InterpretInk - out of memory"
-//             or the text of the curve that got none. Nothing is changed then.
+//             or the text of the curve that got none; std::bad_alloc where a container got no memory.
+//             Nothing is changed then.
 // Cost        linear in the samples.
 #pragma once
 

@@ -52,13 +52,15 @@ constexpr double kOverInk = 2.5;
 constexpr std::size_t kAwayAlong = 10;
 /// Of the ink that goes round and round: so much of it lies over earlier ink.
 constexpr double kCoveredShare = 0.1;
+/// Points that stand for all that lie in a cell as wide as that: more would only cost time.
+constexpr std::size_t kMostInCell = 32;
 /// Legs this far apart, in steps, and about as far just behind the turn, lie beside each other.
 constexpr double kLeastGap = 4.0;
 constexpr double kSameGap = 0.8;
 /// Of half a leg: farther behind the turn legs that open are nearly as far apart as in their middles.
 constexpr double kNearTurn = 0.7;
 
-/// Of the turns of a scratch.
+/// Of the turns of a scratch: some people's have a few blunt ones, a meander has nearly nothing else.
 constexpr double kMostSideBySide = 0.6;
 
 double DiagonalOf(std::span<const Point> ink) {
@@ -180,7 +182,7 @@ bool RunSideBySide(std::span<const StrokePoint> points, int before, int turn, in
 }
 
 // As many reversals in succession as the preferences ask for, every second leg the same way; and all of the
-// stroke's reversals, each counted by how close its legs lie, as many again. Most of them are tips.
+// stroke's reversals, each counted by how close its legs lie, as many again. Enough of them are tips.
 bool RunsForthAndBack(const std::vector<StrokePoint>& points, const ScribbleRecord& record) {
     const std::vector<Leg> legs = LegsOf(points, record.cusps);
     std::vector<int> ends{0};
@@ -255,7 +257,9 @@ double CoveredShare(const std::vector<StrokePoint>& points) {
     for (std::size_t i = 0; i < points.size(); ++i) {
         if (i >= kAwayAlong) {
             const StrokePoint& away = points[i - kAwayAlong];
-            cells[rowOf(away) * kCells + columnOf(away)].push_back(i - kAwayAlong);
+            std::vector<std::size_t>& cell = cells[rowOf(away) * kCells + columnOf(away)];
+            if (cell.size() < kMostInCell)
+                cell.push_back(i - kAwayAlong);
         }
         bool isOver = false;
         for (int cell = 0; cell < 9 && !isOver; ++cell) {

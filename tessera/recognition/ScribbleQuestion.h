@@ -16,8 +16,8 @@
 //
 // Who erases goes over ink again and again; who draws keeps clear of it. A spiral winds beside itself: ink
 // that goes round and round is a scribble if a tenth of it lies over earlier ink, within a fortieth of the
-// diagonal. The legs of a meander run side by side with a gap, where those of a scratch meet at a tip: such
-// turns do not count.
+// diagonal. The legs of a meander run side by side with a gap, where those of a scratch meet at a tip: a
+// stroke with such a gap at more than three turns of five is a drawing.
 //
 // Nothing in the answer depends on the place, the size or the sampling rate of the ink.
 #pragma once

@@ -1,7 +1,7 @@
 // SketchRecognizer - turns the points of one stroke into analytic curves.
 //
-// Recognize tries the whole stroke as one curve, cuts the stroke where the pen turned or slowed, fits a
-// curve to each piece, and keeps whichever reading describes the stroke better.
+// Recognize cuts the stroke where the pen turned or slowed and fits a curve to each piece; where the pieces'
+// kinds do not speak for themselves, one curve for the whole stroke takes their place if there is one.
 //
 // Ownership  the results of a call belong to the caller of GetResults (curve first, then result); neither
 //            the next Recognize nor the destructor deletes them.

@@ -202,7 +202,7 @@ TEST(Recognize, EarlierResultsSurvive) {
 }
 
 // However the memory runs out, recognition returns, what it found is whole, and (under the leak sanitizer)
-// nothing is lost: not the whole-stroke candidate either when a later piece fails.
+// nothing is lost, neither pieces nor the whole that would have taken their place.
 TEST(Recognize, OutOfMemoryAnywhere) {
     testing::internal::CaptureStderr();
     for (const Shape& shape : CleanShapes()) {
