@@ -220,12 +220,10 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
 
 Chain WithCorner(const PricedPath& ink, const Chain& chain, std::size_t piece) {
     Chain sharp = chain;
-    ChainPiece& after = sharp.pieces[piece];
+    const ChainPiece& after = sharp.pieces[piece];
     const double price =
         PriceCorner(ink, AsPriced(ink, sharp.pieces[piece - 1]), AsPriced(ink, after), {ink, after.first});
-    sharp.price += price - after.jointPrice;
-    after.jointPrice = price;
-    after.joint = JointSight::Corner;
+    SetJoint({price, JointSight::Corner}, piece, sharp);
     return sharp;
 }
 

@@ -227,6 +227,13 @@ void FindDirections(const PricedPath& ink, PricedPiece& priced) {
     priced.leave = AngleOf(priced.last);
 }
 
+void SetJoint(const JointPrice& joint, std::size_t piece, Chain& chain) {
+    ChainPiece& after = chain.pieces[piece];
+    chain.price += joint.price - after.jointPrice;
+    after.jointPrice = joint.price;
+    after.joint = joint.sight;
+}
+
 double LeastJointPrice() {
     return -std::max(kMostPaceGain, kNumberPrice);
 }

@@ -67,6 +67,9 @@ struct JointPrice {
     JointSight sight = JointSight::Corner;
 };
 
+/// Takes another joint before a piece; the chain costs what the new one does.
+void SetJoint(const JointPrice& joint, std::size_t piece, Chain& chain);
+
 /// No joint costs less than this.
 double LeastJointPrice();
 

@@ -176,23 +176,20 @@ void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chai
             piece.line.sumSq = left + explained;
     }
     for (std::size_t k = 1; k < run.links.size(); ++k) {
-        ChainPiece& piece = chain.pieces[from + k];
-        const JointPrice joint = PriceJoint(ink, AsPriced(ink, chain.pieces[from + k - 1]),
-                                            AsPriced(ink, piece), {ink, piece.first});
-        chain.price += joint.price - piece.jointPrice;
-        piece.jointPrice = joint.price;
+        const ChainPiece& piece = chain.pieces[from + k];
+        SetJoint(PriceJoint(ink, AsPriced(ink, chain.pieces[from + k - 1]), AsPriced(ink, piece),
+                            {ink, piece.first}),
+                 from + k, chain);
     }
 }
 
 // A run that the ink defies is free-form, and costs what bends do.
 void BendJoints(const PricedPath& ink, std::size_t from, std::size_t to, Chain& chain) {
     for (std::size_t i = from + 1; i <= to; ++i) {
-        ChainPiece& piece = chain.pieces[i];
+        const ChainPiece& piece = chain.pieces[i];
         const double price =
             PriceBend(ink, AsPriced(ink, chain.pieces[i - 1]), AsPriced(ink, piece), {ink, piece.first});
-        chain.price += price - piece.jointPrice;
-        piece.jointPrice = price;
-        piece.joint = JointSight::Bend;
+        SetJoint({price, JointSight::Bend}, i, chain);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 
 #include "tessera/recognition/internal/ChainGeometry.h"
+#include "tessera/recognition/internal/Description.h"
 #include "tessera/recognition/internal/TangentRun.h"
 #include "tests/support/SyntheticInk.h"
 
@@ -137,6 +138,35 @@ TEST(TangentRun, AxesDoNotPullARunOffItsInk) {
         turned += std::fabs(SpreadOf(ink, snapped) - SpreadOf(ink, free)) > 1e-6 ? 1 : 0;
     }
     EXPECT_GT(turned, 5);
+}
+
+// Whatever a fit makes of the joints, the chain costs what its pieces and joints do, and a smooth joint costs
+// what its kind does.
+TEST(TangentRun, TheChainsAccountsBalance) {
+    RandomPlans plans(5);
+    int bends = 0;
+    for (int i = 0; i < 90; ++i) {
+        SCOPED_TRACE(i);
+        const InkPlan plan = i % 3 == 0 ? plans.Mixed() : i % 3 == 1 ? plans.Smooth() : plans.Polyline();
+        const InkPath path = MakeInkPath(plan.Draw(plans.Rng(), plans.AnyHand()).ink.samples);
+        const PricedPath ink(path);
+        for (Chain& chain : SearchChains(ink)) {
+            FitTangentRuns(ink, 0.0, chain);
+            double price = 2.0 * kNumberPrice;
+            double sumSq = 0.0;
+            for (const ChainPiece& piece : chain.pieces) {
+                price += piece.price + piece.jointPrice;
+                sumSq += piece.sumSq;
+                if (piece.joint == JointSight::Bend) {
+                    EXPECT_GT(piece.jointPrice, 0.0);
+                    ++bends;
+                }
+            }
+            EXPECT_NEAR(chain.price, price, 1e-9);
+            EXPECT_NEAR(chain.sumSq, sumSq, 1e-9);
+        }
+    }
+    EXPECT_GT(bends, 20);
 }
 
 TEST(TangentRun, LinesNearAnAxisLieAlongIt) {
