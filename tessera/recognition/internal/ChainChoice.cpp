@@ -51,14 +51,6 @@ std::vector<Chain> FindChains(const PricedPath& ink, const RulesReading& rules, 
     return chains;
 }
 
-// What a corner would cost more than the smooth joint that was seen before a piece.
-double PriceOfSharpening(const PricedPath& ink, const Chain& chain, std::size_t piece) {
-    const ChainPiece& after = chain.pieces[piece];
-    return PriceCorner(ink, AsPriced(ink, chain.pieces[piece - 1]), AsPriced(ink, after),
-                       {ink, after.first}) -
-           after.jointPrice;
-}
-
 // Exact tangent joints tell whether they are: what looked like one from the pieces may cost more squares than
 // a corner. One joint after the other becomes a corner as long as the description gets briefer.
 Chain Settle(const PricedPath& ink, Chain chain) {
@@ -71,7 +63,7 @@ Chain Settle(const PricedPath& ink, Chain chain) {
         const double length = LengthOfHabit(ink, smooth);
         for (std::size_t i = 1; i < smooth.pieces.size(); ++i) {
             if (smooth.pieces[i].joint != JointSight::Tangent ||
-                length + PriceOfSharpening(ink, smooth, i) >= least)
+                length + PriceCorner(ink, smooth, i) - smooth.pieces[i].jointPrice >= least)
                 continue;
             Chain sharp = WithCorner(ink, smooth, i);
             Chain fitted = sharp;

@@ -24,7 +24,6 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr std::size_t kHandCount = kHands.size();
 constexpr std::size_t kSearches = 2 * kHandCount; // with arcs and without, for each hand
 
-constexpr std::size_t kUsualHand = 1;
 constexpr std::size_t kNodesPerCandidate = 10; // usually: room to begin with
 constexpr int kSpacing = 5;                    // points between candidates where nothing turns
 constexpr int kShortest = 3;                   // points of a piece
@@ -218,13 +217,9 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
     return chains;
 }
 
-Chain WithCorner(const PricedPath& ink, const Chain& chain, std::size_t piece) {
-    Chain sharp = chain;
-    const ChainPiece& after = sharp.pieces[piece];
-    const double price =
-        PriceCorner(ink, AsPriced(ink, sharp.pieces[piece - 1]), AsPriced(ink, after), {ink, after.first});
-    SetJoint({price, JointSight::Corner}, piece, sharp);
-    return sharp;
+Chain WithCorner(const PricedPath& ink, Chain chain, std::size_t piece) {
+    SetJoint({PriceCorner(ink, chain, piece), JointSight::Corner}, piece, chain);
+    return chain;
 }
 
 double LengthOf(const PricedPath& ink, const Chain& chain) {

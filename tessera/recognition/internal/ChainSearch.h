@@ -24,7 +24,7 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
                               const std::vector<bool>& isArc);
 
 /// The chain with a corner at the joint before a piece, where the search saw a smooth one.
-Chain WithCorner(const PricedPath& ink, const Chain& chain, std::size_t piece);
+Chain WithCorner(const PricedPath& ink, Chain chain, std::size_t piece);
 
 /// The length of a chain as a description when the spread of the hand is taken from the ink itself: prices,
 /// and the logarithm of what is left unexplained.

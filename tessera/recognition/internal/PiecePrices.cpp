@@ -177,6 +177,25 @@ void OfferTangent(const PricedPath& ink, const PricedPiece& before, const Priced
         best = {price, JointSight::Tangent};
 }
 
+double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                   const JointSite& site) {
+    const double turn = WithinHalfTurn(after.enter - before.leave);
+    const double size = std::max(std::fabs(turn), kCornerSpread);
+    // Where the pen turns back, the two may differ by a whole turn.
+    const double missing = WithinHalfTurn(turn + EvenTurn(ink, before, after) - site.seen);
+    const double lost = (turn < 0.0 ? -missing : missing) / size;
+    const double spreadOut = Excess(lost - kFreeLoss, kLossSpread);
+    // A pen is slow in a tight bend, too: that it is speaks for a corner as far as the ink turns at once.
+    const double pace = site.pace < 0.0 ? site.pace / (1.0 + kBendDoubt * spreadOut) : site.pace;
+    return spreadOut + Excess(kLeastCorner - size, kCornerSpread) + pace;
+}
+
+double PriceBend(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
+                 const JointSite& site) {
+    return PriceOfTurn(ink, before, after, site) +
+           (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
+}
+
 } // namespace
 
 const PricedPiece::Account& PricedPiece::BestFor(double squared) const {
@@ -241,25 +260,6 @@ double LeastJointPrice() {
 JointSite::JointSite(const PricedPath& ink, int point)
     : at(point), seen(SignedTurn(ink.path, point)), pace(PriceOfPace(ink, point)) {}
 
-double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
-                   const JointSite& site) {
-    const double turn = WithinHalfTurn(after.enter - before.leave);
-    const double size = std::max(std::fabs(turn), kCornerSpread);
-    // Where the pen turns back, the two may differ by a whole turn.
-    const double missing = WithinHalfTurn(turn + EvenTurn(ink, before, after) - site.seen);
-    const double lost = (turn < 0.0 ? -missing : missing) / size;
-    const double spreadOut = Excess(lost - kFreeLoss, kLossSpread);
-    // A pen is slow in a tight bend, too: that it is speaks for a corner as far as the ink turns at once.
-    const double pace = site.pace < 0.0 ? site.pace / (1.0 + kBendDoubt * spreadOut) : site.pace;
-    return spreadOut + Excess(kLeastCorner - size, kCornerSpread) + pace;
-}
-
-double PriceBend(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
-                 const JointSite& site) {
-    return PriceOfTurn(ink, before, after, site) +
-           (!before.piece.isArc && !after.piece.isArc ? kLineBendPrice : kBendPrice);
-}
-
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                       const JointSite& site) {
     JointPrice best{PriceCorner(ink, before, after, site), JointSight::Corner};
@@ -280,6 +280,16 @@ PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece) {
         joined.curvature = (radius.Cross(joined.first) < 0.0 ? -1.0 : 1.0) / piece.circle.radius;
     }
     return joined;
+}
+
+double PriceCorner(const PricedPath& ink, const Chain& chain, std::size_t piece) {
+    const ChainPiece& after = chain.pieces[piece];
+    return PriceCorner(ink, AsPriced(ink, chain.pieces[piece - 1]), AsPriced(ink, after), {ink, after.first});
+}
+
+double PriceBend(const PricedPath& ink, const Chain& chain, std::size_t piece) {
+    const ChainPiece& after = chain.pieces[piece];
+    return PriceBend(ink, AsPriced(ink, chain.pieces[piece - 1]), AsPriced(ink, after), {ink, after.first});
 }
 
 JointPrice PriceSeam(const PricedPath& ink, const PricedPiece& last, const PricedPiece& first) {

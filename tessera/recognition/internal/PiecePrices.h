@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "tessera/recognition/internal/PricedPath.h"
 
@@ -15,6 +16,7 @@ namespace Tessera::Geometry {
 /// What squares weigh for a quick, a usual and a careful hand: each strays 2.5 times less than the one
 /// before.
 inline constexpr std::array<double, 3> kHands = {100.0, 600.0, 3600.0};
+inline constexpr std::size_t kUsualHand = 1;
 
 /// Price from which a piece is not looked at: no saving makes it good.
 inline constexpr double kHopeless = 20.0 * kNumberPrice;
@@ -82,13 +84,12 @@ struct JointSite {
     double pace; ///< logarithm of the odds that so fast a pen drew no corner here
 };
 
-/// The price of a corner between two pieces.
-double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
-                   const JointSite& site);
+/// The price of a corner before a piece of a chain.
+double PriceCorner(const PricedPath& ink, const Chain& chain, std::size_t piece);
 
-/// The price of a joint at which the ink bends on smoothly and the pieces do not fit each other.
-double PriceBend(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
-                 const JointSite& site);
+/// The price of a joint before a piece at which the ink bends on smoothly and the pieces do not fit each
+/// other.
+double PriceBend(const PricedPath& ink, const Chain& chain, std::size_t piece);
 
 /// The cheapest kind of joint between two pieces.
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,

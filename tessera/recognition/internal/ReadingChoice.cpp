@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/PiecePrices.h"
 
 namespace Tessera::Geometry {
 
@@ -20,9 +22,8 @@ constexpr double kLeastCorner = 0.5;      // cosine of 60 degrees
 constexpr double kMostBow = 0.16;         // sagitta of a straight side over its length
 constexpr double kDoubtfulCorner = 2.0;   // price from which a joint is hardly a corner
 constexpr std::size_t kMostOfBracket = 6; // pieces that are mere kinks of three
-constexpr std::size_t kUsualHand = 1;
-constexpr double kLeastMouth = 0.5; // distance of the ends of a bracket over the length of its back
-constexpr double kRunsBack = -0.9;  // cosine of 154 degrees
+constexpr double kLeastMouth = 0.5;       // distance of the ends of a bracket over the length of its back
+constexpr double kRunsBack = -0.9;        // cosine of 154 degrees
 
 // Sides that hardly bow: what bows more was drawn as an arc.
 bool AreStraight(const PricedPath& ink, const Chain& lines) {
@@ -32,8 +33,8 @@ bool AreStraight(const PricedPath& ink, const Chain& lines) {
     });
 }
 
-// Three lines with two corners of 60 to 120 degrees, of which the last runs back along the first and stays as
-// far from it as the back is long.
+// Three lines with two corners of 60 to 120 degrees, of which the last runs back along the first; the ends
+// stay apart.
 bool IsBracket(const PricedPath& ink, const Chain& lines) {
     const auto isCorner = [](const ChainPiece& side) { return side.joint == JointSight::Corner; };
     if (!std::all_of(lines.pieces.begin() + 1, lines.pieces.end(), isCorner))
@@ -79,9 +80,9 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain) {
     const int last = ink.path.Size() - 1;
     if (chain.pieces[0].first != 0 || chain.pieces[count - 1].last != last)
         return std::nullopt; // what is left out at the ends has its price
-    const std::vector<Chain> hands = ChainsOver(
-        ink, {0, chain.pieces[0].last, chain.pieces[count - 1].first, last}, {false, false, false});
-    Chain bracket = WithCorner(ink, WithCorner(ink, hands[kUsualHand], 1), 2);
+    std::vector<Chain> hands = ChainsOver(ink, {0, chain.pieces[0].last, chain.pieces[count - 1].first, last},
+                                          {false, false, false});
+    Chain bracket = WithCorner(ink, WithCorner(ink, std::move(hands[kUsualHand]), 1), 2);
     if (!IsBracket(ink, bracket) || !AreStraight(ink, bracket))
         return std::nullopt;
     return bracket;

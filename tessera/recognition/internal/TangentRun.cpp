@@ -185,12 +185,8 @@ void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chai
 
 // A run that the ink defies is free-form, and costs what bends do.
 void BendJoints(const PricedPath& ink, std::size_t from, std::size_t to, Chain& chain) {
-    for (std::size_t i = from + 1; i <= to; ++i) {
-        const ChainPiece& piece = chain.pieces[i];
-        const double price =
-            PriceBend(ink, AsPriced(ink, chain.pieces[i - 1]), AsPriced(ink, piece), {ink, piece.first});
-        SetJoint({price, JointSight::Bend}, i, chain);
-    }
+    for (std::size_t i = from + 1; i <= to; ++i)
+        SetJoint({PriceBend(ink, chain, i), JointSight::Bend}, i, chain);
 }
 
 void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::size_t from, std::size_t to,
