@@ -2,6 +2,7 @@
 // kernel; divisions by zero are not guarded.
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include "tessera/core/Export.h"
@@ -60,6 +61,12 @@ inline Point operator*(const Point& p, double s) {
 }
 inline Point operator*(double s, const Point& p) {
     return {p.x * s, p.y * s};
+}
+
+/// By how much the direction `from` turns to that of `to`: radians in [-pi, pi], counter-clockwise positive.
+/// No length is too small; 0 when one of them is zero. Vector::AngleBetween has a length tolerance.
+inline double SignedAngle(const Point& from, const Point& to) {
+    return std::atan2(from.Cross(to), from.Dot(to));
 }
 
 } // namespace Tessera::Geometry

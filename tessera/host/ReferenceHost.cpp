@@ -52,7 +52,7 @@ tagGVector2d BuildVector2d(void*, double x, double y) {
 }
 
 double GiveAngle(void*, const tagGVector2d* from, const tagGVector2d* to) {
-    return std::atan2(from->x * to->y - from->y * to->x, from->x * to->x + from->y * to->y);
+    return Geometry::SignedAngle({from->x, from->y}, {to->x, to->y});
 }
 
 // --- Curves as kernel records

@@ -217,9 +217,8 @@ std::vector<double> HeadingsOf(const std::vector<StrokePoint>& points) {
     headings.reserve(points.size());
     headings.push_back(0.0);
     for (std::size_t i = 1; i + 1 < points.size(); ++i) {
-        const Vector before(points[i - 1], points[i]);
-        const Vector after(points[i], points[i + 1]);
-        headings.push_back(headings.back() + std::atan2(before.Cross(after), before.Dot(after)));
+        headings.push_back(headings.back() +
+                           SignedAngle(points[i] - points[i - 1], points[i + 1] - points[i]));
     }
     return headings;
 }

@@ -47,7 +47,7 @@ double WindingAbout(const Curve& shape, const StrokePiece& piece) {
     for (std::size_t i = 1; i < piece.pts.size(); ++i) {
         const Point from(piece.pts[i - 1].x - centre.x, piece.pts[i - 1].y - centre.y);
         const Point to(piece.pts[i].x - centre.x, piece.pts[i].y - centre.y);
-        winding += std::atan2(from.Cross(to), from.Dot(to));
+        winding += SignedAngle(from, to);
     }
     return winding;
 }

@@ -38,7 +38,7 @@ Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
     const Point chord = Unit(piece.to - piece.from);
     const Point a = piece.through - piece.from;
     const Point b = piece.to - piece.through;
-    const double half = std::atan2(a.Cross(b), a.Dot(b));
+    const double half = SignedAngle(a, b);
     const double c = std::cos(half);
     const double s = std::sin(half);
     return {{c * chord.x + s * chord.y, c * chord.y - s * chord.x},
@@ -90,7 +90,7 @@ InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t bef
     joint.position = path.ToModel(chain.pieces[after].from);
     const Point in = DirectionsOf(path, chain.pieces[before]).last;
     const Point out = DirectionsOf(path, chain.pieces[after]).first;
-    joint.turnDeg = std::atan2(in.Cross(out), in.Dot(out)) * 180.0 / std::numbers::pi;
+    joint.turnDeg = SignedAngle(in, out) * 180.0 / std::numbers::pi;
     joint.kind = std::fabs(joint.turnDeg) <= kTangentDeg ? JointKind::Tangent : JointKind::Corner;
     return joint;
 }

@@ -10,10 +10,10 @@ namespace {
 
 // Spacing of the points in units of the path's size: a square has a hundred of them, a line fifty.
 constexpr double kStep = 0.07;
-constexpr int kFewest = 48;      // enough for the shortest side of a simple shape
-constexpr double kSlowest = 0.6; // of its usual speed: a hand is slower somewhere, at least at the ends
-constexpr int kPaceReach = 2;    // points to either side: smooths the clock of the device
-constexpr int kMost = 1500;      // bounds the work for scribbles that wander on and on
+constexpr int kFewest = 48;       // enough for the shortest side of a simple shape
+constexpr double kSlowest = 0.6;  // of its usual speed: a hand is slower somewhere, at least at the ends
+constexpr int kPaceSmoothing = 2; // points to either side: smooths the clock of the device
+constexpr int kMost = 1500;       // bounds the work for scribbles that wander on and on
 
 // How a drawing of many pieces is seen: at the widest spacing of points at which its corners lie apart.
 constexpr int kReach = 4;           // points to either side of one at which the ink bends
@@ -148,7 +148,7 @@ int CountPieces(const std::vector<Point>& pts) {
     for (std::size_t i = kReach; i + kReach < pts.size(); i += kReach) {
         const Point before = pts[i] - pts[i - kReach];
         const Point after = pts[i + kReach] - pts[i];
-        const double turn = std::fabs(std::atan2(before.Cross(after), before.Dot(after)));
+        const double turn = std::fabs(SignedAngle(before, after));
         turned += turn > kFreeTurn ? turn : 0.0;
     }
     return static_cast<int>(turned / kTurnOfPiece) + 1;
@@ -215,8 +215,8 @@ std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> sa
     std::vector<double> pace;
     pace.reserve(path.pts.size());
     for (int i = 0; i < n; ++i) {
-        const int from = std::max(0, i - kPaceReach);
-        const int to = std::min(n - 1, i + kPaceReach);
+        const int from = std::max(0, i - kPaceSmoothing);
+        const int to = std::min(n - 1, i + kPaceSmoothing);
         const double taken = time[static_cast<std::size_t>(to)] - time[static_cast<std::size_t>(from)];
         if (!(taken > 0.0))
             return {};

@@ -51,10 +51,6 @@ bool IsNearBothEnds(const Curve& curve, const Point& start, const Point& end, do
     return true;
 }
 
-double AngleBetween(const Point& a, const Point& b) {
-    return std::atan2(a.Cross(b), a.Dot(b));
-}
-
 // Root mean square angle between the directions of two rows of points.
 template <class First, class Second>
 double AngleApart(int n, const First& first, const Second& second) {
@@ -64,7 +60,7 @@ double AngleApart(int n, const First& first, const Second& second) {
         const Point other = second(i);
         if (other.Dot(other) <= 0.0)
             continue; // past the end of the curve
-        const double angle = AngleBetween(other, first(i));
+        const double angle = SignedAngle(other, first(i));
         sumSq += angle * angle;
         ++count;
     }

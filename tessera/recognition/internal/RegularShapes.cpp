@@ -25,9 +25,7 @@ Point Side(const Corners& c, std::size_t i) {
 }
 
 double TurnAt(const Corners& c, std::size_t i) {
-    const Point before = Side(c, i + c.size() - 1);
-    const Point after = Side(c, i);
-    return std::atan2(before.Cross(after), before.Dot(after));
+    return SignedAngle(Side(c, i + c.size() - 1), Side(c, i));
 }
 
 bool AreTurnsNear(const Corners& c, double turn, double slack) {
@@ -140,7 +138,7 @@ bool AreOppositeSidesParallel(const Corners& c) {
     for (std::size_t i = 0; i < 2; ++i) {
         const Point a = Side(c, i);
         const Point b = -1.0 * Side(c, i + 2);
-        if (std::fabs(std::atan2(a.Cross(b), a.Dot(b))) > kAngleSlack)
+        if (std::fabs(SignedAngle(a, b)) > kAngleSlack)
             return false;
     }
     return true;

@@ -18,9 +18,7 @@ constexpr double kWander = 0.04;       // root mean square distance of a side's 
 constexpr double kShortestShare = 0.2; // of the longest side: what is shorter is a slip of the pen
 
 double Turn(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after) {
-    const Point in = DirectionAt(ink, before, true);
-    const Point out = DirectionAt(ink, after, false);
-    return std::atan2(in.Cross(out), in.Dot(out));
+    return SignedAngle(DirectionAt(ink, before, true), DirectionAt(ink, after, false));
 }
 
 std::vector<ChainPiece> LinesThrough(const PricedPath& ink, const std::vector<int>& breaks) {

@@ -39,7 +39,7 @@ double SharpestTurn(const Curve& curve) {
     for (std::size_t i = 0; i + (curve.IsClosed() ? 0 : 1) < kChords; ++i) {
         const Point in = pts[i + 1] - pts[i];
         const Point out = pts[(i + 1) % kChords + 1] - pts[(i + 1) % kChords];
-        sharpest = std::max(sharpest, std::fabs(std::atan2(in.Cross(out), in.Dot(out))));
+        sharpest = std::max(sharpest, std::fabs(SignedAngle(in, out)));
     }
     return sharpest;
 }
