@@ -219,6 +219,31 @@ TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
     EXPECT_GT(splines, 10);
 }
 
+// A diamond with cut corners, drawn by a person: the square that its sides and angles would pass for stands
+// out of the ink on every side.
+TEST(InkInterpretation, RegularShapesStayInTheInksBoxToo) {
+    const std::vector<Point> drawn{{194, 117}, {188, 98},  {160, 59},  {141, 22},  {140, 27}, {124, 44},
+                                   {66, 96},   {44, 113},  {43, 119},  {71, 158},  {79, 163}, {108, 195},
+                                   {122, 205}, {135, 221}, {139, 221}, {148, 203}, {172, 172}};
+    std::vector<Point> pts;
+    double length = 0.0;
+    for (std::size_t i = 1; i < drawn.size(); ++i) {
+        const std::vector<Point> side = PointsOf(Straight(drawn[i - 1], drawn[i]), 0.0, 1.0, 12);
+        pts.insert(pts.end(), side.begin(), side.end());
+        length += drawn[i].Distance(drawn[i - 1]);
+    }
+    const InkReading reading = Read(InkOf(pts));
+    ASSERT_EQ(reading.curves.size(), 4U);
+    EXPECT_TRUE(reading.isClosed);
+    const XYBox box(drawn);
+    for (const InterpretedCurve& made : reading.curves)
+        EXPECT_LT(std::max(std::fabs(made.curve->GetStart().x - 0.5 * (box.min.x + box.max.x)) -
+                               0.5 * (box.max.x - box.min.x),
+                           std::fabs(made.curve->GetStart().y - 0.5 * (box.min.y + box.max.y)) -
+                               0.5 * (box.max.y - box.min.y)),
+                  0.05 * length);
+}
+
 /// The outline begun at a share of its first stretch: the pen comes back into that stretch.
 InkPlan BegunWithin(std::vector<Stretch> outline, double share) {
     Stretch rest = outline.front();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "tessera/recognition/internal/AxisSnap.h"
@@ -20,25 +21,51 @@ bool TouchesBefore(const ChainPiece& piece) {
     return piece.joint == JointSight::Tangent;
 }
 
+// A line with an end that belongs on an earlier curve is seen from there, and turned about it if its other
+// end moves by no more than the tolerance; one with two such ends lies as these do.
+void SnapFrom(double angleRad, double tolerance, const std::optional<Point>& start,
+              const std::optional<Point>& end, const ExactPiece& drawn, ChainPiece& line) {
+    const Point along = end.value_or(drawn.to) - start.value_or(drawn.from);
+    const std::optional<Point> axis = AxisNear(along, angleRad);
+    if (!axis || (start && end) || std::fabs(axis->Cross(along)) > tolerance)
+        return;
+    line.line.centre = start ? *start : *end;
+    line.line.direction = *axis;
+}
+
 // Turns a line's direction onto an axis of the plane within the angle, about the middle of its ink.
-void SnapLines(double angleRad, Chain& chain) {
-    for (std::size_t i = 0; i < chain.pieces.size(); ++i) {
+void SnapLines(const InkPath& path, double angleRad, double tolerance,
+               std::span<const InkConnection> connections, const ExactChain& drawn, Chain& chain) {
+    const std::size_t last = chain.pieces.size() - 1;
+    for (std::size_t i = 0; i <= last; ++i) {
         ChainPiece& piece = chain.pieces[i];
         const bool runsOn = i + 1 < chain.pieces.size() && TouchesBefore(chain.pieces[i + 1]);
-        if (TouchesBefore(piece) || runsOn)
+        if (piece.isArc || TouchesBefore(piece) || runsOn)
             continue; // fitted with its neighbours, axes included
-        if (!piece.isArc)
+        const auto start = i == 0 ? PlaceOf(path, connections, CurveEnd::Start) : std::nullopt;
+        const auto end = i == last ? PlaceOf(path, connections, CurveEnd::End) : std::nullopt;
+        if (start || end)
+            SnapFrom(angleRad, tolerance, start, end, i == 0 ? drawn.pieces.front() : drawn.pieces.back(),
+                     piece);
+        else
             piece.line.direction = AxisNear(piece.line.direction, angleRad).value_or(piece.line.direction);
     }
 }
 
-// Corners and ends that lie beyond the tolerance outside the ink's box become the ink's own.
-void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
-    const XYBox box(ink.path.pts);
-    const auto isOutside = [&](const Point& p) {
-        return p.x < box.min.x - tolerance || p.x > box.max.x + tolerance || p.y < box.min.y - tolerance ||
-               p.y > box.max.y + tolerance;
-    };
+/// The ink's box grown by the tolerance, which no reading leaves.
+struct Bounds {
+    XYBox box;
+    double tolerance = 0.0;
+
+    bool Has(const Point& p) const {
+        return p.x >= box.min.x - tolerance && p.x <= box.max.x + tolerance && p.y >= box.min.y - tolerance &&
+               p.y <= box.max.y + tolerance;
+    }
+};
+
+// Corners and ends that lie out of bounds become the ink's own.
+void DrawInCorners(const PricedPath& ink, const Bounds& bounds, ExactChain& chain) {
+    const auto isOutside = [&](const Point& p) { return !bounds.Has(p); };
     const std::size_t count = chain.pieces.size();
     for (std::size_t i = chain.isClosed ? 0 : 1; i < count; ++i) {
         ExactPiece& piece = chain.pieces[i];
@@ -53,24 +80,20 @@ void DrawInCorners(const PricedPath& ink, double tolerance, ExactChain& chain) {
         chain.pieces.back().to = ink.path.pts.back();
 }
 
-ExactChain MakeTidy(const PricedPath& ink, const Chain& chain, double tolerance) {
-    ExactChain exact = MakeExact(ink, chain);
-    RoundCorners(ink, chain, exact);
-    DrawInCorners(ink, tolerance, exact);
-    return exact;
-}
-
 // A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole. False for any
-// other polygon.
-bool Regularise(double snapRad, ExactChain& chain, InkShape& shape) {
+// other polygon, and where the regular one would be out of bounds.
+bool Regularise(double snapRad, const Bounds& bounds, ExactChain& chain, InkShape& shape) {
     std::vector<Point> corners;
     for (const ExactPiece& piece : chain.pieces)
         corners.push_back(piece.from);
-    shape = MakeRegular(corners);
-    if (shape == InkShape::Triangle || shape == InkShape::Quadrilateral || shape == InkShape::Polygon)
+    const InkShape made = MakeRegular(corners);
+    if (made == shape)
         return false;
     if (snapRad > 0.0)
-        AlignToAxes(shape, snapRad, corners);
+        AlignToAxes(made, snapRad, corners);
+    if (!std::all_of(corners.begin(), corners.end(), [&](const Point& p) { return bounds.Has(p); }))
+        return false;
+    shape = made;
     for (std::size_t i = 0; i < corners.size(); ++i) {
         chain.pieces[i].from = corners[i];
         chain.pieces[i].to = corners[(i + 1) % corners.size()];
@@ -102,16 +125,25 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
                std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
     const double snapRad = SnapAngle(preferences);
     FitTangentRuns(ink, snapRad, chain);
-    ExactChain exact = MakeTidy(ink, chain, tolerance);
-    reading.shape = ShapeOf(exact);
+    ExactChain exact = MakeExact(ink, chain);
+    const std::vector<bool> round = FindRoundCorners(ink, chain, exact);
+    const Bounds bounds{XYBox(ink.path.pts), tolerance};
+    const auto tidy = [&] {
+        RoundCorners(ink, chain, round, exact);
+        DrawInCorners(ink, bounds, exact);
+        reading.shape = ShapeOf(exact);
+    };
+    tidy();
     const bool isRegular = preferences.GetRegularPolygonRecognition() && exact.IsPolygon() &&
-                           Regularise(snapRad, exact, reading.shape);
+                           Regularise(snapRad, bounds, exact, reading.shape);
+    reading.connections = FindConnections(ink.path, earlier, preferences, exact);
     if (snapRad > 0.0 && !isRegular) {
-        SnapLines(snapRad, chain);
-        exact = MakeTidy(ink, chain, tolerance);
+        SnapLines(ink.path, snapRad, tolerance, reading.connections, exact, chain);
+        exact = MakeExact(ink, chain);
+        tidy();
     }
     reading.isClosed = exact.isClosed;
-    reading.connections = ConnectEnds(ink.path, earlier, preferences, exact);
+    MoveEnds(ink.path, reading.connections, exact);
     AppendChain(ink.path, exact, reading);
     NameEnds(reading);
 }

@@ -21,8 +21,10 @@ constexpr double kLeastCut = 0.06;       // distance of the ink from a corner th
 constexpr double kSideShare = 0.95;      // of a side: as far as a fillet may reach
 constexpr double kLeastRadius = 0.15;    // sizes: any hand rounds its corners by less
 constexpr double kMostRadius = 2.0;
-// Among many corners one or two are rounded by chance as much as no single one: what was meant is larger.
+// Among many corners one or two are rounded by chance as much as no single one, and who rounds one of several
+// means it to be seen: what was meant is larger.
 constexpr std::size_t kManyCorners = 8;
+constexpr std::size_t kSeveral = 4;
 constexpr double kOfMany = 1.35;
 constexpr double kStops = -4.0; // price of a corner by its pace where the pen stops: in a fillet it does not
 constexpr int kRadii = 24;      // tried, each a fixed share above the last
@@ -163,16 +165,27 @@ Fillet FindFillet(const Corner& corner) {
     return best;
 }
 
-std::optional<ExactPiece> FilletOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
-                                   const ExactPiece& in, const ExactPiece& out, double least) {
-    if (before.last == after.first && JointSite(ink, after.first).pace < kStops)
-        return std::nullopt;
-    const Corner corner = LookAt(ink, before, after, in, out);
-    if (corner.cut < least * kLeastCut)
-        return std::nullopt;
+// The corner before a piece.
+Corner CornerBefore(const PricedPath& ink, const Chain& chain, const ExactChain& exact, std::size_t i) {
+    const std::size_t before = (i + exact.pieces.size() - 1) % exact.pieces.size();
+    return LookAt(ink, chain.pieces[before], chain.pieces[i], exact.pieces[before], exact.pieces[i]);
+}
+
+// How many times as large as it has to be the rounding of a corner is; 0 where none was drawn.
+double RoundnessOf(const PricedPath& ink, const Corner& corner) {
+    if (corner.before->last == corner.after->first && JointSite(ink, corner.after->first).pace < kStops)
+        return 0.0;
+    if (corner.cut < kLeastCut)
+        return 0.0;
     const Fillet fillet = FindFillet(corner);
-    if ((least > 1.0 && fillet.radius < least * kLeastRadius) ||
-        fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
+    if (fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
+        return 0.0;
+    return std::min(corner.cut / kLeastCut, fillet.radius / kLeastRadius);
+}
+
+std::optional<ExactPiece> FilletAt(const Corner& corner) {
+    const Fillet fillet = FindFillet(corner);
+    if (fillet.sumSq == kInfinite)
         return std::nullopt;
     return ExactPiece{
         PieceKind::Arc,           fillet.from, fillet.to, fillet.through, corner.index[fillet.first],
@@ -191,16 +204,32 @@ double SpreadOf(const PricedPath& ink, const Chain& chain) {
 
 } // namespace
 
-void RoundCorners(const PricedPath& ink, const Chain& chain, ExactChain& exact) {
+std::vector<bool> FindRoundCorners(const PricedPath& ink, const Chain& chain, const ExactChain& exact) {
     const std::size_t count = exact.pieces.size();
     if (chain.pieces.size() != count || count < 2 || SpreadOf(ink, chain) > kCarefulSpread)
+        return {};
+    std::vector<double> roundness(count, 0.0);
+    for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i)
+        roundness[i] = RoundnessOf(ink, CornerBefore(ink, chain, exact, i));
+    const auto rounds = std::count_if(roundness.begin(), roundness.end(), [](double r) { return r > 0.0; });
+    if (rounds == 0)
+        return {};
+    const double least = count > kManyCorners || (count >= kSeveral && rounds == 1) ? kOfMany : 1.0;
+    std::vector<bool> corners(count);
+    for (std::size_t i = 0; i < count; ++i)
+        corners[i] = roundness[i] >= least;
+    return corners;
+}
+
+void RoundCorners(const PricedPath& ink, const Chain& chain, const std::vector<bool>& corners,
+                  ExactChain& exact) {
+    const std::size_t count = exact.pieces.size();
+    if (corners.size() != count || chain.pieces.size() != count)
         return;
     std::vector<std::optional<ExactPiece>> fillets(count); // before each piece
-    for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i) {
-        const std::size_t before = (i + count - 1) % count;
-        fillets[i] = FilletOf(ink, chain.pieces[before], chain.pieces[i], exact.pieces[before],
-                              exact.pieces[i], count > kManyCorners ? kOfMany : 1.0);
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        if (corners[i])
+            fillets[i] = FilletAt(CornerBefore(ink, chain, exact, i));
     ExactChain rounded;
     rounded.isClosed = exact.isClosed;
     for (std::size_t i = 0; i < count; ++i) {

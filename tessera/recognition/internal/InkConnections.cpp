@@ -40,16 +40,16 @@ Found NearestFreeEnd(const Point& p, std::span<Curve* const> earlier, double rea
 
 } // namespace
 
-std::vector<InkConnection> ConnectEnds(const InkPath& path, std::span<Curve* const> earlier,
-                                       const SketchRecognizerPreferences& preferences, ExactChain& chain) {
+std::vector<InkConnection> FindConnections(const InkPath& path, std::span<Curve* const> earlier,
+                                           const SketchRecognizerPreferences& preferences,
+                                           const ExactChain& chain) {
     std::vector<InkConnection> connections;
     if (chain.isClosed || earlier.empty())
         return connections;
     const double closing = ClosedStrokeTolerance(preferences, path.scale * path.length);
     for (const bool isLast : {false, true}) {
-        ExactPiece& piece = isLast ? chain.pieces.back() : chain.pieces.front();
-        Point& end = isLast ? piece.to : piece.from;
-        const Point at = path.ToModel(end);
+        const ExactPiece& piece = isLast ? chain.pieces.back() : chain.pieces.front();
+        const Point at = path.ToModel(isLast ? piece.to : piece.from);
         const double reach = kMoveShare * path.scale * piece.from.Distance(piece.to);
         Found found = NearestKeyPoint(at, earlier, preferences, reach);
         if (!found && preferences.GetCurveTidy())
@@ -57,11 +57,31 @@ std::vector<InkConnection> ConnectEnds(const InkPath& path, std::span<Curve* con
         if (!found)
             continue;
         const auto parent = std::find(earlier.begin(), earlier.end(), found->AskParent());
-        connections.push_back({isLast ? static_cast<int>(chain.pieces.size()) - 1 : 0,
-                               isLast ? CurveEnd::End : CurveEnd::Start,
+        connections.push_back({0, isLast ? CurveEnd::End : CurveEnd::Start,
                                static_cast<int>(parent - earlier.begin()), found->AskSnapType(), *found});
-        end = path.FromModel(*found);
     }
+    return connections;
+}
+
+std::optional<Point> PlaceOf(const InkPath& path, std::span<const InkConnection> connections, CurveEnd end) {
+    for (const InkConnection& connection : connections)
+        if (connection.end == end)
+            return path.FromModel(connection.position);
+    return std::nullopt;
+}
+
+void MoveEnds(const InkPath& path, std::span<InkConnection> connections, ExactChain& chain) {
+    for (InkConnection& connection : connections) {
+        const bool isLast = connection.end == CurveEnd::End;
+        connection.curve = isLast ? static_cast<int>(chain.pieces.size()) - 1 : 0;
+        (isLast ? chain.pieces.back().to : chain.pieces.front().from) = path.FromModel(connection.position);
+    }
+}
+
+std::vector<InkConnection> ConnectEnds(const InkPath& path, std::span<Curve* const> earlier,
+                                       const SketchRecognizerPreferences& preferences, ExactChain& chain) {
+    std::vector<InkConnection> connections = FindConnections(path, earlier, preferences, chain);
+    MoveEnds(path, connections, chain);
     return connections;
 }
 

@@ -125,14 +125,18 @@ double LargestDistance(const Retrace& retrace) {
         ->distance;
 }
 
-// A line within the snap angle of an axis is turned onto it, about its middle.
-void SnapToAxis(double angleRad, ExactPiece& line) {
+// A line within the snap angle of an axis is turned onto it, about the end that belongs somewhere or else
+// about its middle; one with two such ends lies as these do.
+void SnapToAxis(double angleRad, const std::optional<Point>& start, const std::optional<Point>& end,
+                ExactPiece& line) {
+    const Point along = end.value_or(line.to) - start.value_or(line.from);
+    const std::optional<Point> axis = AxisNear(along, angleRad);
+    if (!axis || (start && end))
+        return;
+    const Point run = along.Length() * *axis;
     const Point middle = 0.5 * (line.from + line.to);
-    const Point half = 0.5 * (line.to - line.from);
-    if (const std::optional<Point> axis = AxisNear(half, angleRad)) {
-        line.from = middle - half.Length() * *axis;
-        line.to = middle + half.Length() * *axis;
-    }
+    line.from = start ? *start : end ? *end - run : middle - 0.5 * run;
+    line.to = line.from + run;
 }
 
 // What a new line or arc gets, the new form gets too: directions of axes, ends on the other curves.
@@ -147,9 +151,11 @@ void Tidy(const InkPath& path, const SketchRecognizerPreferences& preferences, s
     chain.pieces.push_back(
         {PieceKind::Line, path.FromModel(form->GetStart()), path.FromModel(form->GetEnd()), {}, 0, 0});
     ExactPiece& piece = chain.pieces[0];
+    reading.connections = FindConnections(path, others, preferences, chain);
     if (kind == CurveType_Line)
-        SnapToAxis(SnapAngle(preferences), piece);
-    reading.connections = ConnectEnds(path, others, preferences, chain);
+        SnapToAxis(SnapAngle(preferences), PlaceOf(path, reading.connections, CurveEnd::Start),
+                   PlaceOf(path, reading.connections, CurveEnd::End), piece);
+    MoveEnds(path, reading.connections, chain);
     const Point from = path.ToModel(piece.from);
     const Point to = path.ToModel(piece.to);
     const Point middle = form->GetMidPoint();

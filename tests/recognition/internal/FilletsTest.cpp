@@ -14,7 +14,8 @@ int CountTangent(const InkReading& reading) {
                       [](const InkJoint& joint) { return joint.kind == JointKind::Tangent; }));
 }
 
-// A careful hand's round corners are arcs of their radius that touch both sides; the same box drawn with a
+// A careful hand's round corners are arcs of their radius that touch both sides, also of a box that is turned
+// onto the axes; the same box drawn with a
 // shaky hand, or with corners that any hand rounds so much, is a rectangle.
 TEST(Fillets, RoundCornersOfACarefulHandAreArcs) {
     const struct {
@@ -23,9 +24,9 @@ TEST(Fillets, RoundCornersOfACarefulHandAreArcs) {
         bool isRounded;
     } rows[] = {{30, 0.3, true}, {22, 0.3, true},  {8, 0.3, false}, {0, 0.3, false},
                 {0, 0.0, false}, {22, 1.2, false}, {30, 0.0, true}};
-    unsigned seed = 1;
+    unsigned seed = 2;
     for (const auto& row : rows)
-        for (const double turnedBy : {0.0, 0.5, 2.0}) {
+        for (const double turnedBy : {0.0, 0.04, 0.5, 2.0}) {
             SCOPED_TRACE(testing::Message() << row.radius << " +- " << row.tremor << ", turned " << turnedBy);
             const InkReading reading =
                 InterpretInk(Trembling(RoundedBox(row.radius, turnedBy), row.tremor, ++seed), {});
@@ -35,11 +36,12 @@ TEST(Fillets, RoundCornersOfACarefulHandAreArcs) {
             }
             EXPECT_EQ(reading.curves.size(), 8U);
             EXPECT_EQ(CountTangent(reading), 8);
+            const double moved = turnedBy < 0.08 ? 100.0 * turnedBy : 0.0; // the ends of sides, onto the axes
             for (const InterpretedCurve& made : reading.curves) {
-                EXPECT_LT(made.maxDeviation, 6.0 * row.tremor + 1.0);
+                EXPECT_LT(made.maxDeviation, 6.0 * row.tremor + 1.0 + moved);
                 if (made.curve->GetType() == CurveType_Arc) {
                     EXPECT_NEAR(static_cast<const Arc&>(*made.curve).GetRadius(), row.radius,
-                                0.08 * row.radius + 2.0 * row.tremor);
+                                0.08 * row.radius + 2.0 * row.tremor + moved);
                 }
             }
         }

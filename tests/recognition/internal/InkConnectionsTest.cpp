@@ -67,6 +67,22 @@ TEST(InkConnections, EndsMeetKeyPointsOrEnds) {
     }
 }
 
+// A line near an axis is turned onto it about the end that belongs on a key point, if the other end is near
+// the axis from there: within a twentieth of the length.
+TEST(InkConnections, AJoinedLineNearAnAxisLiesAlongIt) {
+    for (const double off : {-15.0, 2.0, 9.0}) {
+        InkReading reading;
+        const bool isJoined = EndAt({203, 6}, {}, reading, {203 + off, 306}).size() == 1U;
+        const Curve& line = *reading.curves[0].curve;
+        EXPECT_TRUE(isJoined);
+        EXPECT_EQ(line.GetStart().x, line.GetEnd().x) << off;
+        EXPECT_LT(line.GetEnd().Distance({200, 0}), 1e-9);
+    }
+    InkReading tilted;
+    EXPECT_EQ(EndAt({203, 6}, {}, tilted, {220, 306}).size(), 1U);
+    EXPECT_NEAR(tilted.curves[0].curve->GetStart().x, 220, 1.0);
+}
+
 TEST(InkConnections, AShortStrokeKeepsItsShape) {
     InkReading reading;
     EXPECT_TRUE(EndAt({-9, 0}, {}, reading, {-9, 50}).empty()); // a fifth of its length away
