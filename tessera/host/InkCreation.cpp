@@ -92,13 +92,16 @@ std::int32_t CreateElements(const ConstructList& list, const RectangleSink& sink
 
 std::int32_t CreateReading(const InkScene& scene, InkReading& reading, DocumentChange& change,
                            InkOutcome& outcome) {
-    std::erase_if(reading.curves, [](const InterpretedCurve& c) { return c.curve->IsZeroLength(); });
+    if (std::erase_if(reading.curves, [](const InterpretedCurve& c) { return c.curve->IsZeroLength(); }) >
+        0) {
+        reading.joints.clear(); // they name curves by their places
+    }
     if (reading.curves.empty()) {
         return kOk;
     }
     SkInkingCnstrHelper relations(scene.neighbours, scene.toleranceZone, scene.relations);
     if (scene.relations != 0) {
-        relations.Infer(reading.curves);
+        relations.Infer(reading.curves, Geometry::CurvesAsDrawn(scene.ink, reading));
     }
     ConstructList list;
     RectangleSink sink;

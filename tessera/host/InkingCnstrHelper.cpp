@@ -56,15 +56,21 @@ HostConstraint2d SkConstraintHelper::ToHost(const Geometry::InferredConstraint& 
     return constraint;
 }
 
-void SkInkingCnstrHelper::Infer(std::span<Geometry::InterpretedCurve> curves) {
+void SkInkingCnstrHelper::Infer(std::span<Geometry::InterpretedCurve> curves,
+                                std::span<const std::unique_ptr<Curve>> drawn) {
     std::vector<const Curve*> sketch;
+    std::vector<const Curve*> ink(neighbours_.size(), nullptr);
     for (const ElementCurve& neighbour : neighbours_) {
         sketch.push_back(neighbour.curve.get());
     }
     for (const Geometry::InterpretedCurve& curve : curves) {
         sketch.push_back(curve.curve.get());
     }
+    for (const std::unique_ptr<Curve>& curve : drawn) {
+        ink.push_back(curve.get());
+    }
     Geometry::ConstraintOptions options;
+    options.drawn = ink;
     options.toleranceZone = zone_;
     options.kinds &= kinds_;
     options.fixedCount = static_cast<int>(neighbours_.size());

@@ -35,6 +35,8 @@ void CheckInput(std::span<const Curve* const> curves, const ConstraintOptions& o
         Core::ThrowMessage("InferConstraints - spreads must be positive");
     if (options.fixedCount < 0 || static_cast<std::size_t>(options.fixedCount) > curves.size())
         Core::ThrowMessage("InferConstraints - fixed count is out of range");
+    if (!options.drawn.empty() && options.drawn.size() != curves.size())
+        Core::ThrowMessage("InferConstraints - drawn curves do not match");
 }
 
 /// Whether the line's direction as drawn is within the limit of an axis.
@@ -62,6 +64,21 @@ void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const Con
     }
 }
 
+// Tidy curves satisfy what they were made to satisfy: only the ink tells how sure that is.
+void JudgeByInk(std::span<const Curve* const> curves, const ConstraintOptions& options,
+                std::vector<InferredConstraint>& constraints) {
+    std::vector<const Curve*> ink(curves.begin(), curves.end());
+    for (std::size_t i = 0; i < options.drawn.size(); ++i) {
+        const Curve* drawn = options.drawn[i];
+        if (drawn != nullptr && drawn->AskCurveData() != nullptr && drawn->GetType() == ink[i]->GetType() &&
+            drawn->IsClosed() == ink[i]->IsClosed())
+            ink[i] = drawn;
+    }
+    const SketchParameters sketch(ink);
+    for (InferredConstraint& c : constraints)
+        c.confidence = ConfidenceOf(DeviationOf(c, sketch, options));
+}
+
 } // namespace
 
 InferredConstraints InferConstraints(std::span<const Curve* const> curves, const ConstraintOptions& options) {
@@ -74,6 +91,8 @@ InferredConstraints InferConstraints(std::span<const Curve* const> curves, const
 
     InferredConstraints result;
     result.constraints = solver.Accepted();
+    if (!options.drawn.empty())
+        JudgeByInk(curves, options, result.constraints);
     result.largestMotion = solver.LargestMotion();
     result.adjusted.reserve(curves.size());
     for (int i = 0; i < sketch.CurveCount(); ++i)

@@ -68,7 +68,9 @@ struct InferredConstraint {
     /// Tangent without named ends only. Line and circle: +1 when the centre lies left of the line. Two
     /// circles: +1 when each is outside the other, -1 when the second lies inside the first. Else 0.
     int side = 0;
-    /// exp(-d^2 / 2), d the deviation of the curves as given in spreads: 1 exact, 0.011 at the limit.
+    /// exp(-d^2 / 2), d the deviation in spreads of the curves as drawn, or as given where nothing is known
+    /// of the drawing: 1 exact. Curves as given are within three spreads, 0.011; what made them tidy may have
+    /// taken them farther from the drawing.
     double confidence = 0.0;
 };
 
@@ -90,6 +92,9 @@ struct ConstraintOptions {
     /// The first curves, so many, stay as they are: what the others have to fit to. Constraints among
     /// themselves are not inferred.
     int fixedCount = 0;
+    /// What the hand drew for the curves, where they have been made tidy since (CurvesAsDrawn): confidences
+    /// are told by it. Empty, or one for each curve; null or of another kind: the curve as given. Borrowed.
+    std::span<const Curve* const> drawn;
 };
 
 struct InferredConstraints {
@@ -102,8 +107,8 @@ struct InferredConstraints {
 ///
 /// Closed or unclamped splines take no part. Throws "InferConstraints - curve cannot be NULL",
 /// "InferConstraints - CURVE cannot be NULL" (a curve without a record), "InferConstraints - tolerance zone
-/// must be positive", "InferConstraints - spreads must be positive" or "InferConstraints - fixed count is out
-/// of range".
+/// must be positive", "InferConstraints - spreads must be positive", "InferConstraints - fixed count is out
+/// of range" or "InferConstraints - drawn curves do not match".
 TESSERA_API InferredConstraints InferConstraints(std::span<const Curve* const> curves,
                                                  const ConstraintOptions& options);
 

@@ -136,4 +136,11 @@ struct InkReading {
 TESSERA_API InkReading InterpretInk(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
                                     std::span<Curve* const> earlier = {});
 
+/// The curves of a reading as the hand drew them, before anything was made exact: for each line and open arc
+/// the one of least squares through its ink, lines up to the corner in which they meet; null for the others.
+/// They tell how far the ink was from what the reading says (ConstraintOptions::drawn). Throws "CurvesAsDrawn
+/// - out of memory" or the text of the curve that got none.
+TESSERA_API std::vector<std::unique_ptr<Curve>> CurvesAsDrawn(const InkStroke& ink,
+                                                              const InkReading& reading);
+
 } // namespace Tessera::Geometry

@@ -481,6 +481,10 @@ TEST(ConstraintInference, RefusesBadInput) {
     options.sizeSpread = 0.0;
     EXPECT_EQ(ThrownMessage([&] { InferConstraints(good, options); }),
               "InferConstraints - spreads must be positive");
+    options = Zone();
+    options.drawn = bad;
+    EXPECT_EQ(ThrownMessage([&] { InferConstraints(good, options); }),
+              "InferConstraints - drawn curves do not match");
     EXPECT_TRUE(InferConstraints({}, Zone()).constraints.empty());
 }
 

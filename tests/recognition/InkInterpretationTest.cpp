@@ -2,6 +2,7 @@
 
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
+#include "tessera/recognition/ConstraintInference.h"
 #include "tests/support/PenPaths.h"
 #include "tests/support/SegmentDistance.h"
 #include "tests/support/SyntheticInk.h"
@@ -99,6 +100,40 @@ TEST(InkInterpretation, SidesWithinTheSnapAngleLieAlongTheAxes) {
     EXPECT_EQ(along(InterpretInk(ink, preferences)), 4);
     preferences.SetSnapping(false);
     EXPECT_EQ(along(InterpretInk(ink, preferences)), 0);
+}
+
+// A rectangle drawn two degrees off the axes lies along them; how sure that is only the ink can tell: two
+// spreads of a hand. What the pen did not leave open stays certain.
+TEST(CurvesAsDrawn, TellHowFarTheInkWasFromTheReading) {
+    std::vector<Point> pts;
+    const double c = std::cos(kTurn / 180.0);
+    const double s = std::sin(kTurn / 180.0);
+    const Point corners[] = {
+        {0, 0}, {200 * c, 200 * s}, {200 * c - 120 * s, 200 * s + 120 * c}, {-120 * s, 120 * c}};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const std::vector<Point> side = PointsOf(Straight(corners[i], corners[(i + 1) % 4]));
+        pts.insert(pts.end(), side.begin(), side.end());
+    }
+    const InkStroke ink = InkOf(pts);
+    const InkReading reading = Read(ink);
+    ASSERT_EQ(reading.shape, InkShape::Rectangle);
+    const std::vector<std::unique_ptr<Curve>> drawn = CurvesAsDrawn(ink, reading);
+    std::vector<const Curve*> tidy;
+    std::vector<const Curve*> hand;
+    for (std::size_t i = 0; i < 4; ++i) {
+        tidy.push_back(reading.curves[i].curve.get());
+        hand.push_back(drawn[i].get());
+        EXPECT_LT(drawn[i]->GetStart().Distance(corners[i]), 0.5);
+        EXPECT_LT(drawn[i]->GetEnd().Distance(corners[(i + 1) % 4]), 0.5);
+    }
+    ConstraintOptions options;
+    options.toleranceZone = 10.0;
+    options.drawn = hand;
+    const std::vector<InferredConstraint> found = InferConstraints(tidy, options).constraints;
+    ASSERT_EQ(found.size(), 8U);
+    for (const InferredConstraint& constraint : found)
+        EXPECT_NEAR(constraint.confidence,
+                    constraint.kind == ConstraintKind_Coincident ? 1.0 : std::exp(-2.0), 0.03);
 }
 
 TEST(InkInterpretation, WithoutHypothesesTheRulesAnswer) {

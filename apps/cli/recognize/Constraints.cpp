@@ -112,6 +112,13 @@ void ConstrainSketch(std::uint32_t kinds, Sketch& sketch, RecognizedDrawing& dra
     }
     const std::vector<Curve*> curves = sketch.Curves();
     const std::vector<const Curve*> given(curves.begin(), curves.end());
+    std::vector<const Curve*> drawn;
+    for (const SketchStroke& stroke : sketch.strokes) {
+        for (const SketchCurve& curve : stroke.curves) {
+            drawn.push_back(curve.drawn.get());
+        }
+    }
+    options.drawn = drawn;
     const Geometry::InferredConstraints inferred = Geometry::InferConstraints(given, options);
     Adjust(inferred, sketch, drawing.ink);
     const std::vector<CurvePlace> places = PlacesOf(sketch);

@@ -20,10 +20,12 @@ Geometry::InkStroke OnPage(const InkStroke& ink, const WorkingFrame& page) {
 }
 
 /// The curve keeps its place and its name; only a curve of another kind is a new object.
-void Retrace(Geometry::InterpretedCurve& form, Curve* earlier, int by, Sketch& sketch) {
+void Retrace(Geometry::InterpretedCurve& form, std::unique_ptr<Curve> drawn, Curve* earlier, int by,
+             Sketch& sketch) {
     SketchCurve& old = *sketch.Find(earlier);
     old.deviation = form.maxDeviation / sketch.page.scale;
     old.retracedBy = by;
+    old.drawn = std::move(drawn);
     if (!earlier->CopyCurveData(form.curve.get())) {
         for (const CurveEnd end : {CurveEnd::Start, CurveEnd::End}) {
             sketch.RenameEnd({earlier, end}, {form.curve.get(), end});
@@ -33,8 +35,8 @@ void Retrace(Geometry::InterpretedCurve& form, Curve* earlier, int by, Sketch& s
     sketch.strokes.back().retraces = old.curve.get();
 }
 
-void Append(InkReading& reading, const std::vector<Curve*>& earlier, const WorkingFrame& page,
-            SketchStroke& stroke) {
+void Append(InkReading& reading, std::vector<std::unique_ptr<Curve>> drawn,
+            const std::vector<Curve*>& earlier, const WorkingFrame& page, SketchStroke& stroke) {
     const auto curve = [&](int index) { return reading.curves[static_cast<std::size_t>(index)].curve.get(); };
     for (const Geometry::InkJoint& joint : reading.joints) {
         stroke.joints.push_back(
@@ -45,9 +47,10 @@ void Append(InkReading& reading, const std::vector<Curve*>& earlier, const Worki
                                       earlier[static_cast<std::size_t>(connection.earlier)],
                                       connection.keyPoint});
     }
-    for (Geometry::InterpretedCurve& made : reading.curves) {
-        stroke.curves.push_back(
-            {std::move(made.curve), made.firstSample, made.lastSample, made.maxDeviation / page.scale, -1});
+    for (std::size_t i = 0; i < reading.curves.size(); ++i) {
+        Geometry::InterpretedCurve& made = reading.curves[i];
+        stroke.curves.push_back({std::move(made.curve), made.firstSample, made.lastSample,
+                                 made.maxDeviation / page.scale, -1, std::move(drawn[i])});
     }
 }
 
@@ -58,13 +61,15 @@ void InterpretStroke(const InkStroke& ink, const RecognizeOptions& options, Sket
     const std::vector<Curve*> earlier = sketch.Curves();
     Geometry::SketchRecognizerPreferences preferences = options.preferences;
     preferences.SetDoScribble(false); // has been asked
-    InkReading reading = Geometry::InterpretInk(OnPage(ink, sketch.page), preferences, earlier);
+    const Geometry::InkStroke drawing = OnPage(ink, sketch.page);
+    InkReading reading = Geometry::InterpretInk(drawing, preferences, earlier);
+    std::vector<std::unique_ptr<Curve>> drawn = Geometry::CurvesAsDrawn(drawing, reading);
     stroke.shape = reading.shape;
     if (reading.retraced >= 0) {
-        Retrace(reading.curves.front(), earlier[static_cast<std::size_t>(reading.retraced)], stroke.index,
-                sketch);
+        Retrace(reading.curves.front(), std::move(drawn.front()),
+                earlier[static_cast<std::size_t>(reading.retraced)], stroke.index, sketch);
     } else {
-        Append(reading, earlier, sketch.page, sketch.strokes.back());
+        Append(reading, std::move(drawn), earlier, sketch.page, sketch.strokes.back());
     }
 }
 

@@ -151,7 +151,7 @@ struct RecognizedConstraint {
     Geometry::ConstraintKind_e kind = Geometry::ConstraintKind_Coincident;
     std::vector<DrawingElement> elements; ///< 1 to 3, in the kind's order
     int side = 0;                         ///< of tangents without named ends, as InferredConstraint::side
-    double confidence = 0.0;              ///< 1 exact, 0.011 at the limit
+    double confidence = 0.0;              ///< 1 where the ink was exact
 };
 
 struct RecognizedDrawing { // NOLINT(bugprone-exception-escape): moving a JSON value does not throw

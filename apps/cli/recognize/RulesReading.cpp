@@ -65,7 +65,8 @@ std::vector<SketchCurve> ReadByRules(const Drawing& drawing, const InkStroke& in
         curves.push_back({CurveOf(ShapeOf(result->GetResult(), frame), page),
                           static_cast<int>(std::lround(samples[first].source)),
                           static_cast<int>(std::lround(samples[last].source)),
-                          result->GetMaxDeviation() * PieceSize(samples, first, last) / frame.scale, -1});
+                          result->GetMaxDeviation() * PieceSize(samples, first, last) / frame.scale, -1,
+                          nullptr});
     }
     return curves;
 }

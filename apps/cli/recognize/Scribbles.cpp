@@ -211,8 +211,12 @@ private:
     /// The whole curve where there is no such piece.
     SketchCurve PieceOf(int index, const SketchCurve& whole, const Range& range) const {
         double limits[2] = {range.from, range.to};
-        SketchCurve piece{std::unique_ptr<Curve>(whole.curve->Extract(limits)), whole.from, whole.to,
-                          whole.deviation, whole.retracedBy};
+        SketchCurve piece{std::unique_ptr<Curve>(whole.curve->Extract(limits)),
+                          whole.from,
+                          whole.to,
+                          whole.deviation,
+                          whole.retracedBy,
+                          nullptr};
         if (!piece.curve) {
             piece.curve.reset(whole.curve->CopyCurveOnly());
         }

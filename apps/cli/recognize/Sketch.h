@@ -21,6 +21,7 @@ struct SketchCurve {
     int to = 0;
     double deviation = 0.0; ///< ink units
     int retracedBy = -1;
+    std::unique_ptr<Geometry::Curve> drawn; ///< as CurvesAsDrawn tells it; null where it does not
 };
 
 struct SketchEnd {

@@ -59,7 +59,9 @@ public:
         : neighbours_(neighbours), zone_(zone), kinds_(kinds) {}
 
     /// Gives the curves the geometry that satisfies what was inferred. Throws as InferConstraints.
-    void Infer(std::span<Geometry::InterpretedCurve> curves);
+    /// @param drawn as CurvesAsDrawn tells them.
+    void Infer(std::span<Geometry::InterpretedCurve> curves,
+               std::span<const std::unique_ptr<Geometry::Curve>> drawn);
     /// @param members the elements made of the curves given to Infer, in that order.
     std::int32_t CreateConstraints(std::span<const SketchMember> members, DocumentChange& change,
                                    std::vector<HostConstraintId>& made) const;

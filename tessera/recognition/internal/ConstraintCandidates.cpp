@@ -1,7 +1,6 @@
 #include "tessera/recognition/internal/ConstraintCandidates.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "tessera/recognition/internal/ConstraintDeviation.h"
 
@@ -92,7 +91,7 @@ void CandidateList::Propose(ConstraintKind_e kind, std::initializer_list<SketchE
     const double deviation = DeviationOf(c, sketch, options);
     if (!(deviation <= kDeviationLimit))
         return;
-    c.confidence = std::exp(-0.5 * deviation * deviation);
+    c.confidence = ConfidenceOf(deviation);
     candidate.strength = PriorOf(kind) + bonus - 0.5 * deviation * deviation;
     candidates.push_back(candidate);
 }

@@ -107,6 +107,10 @@ private:
 
 } // namespace
 
+double ConfidenceOf(double deviation) {
+    return std::exp(-0.5 * deviation * deviation);
+}
+
 double MirrorSpread(double distanceFromAxisMiddle, const ConstraintOptions& options) {
     // Turning the axis about its middle carries the image twice as far round.
     const double turned =

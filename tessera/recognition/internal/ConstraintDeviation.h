@@ -15,6 +15,9 @@ inline constexpr double kDeviationLimit = 3.0;
 double DeviationOf(const InferredConstraint& c, const SketchParameters& sketch,
                    const ConstraintOptions& options);
 
+/// Of a constraint that the hand missed by so many spreads: 1 for none.
+double ConfidenceOf(double deviation);
+
 /// Spread of a point's mirror image about a drawn axis, model units.
 double MirrorSpread(double distanceFromAxisMiddle, const ConstraintOptions& options);
 

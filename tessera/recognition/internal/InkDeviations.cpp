@@ -89,27 +89,32 @@ Deviations DeviationsFrom(const Curve& curve, std::span<const Vex::Math::Point2>
 
 } // namespace
 
-void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
+void TakeInk(std::span<const InkSample> samples, const InterpretedCurve& made,
+             std::vector<Vex::Math::Point2>& pts) {
     const int n = static_cast<int>(samples.size());
+    const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
+                                                          : made.lastSample + n - made.firstSample;
+    pts.clear();
+    for (int i = 0; i <= count; ++i) {
+        const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
+        pts.push_back({s.x, s.y});
+    }
+}
+
+void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {
     PlaceBreaks(samples, reading);
     std::vector<Vex::Math::Point2> pts;
     pts.reserve(samples.size());
     double sumSq = 0.0;
-    int measured = 0;
+    std::size_t measured = 0;
     for (InterpretedCurve& made : reading.curves) {
-        const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
-                                                              : made.lastSample + n - made.firstSample;
-        pts.clear();
-        for (int i = 0; i <= count; ++i) {
-            const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
-            pts.push_back({s.x, s.y});
-        }
+        TakeInk(samples, made, pts);
         const Deviations deviations = DeviationsFrom(*made.curve, pts);
         made.maxDeviation = deviations.largest;
         sumSq += deviations.sumSq;
-        measured += count + 1;
+        measured += pts.size();
     }
-    reading.handSpread = measured > 0 ? std::sqrt(sumSq / measured) : 0.0;
+    reading.handSpread = measured > 0 ? std::sqrt(sumSq / static_cast<double>(measured)) : 0.0;
 }
 
 } // namespace Tessera::Geometry

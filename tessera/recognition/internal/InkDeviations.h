@@ -2,10 +2,16 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
+#include "tessera/kernel/VexMath.h"
 #include "tessera/recognition/InkInterpretation.h"
 
 namespace Tessera::Geometry {
+
+/// The samples that a curve stands for.
+void TakeInk(std::span<const InkSample> samples, const InterpretedCurve& made,
+             std::vector<Vex::Math::Point2>& pts);
 
 /// Moves the breaks between curves to the samples nearest to their joints, then fills the largest distance of
 /// each curve's samples from it, and the spread of the hand.
