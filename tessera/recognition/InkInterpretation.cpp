@@ -122,7 +122,7 @@ void Interpret(const InkStroke& ink, const SketchRecognizerPreferences& preferen
         return;
     }
     if (!preferences.GetReduceInkCurveDeviation()) {
-        RulesReading(ink, preferences).Take(reading);
+        RulesReading(ink, preferences, preferences.GetCurveTidy()).Take(reading);
         return;
     }
     PricedPath priced(path);

@@ -10,13 +10,13 @@
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
 // Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
-//             curveTidy (closing, hooks; a line drawn forth and back along itself becomes its centre line, or
-//             with thinWallRecognition the two sides of a wall), changeCurveType (closed round strokes become
-//             circles and ellipses and, with curveTidy, slots: two parallel lines and two half circles that
-//             touch them), regularPolygonRecognition (rectangles, rhombi, parallelograms and regular
-//             polygons made exact), oversketch (ink along an earlier curve gives it a new form;
-//             without it such ink is new), snapping (directions of axes, ends onto key points of earlier
-//             curves), doScribble.
+//             curveTidy (closing, hooks, crumbs of the rules' own reading; a line drawn forth and back along
+//             itself becomes its centre line, or with thinWallRecognition the two sides of a wall),
+//             changeCurveType (closed round strokes become circles and ellipses and, with curveTidy, slots:
+//             two parallel lines and two half circles that touch them), regularPolygonRecognition
+//             (rectangles, rhombi, parallelograms and regular polygons made exact), oversketch (ink along an
+//             earlier curve gives it a new form; without it such ink is new), snapping (directions of axes,
+//             ends onto key points of earlier curves), doScribble.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite", "InterpretInk - out of memory"
 //             or the text of the curve that got none; std::bad_alloc where a container got no memory.

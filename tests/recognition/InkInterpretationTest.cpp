@@ -150,6 +150,14 @@ TEST(InkInterpretation, WithoutHypothesesTheRulesAnswer) {
         ASSERT_EQ(bent.shape, InkShape::Arc);
         EXPECT_EQ(bent.curves[0].isReversed, degrees < 0.0);
     }
+    std::vector<Point> pts = PointsOf(Round({0, 3.5}, 3.5, 3.5, 0.25 * kTurn, 0.75 * kTurn), 0.0, 1.0, 10);
+    const std::vector<Point> sides =
+        Joined({Straight({2, 0}, {170, 0}), Straight({170, 2}, {170, 90})}, 0.0, 1.0, 60);
+    pts.insert(pts.end(), sides.begin(), sides.end());
+    const InkStroke corner = InkOf(pts);
+    EXPECT_EQ(InterpretInk(corner, preferences).curves.size(), 2U); // the hook is a crumb
+    preferences.SetCurveTidy(false);
+    EXPECT_EQ(InterpretInk(corner, preferences).curves.size(), 3U);
 }
 
 TEST(InkInterpretation, ScribblesAreNoDrawing) {

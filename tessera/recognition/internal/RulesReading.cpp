@@ -12,6 +12,7 @@
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
+#include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
@@ -77,7 +78,8 @@ private:
 
 } // namespace
 
-RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences)
+RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
+                           bool withoutCrumbs)
     : ink_(ink), preferences_(preferences) {
     double low[2] = {ink.samples[0].x, ink.samples[0].y};
     double high[2] = {low[0], low[1]};
@@ -104,6 +106,8 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     recognizer.SetPreferences(working);
     recognizer.Recognize(stroke, true, CurveType_Line);
     CloseRoundStroke(recognizer);
+    if (withoutCrumbs)
+        SketchRecognizerAccess{recognizer}.RemoveSmallCurves();
     pieces_.reserve(recognizer.GetResults().size());
     while (const std::unique_ptr<RecognizedGeometry> result = pending.Next()) {
         InterpretedCurve made;

@@ -15,7 +15,9 @@ namespace Tessera::Geometry {
 /// to that size and the curves are mapped back. The stroke and the preferences are borrowed.
 class RulesReading {
 public:
-    RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
+    /// With `withoutCrumbs` the curves that are short beside the longest piece are left out.
+    RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
+                 bool withoutCrumbs = false);
 
     int Count() const { return static_cast<int>(pieces_.size()); }
 
