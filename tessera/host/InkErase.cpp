@@ -10,6 +10,7 @@
 #include "tessera/kernel/internal/SmArray.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/ScribbleQuestion.h"
+#include "tessera/recognition/internal/InkSpeeds.h"
 #include "tessera/strokes/Stroke.h"
 
 // A trimmed element keeps its identifier for the first piece that is left of it. The other pieces are new;
@@ -33,24 +34,15 @@ struct ScribbleHits {
     std::unordered_map<int, std::vector<Range>> trimmed; ///< what is cut out of them
 };
 
-/// The samples with their speeds; zero without times.
+/// The samples with their speeds.
 Stroke TimedStroke(const Geometry::InkStroke& ink) {
-    std::vector<double> x;
-    std::vector<double> y;
-    std::vector<double> durations;
-    for (const InkSample& s : ink.samples) {
-        if (!x.empty()) {
-            durations.push_back(s.t - ink.samples[x.size() - 1].t);
-        }
-        x.push_back(s.x);
-        y.push_back(s.y);
+    const std::vector<double> speeds = Geometry::SpeedsOf(ink, 1.0);
+    std::vector<Geometry::StrokePoint> points;
+    points.reserve(speeds.size());
+    for (std::size_t i = 0; i < speeds.size(); ++i) {
+        points.emplace_back(ink.samples[i].x, ink.samples[i].y, speeds[i]);
     }
-    const int n = static_cast<int>(x.size());
-    std::vector<double> speeds(x.size(), 0.0);
-    if (ink.hasTimes) {
-        Stroke::ComputeSpeed(n, x.data(), y.data(), durations.data(), 1.0, speeds.data());
-    }
-    return {n, x.data(), y.data(), speeds.data()};
+    return Stroke(std::move(points));
 }
 
 /// The stroke in which the ink was found to be a scribble.

@@ -55,7 +55,7 @@ public:
 
 private:
     friend class Stroke;                  ///< the search for cusps
-    friend struct SketchRecognizerAccess; ///< tests and the closing of round strokes
+    friend struct SketchRecognizerAccess; ///< tests, the closing of round strokes and the sweeping of crumbs
 
     // --- Pipeline
     void TakeStroke(const Stroke& stroke);

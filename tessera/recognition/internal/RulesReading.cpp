@@ -10,6 +10,7 @@
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkDeviations.h"
+#include "tessera/recognition/internal/InkSpeeds.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
@@ -21,17 +22,6 @@ namespace {
 
 // Diagonal of the box at which the most drawn shapes come back right (45 of 30, 45, 60, 100).
 constexpr double kWorkingDiagonal = 45.0;
-
-// Length per time over the neighbours of sample i.
-double SpeedAt(const InkStroke& ink, std::size_t i) {
-    const InkSample& a = ink.samples[i > 0 ? i - 1 : i];
-    const InkSample& b = ink.samples[i];
-    const InkSample& c = ink.samples[i + 1 < ink.samples.size() ? i + 1 : i];
-    const double time = c.t - a.t;
-    return ink.hasTimes && time > 0.0
-               ? (std::hypot(b.x - a.x, b.y - a.y) + std::hypot(c.x - b.x, c.y - b.y)) / time
-               : 0.0;
-}
 
 InkShape ShapeOf(const Curve& only) {
     switch (only.GetType()) {
@@ -92,11 +82,12 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     x_ = low[0];
     y_ = low[1];
     scale_ = kWorkingDiagonal / std::hypot(high[0] - low[0], high[1] - low[1]);
+    const std::vector<double> speeds = SpeedsOf(ink, scale_);
     std::vector<StrokePoint> points;
     points.reserve(ink.samples.size());
     for (std::size_t i = 0; i < ink.samples.size(); ++i) {
         const InkSample& s = ink.samples[i];
-        points.emplace_back(scale_ * (s.x - x_), scale_ * (s.y - y_), scale_ * SpeedAt(ink, i));
+        points.emplace_back(scale_ * (s.x - x_), scale_ * (s.y - y_), speeds[i]);
     }
     SumPathLengths(points, lengthTo_);
     Stroke stroke(std::move(points));
