@@ -35,9 +35,14 @@ Chain Without(const Chain& chain, bool first, bool last) {
     return rest;
 }
 
+// Two lines enclose nothing; a line and an arc do, and two arcs.
+bool CanEnclose(const Chain& chain) {
+    return chain.pieces.size() > 2 || (chain.pieces.size() == 2 && !AreLines(chain));
+}
+
 // The last piece meets the first near both ends of the ink.
 bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
-    if (chain.pieces.size() < 3)
+    if (!CanEnclose(chain))
         return false;
     const ChainPiece& first = chain.pieces.front();
     const ChainPiece& last = chain.pieces.back();
@@ -62,16 +67,17 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
 
 // The last and the first piece are one.
 bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
-    if (chain.pieces.size() < 4)
+    if (chain.pieces.size() < 3)
         return false;
     const ChainPiece first = chain.pieces.front();
     const ChainPiece last = chain.pieces.back();
-    // Ahead along the first piece the pen may have run on over it as far as it liked; behind it left a gap.
+    // Ahead along the first piece the pen may have run on over it as far as it liked, but where two pieces
+    // would be left, which come near to closing by chance; behind it left a gap.
     const Point gap = ink.path.At(last.last) - ink.path.At(first.first);
     const Point ahead = DirectionAt(ink, first, false);
     const double reach = kCloseReach * ink.closing;
-    if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach ||
-        gap.Dot(ahead) > ink.path.step * (first.last - first.first) + reach)
+    const double most = chain.pieces.size() < 4 ? 0.0 : ink.path.step * (first.last - first.first);
+    if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach || gap.Dot(ahead) > most + reach)
         return false;
     // Two lines make one line: an arc would hide the corner between them.
     const RunPrices both = PriceRun(ink, last.first, first.last);
@@ -88,7 +94,7 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     chain.pieces.front() = whole;
     chain.pieces.pop_back();
     chain.isClosed = true;
-    return true;
+    return CanEnclose(chain);
 }
 
 } // namespace
