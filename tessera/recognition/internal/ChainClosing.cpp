@@ -35,9 +35,9 @@ Chain Without(const Chain& chain, bool first, bool last) {
     return rest;
 }
 
-// Two lines enclose nothing; a line and an arc do, and two arcs.
+// A line and an arc enclose something. Two lines do not; two arcs are what is left of a round.
 bool CanEnclose(const Chain& chain) {
-    return chain.pieces.size() > 2 || (chain.pieces.size() == 2 && !AreLines(chain));
+    return chain.pieces.size() > 2 || (chain.pieces.size() == 2 && !AreLines(chain) && !AreArcs(chain));
 }
 
 // The last piece meets the first near both ends of the ink.
