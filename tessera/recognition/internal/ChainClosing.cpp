@@ -15,9 +15,10 @@ namespace {
 // chance.
 constexpr double kCloseReach = 1.04;
 constexpr double kManySidesReach = 1.36;
-constexpr double kHookShare = 0.3; // of the longest piece: how long a hook may be
-constexpr double kFreeHook = 0.1;  // of the longest piece: a hook even on a shape that stays open
-constexpr double kExtension = 1.0; // of its length: as far as a side is drawn on to close a chain
+constexpr double kHookShare = 0.3;   // of the longest piece: how long a hook may be
+constexpr double kFreeHook = 0.1;    // of the longest piece: a hook even on a shape that stays open
+constexpr double kExtension = 1.0;   // of its length: as far as a side is drawn on to close a chain
+constexpr double kLeastChord = 0.15; // of its arc: five sixths of a round with a flat
 
 double Longest(const Chain& chain) {
     int longest = 0;
@@ -35,14 +36,19 @@ Chain Without(const Chain& chain, bool first, bool last) {
     return rest;
 }
 
-// A line and an arc enclose something. Two lines do not; two arcs are what is left of a round.
-bool CanEnclose(const Chain& chain) {
-    return chain.pieces.size() > 2 || (chain.pieces.size() == 2 && !AreLines(chain) && !AreArcs(chain));
+// A line and an arc enclose something, unless the line is a slip of the pen on a round. Two lines do not; two
+// arcs are what is left of a round.
+bool CanEnclose(const PricedPath& ink, const Chain& chain) {
+    if (chain.pieces.size() != 2 || chain.pieces[0].isArc == chain.pieces[1].isArc)
+        return chain.pieces.size() > 2;
+    const ChainPiece& line = chain.pieces[chain.pieces[0].isArc ? 1 : 0];
+    const ChainPiece& arc = chain.pieces[chain.pieces[0].isArc ? 0 : 1];
+    return PointsIn(ink, line) >= kLeastChord * PointsIn(ink, arc);
 }
 
 // The last piece meets the first near both ends of the ink.
 bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
-    if (!CanEnclose(chain))
+    if (!CanEnclose(ink, chain))
         return false;
     const ChainPiece& first = chain.pieces.front();
     const ChainPiece& last = chain.pieces.back();
@@ -94,7 +100,7 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     chain.pieces.front() = whole;
     chain.pieces.pop_back();
     chain.isClosed = true;
-    return CanEnclose(chain);
+    return CanEnclose(ink, chain);
 }
 
 } // namespace
