@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <numbers>
 
 #include "tessera/core/ThrowMessage.h"
@@ -17,10 +18,20 @@
 // groups of lines apart whose directions nearly meet by the error of a single line: once each group is
 // parallel, the groups differ by the mean of their errors. And a line that was drawn clearly tilted does not
 // become horizontal by way of another that is: axes have no error to share.
+//
+// In a large sketch a candidate may be refused since only a part of the sketch could give way at a time. At
+// the end these come again, many at once: what is meant goes together, and one solution serves all.
 
 namespace Tessera::Geometry {
 
 namespace {
+
+/// Constraints that are tried together: at first, and at least while there are more.
+constexpr std::size_t kFirstBundle = 64;
+constexpr std::size_t kLeastBundle = 8;
+/// Bundles that may fail, and so many more for each that does not.
+constexpr int kPatience = 32;
+constexpr int kReward = 2;
 
 void CheckInput(std::span<const Curve* const> curves, const ConstraintOptions& options) {
     for (const Curve* curve : curves) {
@@ -48,20 +59,71 @@ bool IsAlongAxis(const SketchParameters& sketch, int line, const ConstraintOptio
     return offDeg <= kDeviationLimit * options.directionSpreadDeg;
 }
 
-void TakeStrongest(const std::vector<ConstraintCandidate>& candidates, const ConstraintOptions& options,
-                   SketchParameters& sketch, SketchSolver& solver) {
-    DirectionClasses directions(sketch.CurveCount());
-    for (const ConstraintCandidate& candidate : candidates) {
-        const InferredConstraint& c = candidate.constraint;
-        if (directions.Implies(c) ||
-            (IsKeptByOthers(c.kind) && !(DeviationOf(c, sketch, options) <= kDeviationLimit)))
-            continue;
-        const int newToAxes = directions.NewToAxes(c);
-        if (newToAxes >= 0 && !IsAlongAxis(sketch, newToAxes, options))
+/// Whether the sketch as it is now leaves the constraint open, and near.
+bool IsOpen(const InferredConstraint& c, const SketchParameters& sketch, const ConstraintOptions& options,
+            DirectionClasses& directions) {
+    if (directions.Implies(c) ||
+        (IsKeptByOthers(c.kind) && !(DeviationOf(c, sketch, options) <= kDeviationLimit)))
+        return false;
+    const int newToAxes = directions.NewToAxes(c);
+    return newToAxes < 0 || IsAlongAxis(sketch, newToAxes, options);
+}
+
+/// Returns what could not be taken although it was open.
+std::vector<InferredConstraint> TakeStrongest(const std::vector<ConstraintCandidate>& candidates,
+                                              const SketchParameters& sketch,
+                                              const ConstraintOptions& options, DirectionClasses& directions,
+                                              SketchSolver& solver) {
+    std::vector<InferredConstraint> refused;
+    for (const auto& [c, strength] : candidates) {
+        if (!IsOpen(c, sketch, options, directions))
             continue;
         if (solver.TryAdd(c) != SketchSolver::Verdict::Refused)
             directions.Add(c);
+        else if (IsKeptByOthers(c.kind))
+            refused.push_back(c);
     }
+    return refused;
+}
+
+/// Tries what the windows of a large sketch have refused on its whole, in bundles: larger ones when that
+/// succeeds; else both halves come again, after all others.
+void TakeTogether(std::span<const InferredConstraint> refused, const SketchParameters& sketch,
+                  const ConstraintOptions& options, DirectionClasses& directions, SketchSolver& solver) {
+    std::deque<std::span<const InferredConstraint>> bundles{refused};
+    std::size_t size = kFirstBundle;
+    int patience = kPatience;
+    bool isAnyTaken = false;
+    while (!bundles.empty() && patience > 0 && solver.CanTryTogether()) {
+        const auto bundle = bundles.front().first(std::min(size, bundles.front().size()));
+        bundles.front() = bundles.front().subspan(bundle.size());
+        if (bundles.front().empty())
+            bundles.pop_front();
+        DirectionClasses withBundle = directions;
+        std::vector<InferredConstraint> open;
+        for (const InferredConstraint& c : bundle)
+            if (IsOpen(c, sketch, options, withBundle)) {
+                withBundle.Add(c);
+                open.push_back(c);
+            }
+        if (open.empty())
+            continue;
+        if (solver.TryTogether(open)) {
+            isAnyTaken = true;
+            directions = withBundle;
+            size = std::min(2 * size, refused.size());
+            patience += kReward;
+            continue;
+        }
+        size = std::max(size / 2, kLeastBundle);
+        --patience;
+        if (bundle.size() > 1) {
+            bundles.push_back(bundle.first(bundle.size() / 2));
+            bundles.push_back(bundle.subspan(bundle.size() / 2));
+        }
+    }
+    if (isAnyTaken)
+        solver.Settle();
 }
 
 // Tidy curves satisfy what they were made to satisfy: only the ink tells how sure that is.
@@ -86,8 +148,12 @@ InferredConstraints InferConstraints(std::span<const Curve* const> curves, const
     SketchParameters sketch(curves);
     const double mostTurnRad = kDeviationLimit * options.directionSpreadDeg * std::numbers::pi / 180.0;
     SketchSolver solver(sketch, options.toleranceZone, mostTurnRad, options.fixedCount);
-    TakeStrongest(FindCandidates(sketch, options), options, sketch, solver);
+    DirectionClasses directions(sketch.CurveCount());
+    const std::vector<InferredConstraint> refused =
+        TakeStrongest(FindCandidates(sketch, options), sketch, options, directions, solver);
     solver.Settle();
+    if (!refused.empty() && solver.CanTryTogether())
+        TakeTogether(refused, sketch, options, directions, solver);
 
     InferredConstraints result;
     result.constraints = solver.Accepted();

@@ -10,10 +10,10 @@
 //            docs/constraints.md tells the whole.
 // Errors     thrown as char* texts (see ThrowMessage) before anything is changed.
 // Ownership  curves handed in are borrowed for the call; adjusted copies belong to the result.
-// Cost       near-linear search; what enters costs what is connected with it, up to 200 curves, and the
-// windows
-//            of a large connected part beyond. A chain of 20 joined lines takes half a millisecond, one of
-//            100 lines in any direction 20 milliseconds, one of 1000 half a second.
+// Cost       near-linear search; what enters costs what is connected with it, up to 200 curves, and beyond
+//            that windows of it, and attempts on the whole within a bound that is linear in the number of
+//            curves. A chain of 20 joined lines takes half a millisecond, one of 100 lines in any direction
+//            20 milliseconds, one of 1000 half a second.
 #pragma once
 
 #include <array>
@@ -98,7 +98,8 @@ struct ConstraintOptions {
 };
 
 struct InferredConstraints {
-    std::vector<InferredConstraint> constraints;  ///< strongest first
+    /// Strongest first; then what in a large sketch could be satisfied at the end only.
+    std::vector<InferredConstraint> constraints;
     std::vector<std::unique_ptr<Curve>> adjusted; ///< one for each curve given, satisfying all constraints
     double largestMotion = 0.0;                   ///< of any point of any curve; below the tolerance zone
 };

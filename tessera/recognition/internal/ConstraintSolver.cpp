@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 // Gauss-Newton in the minimum-motion norm. The rows of the accepted equations are kept factored (RowSpace),
 // and a candidate's step is solved with the factor at hand: the sketch moves by a few hundredths of its size,
@@ -17,14 +18,11 @@ namespace Tessera::Geometry {
 
 namespace {
 
-/// Sine of the angle between a row and the span of the others below which it adds nothing: a motion of the
-/// zone in the one direction that is left would take one of fifty zones. A dependent row at a satisfied
-/// sketch leaves 1e-6; between the two lie the neighbours of singular shapes, such as the third parallel pair
-/// of an equilateral hexagon, which solvers find redundant as well.
-constexpr double kLeastSine = 0.02;
-/// The same for rows of the set that are evaluated anew on the way: one that the moving sketch has brought a
-/// little below the limit is judged at the end.
-constexpr double kLeastKeptSine = 0.01;
+/// Of the least sine, for rows of the set that are evaluated anew on the way: one that the moving sketch has
+/// brought a little below the limit is judged at the end.
+constexpr double kKeptShare = 0.5;
+/// Curves that a second attempt leaves where they are.
+constexpr std::size_t kMostPinned = 12;
 /// A sine above this many drifts is trusted although the rows are not fresh.
 constexpr double kDriftMargin = 2.0;
 /// Rows with a smaller part in a combination are left out of it.
@@ -57,9 +55,10 @@ double ExtentOf(const SketchCurve& c, const double* p) {
 ConstraintSolver::ConstraintSolver(SketchParameters& sketch, double toleranceZone, double mostTurnRad)
     : sketch_(sketch), zone_(toleranceZone), mostTurn_(mostTurnRad) {}
 
-void ConstraintSolver::Begin(int fixedCount) {
+void ConstraintSolver::Begin(int fixedCount, double leastSine) {
     const auto curveCount = static_cast<std::size_t>(sketch_.CurveCount());
     const auto parameterCount = static_cast<std::size_t>(sketch_.ParameterCount());
+    leastSine_ = leastSine;
     movable_ = fixedCount < sketch_.CurveCount() ? sketch_.At(fixedCount).first : sketch_.ParameterCount();
     curveOfParameter_.clear();
     extent_.clear();
@@ -95,7 +94,7 @@ ConstraintSolver::Verdict ConstraintSolver::TryAdd(const InferredConstraint& c) 
     AnchorAt(c);
     double sine = Enter(c);
     if (sine < kDriftMargin * drift) {
-        if (sine > kLeastSine)
+        if (sine > leastSine_)
             Leave();
         if (IsCombination(c))
             return Verdict::Dependent;
@@ -103,7 +102,7 @@ ConstraintSolver::Verdict ConstraintSolver::TryAdd(const InferredConstraint& c) 
         DropLost();
         sine = Enter(c);
     }
-    if (!(sine > kLeastSine))
+    if (!(sine > leastSine_))
         return Verdict::Dependent;
     const int renewalsBefore = renewals_;
     if (Converge(kTrialAccuracy) == Outcome::Accepted && MotionsHold(zone_) && TurnsHold(c.kind)) {
@@ -119,16 +118,72 @@ ConstraintSolver::Verdict ConstraintSolver::TryAdd(const InferredConstraint& c) 
     return Verdict::OutOfReach;
 }
 
+bool ConstraintSolver::TryTogether(std::span<const InferredConstraint> set) {
+    std::vector<int> strayed;
+    if (Reaches(set, strayed))
+        return true;
+    if (strayed.empty() || strayed.size() > kMostPinned)
+        return false;
+    const int rowCount = rows_.RowCount();
+    for (const int curve : strayed)
+        Pin(curve);
+    if (Reaches(set, strayed))
+        return true;
+    ResizeRows(rowCount);
+    return false;
+}
+
+/// Enters what is independent and moves the sketch onto it; or leaves everything as it was and tells which
+/// curves would leave their zones.
+bool ConstraintSolver::Reaches(std::span<const InferredConstraint> set, std::vector<int>& strayed) {
+    const std::size_t before = accepted_.size();
+    const int firstRow = rows_.RowCount();
+    for (const InferredConstraint& c : set)
+        Enter(c);
+    open_.resize(static_cast<std::size_t>(rows_.RowCount() - firstRow));
+    std::iota(open_.begin(), open_.end(), firstRow);
+    if (Converge(kTrialAccuracy, 0) == Outcome::Accepted && MotionsHold(zone_) &&
+        TurnsHold(ConstraintKind_EqualLength)) {
+        NoteDrift();
+        return true;
+    }
+    strayed.clear();
+    std::copy_if(changed_.begin(), changed_.end(), std::back_inserter(strayed),
+                 [&](int curve) { return !(sketch_.Motion(curve) < zone_); });
+    Undo();
+    while (accepted_.size() > before)
+        Leave();
+    return false;
+}
+
+/// The curve's coordinates become rows of no constraint.
+void ConstraintSolver::Pin(int curve) {
+    for (int k = 0; k < sketch_.At(curve).count; ++k) {
+        const int place = rows_.RowCount();
+        const SparseEntry entry{sketch_.At(curve).first + k, 1.0};
+        ResizeRows(place + 1);
+        rows_.Fill(place, {&entry, 1}, leastSine_);
+    }
+}
+
+void ConstraintSolver::ResizeRows(int rowCount) {
+    rows_.Truncate(rowCount);
+    rows_.Extend(rowCount - rows_.RowCount());
+    sources_.resize(static_cast<std::size_t>(rowCount), {-1, 0, 0.0});
+    residuals_.resize(sources_.size(), 0.0);
+}
+
 // --- The set --------------------------------------------------------------------------------------------
 
-void ConstraintSolver::Hold(const InferredConstraint& c) {
+bool ConstraintSolver::Hold(const InferredConstraint& c) {
     Append(c, Role::Given);
     double sine = 0.0;
-    Fill(static_cast<int>(accepted_.size()) - 1, kLeastKeptSine, &sine);
+    Fill(static_cast<int>(accepted_.size()) - 1, kKeptShare * leastSine_, &sine);
+    return sine > kKeptShare * leastSine_;
 }
 
 bool ConstraintSolver::Keep(const InferredConstraint& c) {
-    return Enter(c) > kLeastSine;
+    return Enter(c) > leastSine_;
 }
 
 bool ConstraintSolver::IsImplied(const InferredConstraint& c) {
@@ -143,7 +198,7 @@ bool ConstraintSolver::IsImplied(const InferredConstraint& c) {
 double ConstraintSolver::Enter(const InferredConstraint& c) {
     Append(c, Role::Independent);
     double sine = 0.0;
-    if (!Fill(static_cast<int>(accepted_.size()) - 1, kLeastSine, &sine))
+    if (!Fill(static_cast<int>(accepted_.size()) - 1, leastSine_, &sine))
         Leave();
     return sine;
 }
@@ -218,7 +273,7 @@ bool ConstraintSolver::IsCombination(const UnitRow& row) {
     AddToStep(row, 1.0);
     double rest = 1.0;
     double before = 4.0;
-    while (rest > kLeastSine && rest < kLeastProgress * before) {
+    while (rest > leastSine_ && rest < kLeastProgress * before) {
         rows_.Combine(touched_, step_, kLeastShare, combination_);
         for (const SparseEntry& e : combination_)
             if (std::fabs(e.value) > kLeastShare) {
@@ -235,7 +290,7 @@ bool ConstraintSolver::IsCombination(const UnitRow& row) {
     for (int column : touched_)
         step_[column] = isTouched_[column] = 0;
     touched_.clear();
-    return rest <= kLeastSine;
+    return rest <= leastSine_;
 }
 
 void ConstraintSolver::AddToStep(const UnitRow& row, double factor) {
@@ -301,7 +356,7 @@ bool ConstraintSolver::Renew() {
             continue;
         last = number;
         double sine = 0.0;
-        if (!Fill(number, kLeastKeptSine, &sine))
+        if (!Fill(number, kKeptShare * leastSine_, &sine))
             lost_.push_back(number);
         ForCurvesOf(accepted_[number], [&](int curve) { driftOf_[curve] = 0.0; });
     }

@@ -5,6 +5,7 @@
 // An attempt costs what the connected part of the sketch costs that it touches.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "tessera/recognition/internal/ConstraintEquations.h"
@@ -16,6 +17,14 @@ class ConstraintSolver {
 public:
     /// Of the zone: residuals below this are zero at the end.
     static constexpr double kFinalAccuracy = 1e-9;
+    /// Sine of the angle between a row and the span of the others below which it adds nothing: a motion of
+    /// the zone in the one direction that is left would take one of fifty zones. A dependent row at a
+    /// satisfied sketch leaves 1e-6; between the two lie the neighbours of singular shapes, such as the third
+    /// parallel pair of an equilateral hexagon, which solvers find redundant as well.
+    static constexpr double kLeastSine = 0.02;
+    /// The same where hundreds of curves give way as one, none of them far: their motions add up to a long
+    /// step.
+    static constexpr double kLeastSineOfMany = 2e-4;
 
     /// The sketch is borrowed for this object's life.
     /// @param mostTurnRad an equal size that would turn a line by more is not taken.
@@ -23,7 +32,7 @@ public:
 
     /// Starts with the sketch as it is and no constraints. The first fixedCount curves will stay as they are.
     /// To be called first, and whenever the sketch has been changed from outside.
-    void Begin(int fixedCount);
+    void Begin(int fixedCount, double leastSine = kLeastSine);
 
     enum class Verdict {
         Taken,
@@ -32,9 +41,14 @@ public:
     };
     /// Takes the constraint and adjusts the sketch, or leaves everything as it was.
     Verdict TryAdd(const InferredConstraint& c);
+    /// Takes those of the constraints whose rows are independent, all of them, and adjusts the sketch; or
+    /// leaves everything as it was, and false. When a few curves would leave their zones it is tried once
+    /// more with these pinned: after a success the next call is Begin.
+    bool TryTogether(std::span<const InferredConstraint> set);
     /// Takes in a constraint that the sketch satisfies already, to be kept. Its rows may depend on earlier
-    /// ones: where these keep it satisfied that does no harm, and nothing is accepted where they do not.
-    void Hold(const InferredConstraint& c);
+    /// ones (then false): where these keep it satisfied that does no harm, and nothing is accepted where they
+    /// do not.
+    bool Hold(const InferredConstraint& c);
     /// Takes in a constraint that the sketch satisfies already if its rows are independent of earlier ones.
     bool Keep(const InferredConstraint& c);
     /// Whether the constraint holds already and its rows all depend on those of the set.
@@ -48,20 +62,28 @@ public:
 
     const std::vector<InferredConstraint>& Accepted() const { return accepted_; }
     double LargestMotion() const;
+    /// As RowSpace::Work.
+    double Work() const { return rows_.Work(); }
 
 private:
     /// A step that does not bring the residual below this part of the one before counts as a failure of the
     /// iteration.
     static constexpr double kLeastProgress = 0.5;
+    /// Times that the rows are evaluated anew within one attempt before it is given up.
+    static constexpr int kMostRenewals = 4;
     /// A single step of several zones leads nowhere: the constraint asks for another sketch.
     static constexpr double kLongestStep = 4.0;
     enum class Outcome { Accepted, TooFar, Diverged };
     enum class Role : char { Independent, Given, Dropped };
     struct RowSource {
-        int constraint;
+        int constraint; ///< -1: none
         int part;
         double scale; ///< as in UnitRow
     };
+    // Attempts at several.
+    bool Reaches(std::span<const InferredConstraint> set, std::vector<int>& strayed);
+    void Pin(int curve);
+    void ResizeRows(int rowCount);
     // The set.
     void Append(const InferredConstraint& c, Role role);
     double Enter(const InferredConstraint& c);
@@ -82,7 +104,7 @@ private:
     }
     double DriftNear(const InferredConstraint& c) const;
     // Moving the sketch.
-    Outcome Converge(double accuracy);
+    Outcome Converge(double accuracy, int mostRenewals = kMostRenewals);
     bool MoveBy(double limit, double negligible);
     double UpdateResiduals();
     double LargestResidual() const;
@@ -99,7 +121,8 @@ private:
 
     SketchParameters& sketch_;
     double zone_;
-    double mostTurn_;       ///< radians
+    double mostTurn_; ///< radians
+    double leastSine_ = kLeastSine;
     int movable_ = 0;       ///< index of the first parameter that may change
     double rounding_ = 0.0; ///< model units: what no residual can be expected to go below
     std::vector<int> curveOfParameter_;

@@ -17,8 +17,6 @@ constexpr double kLeastStep = 0.01;
 /// step mends.
 constexpr double kLeastInfluence = 1e-4;
 constexpr int kMostSteps = 30;
-/// Times that the rows are evaluated anew within one attempt before it is given up.
-constexpr int kMostRenewals = 4;
 /// Of the zone: how far a point may stray on the way to a solution that keeps it inside.
 constexpr double kOvershoot = 1.2;
 /// A turn that was there before may grow by this factor.
@@ -129,7 +127,7 @@ double ConstraintSolver::LargestResidual() const {
 
 /// Steps until all residuals vanish; those of rows that are not open do. Chord steps, with fresh rows where
 /// these gain too little.
-ConstraintSolver::Outcome ConstraintSolver::Converge(double relativeAccuracy) {
+ConstraintSolver::Outcome ConstraintSolver::Converge(double relativeAccuracy, int mostRenewals) {
     const double accuracy = std::max(relativeAccuracy * zone_, rounding_);
     double before = LargestResidual();
     int renewals = 0;
@@ -139,7 +137,7 @@ ConstraintSolver::Outcome ConstraintSolver::Converge(double relativeAccuracy) {
             return Outcome::TooFar;
         double now = UpdateResiduals();
         if (now > kLeastProgress * before && now > accuracy) {
-            if (++renewals > kMostRenewals || !Renew())
+            if (++renewals > mostRenewals || !Renew())
                 return Outcome::Diverged;
             now = UpdateResiduals();
         }

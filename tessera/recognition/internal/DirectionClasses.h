@@ -34,6 +34,9 @@ public:
         const bool isTiedB = Find(tie.b).first == root;
         return isTiedA == isTiedB ? -1 : isTiedA ? tie.b : tie.a;
     }
+    /// A number for the class of a line, or of the axes after the last line, and its quarter turns, odd or
+    /// even, against others of the class.
+    std::pair<int, char> ClassOf(int line) { return Find(line); }
     void Add(const InferredConstraint& c) {
         const Tie tie = TieOf(c, true);
         if (!tie.ties)

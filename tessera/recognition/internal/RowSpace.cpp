@@ -45,6 +45,7 @@ void RowSpace::SolveForward() {
         const Row& row = rows_[place];
         const double z = work_[place] / row.diagonal;
         work_[place] = z;
+        workDone_ += static_cast<double>(row.later.size());
         for (const SparseEntry& e : row.later)
             work_[e.at] -= e.value * z;
     }
@@ -164,6 +165,7 @@ void RowSpace::SolveBackward(double leastWeight) {
         const Row& row = rows_[tree_[i]];
         double rest = work_[tree_[i]];
         double largest = 0.0;
+        workDone_ += static_cast<double>(row.later.size());
         for (const SparseEntry& e : row.later) {
             rest -= e.value * work_[e.at];
             largest = std::max(largest, std::fabs(work_[e.at]));

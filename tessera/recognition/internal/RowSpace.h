@@ -25,6 +25,8 @@ public:
     void Reset(int columns);
 
     int RowCount() const { return count_; }
+    /// Products taken in solutions since construction: the measure of the work done.
+    double Work() const { return workDone_; }
     bool IsFilled(int place) const { return !rows_[place].entries.empty(); }
     /// Adds empty places at the end.
     void Extend(int places);
@@ -74,6 +76,7 @@ private:
     void PushTree();
 
     int count_ = 0;
+    double workDone_ = 0.0;
     std::vector<Row> rows_;                         ///< those from count_ on wait for reuse
     std::vector<std::vector<SparseEntry>> columns_; ///< the rows of each column, ascending
     // Scratch.

@@ -4,7 +4,8 @@
 // What is connected and small is solved whole (ConstraintSolver). In a larger connected part an attempt moves
 // only a window: curves near the candidate along the constraints, with all else fixed. A window's yes is
 // safe: rows that are independent over some of the columns are independent, and a sketch that can be adjusted
-// with the rest fixed can be adjusted. What only a motion of the whole part could satisfy is refused there.
+// with the rest fixed can be adjusted. What only a motion of the whole part could satisfy is refused there,
+// and may be tried together at the end.
 #pragma once
 
 #include <map>
@@ -26,9 +27,14 @@ public:
     /// Takes the constraint and adjusts the sketch, or leaves everything as it was. Implied: the constraint
     /// holds and is redundant; not every redundant one is known for that.
     Verdict TryAdd(const InferredConstraint& c);
-    /// The last call: moves the sketch nearer to the drawing along the constraints, and drops those that have
-    /// become dependent on earlier ones.
+    /// Moves the sketch nearer to the drawing along the constraints, and drops those that have become
+    /// dependent on others. The last call, but that TryTogether may follow, and then Settle again.
     void Settle();
+    /// Takes those of the constraints that are independent, all of them, with the whole sketch giving way; or
+    /// none, and false.
+    bool TryTogether(std::vector<InferredConstraint> set);
+    /// False when this would cost too much, or when small parts have been solved as a whole anyway.
+    bool CanTryTogether() const { return isWhole_ && whole_.Work() + workToSettle_ < mostWork_; }
 
     const std::vector<InferredConstraint>& Accepted() const { return accepted_; }
     double LargestMotion() const { return whole_.LargestMotion(); }
@@ -52,6 +58,9 @@ private:
     Verdict TryWithGroups(const InferredConstraint& c, DisjointSets& groups);
     Verdict SolveWindow(const InferredConstraint& c);
     // The end.
+    bool HoldWhole();
+    bool SettleWhole();
+    void Drop(const InferredConstraint& dependent);
     void SettleWindow(std::vector<char>& isDropped);
     void Polish();
     bool MoveBy(const std::vector<double>& step);
@@ -74,6 +83,11 @@ private:
     DisjointSets directions_;
     DisjointSets sizes_;
     std::map<std::pair<int, int>, int> refusals_; ///< of making one of two groups
+    // A large sketch as a whole.
+    bool isWhole_ = false;
+    double mostWork_ = 0.0; ///< of the solver, to try more
+    double workToSettle_ = 0.0;
+    std::vector<InferredConstraint> dependent_; ///< constraints of the basis
     // The window at hand: what stays where it is comes first.
     std::vector<int> curves_;
     int windowFixed_ = 0;          ///< so many of them

@@ -3,10 +3,11 @@
 
 #include "tessera/recognition/internal/SketchSolver.h"
 
-// A large part of the sketch is settled by windows that overlap by half. Each leaves its constraints
-// satisfied but for those that its fixed surroundings have to satisfy, which keep the accuracy of trials;
-// conjugate gradients over the whole sketch take away what is left (M. R. Hestenes, E. Stiefel, J. Res. Nat.
-// Bur. Standards 49 (1952) 409-436). They need no factor, and a step this small needs no full accuracy.
+// Where the whole is too much, a large part of the sketch is settled by windows that overlap by half. Each
+// leaves its constraints satisfied but for those that its fixed surroundings have to satisfy, which keep the
+// accuracy of trials; conjugate gradients over the whole sketch take away what is left (M. R. Hestenes, E.
+// Stiefel, J. Res. Nat. Bur. Standards 49 (1952) 409-436). They need no factor, and a step this small needs
+// no full accuracy.
 
 namespace Tessera::Geometry {
 
@@ -81,6 +82,8 @@ void SketchSolver::Settle() {
         accepted_ = whole_.Accepted();
         return;
     }
+    if (SettleWhole())
+        return;
     std::vector<char> isDropped(accepted_.size(), 0);
     std::vector<char> isSettled(placeOf_.size(), 0);
     for (int curve = fixedCount_; curve < sketch_.CurveCount(); ++curve) {
