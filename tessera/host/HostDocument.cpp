@@ -19,19 +19,29 @@ auto* ById(Elements& elements, HostElementId id) {
     return at != elements.end() && at->id == id ? &*at : nullptr;
 }
 
-/// The index-th of those that hold; null beyond the last.
-template <class List, class Holds>
-auto* NthOf(const List& list, std::int32_t index, Holds holds) {
-    for (const auto& item : list) {
-        if (holds(item) && index-- == 0) {
-            return &item;
-        }
-    }
-    return static_cast<const typename List::value_type*>(nullptr);
+bool IsShown(const HostDocument& /*of*/, const HostDocument::Element& element) {
+    return !element.isRemoved;
 }
 
-bool IsPresent(const HostDocument::Element& element) {
-    return !element.isRemoved;
+bool IsShown(const HostDocument& document, const HostConstraint2d& constraint) {
+    return document.IsShown(constraint);
+}
+
+/// The index-th that is shown; null when there is none.
+template <class List>
+auto* NthShown(const HostDocument& document, const List& list, std::int32_t index) {
+    if (document.removedCount == 0 && index >= 0 && static_cast<std::size_t>(index) < list.size()) {
+        return &list[static_cast<std::size_t>(index)];
+    }
+    const auto found = std::find_if(
+        list.begin(), list.end(), [&](const auto& item) { return IsShown(document, item) && index-- == 0; });
+    return found == list.end() ? nullptr : &*found;
+}
+
+template <class List>
+std::int32_t CountShown(const HostDocument& document, const List& list) {
+    return static_cast<std::int32_t>(
+        std::count_if(list.begin(), list.end(), [&](const auto& item) { return IsShown(document, item); }));
 }
 
 } // namespace
@@ -93,6 +103,7 @@ void CommitDocument(HostDocument& document) {
         return isTouched && !(ConstraintError(document, constraint) <= tolerance);
     });
     std::erase_if(document.elements, [](const HostDocument::Element& element) { return element.isRemoved; });
+    document.removedCount = 0;
     for (HostDocument::Element& element : document.elements) {
         element.isChanged = false;
     }
@@ -161,6 +172,7 @@ std::int32_t TesseraHost_RemoveElement(HostDocument* document, HostElementId ele
         return TESSERA_REPORT(kErrorInvalidArgument, kName);
     }
     found->isRemoved = true;
+    ++document->removedCount;
     CommitDocument(*document);
     return kOk;
 }
@@ -169,8 +181,7 @@ std::int32_t TesseraHost_AskElementCount(const HostDocument* document) {
     if (document == nullptr) {
         return TESSERA_REPORT(kErrorPointer, "TesseraHost_AskElementCount");
     }
-    return static_cast<std::int32_t>(
-        std::count_if(document->elements.begin(), document->elements.end(), IsPresent));
+    return CountShown(*document, document->elements);
 }
 
 std::int32_t TesseraHost_AskElementAt(const HostDocument* document, std::int32_t index,
@@ -179,7 +190,7 @@ std::int32_t TesseraHost_AskElementAt(const HostDocument* document, std::int32_t
     if (document == nullptr || geometry == nullptr) {
         return TESSERA_REPORT(kErrorPointer, kName);
     }
-    const HostDocument::Element* found = index < 0 ? nullptr : NthOf(document->elements, index, IsPresent);
+    const HostDocument::Element* found = NthShown(*document, document->elements, index);
     if (found == nullptr) {
         return TESSERA_REPORT(kErrorInvalidArgument, kName);
     }
@@ -224,9 +235,7 @@ std::int32_t TesseraHost_AskConstraintCount(const HostDocument* document) {
     if (document == nullptr) {
         return TESSERA_REPORT(kErrorPointer, "TesseraHost_AskConstraintCount");
     }
-    return static_cast<std::int32_t>(
-        std::count_if(document->constraints.begin(), document->constraints.end(),
-                      [&](const HostConstraint2d& c) { return document->IsShown(c); }));
+    return CountShown(*document, document->constraints);
 }
 
 std::int32_t TesseraHost_AskConstraintAt(const HostDocument* document, std::int32_t index,
@@ -235,10 +244,7 @@ std::int32_t TesseraHost_AskConstraintAt(const HostDocument* document, std::int3
     if (document == nullptr || constraint == nullptr) {
         return TESSERA_REPORT(kErrorPointer, kName);
     }
-    const HostConstraint2d* found =
-        index < 0 ? nullptr : NthOf(document->constraints, index, [&](const HostConstraint2d& c) {
-            return document->IsShown(c);
-        });
+    const HostConstraint2d* found = NthShown(*document, document->constraints, index);
     if (found == nullptr) {
         return TESSERA_REPORT(kErrorInvalidArgument, kName);
     }

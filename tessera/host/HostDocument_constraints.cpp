@@ -28,7 +28,10 @@ struct Member {
     const Curve& CurveOfMember() const { return *element->curve; }
     bool IsLine() const { return CurveOfMember().GetType() == Geometry::CurveType_Line; }
     bool IsCircular() const { return CurveOfMember().GetType() == Geometry::CurveType_Arc; }
-    bool HasEnds() const { return !CurveOfMember().IsClosed(); }
+    /// Those of a B-spline may be the same point.
+    bool HasEnds() const {
+        return !CurveOfMember().IsClosed() || CurveOfMember().GetType() == Geometry::CurveType_Spline;
+    }
     bool IsEnd() const { return point == kHostPointStart || point == kHostPointEnd; }
     /// Whether the member names the end at which the curve's parameter is lowest.
     bool IsAtLow() const { return (point == kHostPointStart) != element->endsExchanged; }

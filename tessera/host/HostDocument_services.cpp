@@ -91,6 +91,7 @@ std::int32_t Remove(void*, HostDocument* document, HostElementId id) {
         return kErrorInvalidArgument;
     }
     element->isRemoved = true;
+    ++document->removedCount;
     return kOk;
 }
 
@@ -100,6 +101,7 @@ std::int32_t Restore(void*, HostDocument* document, HostElementId id) {
         return kErrorInvalidArgument;
     }
     element->isRemoved = false;
+    --document->removedCount;
     return kOk;
 }
 

@@ -103,3 +103,19 @@ std::int32_t TesseraHost_InstallServices(const HostServices* services) {
     Announce();
     return kOk;
 }
+
+std::int32_t TesseraHost_AskReferenceServices(HostServices* services) {
+    using namespace Tessera::Host;
+    constexpr const char* kName = "TesseraHost_AskReferenceServices";
+    if (services == nullptr) {
+        return TESSERA_REPORT(kErrorPointer, kName);
+    }
+    if (services->size < kPolyLineSize) {
+        return TESSERA_REPORT(kErrorInvalidArgument, kName);
+    }
+    const std::size_t size = std::min(services->size, sizeof(HostServices));
+    const HostServices reference = ReferenceHostServices();
+    std::memcpy(services, &reference, size);
+    services->size = size;
+    return kOk;
+}

@@ -121,4 +121,10 @@ struct HostServices {
 ///         `size` ends before HCreateLine2d. A refused table changes nothing.
 TESSERA_API std::int32_t TesseraHost_InstallServices(const HostServices* services);
 
+/// Tells the table of the built-in reference host, to be installed with some of its functions replaced. They
+/// make no use of the context, which is null.
+/// @param services [out] `size` set by the caller; no more than that is written, and `size` tells how much.
+/// @return 0; 0x80004003 for a null pointer, 0x80070057 when `size` ends before HCreateLine2d.
+TESSERA_API std::int32_t TesseraHost_AskReferenceServices(HostServices* services);
+
 } // extern "C"

@@ -90,8 +90,9 @@ ScribbleHits FindHits(const InkScene& scene, Stroke& stroke) {
 
 /// What is left of the curve between the ranges, in the order of its parameter.
 std::vector<Range> Remaining(const Curve& curve, std::vector<Range> cut) {
-    // Of the parameter's extent: a piece this short is nothing.
-    constexpr double kShortest = 1e-9;
+    // Of the parameter's extent: a hand that scratches out an end does not aim at the last point, so a shorter
+    // rest goes with what is cut.
+    constexpr double kShortest = 0.05;
     double limits[2];
     curve.AskRange(limits);
     const double extent = limits[1] - limits[0];

@@ -152,6 +152,8 @@ TEST(HostDocument, ConstraintErrorsAreDistances) {
     const HostElementId small = AddTo(document, CircleElement({5, 9}, 1));
     const HostElementId arc =
         AddTo(document, ArcElement({10, 1}, {11, 2}, {10 + std::sqrt(0.5), 2 - std::sqrt(0.5)}));
+    const HostElementId drop =
+        AddTo(document, Bspline({{0, 0}, {2, 3}, {4, 0}, {0, 0}}, {0, 0, 0, 0.5, 1, 1, 1}));
     struct Row {
         std::int32_t kind;
         std::vector<HostConstraintMember> members;
@@ -163,6 +165,7 @@ TEST(HostDocument, ConstraintErrorsAreDistances) {
     };
     const Row rows[] = {
         {kHostConstraintCoincident, {end(flat, kHostPointEnd), end(tilted, kHostPointStart)}, 0, 3},
+        {kHostConstraintCoincident, {end(drop, kHostPointStart), end(drop, kHostPointEnd)}, 0, 0},
         {kHostConstraintHorizontal, {end(tilted)}, 0, 6},
         {kHostConstraintVertical, {end(tilted)}, 0, 8},
         {kHostConstraintParallel, {end(flat), end(tilted)}, 0, 6},

@@ -168,6 +168,13 @@ TEST(HostServicesTable, AnInstalledTableIsToldAndUsed) {
         ASSERT_EQ(host.reports.size(), 2u);
         EXPECT_EQ(static_cast<std::uint32_t>(host.reports[0].code), 0x80004003u);
         EXPECT_EQ(registrationCount, 1) << "the table in force stays";
+        EXPECT_EQ(static_cast<std::uint32_t>(TesseraHost_AskReferenceServices(nullptr)), 0x80004003u);
+        EXPECT_EQ(static_cast<std::uint32_t>(TesseraHost_AskReferenceServices(&lacking)), 0x80070057u);
+        lacking = {};
+        lacking.size = offsetof(HostServices, HCreateArc2d); // of an older program
+        EXPECT_EQ(TesseraHost_AskReferenceServices(&lacking), 0);
+        EXPECT_EQ(lacking.size, offsetof(HostServices, HCreateArc2d));
+        EXPECT_TRUE(lacking.HCreateLine2d != nullptr && lacking.HCreateArc2d == nullptr);
     }
     EXPECT_EQ(TesseraHost_AskRegistrationCount(), before + 2)
         << "of the probe's first table and the way back";

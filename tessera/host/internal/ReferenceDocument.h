@@ -21,6 +21,7 @@ struct HostDocument {
     double toleranceZone = 10.0;
     std::vector<Element> elements;             ///< by ascending identifier
     std::vector<HostConstraint2d> constraints; ///< by ascending identifier
+    std::size_t removedCount = 0; ///< elements that are removed; while there are none, nothing is hidden
     std::int64_t lastId = 0;
     HostElementId target = 0;
 
