@@ -1,196 +1,35 @@
 #include "apps/cli/RecognizeCommand.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <istream>
-#include <iterator>
 #include <ostream>
-#include <set>
 
-#include <unistd.h>
-
-#include "apps/cli/ProgressBar.h"
-#include "apps/cli/ink/InkReader.h"
+#include "apps/cli/CommandRun.h"
 
 namespace Tessera::Tool {
 
 namespace {
 
-std::string ReadStream(std::istream& in) {
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-std::string ReadFile(const std::string& name) {
-    if (std::filesystem::is_directory(name)) {
-        throw InkError("is a directory");
-    }
-    std::ifstream file(name, std::ios::binary);
-    if (!file) {
-        throw InkError(std::strerror(errno));
-    }
-    std::string text = ReadStream(file);
-    if (file.bad()) {
-        throw InkError("cannot be read to its end");
-    }
-    return text;
-}
-
-const char* ExtensionOf(OutputFormat format) {
-    switch (format) {
-    case OutputFormat::Svg:
-        return ".svg";
-    case OutputFormat::Json:
-    case OutputFormat::ScribbleJson:
-        return ".json";
-    case OutputFormat::Summary:
-    case OutputFormat::ScribbleSummary:
-        break;
-    }
-    return ".txt";
-}
-
-class RecognizeRun {
+class RecognizeOutput : public CommandOutput {
 public:
-    RecognizeRun(const CommandLine& line, std::istream& in, std::ostream& out, std::ostream& err)
-        : line_(line), in_(in), out_(out), err_(err),
-          progress_(err, line.inputs.size(), ShowsProgress(line)) {
-        const std::filesystem::path output = line.output;
-        isDirectory_ =
-            line.output != "-" && (!output.has_filename() || std::filesystem::is_directory(output));
-    }
+    RecognizeOutput(const CommandLine& line, std::ostream& out)
+        : options_(line.options), writer_(MakeWriter(line.format, out, line.showsGlyphs)) {}
 
-    int Run() {
-        try {
-            if (isDirectory_) {
-                std::filesystem::create_directories(line_.output);
-            }
-            for (const std::string& input : line_.inputs) {
-                RunFile(input);
-                progress_.Advance();
-            }
-            CloseOutput();
-        } catch (const std::exception& error) {
-            Report(line_.output, error.what());
-            status_ = kBadFile;
-        }
-        return status_;
+    std::vector<StrokeProblem> Add(Drawing ink) override {
+        const RecognizedDrawing drawing = RecognizeDrawing(std::move(ink), options_);
+        writer_->Add(drawing);
+        return ProblemsOf(drawing.strokes);
     }
+    void Finish() override { writer_->Finish(); }
 
 private:
-    static bool ShowsProgress(const CommandLine& line) {
-        return !line.isQuiet && line.inputs.size() > 1 && isatty(STDERR_FILENO) == 1;
-    }
-
-    /// One line, whatever the file or its name holds.
-    void Report(const std::string& file, const std::string& message) {
-        std::string line = (file == "-" ? "standard input" : file) + ": " + message;
-        std::replace_if(
-            line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
-        progress_.Clear();
-        err_ << "tessera: " << line << '\n';
-    }
-
-    void RunFile(const std::string& input) {
-        InkFile file;
-        try {
-            file = ReadInk(input == "-" ? ReadStream(in_) : ReadFile(input), input);
-        } catch (const InkError& error) {
-            Report(input, error.what());
-            status_ = kBadFile;
-            return;
-        }
-        if (isDirectory_) {
-            OpenOutput((std::filesystem::path(line_.output) / OutputName(input)).string());
-        } else if (writer_ == nullptr) { // only now: broken input leaves an older result alone
-            OpenOutput(line_.output);
-        }
-        for (Drawing& drawing : file.drawings) {
-            const RecognizedDrawing recognized = RecognizeDrawing(std::move(drawing), line_.options);
-            ReportProblems(input, recognized, file.isLines);
-            writer_->Add(recognized);
-        }
-        if (isDirectory_) {
-            CloseOutput();
-        }
-    }
-
-    /// The input's name with the output's extension, numbered when two inputs have the same.
-    std::string OutputName(const std::string& input) {
-        const std::string stem = input == "-" ? "stdin" : std::filesystem::path(input).stem().string();
-        std::string name = stem + ExtensionOf(line_.format);
-        for (int copy = 2; !names_.insert(name).second; ++copy) {
-            name = stem + "-" + std::to_string(copy) + ExtensionOf(line_.format);
-        }
-        return name;
-    }
-
-    void ReportProblems(const std::string& input, const RecognizedDrawing& drawing, bool isLines) {
-        const auto tell = [&](const std::string& message) {
-            status_ = std::max<int>(status_, kBadStroke);
-            if (!line_.isQuiet) {
-                Report(input, message);
-            }
-        };
-        if (!drawing.ink.problem.empty()) {
-            tell(drawing.ink.problem);
-            return;
-        }
-        const std::string id =
-            drawing.ink.id.is_string() ? drawing.ink.id.get<std::string>() : drawing.ink.id.dump();
-        for (const RecognizedStroke& stroke : drawing.strokes) {
-            if (!stroke.problem.empty()) {
-                tell((isLines ? id + ", " : "") + "stroke " + std::to_string(stroke.index) + ": " +
-                     stroke.problem);
-            }
-        }
-    }
-
-    void OpenOutput(const std::string& name) {
-        if (name == "-") {
-            writer_ = MakeWriter(line_.format, out_, line_.showsGlyphs);
-            return;
-        }
-        file_.open(name, std::ios::binary | std::ios::trunc);
-        if (!file_) {
-            throw InkError(std::string("cannot be written: ") + std::strerror(errno));
-        }
-        writer_ = MakeWriter(line_.format, file_, line_.showsGlyphs);
-    }
-
-    void CloseOutput() {
-        if (writer_ == nullptr) {
-            return;
-        }
-        writer_->Finish();
-        writer_.reset();
-        const bool isGood = file_.is_open() ? file_.good() : out_.good();
-        if (file_.is_open()) {
-            file_.close();
-        }
-        if (!isGood) {
-            throw InkError("cannot be written to its end");
-        }
-    }
-
-    const CommandLine& line_;
-    std::istream& in_;
-    std::ostream& out_;
-    std::ostream& err_;
-    ProgressBar progress_;
-    bool isDirectory_ = false;
-    std::ofstream file_;
+    const RecognizeOptions& options_;
     std::unique_ptr<DrawingWriter> writer_;
-    std::set<std::string> names_;
-    int status_ = kFine;
 };
 
 } // namespace
 
 int RunRecognize(const CommandLine& line, std::istream& in, std::ostream& out, std::ostream& err) {
-    return RecognizeRun(line, in, out, err).Run();
+    const auto makeOutput = [&](std::ostream& to) { return std::make_unique<RecognizeOutput>(line, to); };
+    return RunCommand(line, makeOutput, in, out, err);
 }
 
 } // namespace Tessera::Tool

@@ -254,6 +254,10 @@ WorkingFrame FixedFrame(double scale) {
     return {{0.0, 0.0}, scale, 0.0};
 }
 
+WorkingFrame ChosenFrame(const Drawing& drawing, const std::optional<double>& inkScale) {
+    return inkScale ? FixedFrame(*inkScale) : PageFrame(drawing);
+}
+
 std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame) {
     std::vector<PreparedSample> samples = PlaceSamples(stroke, frame);
     if (stroke.isTimed) {

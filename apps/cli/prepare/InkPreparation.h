@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "apps/cli/ink/Ink.h"
@@ -28,7 +29,8 @@ struct WorkingFrame {
     bool IsUsable() const;
 
 private:
-    double Rounded(double x) const { return grid > 0.0 ? std::round(x * grid) / grid : x; }
+    /// Nor is there a negative zero.
+    double Rounded(double x) const { return (grid > 0.0 ? std::round(x * grid) / grid : x) + 0.0; }
 };
 
 struct PreparedSample {
@@ -49,6 +51,12 @@ WorkingFrame AutomaticFrame(const Drawing& drawing);
 
 /// Frame about the origin: the input's coordinates times `scale`.
 WorkingFrame FixedFrame(double scale);
+
+/// The fixed frame where a scale is given, else that of the page.
+WorkingFrame ChosenFrame(const Drawing& drawing, const std::optional<double>& inkScale);
+
+/// The problem of a stroke in a frame that is not usable.
+inline constexpr const char* kFrameProblem = "too large or too small to compute with";
 
 /// The stroke's samples as they are, with their speeds.
 std::vector<PreparedSample> TakeSamples(const InkStroke& stroke, const WorkingFrame& frame);

@@ -32,14 +32,14 @@ RecognizedDrawing RecognizeDrawing(Drawing ink, const RecognizeOptions& options)
     drawing.ink = std::move(ink);
     drawing.strokes.reserve(drawing.ink.strokes.size());
     Sketch sketch;
-    sketch.page = options.inkScale ? FixedFrame(*options.inkScale) : PageFrame(drawing.ink);
+    sketch.page = ChosenFrame(drawing.ink, options.inkScale);
     for (const InkStroke& strokeInk : drawing.ink.strokes) {
         RecognizedStroke& stroke = drawing.strokes.emplace_back();
         stroke.index = static_cast<int>(drawing.strokes.size()) - 1;
         stroke.points = static_cast<int>(strokeInk.samples.size());
         stroke.problem = strokeInk.problem;
         if (stroke.problem.empty() && !sketch.page.IsUsable()) {
-            stroke.problem = "too large or too small to compute with";
+            stroke.problem = kFrameProblem;
         }
         sketch.strokes.emplace_back();
         if (stroke.problem.empty()) {

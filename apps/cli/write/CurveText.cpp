@@ -81,11 +81,12 @@ std::string DescribeCounts(const KindCounts& counts) {
     return text.empty() ? "nothing" : text;
 }
 
-std::string DescribeConstraints(const std::vector<RecognizedConstraint>& constraints) {
-    std::array<int, Geometry::kConstraintKindCount> counts{};
-    for (const RecognizedConstraint& constraint : constraints) {
-        ++counts[constraint.kind];
-    }
+std::string DescribeTotals(std::size_t drawings, std::size_t strokes, const KindCounts& counts) {
+    return "all together: " + Plural(drawings, "drawing") + ", " + Plural(strokes, "stroke") + ", " +
+           DescribeCounts(counts);
+}
+
+std::string DescribeConstraints(const ConstraintCounts& counts) {
     std::string text;
     for (int kind = 0; kind < Geometry::kConstraintKindCount; ++kind) {
         if (counts[kind] > 0) {
@@ -94,6 +95,10 @@ std::string DescribeConstraints(const std::vector<RecognizedConstraint>& constra
         }
     }
     return text.empty() ? "none" : text;
+}
+
+std::string Plural(std::size_t count, const char* noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 } // namespace Tessera::Tool

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "apps/cli/recognize/RecognizedDrawing.h"
 
@@ -27,7 +28,26 @@ void CountKinds(const RecognizedStroke& stroke, KindCounts& counts);
 /// "3 lines, 1 elliptic arc"; "nothing" when all are 0.
 std::string DescribeCounts(const KindCounts& counts);
 
-/// "2 horizontal, 1 equal length"; "none" without any.
-std::string DescribeConstraints(const std::vector<RecognizedConstraint>& constraints);
+/// "all together: 2 drawings, 5 strokes, 3 lines"
+std::string DescribeTotals(std::size_t drawings, std::size_t strokes, const KindCounts& counts);
+
+/// How many constraints there are of each kind.
+using ConstraintCounts = std::array<int, Geometry::kConstraintKindCount>;
+
+/// "2 horizontal, 1 equal length"; "none" when all are 0.
+std::string DescribeConstraints(const ConstraintCounts& counts);
+
+/// "1 cusp", "2 cusps".
+std::string Plural(std::size_t count, const char* noun);
+
+/// "stroke 2", "strokes 0, 2".
+template <class Number>
+std::string NumberList(const char* noun, const std::vector<Number>& numbers) {
+    std::string text = noun + std::string(numbers.size() == 1 ? "" : "s");
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        text += (i > 0 ? ", " : " ") + std::to_string(numbers[i]);
+    }
+    return text;
+}
 
 } // namespace Tessera::Tool

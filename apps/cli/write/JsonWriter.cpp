@@ -1,69 +1,16 @@
 #include <ostream>
 
-#include <nlohmann/json.hpp>
-
 #include "apps/cli/write/DrawingWriter.h"
+#include "apps/cli/write/JsonValues.h"
 
 namespace Tessera::Tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json Pair(const Position& p) {
-    return Json::array({p.x, p.y});
-}
-
-/// Adds the fields of a shape behind those that all curves share.
-struct ShapeFields {
-    Json& json;
-
-    void operator()(const LineShape& line) const {
-        json["start"] = Pair(line.start);
-        json["end"] = Pair(line.end);
-    }
-    void operator()(const ArcShape& arc) const {
-        json["center"] = Pair(arc.center);
-        json["radius"] = arc.radius;
-        json["start_angle"] = arc.startAngle;
-        json["end_angle"] = arc.endAngle;
-        json["start"] = Pair(arc.start);
-        json["end"] = Pair(arc.end);
-    }
-    void operator()(const CircleShape& circle) const {
-        json["center"] = Pair(circle.center);
-        json["radius"] = circle.radius;
-    }
-    void operator()(const EllipseShape& ellipse) const {
-        json["center"] = Pair(ellipse.center);
-        json["radii"] = Json::array({ellipse.radii[0], ellipse.radii[1]});
-        json["rotation"] = ellipse.rotation;
-    }
-    void operator()(const EllipticArcShape& arc) const {
-        (*this)(arc.ellipse);
-        json["start_angle"] = arc.startAngle;
-        json["end_angle"] = arc.endAngle;
-        json["start"] = Pair(arc.start);
-        json["end"] = Pair(arc.end);
-    }
-    void operator()(const SplineShape& spline) const {
-        json["degree"] = spline.degree;
-        json["closed"] = spline.isClosed;
-        json["knots"] = spline.knots;
-        json["poles"] = Json::array();
-        for (const Position& pole : spline.poles) {
-            json["poles"].push_back(Pair(pole));
-        }
-        if (!spline.weights.empty()) {
-            json["weights"] = spline.weights;
-        }
-    }
-};
-
 Json CurveObject(const RecognizedCurve& curve) {
     Json json = {
         {"kind", curve.KindName()}, {"from", curve.from}, {"to", curve.to}, {"deviation", curve.deviation}};
-    std::visit(ShapeFields{json}, curve.shape);
+    AddShape(curve.shape, json);
     if (curve.retracedBy >= 0) {
         json["retraced_by"] = curve.retracedBy;
     }
@@ -143,7 +90,7 @@ Json DimensionObject(const DrawnDimension& dimension) {
                  {"arrowheads", Json::array()}};
     for (const CurveShape& line : dimension.lines) {
         Json shape = {{"kind", kCurveKindNames[line.index()]}};
-        std::visit(ShapeFields{shape}, line);
+        AddShape(line, shape);
         json["lines"].push_back(std::move(shape));
     }
     for (const auto& [tip, left, right] : dimension.arrowheads) {
@@ -214,8 +161,7 @@ public:
         if (!drawing.ink.problem.empty()) {
             json["error"] = drawing.ink.problem;
         }
-        // Identifiers and messages may hold bytes of the input that are not UTF-8.
-        out_ << json.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+        WriteJsonLine(json, out_);
     }
     void Finish() override { out_.flush(); }
 

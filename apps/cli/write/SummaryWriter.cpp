@@ -9,22 +9,10 @@ namespace Tessera::Tool {
 
 namespace {
 
-std::string Plural(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-/// "stroke 2" or "strokes 0, 2".
-std::string StrokeList(const std::vector<int>& strokes) {
-    std::string text = strokes.size() == 1 ? "stroke " : "strokes ";
-    for (std::size_t i = 0; i < strokes.size(); ++i) {
-        text += (i > 0 ? ", " : "") + std::to_string(strokes[i]);
-    }
-    return text;
-}
-
 std::string DescribeScribble(const RecognizedStroke& stroke) {
     return "scribble, " + Plural(static_cast<std::size_t>(stroke.cusps), "cusp") +
-           (stroke.erases.empty() ? ", erases nothing" : ", erases from " + StrokeList(stroke.erases));
+           (stroke.erases.empty() ? ", erases nothing"
+                                  : ", erases from " + NumberList("stroke", stroke.erases));
 }
 
 class SummaryWriter : public DrawingWriter {
@@ -44,7 +32,11 @@ public:
         }
         out_ << Plural(drawing.strokes.size(), "stroke") << ", " << DescribeCounts(counts) << '\n';
         if (drawing.constraints) {
-            out_ << "  constraints: " << DescribeConstraints(*drawing.constraints) << '\n';
+            ConstraintCounts constraints{};
+            for (const RecognizedConstraint& constraint : *drawing.constraints) {
+                ++constraints[constraint.kind];
+            }
+            out_ << "  constraints: " << DescribeConstraints(constraints) << '\n';
         }
         for (const RecognizedStroke& stroke : drawing.strokes) {
             AddStroke(stroke);
@@ -57,8 +49,7 @@ public:
 
     void Finish() override {
         if (drawings_ > 1) {
-            out_ << "all together: " << Plural(drawings_, "drawing") << ", " << Plural(strokes_, "stroke")
-                 << ", " << DescribeCounts(totals_) << '\n';
+            out_ << DescribeTotals(drawings_, strokes_, totals_) << '\n';
         }
         out_.flush();
     }
