@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <ostream>
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
 #include "apps/cli/recognize/Constraints.h"
@@ -18,10 +20,10 @@ struct RawOptions {
     CommandLine line;
     std::string format;
     std::string inkScale = "auto";
+    std::optional<std::string> toleranceZone;
     std::vector<std::string> preferences;
     std::vector<std::string> dimensions;
     std::vector<std::string> constraints;
-    bool asksScribbles = false;
     bool hasNoScribbles = false;
     bool hasNoConstraints = false;
     bool hasNoGlyphs = false;
@@ -50,87 +52,104 @@ std::string RecognizeFooter() {
     return text;
 }
 
-/// What both commands take.
-void DefineCommon(CLI::App& command, RawOptions& raw) {
-    command.add_option("INPUT", raw.line.inputs, "Ink files; - is standard input")->required();
-    command
-        .add_option("--preference", raw.preferences,
-                    "Setting of the recogniser by the name of its getter, as in AskTangentAngleThreshold=40; "
-                    "several values are separated by commas; may be repeated")
-        ->type_name("NAME=VALUE")
+/// An option for a list, which takes one text each time it is given: what follows is no part of it.
+CLI::Option* AddList(CLI::App& command, const char* name, const char* type, const std::string& help,
+                     std::vector<std::string>& values) {
+    return command
+        .add_option(name, values, help + "; several values are separated by commas; may be repeated")
+        ->type_name(type)
         ->take_all()
         ->expected(1)
-        ->trigger_on_parse(false);
+        ->allow_extra_args(false);
+}
+
+/// What every command takes.
+void DefineCommon(CLI::App& command, const std::vector<std::string>& formats, const std::string& formatHelp,
+                  RawOptions& raw) {
+    command.add_option("INPUT", raw.line.inputs, "Ink files; - is standard input")->required();
+    command.add_option("-o,--output", raw.line.output,
+                       "File to write, - for standard output (default), or a directory (with a / at its end) "
+                       "that gets one file for each input");
+    command.add_option("--to", raw.format, formatHelp)->check(CLI::IsMember(formats));
+    AddList(command, "--preference", "NAME=VALUE",
+            "Setting of the recogniser by the name of its getter, as in AskTangentAngleThreshold=40",
+            raw.preferences);
     command
         .add_option(
             "--ink-scale", raw.inkScale,
             "auto (default) brings each drawing to the size of a page, 1000 units along its diagonal, "
-            "at which the distances among the preferences are right, and under --rules-only to the "
-            "size at which the rules work; a number multiplies the ink's coordinates instead; results "
-            "come back in ink units either way")
+            "at which the distances among the preferences are right; a number multiplies the ink's "
+            "coordinates instead; results come back in ink units either way")
         ->type_name("auto|NUMBER");
-    command.add_flag(
-        "--rules-only", raw.line.options.useRulesOnly,
-        "Let the recogniser's rules read each stroke by itself, without asking what was meant: on "
-        "cleaned and resampled ink, or with a number after --ink-scale on the samples as they "
-        "are");
     command.add_flag("--quiet", raw.line.isQuiet, "No progress bar and no reports of single strokes");
 }
 
-void DefineRecognize(CLI::App& command, RawOptions& raw) {
-    command.add_option("-o,--output", raw.line.output,
-                       "File to write, - for standard output (default), or a directory (with a / at its end) "
-                       "that gets one file for each input");
-    command
-        .add_option(
-            "--to", raw.format,
-            "svg, json or summary; by default what the name after -o tells, summary on standard output")
-        ->check(CLI::IsMember({"svg", "json", "summary"}));
-    DefineCommon(command, raw);
+void DefineRules(CLI::App& command, RawOptions& raw) {
+    command.add_flag(
+        "--rules-only", raw.line.options.useRulesOnly,
+        "Let the recogniser's rules read each stroke by itself, without asking what was meant: on "
+        "cleaned and resampled ink at the size at which they work, or with a number after --ink-scale "
+        "on the samples as they are");
+}
+
+/// Scribbles and constraints, which erase and move what strokes have become.
+void DefineEdits(CLI::App& command, const char* constraintHelp, RawOptions& raw) {
     command.add_flag("--no-scribble", raw.hasNoScribbles,
                      "Read every stroke as geometry; without this a scribble erases what it covers of the "
                      "strokes before it");
     CLI::Option* constraints =
-        command
-            .add_option("--constraints", raw.constraints,
-                        "Kinds of constraints to infer and to satisfy, by default all: " +
-                            ListConstraintKinds() + "; several are separated by commas; may be repeated")
-            ->type_name("all|KIND,...")
-            ->take_all()
-            ->expected(1)
-            ->trigger_on_parse(false);
-    command
-        .add_flag("--no-constraints", raw.hasNoConstraints,
-                  "Infer no constraints: the curves of each stroke stay as they were read")
-        ->excludes(constraints);
-    command.get_option("--rules-only")->excludes(constraints);
+        AddList(command, "--constraints", "all|KIND,...",
+                "Kinds of constraints to infer and to satisfy, by default all: " + ListConstraintKinds(),
+                raw.constraints);
+    command.add_flag("--no-constraints", raw.hasNoConstraints, constraintHelp)->excludes(constraints);
+}
+
+void DefineRecognize(CLI::App& command, RawOptions& raw) {
+    DefineCommon(command, {"svg", "json", "summary"},
+                 "svg, json or summary; by default what the name after -o tells, summary on standard output",
+                 raw);
+    DefineRules(command, raw);
+    DefineEdits(command, "Infer no constraints: the curves of each stroke stay as they were read", raw);
+    command.get_option("--rules-only")->excludes(command.get_option("--constraints"));
     command.add_flag("--no-glyphs", raw.hasNoGlyphs, "Leave the glyphs of constraints out of pictures");
-    command
-        .add_option("--dimension", raw.dimensions,
-                    "Annotate pictures and JSON with dimensions: length, horizontal and vertical of each "
-                    "line, angular at corners, radial of arcs and circles, linear between parallel lines of "
-                    "a stroke; several are separated by commas; may be repeated")
-        ->type_name("all|KIND,...")
-        ->take_all()
-        ->expected(1)
-        ->trigger_on_parse(false);
+    AddList(
+        command, "--dimension", "all|KIND,...",
+        "Annotate pictures and JSON with dimensions: length, horizontal and vertical of each line, angular "
+        "at corners, radial of arcs and circles, linear between parallel lines of a stroke",
+        raw.dimensions);
     command.footer(RecognizeFooter());
 }
 
 void DefineScribble(CLI::App& command, RawOptions& raw) {
-    command.add_option("-o,--output", raw.line.output,
-                       "File to write, - for standard output (default), or a directory (with a / at its end) "
-                       "that gets one file for each input");
-    command
-        .add_option("--to", raw.format,
-                    "json or summary; by default what the name after -o tells, summary on standard output")
-        ->check(CLI::IsMember({"json", "summary"}));
-    DefineCommon(command, raw);
+    DefineCommon(command, {"json", "summary"},
+                 "json or summary; by default what the name after -o tells, summary on standard output", raw);
+    DefineRules(command, raw);
     command.footer("Ink files, preferences and exit status are those of \"tessera recognize --help\".\n\n"
                    "Examples:\n"
                    "  tessera scribble sketch.inkml\n"
                    "  tessera scribble --to json strokes.ndjson > scribbles.ndjson\n"
                    "  tessera scribble --preference GetMinNumCusps=5 sketch.inkml\n");
+}
+
+void DefineConvert(CLI::App& command, RawOptions& raw) {
+    DefineCommon(command, {"json", "summary"}, "json, the default, or summary, the default on a terminal",
+                 raw);
+    DefineEdits(command, "Create no constraints", raw);
+    command
+        .add_option("--tolerance-zone", raw.toleranceZone,
+                    "Pick radius of the host's view, at the size that --ink-scale brings the ink to: points "
+                    "this far apart may be joined, and constraints move nothing as far; 10 by default")
+        ->type_name("NUMBER");
+    command.footer(
+        "Each drawing has a document of its own: its strokes go into it one after the other, in drawing\n"
+        "order, each by one call of ConvertInkingStrokeToGeometry. Ink is drawn in the view's device\n"
+        "coordinates, at the size that --ink-scale brings it to; the document is in ink units.\n"
+        "Failures that the library reports (HRerrEx) are told as problems of the stroke.\n\n"
+        "Ink files, preferences and exit status are those of \"tessera recognize --help\".\n\n"
+        "Examples:\n"
+        "  tessera convert sketch.inkml -o document.json\n"
+        "  tessera convert --to summary sketch.inkml\n"
+        "  tessera convert --no-constraints --preference AskSnapping=false sketch.inkml\n");
 }
 
 OutputFormat ChooseFormat(const RawOptions& raw) {
@@ -139,7 +158,12 @@ OutputFormat ChooseFormat(const RawOptions& raw) {
     const bool isDirectory = !output.has_filename() || std::filesystem::is_directory(output);
     const bool isJsonName = extension == ".json" || extension == ".ndjson" || extension == ".jsonl";
     const bool isJson = raw.format == "json" || (raw.format.empty() && isJsonName);
-    if (raw.asksScribbles) {
+    if (raw.line.command == Command::Convert) {
+        const bool isRead = raw.line.output == "-" && isatty(STDOUT_FILENO) == 1;
+        return raw.format == "summary" || (raw.format.empty() && isRead) ? OutputFormat::Summary
+                                                                         : OutputFormat::Json;
+    }
+    if (raw.line.command == Command::Scribble) {
         return isJson ? OutputFormat::ScribbleJson : OutputFormat::ScribbleSummary;
     }
     if (raw.format == "svg" ||
@@ -152,16 +176,22 @@ OutputFormat ChooseFormat(const RawOptions& raw) {
     return OutputFormat::Summary;
 }
 
+/// Nothing when the text is no number above 0.
+std::optional<double> ParsePositive(const std::string& text) {
+    const char* end = text.data() + text.size();
+    double value = 0.0;
+    const auto [rest, error] = std::from_chars(text.data(), end, value);
+    const bool isPositive = error == std::errc() && rest == end && std::isfinite(value) && value > 0.0;
+    return isPositive ? std::optional(value) : std::nullopt;
+}
+
 /// The message of what is wrong with the values, or nothing.
 std::string CompleteOptions(RawOptions& raw) {
-    if (raw.inkScale != "auto") {
-        const char* end = raw.inkScale.data() + raw.inkScale.size();
-        double scale = 0.0;
-        const auto [rest, error] = std::from_chars(raw.inkScale.data(), end, scale);
-        if (error != std::errc() || rest != end || !std::isfinite(scale) || !(scale > 0.0)) {
-            return "--ink-scale takes auto or a number above 0, not \"" + raw.inkScale + "\"";
-        }
-        raw.line.options.inkScale = scale;
+    if (raw.inkScale != "auto" && !(raw.line.options.inkScale = ParsePositive(raw.inkScale))) {
+        return "--ink-scale takes auto or a number above 0, not \"" + raw.inkScale + "\"";
+    }
+    if (raw.toleranceZone && !(raw.line.toleranceZone = ParsePositive(*raw.toleranceZone))) {
+        return "--tolerance-zone takes a number above 0, not \"" + *raw.toleranceZone + "\"";
     }
     try {
         for (const std::string& preference : raw.preferences) {
@@ -173,7 +203,7 @@ std::string CompleteOptions(RawOptions& raw) {
             all.insert(all.end(), kinds.begin(), kinds.end());
         }
         std::uint32_t& chosen = raw.line.options.constraintKinds;
-        if (raw.asksScribbles || raw.hasNoConstraints || !raw.constraints.empty()) {
+        if (raw.line.command == Command::Scribble || raw.hasNoConstraints || !raw.constraints.empty()) {
             chosen = 0;
         }
         for (const std::string& names : raw.constraints) {
@@ -196,19 +226,25 @@ std::optional<CommandLine> ParseCommandLine(int argc, const char* const* argv, s
     CLI::App app("Turns pen strokes into lines, arcs, circles, ellipses and B-splines.", "tessera");
     app.set_version_flag("--version", "tessera " TESSERA_VERSION);
     app.require_subcommand(1);
-    app.footer("Run \"tessera recognize --help\" or \"tessera scribble --help\" for their options.");
-    CLI::App* recognize = app.add_subcommand("recognize", "Recognise the geometry in ink files");
-    DefineRecognize(*recognize, raw);
+    app.footer(
+        "Run \"tessera recognize --help\", \"tessera scribble --help\" or \"tessera convert --help\" for "
+        "their options.");
+    DefineRecognize(*app.add_subcommand("recognize", "Recognise the geometry in ink files"), raw);
     CLI::App* scribble =
         app.add_subcommand("scribble", "Tell which strokes are scribbles, and what they erase");
     DefineScribble(*scribble, raw);
+    CLI::App* convert = app.add_subcommand(
+        "convert", "Draw ink into a host's document and tell its elements and constraints");
+    DefineConvert(*convert, raw);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         status = app.exit(error, out, err) == 0 ? kFine : kBadFile;
         return std::nullopt;
     }
-    raw.asksScribbles = scribble->parsed();
+    raw.line.command = scribble->parsed()  ? Command::Scribble
+                       : convert->parsed() ? Command::Convert
+                                           : Command::Recognize;
     if (const std::string mistake = CompleteOptions(raw); !mistake.empty()) {
         err << "tessera: " << mistake << '\n';
         status = kBadFile;

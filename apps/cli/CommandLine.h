@@ -12,11 +12,15 @@ namespace Tessera::Tool {
 
 enum ExitStatus { kFine = 0, kBadStroke = 1, kBadFile = 2 };
 
+enum class Command { Recognize, Scribble, Convert };
+
 struct CommandLine {
+    Command command = Command::Recognize;
     std::vector<std::string> inputs;
     std::string output = "-"; ///< file, directory or - for standard output
     OutputFormat format = OutputFormat::Summary;
     RecognizeOptions options;
+    std::optional<double> toleranceZone; ///< of `tessera convert`; nothing: the host's
     bool showsGlyphs = true;
     bool isQuiet = false;
 };

@@ -5,6 +5,7 @@
 
 #include "apps/cli/CommandLine.h"
 #include "apps/cli/RecognizeCommand.h"
+#include "apps/cli/convert/ConvertCommand.h"
 
 int main(int argc, char** argv) {
     using namespace Tessera::Tool;
@@ -12,7 +13,11 @@ int main(int argc, char** argv) {
     try {
         int status = kFine;
         const std::optional<CommandLine> line = ParseCommandLine(argc, argv, std::cout, std::cerr, status);
-        return line ? RunRecognize(*line, std::cin, std::cout, std::cerr) : status;
+        if (!line) {
+            return status;
+        }
+        const auto run = line->command == Command::Convert ? RunConvert : RunRecognize;
+        return run(*line, std::cin, std::cout, std::cerr);
     } catch (const std::exception& error) {
         std::cerr << "tessera: " << error.what() << '\n';
         return kBadFile;

@@ -27,18 +27,6 @@ Drawing RoundOf(Position centre, double a, double b, double from = 0.0, double t
     });
 }
 
-/// A poly-line drawn by a pen.
-InkStroke Drawn(const std::vector<Position>& corners) {
-    InkStroke stroke;
-    for (std::size_t c = 0; c + 1 < corners.size(); ++c)
-        for (int i = c == 0 ? 0 : 1; i <= 30; ++i) {
-            const double f = i / 30.0;
-            stroke.samples.push_back({corners[c].x + f * (corners[c + 1].x - corners[c].x),
-                                      corners[c].y + f * (corners[c + 1].y - corners[c].y), 0.0});
-        }
-    return stroke;
-}
-
 InkStroke Moved(InkStroke stroke, double turn, Position by) {
     for (Sample& sample : stroke.samples) {
         const Position p{sample.x, sample.y};
@@ -146,14 +134,6 @@ TEST(RecognizeDrawing, OnlyKindsAskedForAreInferred) {
     EXPECT_EQ(count(ParseConstraintKinds("horizontal,concentric")), 0);
     EXPECT_EQ(count(ParseConstraintKinds("coincident")), 8);
     EXPECT_GE(count(ParseConstraintKinds("all")), 14);
-}
-
-/// To and fro between y - half and y + half, from x0 to x1.
-InkStroke Scratch(double x0, double x1, double y, double half) {
-    std::vector<Position> corners;
-    for (int i = 0; i <= 8; ++i)
-        corners.push_back({x0 + (x1 - x0) * i / 8.0, y + (i % 2 == 0 ? -half : half)});
-    return Drawn(corners);
 }
 
 TEST(RecognizeDrawing, ScribblesEraseWhatTheyCoverOfEarlierStrokes) {

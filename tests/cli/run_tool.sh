@@ -58,6 +58,7 @@ check grep -q '"id":7' out.txt
 expect 2 "Invalid tangent angle threshold specified" recognize --preference AskTangentAngleThreshold=0 good.json
 expect 2 "unknown preference" recognize --preference Nothing=1 good.json
 expect 0 "4 lines" recognize --preference AskTangentAngleThreshold=40 --preference AskSpeed2Ratio=0.4 good.json
+expect 0 "4 lines" recognize --preference AskTangentAngleThreshold=40 good.json -o -
 expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale 0 good.json
 expect 2 "--ink-scale takes auto or a number above 0" recognize --ink-scale nan good.json
 expect 0 "line" recognize --ink-scale 0.5 good.json
@@ -101,6 +102,29 @@ expect 0 "stroke 2 (9 points): polyline" recognize --no-scribble scratched.json
 expect 2 "--no-scribble" scribble --no-scribble scratched.json
 expect 0 'class="scribbles"' recognize --to svg scratched.json
 expect 0 "stroke 5: scribble, 6 cusps, erases from stroke 3" scribble "$examples/correction.json"
+
+# Into a host's document.
+expect 0 '{"id":"in","strokes":[{"index":0,"points":5,"code":"0x00000000","outcome":"rectangle","shape":"rectangle","elements":[1,2,3,4],"constraints":[5,6,7,8,9,10,11,12]}],"elements":[{"id":1,"kind":"line","start":[0.0,0.0],"end":[100.0,0.0]}' convert good.json
+check grep -q '"constraints":\[{"id":5,"kind":"coincident","elements":\[\[1,"start"\],\[4,"end"\]\],"confidence":1.0}' out.txt
+expect 0 "stroke 0 (5 points): rectangle, makes elements 1, 2, 3, 4, 8 constraints" convert --to summary good.json
+expect 0 "constraints: none" convert --to summary --no-constraints good.json
+expect 0 "constraints: 2 horizontal" convert --to summary --constraints horizontal good.json
+expect 0 "stroke 2 (9 points): scribble, erases element 1" convert --to summary scratched.json
+expect 0 "stroke 2 (9 points): polyline" convert --to summary --no-scribble scratched.json
+expect 0 "" convert --to summary "$examples/correction.json"
+check grep -q 'stroke 5 (196 points): scribble, trims element 15$' out.txt
+expect 0 "" convert --preference AskSnapping=false good.json -o document.json
+check grep -q '"elements":\[{"id":1' document.json
+echo '{"strokes":[[[0,0],[9,9]],[[0,0,5],[5,5,3]]]}' >late.json
+expect 1 "tessera: late.json: stroke 1: FFMGEOM::InkToModel failed with 0x80070057 (FFMGEOM.cpp:" convert late.json
+check grep -q '{"index":1,"points":2,"code":"0x80070057","error":"FFMGEOM' out.txt
+expect 1 "1 line" convert --quiet --to summary late.json
+check test ! -s err.txt
+expect 1 '"error":"line 2: ' convert lines.ndjson
+expect 2 "tessera: nan.csv: line 2: " convert nan.csv
+expect 2 "--tolerance-zone takes a number above 0" convert --tolerance-zone 0 good.json
+expect 2 "--rules-only" convert --rules-only good.json
+
 expect 0 '>100</text>' recognize --to svg --dimension length,angular good.json
 expect 0 '"dimensions":[{"kind":"linear","value":80.0,' recognize --to json --dimension linear --dimension linear good.json
 expect 2 'not ""' recognize --dimension length, good.json

@@ -30,6 +30,26 @@ inline InkStroke StrokeThrough(const std::vector<Position>& points) {
     return stroke;
 }
 
+/// A poly-line drawn by a pen.
+inline InkStroke Drawn(const std::vector<Position>& corners) {
+    InkStroke stroke;
+    for (std::size_t c = 0; c + 1 < corners.size(); ++c)
+        for (int i = c == 0 ? 0 : 1; i <= 30; ++i) {
+            const double f = i / 30.0;
+            stroke.samples.push_back({corners[c].x + f * (corners[c + 1].x - corners[c].x),
+                                      corners[c].y + f * (corners[c + 1].y - corners[c].y), 0.0});
+        }
+    return stroke;
+}
+
+/// To and fro between y - half and y + half, from x0 to x1.
+inline InkStroke Scratch(double x0, double x1, double y, double half) {
+    std::vector<Position> corners;
+    for (int i = 0; i <= 8; ++i)
+        corners.push_back({x0 + (x1 - x0) * i / 8.0, y + (i % 2 == 0 ? -half : half)});
+    return Drawn(corners);
+}
+
 inline Drawing DrawingOf(std::vector<InkStroke> strokes) {
     Drawing drawing;
     drawing.strokes = std::move(strokes);
