@@ -90,8 +90,8 @@ ScribbleHits FindHits(const InkScene& scene, Stroke& stroke) {
 
 /// What is left of the curve between the ranges, in the order of its parameter.
 std::vector<Range> Remaining(const Curve& curve, std::vector<Range> cut) {
-    // Of the parameter's extent: a hand that scratches out an end does not aim at the last point, so a shorter
-    // rest goes with what is cut.
+    // Of the parameter's extent: a hand that scratches out an end does not aim at the last point, so a
+    // shorter rest goes with what is cut.
     constexpr double kShortest = 0.05;
     double limits[2];
     curve.AskRange(limits);
