@@ -88,6 +88,9 @@ std::int32_t AddElement(HostDocument& document, const HostElement2d& geometry, H
 }
 
 void CommitDocument(HostDocument& document) {
+    if (document.removedCount == 0 && !document.hasChanged) {
+        return;
+    }
     // Relative to the tolerance zone: what a user cannot see but a solver would not call solved.
     constexpr double kSatisfied = 1e-6;
     const double tolerance = kSatisfied * document.toleranceZone / document.view.scale;
@@ -107,6 +110,7 @@ void CommitDocument(HostDocument& document) {
     for (HostDocument::Element& element : document.elements) {
         element.isChanged = false;
     }
+    document.hasChanged = false;
 }
 
 } // namespace Tessera::Host

@@ -82,6 +82,7 @@ std::int32_t Modify(void*, HostDocument* document, const HostElement2d* geometry
         return onException.Or(kErrorInvalidArgument);
     }
     element->isChanged = true;
+    document->hasChanged = true;
     return kOk;
 }
 

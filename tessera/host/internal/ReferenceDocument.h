@@ -22,6 +22,7 @@ struct HostDocument {
     std::vector<Element> elements;             ///< by ascending identifier
     std::vector<HostConstraint2d> constraints; ///< by ascending identifier
     std::size_t removedCount = 0; ///< elements that are removed; while there are none, nothing is hidden
+    bool hasChanged = false;      ///< whether some element is changed
     std::int64_t lastId = 0;
     HostElementId target = 0;
 
