@@ -142,8 +142,9 @@ void DefineConvert(CLI::App& command, RawOptions& raw) {
         ->type_name("NUMBER");
     command.footer(
         "Each drawing has a document of its own: its strokes go into it one after the other, in drawing\n"
-        "order, each by one call of ConvertInkingStrokeToGeometry. Ink is drawn in the view's device\n"
-        "coordinates, at the size that --ink-scale brings it to; the document is in ink units.\n"
+        "order, each by one call of ConvertInkingStrokeToGeometry. The document has the size that\n"
+        "--ink-scale brings the ink to, its view the zoom of GetZoomFactor; what it holds is told in ink "
+        "units.\n"
         "Failures that the library reports (HRerrEx) are told as problems of the stroke.\n\n"
         "Ink files, preferences and exit status are those of \"tessera recognize --help\".\n\n"
         "Examples:\n"
