@@ -22,12 +22,18 @@ namespace {
 
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr std::size_t kHandCount = kHands.size();
-constexpr std::size_t kSearches = 2 * kHandCount; // with arcs and without, for each hand
+// For each hand: with arcs, with arcs and in doubt of tangent joints, without arcs.
+constexpr std::size_t kSureSearches = kHandCount;
+constexpr std::size_t kArcSearches = 2 * kHandCount;
+constexpr std::size_t kSearches = 3 * kHandCount;
 
 constexpr std::size_t kNodesPerCandidate = 10; // usually: room to begin with
 constexpr int kSpacing = 5;                    // points between candidates where nothing turns
 constexpr int kShortest = 3;                   // points of a piece
 constexpr double kMixing = 1.0; // price of drawing both lines and arcs: most people draw one kind
+// Of a tangent joint in doubt of it. Pieces that only nearly touch look tangent until they are made so; then
+// the corner that was meant lies elsewhere.
+constexpr double kDoubt = kNumberPrice;
 
 struct Node {
     PricedPiece priced;
@@ -91,7 +97,7 @@ Lattice MakeLattice(const PricedPath& ink) {
 void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
     const Node& node = lattice.nodes[static_cast<std::size_t>(n)];
     Ways& ways = lattice.ways[static_cast<std::size_t>(n)];
-    const std::size_t searches = node.priced.piece.isArc ? kHandCount : kSearches;
+    const std::size_t searches = node.priced.piece.isArc ? kArcSearches : kSearches;
     if (node.start == 0)
         std::fill_n(ways.cost.begin(), searches, 0.0);
     const auto start = static_cast<std::size_t>(node.start);
@@ -104,14 +110,17 @@ void FindWays(const PricedPath& ink, int n, Lattice& lattice) {
             isWorth = isWorth || before.cost[h] + least < ways.cost[h];
         if (!isWorth)
             continue;
-        const double joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced, node.priced,
-                                        lattice.sites[start])
-                                 .price;
-        for (std::size_t h = 0; h < searches; ++h)
-            if (before.cost[h] + joint < ways.cost[h]) {
-                ways.cost[h] = before.cost[h] + joint;
+        const JointPrice joint = PriceJoint(ink, lattice.nodes[static_cast<std::size_t>(m)].priced,
+                                            node.priced, lattice.sites[start]);
+        const double doubted = std::min(joint.price + kDoubt, joint.untied);
+        for (std::size_t h = 0; h < searches; ++h) {
+            const bool inDoubt = h >= kSureSearches && h < kArcSearches;
+            const double cost = before.cost[h] + (inDoubt ? doubted : joint.price);
+            if (cost < ways.cost[h]) {
+                ways.cost[h] = cost;
                 ways.from[h] = m;
             }
+        }
     }
     for (std::size_t h = 0; h < searches; ++h)
         ways.cost[h] += node.priced.CostFor(kHands[h % kHandCount]);

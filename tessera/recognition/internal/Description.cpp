@@ -12,7 +12,7 @@ constexpr double kUsualMost = 0.03;
 constexpr double kUsualSlack = 0.012;
 // By RivalKind: the dearest beside a chain that tells the same without corners, the cheapest where nobody
 // means the chain.
-constexpr double kPolePrices[] = {2.5, 3.5, 2.5, 1.7, 2.0};
+constexpr double kPolePrices[] = {2.5, 3.5, 1.7, 2.5, 1.7, 2.0};
 
 } // namespace
 

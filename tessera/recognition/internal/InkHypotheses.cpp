@@ -112,7 +112,8 @@ public:
         if (slot_)
             return;
         if (ellipse && !round_ && !chain_.isClosed && !isLine)
-            Offer(FindEllipticArc(priced_, *ellipse), arc_);
+            Offer(FindEllipticArc(priced_, *ellipse), arc_,
+                  chain_.pieces.size() > 1 && !HasCorner(chain_) ? kClear : 0.0);
         if (round_)
             OfferFree(round_->meanSq, RivalKind::Round);
         else if (arc_)
@@ -122,8 +123,9 @@ public:
                                                        ? RivalKind::Closed
                                                        : RivalKind::SmoothClosed);
         else if (!isLine && !ShowsCorner(chain_))
-            OfferFree(MeanSqFrom(priced_, chain_),
-                      chain_.pieces.size() > 1 ? RivalKind::Smooth : RivalKind::Open);
+            OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
+                                                   : HasCorner(chain_)       ? RivalKind::Doubtful
+                                                                             : RivalKind::Smooth);
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {

@@ -22,6 +22,8 @@ constexpr double kMostHidden = 0.1; // of the points, in bends too long for one 
 constexpr double kRatio = 1.3;      // of the spacings tried
 constexpr double kFinest = 0.75;    // of the mean distance of the samples: what lies closer is not in the ink
 constexpr double kFreeTurn = 0.2;   // radians within so many points that tremor turns
+constexpr double kTurnBack = 1.1;   // radians that tremor hardly turns one way in all
+constexpr double kFirmShare = 0.6;  // of what pieces turn
 constexpr double kTurnOfPiece = 0.5 * std::numbers::pi; // on average, of corners as of bends
 constexpr int kManyPieces = 10;                         // of fewer the whole drawing is the unit
 constexpr double kMeanPiece = 1.7;                      // units: a square's side is as long
@@ -142,16 +144,30 @@ double HiddenShare(const std::vector<Point>& pts, double step) {
     return static_cast<double>(hidden) / n;
 }
 
-// Pieces of the drawing, by how much the pen turned.
+// Pieces of the drawing, by how much the pen turned; 0 when it mostly turned back at once, as tremor does.
 int CountPieces(const std::vector<Point>& pts) {
     double turned = 0.0;
+    double firmly = 0.0; // without what was turned back
+    double heading = 0.0;
+    double began = 0.0; // heading where the pen began to turn one way
+    double most = 0.0;  // and as far as it has turned since
     for (std::size_t i = kReach; i + kReach < pts.size(); i += kReach) {
-        const Point before = pts[i] - pts[i - kReach];
-        const Point after = pts[i + kReach] - pts[i];
-        const double turn = std::fabs(SignedAngle(before, after));
-        turned += turn > kFreeTurn ? turn : 0.0;
+        const double turn = SignedAngle(pts[i] - pts[i - kReach], pts[i + kReach] - pts[i]);
+        if (std::fabs(turn) <= kFreeTurn)
+            continue;
+        turned += std::fabs(turn);
+        heading += turn;
+        const double sense = most < began ? -1.0 : 1.0;
+        if (sense * heading > sense * most) {
+            most = heading;
+        } else if (sense * (most - heading) > kTurnBack) {
+            firmly += sense * (most - began);
+            began = most;
+            most = heading;
+        }
     }
-    return static_cast<int>(turned / kTurnOfPiece) + 1;
+    firmly += std::fabs(most - began);
+    return firmly < kFirmShare * turned ? 0 : static_cast<int>(turned / kTurnOfPiece) + 1;
 }
 
 // The same at the spacing at which all of them are seen; 0 for ink so rough or so sparse that there is none.
@@ -168,6 +184,31 @@ int CountPieces(const Centred& distinct, int n) {
         if (HiddenShare(pts, step) <= kMostHidden)
             return CountPieces(pts);
     }
+}
+
+// Points a unit of time over so many points to either side, of what is exceeded at a quarter of the points;
+// empty where the clock stands still.
+std::vector<double> PaceOver(const std::vector<double>& time, int reach) {
+    const int n = static_cast<int>(time.size());
+    std::vector<double> pace;
+    pace.reserve(time.size());
+    for (int i = 0; i < n; ++i) {
+        const int from = std::max(0, i - reach);
+        const int to = std::min(n - 1, i + reach);
+        const double taken = time[static_cast<std::size_t>(to)] - time[static_cast<std::size_t>(from)];
+        if (!(taken > 0.0))
+            return {};
+        pace.push_back((to - from) / taken);
+    }
+    std::vector<double> ordered = pace;
+    const auto upper = ordered.begin() + 3 * n / 4;
+    std::nth_element(ordered.begin(), upper, ordered.end());
+    const double usual = *upper;
+    if (!(usual > 0.0) || !std::isfinite(usual))
+        return {};
+    for (double& p : pace)
+        p /= usual;
+    return pace;
 }
 
 } // namespace
@@ -203,8 +244,7 @@ InkPath FitToPieces(std::span<const InkSample> samples, InkPath path) {
     return path;
 }
 
-std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> samples) {
-    const int n = path.Size();
+PenPace PaceAlong(const InkPath& path, std::span<const InkSample> samples) {
     std::vector<double> time;
     time.reserve(path.pts.size());
     for (const double source : path.source) {
@@ -212,26 +252,11 @@ std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> sa
         const double f = source - static_cast<double>(k);
         time.push_back(f > 0.0 ? samples[k].t + f * (samples[k + 1].t - samples[k].t) : samples[k].t);
     }
-    std::vector<double> pace;
-    pace.reserve(path.pts.size());
-    for (int i = 0; i < n; ++i) {
-        const int from = std::max(0, i - kPaceSmoothing);
-        const int to = std::min(n - 1, i + kPaceSmoothing);
-        const double taken = time[static_cast<std::size_t>(to)] - time[static_cast<std::size_t>(from)];
-        if (!(taken > 0.0))
-            return {};
-        pace.push_back((to - from) / taken);
-    }
-    std::vector<double> ordered = pace;
-    const auto upper = ordered.begin() + 3 * n / 4;
-    std::nth_element(ordered.begin(), upper, ordered.end());
-    const double usual = *upper;
-    if (!(usual > 0.0) || !std::isfinite(usual))
+    PenPace pace{PaceOver(time, kPaceSmoothing), PaceOver(time, 1)};
+    if (pace.wide.empty() || *std::min_element(pace.wide.begin(), pace.wide.end()) > kSlowest)
         return {};
-    for (double& p : pace)
-        p /= usual;
-    if (*std::min_element(pace.begin(), pace.end()) > kSlowest)
-        return {};
+    if (pace.close.empty())
+        pace.close = pace.wide;
     return pace;
 }
 

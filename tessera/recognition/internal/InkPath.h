@@ -44,9 +44,14 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 /// @param samples  those that the path was made from.
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
-/// Speed of the pen over a few points about each point of the path, of the speed that it exceeds for a
-/// quarter of the path; empty when the times do not grow from end to end, and when the pen never slows down:
-/// these are not the times of a hand.
-std::vector<double> PaceAlong(const InkPath& path, std::span<const InkSample> samples);
+/// Speed of the pen about each point of a path, of the speed that it exceeds for a quarter of the path.
+struct PenPace {
+    std::vector<double> wide;  ///< over a few points: the clock of the device is uneven
+    std::vector<double> close; ///< from the point before to the one behind; as wide where the clock is coarse
+};
+
+/// Empty when the times do not grow from end to end, and when the pen never slows down: these are not the
+/// times of a hand.
+PenPace PaceAlong(const InkPath& path, std::span<const InkSample> samples);
 
 } // namespace Tessera::Geometry

@@ -45,12 +45,12 @@ constexpr double kCornerSpread = 0.09; // of the fits' directions, radians
 // Pens slow down at corners, and pick up speed again behind them; in bends they are slow all along. Logarithm
 // of the odds for a corner by the lowest pace within a few points and by how far it lies below what the pen
 // does on either side: logistic regression over 1,068 corners of gestures and 7,500 other places of them.
-constexpr double kPaceOdds = -5.0;
-constexpr double kSlowGain = 4.5;
+constexpr double kPaceOdds = -7.5;
+constexpr double kSlowGain = 6.0;
 constexpr double kDipGain = 8.0;
 constexpr double kHastyLoss = 3.0;    // what speaks against a corner weighs more: no pen rushes through one
-constexpr double kMostPaceGain = 6.0; // a pen may be slow anywhere
-constexpr double kMostPaceLoss = 16.0;
+constexpr double kMostPaceGain = 8.0; // a pen may be slow anywhere
+constexpr double kMostPaceLoss = 12.0;
 constexpr double kBendDoubt = 0.15; // of a gain, for each nat that the turn's spreading out costs
 constexpr int kPaceReach = 2;
 constexpr int kPaceBeside = 6;
@@ -64,6 +64,7 @@ constexpr double kSeenReach = 3.0; // points over which SignedTurn sees
 constexpr double kGapSpread = 0.08;
 constexpr double kFreeTouch = 0.3;
 constexpr double kTouchSpread = 0.15;
+constexpr double kArcsDoubt = 2.0; // of a tangent joint of two arcs: people mean those of a line and an arc
 // Of a joint that explains nothing: less than any number where an arc bends on, more between two lines.
 constexpr double kBendPrice = 2.0;
 constexpr double kLineBendPrice = 6.0;
@@ -111,15 +112,16 @@ double SlowSumSq(const PricedPath& ink, const LineFit& line, int first, int last
 double FastestAmong(const PricedPath& ink, int first, int last) {
     const int from = std::max(0, first);
     const int to = std::min(ink.path.Size() - 1, last);
-    return from > to ? 0.0 : *std::max_element(ink.pace.begin() + from, ink.pace.begin() + to + 1);
+    const std::vector<double>& pace = ink.pace.wide;
+    return from > to ? 0.0 : *std::max_element(pace.begin() + from, pace.begin() + to + 1);
 }
 
 double PriceOfPace(const PricedPath& ink, int at) {
-    if (ink.pace.empty())
+    const std::vector<double>& pace = ink.pace.close;
+    if (pace.empty())
         return 0.0;
-    const double slowest =
-        *std::min_element(ink.pace.begin() + std::max(0, at - kPaceReach),
-                          ink.pace.begin() + std::min(at + kPaceReach + 1, ink.path.Size()));
+    const double slowest = *std::min_element(pace.begin() + std::max(0, at - kPaceReach),
+                                             pace.begin() + std::min(at + kPaceReach + 1, ink.path.Size()));
     const double beside = std::min(FastestAmong(ink, at - kPaceBeside, at - kPaceReach),
                                    FastestAmong(ink, at + kPaceReach, at + kPaceBeside));
     const double dip = std::min(1.0, slowest / beside);
@@ -170,11 +172,13 @@ void OfferTangent(const PricedPath& ink, const PricedPiece& before, const Priced
         return;
     double price = smooth + Excess(std::fabs(gap), kGapSpread) +
                    Excess(touch.Distance(at) - kFreeTouch, kTouchSpread) - kNumberPrice;
-    if (before.piece.isArc != after.piece.isArc)
+    if (before.piece.isArc && after.piece.isArc)
+        price += kArcsDoubt;
+    else
         price +=
             Excess(kShortTail - PointsIn(ink, before.piece.isArc ? after.piece : before.piece), kShortSpread);
     if (price < best.price)
-        best = {price, JointSight::Tangent};
+        best = {price, JointSight::Tangent, best.untied};
 }
 
 double PriceCorner(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
@@ -263,11 +267,11 @@ JointSite::JointSite(const PricedPath& ink, int point)
 JointPrice PriceJoint(const PricedPath& ink, const PricedPiece& before, const PricedPiece& after,
                       const JointSite& site) {
     JointPrice best{PriceCorner(ink, before, after, site), JointSight::Corner};
-    const double smooth = PriceOfTurn(ink, before, after, site);
-    OfferTangent(ink, before, after, ink.path.At(site.at), smooth, best);
     const double bend = PriceBend(ink, before, after, site);
     if (bend < best.price)
         best = {bend, JointSight::Bend};
+    best.untied = best.price;
+    OfferTangent(ink, before, after, ink.path.At(site.at), PriceOfTurn(ink, before, after, site), best);
     return best;
 }
 

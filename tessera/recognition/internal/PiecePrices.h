@@ -67,6 +67,7 @@ PricedPiece AsPriced(const PricedPath& ink, const ChainPiece& piece);
 struct JointPrice {
     double price = 0.0;
     JointSight sight = JointSight::Corner;
+    double untied = 0.0; ///< price of the cheapest joint that is not tangent
 };
 
 /// Takes another joint before a piece; the chain costs what the new one does.

@@ -64,7 +64,7 @@ struct PricedPath {
     std::vector<TurningPeak> peaks; ///< ascending
     double haste;   ///< 0 for a hand that takes its time, 1 for one that dashes the stroke off
     double closing; ///< largest gap between the ends of closed ink; an eighth of the length unless set
-    std::vector<double> pace; ///< speed of the pen at each point, of its usual one; empty without times
+    PenPace pace;   ///< empty without times
 };
 
 /// Points of the path from the first to the last of a piece.

@@ -88,6 +88,11 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain) {
     return bracket;
 }
 
+bool HasCorner(const Chain& chain) {
+    return std::any_of(chain.pieces.begin() + 1, chain.pieces.end(),
+                       [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; });
+}
+
 bool ShowsCorner(const Chain& chain) {
     for (std::size_t i = 1; i < chain.pieces.size(); ++i)
         if (chain.pieces[i].joint == JointSight::Corner && chain.pieces[i].jointPrice <= kDoubtfulCorner)

@@ -18,4 +18,7 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain);
 /// Whether the chain has a corner that the ink shows without doubt.
 bool ShowsCorner(const Chain& chain);
 
+/// Whether an open chain has a corner, shown or not.
+bool HasCorner(const Chain& chain);
+
 } // namespace Tessera::Geometry

@@ -26,7 +26,7 @@ constexpr double kRoundTolerance = 0.06;
 // By RivalKind: the root mean square distance of the rival, sizes, up to which no free form is looked for
 // (drawn polygons and rounds stay below it, 98 of 100 of each). A chain that is smooth all along is always
 // challenged.
-constexpr double kBadSpreads[] = {0.04, 0.0, 0.065, 0.0, 0.095};
+constexpr double kBadSpreads[] = {0.04, 0.0, 0.0, 0.065, 0.0, 0.095};
 constexpr double kOverlap = 0.25; // of the points: how far the pen may run on past its start
 
 // The ink as one round: what runs on past the start is cut off where the ends pass each other, and what then

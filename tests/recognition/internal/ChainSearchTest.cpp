@@ -105,7 +105,8 @@ TEST(PiecePrices, TheOddsOfACornerByThePace) {
         PricedPath ink(path);
         const int middle = path.Size() / 2;
         for (int i = 0; i < path.Size(); ++i)
-            ink.pace.push_back(i < middle - 2 ? before : i <= middle + 2 ? at : after);
+            ink.pace.wide.push_back(i < middle - 2 ? before : i <= middle + 2 ? at : after);
+        ink.pace.close = ink.pace.wide;
         return JointSite(ink, middle).pace;
     };
     EXPECT_LT(priceOf(1.0, 0.3, 1.0), -4.0);
@@ -113,7 +114,7 @@ TEST(PiecePrices, TheOddsOfACornerByThePace) {
     EXPECT_LT(priceOf(1.0, 0.4, 0.8), priceOf(1.0, 0.4, 0.4)) << "a bend begins";
     EXPECT_GT(priceOf(0.5, 0.5, 0.5), 0.0) << "slow all along";
     EXPECT_GT(priceOf(1.0, 0.6, 0.6), 5.0) << "a bend begins";
-    EXPECT_GT(priceOf(1.0, 1.0, 1.0), 10.0);
+    EXPECT_GT(priceOf(1.0, 1.0, 1.0), 9.0);
     EXPECT_EQ(JointSite(PricedPath(path), 5).pace, 0.0) << "no times";
 }
 

@@ -104,14 +104,35 @@ TEST(InkPath, PaceIsTheSpeedAgainstTheUsualOne) {
         t += i >= 30 && i < 60 ? 4.0 : 1.0;
     }
     const InkPath path = MakeInkPath(ink);
-    const std::vector<double> pace = PaceAlong(path, ink);
-    ASSERT_EQ(pace.size(), path.pts.size());
-    EXPECT_NEAR(pace.front(), 1.0, 1e-9);
-    EXPECT_NEAR(pace[pace.size() / 2], 0.25, 1e-9);
-    EXPECT_NEAR(pace.back(), 1.0, 1e-9);
+    const PenPace even = PaceAlong(path, ink);
+    for (const std::vector<double>& pace : {even.wide, even.close}) {
+        ASSERT_EQ(pace.size(), path.pts.size());
+        EXPECT_NEAR(pace.front(), 1.0, 1e-9);
+        EXPECT_NEAR(pace[pace.size() / 2], 0.25, 1e-9);
+        EXPECT_NEAR(pace.back(), 1.0, 1e-9);
+    }
+    for (InkSample& s : ink)
+        s.t = 3.0 * std::floor(s.t / 3.0); // longer than the pen takes from a point to the next but one
+    const PenPace coarse = PaceAlong(path, ink);
+    EXPECT_EQ(coarse.wide.size(), path.pts.size());
+    EXPECT_EQ(coarse.close, coarse.wide);
     for (InkSample& s : ink)
         s.t = 5.0;
-    EXPECT_TRUE(PaceAlong(path, ink).empty());
+    EXPECT_TRUE(PaceAlong(path, ink).wide.empty());
+}
+
+// A slow hand that trembles draws few pieces with many small turns.
+TEST(InkPath, TremorMakesNoPieces) {
+    RandomPlans plans(23);
+    Hand slow;
+    slow.rateHz = 240.0;
+    slow.speed = 0.8;
+    slow.tremor = 0.002;
+    for (int i = 0; i < 300; ++i) {
+        const std::vector<InkSample> ink = plans.Mixed().Draw(plans.Rng(), slow).ink.samples;
+        const InkPath whole = MakeInkPath(ink);
+        EXPECT_EQ(FitToPieces(ink, whole).scale, whole.scale) << i;
+    }
 }
 
 TEST(InkPath, NothingToReadGivesNoPoints) {
