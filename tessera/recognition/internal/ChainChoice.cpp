@@ -29,9 +29,8 @@ bool IsSameChain(const Chain& a, const Chain& b) {
            std::equal(a.pieces.begin(), a.pieces.end(), b.pieces.begin(), b.pieces.end(), IsSamePiece);
 }
 
-// The chains that may be the briefest, each once; the rules' come first.
-std::vector<Chain> FindChains(const PricedPath& ink, const RulesReading& rules, bool mayClose) {
-    std::vector<Chain> found = rules.AsChains(ink);
+// The chains that may be the briefest, each once; those found already come first.
+std::vector<Chain> FindChains(const PricedPath& ink, std::vector<Chain> found, bool mayClose) {
     for (Chain& chain : SearchChains(ink))
         found.push_back(std::move(chain));
     std::vector<Chain> chains;
@@ -81,9 +80,9 @@ Chain Settle(const PricedPath& ink, Chain chain) {
 
 } // namespace
 
-Chain FindChain(const PricedPath& ink, const RulesReading& rules, bool mayClose, double tolerance,
+Chain FindChain(const PricedPath& ink, std::vector<Chain> found, bool mayClose, double tolerance,
                 double rival) {
-    std::vector<Chain> chains = FindChains(ink, rules, mayClose);
+    std::vector<Chain> chains = FindChains(ink, std::move(found), mayClose);
     const auto straysOff = [&](const Chain& chain) {
         return chain.pieces.size() == 1 && !IsLoneCurve(ink, chain, tolerance);
     };

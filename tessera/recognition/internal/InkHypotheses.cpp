@@ -14,6 +14,7 @@
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
+#include "tessera/recognition/internal/RingSearch.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/SharpPolygon.h"
 #include "tessera/recognition/internal/SlotShape.h"
@@ -96,7 +97,7 @@ public:
         const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
         if (ellipse && preferences_.GetChangeCurveType())
             Offer(FindRoundShape(priced_, *ellipse, samples), round_);
-        chain_ = FindChain(priced_, rules, preferences_.GetCurveTidy(), tolerance_, least_);
+        chain_ = FindChain(priced_, rules.AsChains(priced_), preferences_.GetCurveTidy(), tolerance_, least_);
         std::optional<Chain> sharp;
         if (preferences_.GetCurveTidy() && !IsSimplePolygon(chain_))
             sharp = FindSharpPolygon(priced_);
@@ -105,6 +106,12 @@ public:
         if (sharp || LengthOfHabit(priced_, chain_) <= least_) {
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
+        }
+        if (preferences_.GetCurveTidy() && !round_)
+            ring_ = FindRing(priced_, chain_, tolerance_);
+        if (ring_) {
+            chain_ = ring_->chain;
+            least_ = LengthOfHabit(*ring_->ink, chain_);
         }
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (preferences_.GetCurveTidy() && preferences_.GetChangeCurveType())
@@ -119,7 +126,7 @@ public:
         else if (arc_)
             OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
         else if (chain_.isClosed)
-            OfferFree(MeanSqFrom(priced_, chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
+            OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
                                                        ? RivalKind::Closed
                                                        : RivalKind::SmoothClosed);
         else if (!isLine && !ShowsCorner(chain_))
@@ -138,7 +145,7 @@ public:
         else if (round_)
             ReadRound(priced_.path, *round_, reading);
         else
-            ReadChain(priced_, preferences_, earlier, chain_, tolerance_, reading);
+            ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, reading);
     }
 
 private:
@@ -154,11 +161,14 @@ private:
         Offer(FindFreeShape(priced_, rivalMeanSq, rival, preferences_.GetCurveTidy()), free_);
     }
 
+    const PricedPath& ChainInk() const { return ring_ ? *ring_->ink : priced_; }
+
     const PricedPath& priced_;
     const SketchRecognizerPreferences& preferences_;
     Chain chain_;
     double tolerance_;
     double least_ = std::numeric_limits<double>::infinity();
+    std::optional<Ring> ring_; ///< where the chain was found, if not along the path as it was drawn
     std::optional<RoundShape> round_;
     std::optional<SlotShape> slot_;
     std::optional<EllipticArc> arc_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <numbers>
 
 #include "tessera/recognition/internal/CornerEvidence.h"
@@ -118,7 +119,7 @@ double FastestAmong(const PricedPath& ink, int first, int last) {
 
 double PriceOfPace(const PricedPath& ink, int at) {
     const std::vector<double>& pace = ink.pace.close;
-    if (pace.empty())
+    if (pace.empty() || (ink.seam >= 0 && std::abs(at - ink.seam) <= kPaceBeside))
         return 0.0;
     const double slowest = *std::min_element(pace.begin() + std::max(0, at - kPaceReach),
                                              pace.begin() + std::min(at + kPaceReach + 1, ink.path.Size()));

@@ -65,6 +65,7 @@ struct PricedPath {
     double haste;   ///< 0 for a hand that takes its time, 1 for one that dashes the stroke off
     double closing; ///< largest gap between the ends of closed ink; an eighth of the length unless set
     PenPace pace;   ///< empty without times
+    int seam = -1;  ///< point at which the pen touched down, if not an end: its pace there tells nothing
 };
 
 /// Points of the path from the first to the last of a piece.
