@@ -329,13 +329,12 @@ TEST(InkInterpretation, OutlinesWithRoundEndsWhereverThePenStarts) {
                         nearest = std::min(nearest, PolylineDistance(FinePoints(*made.curve), p));
                     ASSERT_LT(nearest, 3.0);
                 }
-                if (isBullet && share == 0.5) {
-                    EXPECT_EQ(reading.curves.size(), 4U);
-                    EXPECT_EQ(
-                        std::count_if(reading.joints.begin(), reading.joints.end(),
-                                      [](const InkJoint& joint) { return joint.kind == JointKind::Tangent; }),
-                        2);
-                }
+                EXPECT_TRUE(reading.isClosed);
+                EXPECT_EQ(reading.curves.size(), 4U);
+                EXPECT_EQ(
+                    std::count_if(reading.joints.begin(), reading.joints.end(),
+                                  [](const InkJoint& joint) { return joint.kind == JointKind::Tangent; }),
+                    isBullet ? 2 : 4);
             }
 }
 

@@ -12,6 +12,8 @@
 #include <numbers>
 #include <utility>
 
+#include "tessera/recognition/internal/LinkMoves.h"
+
 namespace Tessera::Geometry {
 
 namespace {
@@ -22,16 +24,12 @@ constexpr double kLeastDamping = 1e-6; // of the normal matrix' diagonal
 constexpr double kWorthwhile = 1e-4;   // of the squares: a step that saves less is the last
 constexpr double kRidge = 1e-9;        // holds what nothing depends on
 constexpr double kShortestLink = 0.1;  // sizes
-constexpr double kTarget = 1e3;        // weight of a direction on an axis against the distance of a point
 constexpr double kFlatSweep = 1e-4; // radians of an arc, below which its ends' difference has no digits left
 
-// How a link may move: with the place and heading of its start, and by what is its own. The start of the run
-// counts as a link without ink, of which offset and heading are its own.
-enum Move : std::size_t { kX, kY, kHeading, kOwn, kCurvature = kOwn, kLength, kMoves };
+// The start of the run counts as a link without ink, of which offset and heading are its own.
 constexpr std::size_t kOffset = kCurvature;
 constexpr std::size_t kFirstHeading = kLength;
 
-using Moves = std::array<double, kMoves>;
 using Step = std::vector<std::array<double, kMoves - kOwn>>; // of the start, then of each link
 
 // The squares of a link and of all that follow, to second order in the link's moves.
@@ -41,43 +39,6 @@ struct Stage {
     Moves slope{};
     std::array<Moves, kOwn> leads{}; // how the start of the next link moves
 };
-
-// The points that a link is fitted to, the end excluded: not those next to corners at the ends of the run.
-struct PointRange {
-    int from;
-    int to;
-};
-
-PointRange FittedTo(const LinkedRun& run, std::size_t link) {
-    const int from = run.first + run.trimFirst;
-    const int to = run.links[link].last;
-    return {link > 0 ? std::max(from, run.links[link - 1].last) : from,
-            link + 1 < run.links.size() ? to : to - run.trimLast + 1};
-}
-
-// Signed distance of a point from the link's carrier, to the left positive.
-double Distance(const Link& link, const Point& p) {
-    const Point to = p - link.start;
-    const double left = link.along.Cross(to);
-    if (!link.isArc)
-        return left;
-    // Of the circle through the start: exact, and without cancellation for a large radius.
-    const double k = link.curvature;
-    const double power = k * to.Dot(to) - 2.0 * left;
-    return -power / (1.0 + std::sqrt(std::max(0.0, 1.0 + k * power)));
-}
-
-Moves SlopeOf(const Link& link, const Point& p, double distance) {
-    const Point to = p - link.start;
-    const double k = link.curvature;
-    const double rho = std::max(1.0 - k * distance, 1e-9); // distance from the centre, of the radius
-    return {(link.along.y + k * to.x) / rho, (k * to.y - link.along.x) / rho, -link.along.Dot(to) / rho,
-            link.isArc ? 0.5 * (distance * distance - to.Dot(to)) / rho : 0.0, 0.0};
-}
-
-double OffTarget(const Link& link) {
-    return kTarget * std::remainder(link.heading - link.target, 2.0 * std::numbers::pi);
-}
 
 void AddSquare(const Moves& slope, double residual, Stage& stage) {
     for (std::size_t r = 0; r < kLength; ++r) { // where a link ends is no matter of its own ink
@@ -98,20 +59,6 @@ void AddSquares(const PricedPath& ink, const LinkedRun& run, std::size_t k, Stag
     if (link.hasTarget)
         AddSquare({0.0, 0.0, kTarget, 0.0, 0.0}, OffTarget(link), stage);
     stage.reduced = stage.gram;
-}
-
-std::array<Moves, kOwn> LeadsOf(const Link& link, const Link& next) {
-    const Point way = next.start - link.start;
-    Point byCurvature;
-    double turn = 0.0;
-    if (link.isArc) {
-        turn = link.length;
-        const bool isStraight = std::fabs(link.curvature * link.length) < kFlatSweep;
-        byCurvature = isStraight ? 0.5 * link.length * Point(-way.y, way.x)
-                                 : (link.length * next.along - way) / link.curvature;
-    }
-    return {Moves{1.0, 0.0, -way.y, byCurvature.x, next.along.x},
-            Moves{0.0, 1.0, way.x, byCurvature.y, next.along.y}, Moves{0.0, 0.0, 1.0, turn, link.curvature}};
 }
 
 void AddNext(const Stage& next, Stage& stage) {
@@ -191,7 +138,53 @@ void Take(const Step& step, LinkedRun& run) {
     }
 }
 
-// Points beyond the normal in a joint belong to the next link.
+} // namespace
+
+PointRange FittedTo(const LinkedRun& run, std::size_t link) {
+    const int from = run.first + run.trimFirst;
+    const int to = run.links[link].last;
+    return {link > 0 ? std::max(from, run.links[link - 1].last) : from,
+            link + 1 < run.links.size() ? to : to - run.trimLast + 1};
+}
+
+// Signed distance of a point from the link's carrier, to the left positive.
+double Distance(const Link& link, const Point& p) {
+    const Point to = p - link.start;
+    const double left = link.along.Cross(to);
+    if (!link.isArc)
+        return left;
+    // Of the circle through the start: exact, and without cancellation for a large radius.
+    const double k = link.curvature;
+    const double power = k * to.Dot(to) - 2.0 * left;
+    return -power / (1.0 + std::sqrt(std::max(0.0, 1.0 + k * power)));
+}
+
+Moves SlopeOf(const Link& link, const Point& p, double distance) {
+    const Point to = p - link.start;
+    const double k = link.curvature;
+    const double rho = std::max(1.0 - k * distance, 1e-9); // distance from the centre, of the radius
+    return {(link.along.y + k * to.x) / rho, (k * to.y - link.along.x) / rho, -link.along.Dot(to) / rho,
+            link.isArc ? 0.5 * (distance * distance - to.Dot(to)) / rho : 0.0, 0.0};
+}
+
+double OffTarget(const Link& link) {
+    return kTarget * std::remainder(link.heading - link.target, 2.0 * std::numbers::pi);
+}
+
+std::array<Moves, kOwn> LeadsOf(const Link& link, const Link& next) {
+    const Point way = next.start - link.start;
+    Point byCurvature;
+    double turn = 0.0;
+    if (link.isArc) {
+        turn = link.length;
+        const bool isStraight = std::fabs(link.curvature * link.length) < kFlatSweep;
+        byCurvature = isStraight ? 0.5 * link.length * Point(-way.y, way.x)
+                                 : (link.length * next.along - way) / link.curvature;
+    }
+    return {Moves{1.0, 0.0, -way.y, byCurvature.x, next.along.x},
+            Moves{0.0, 1.0, way.x, byCurvature.y, next.along.y}, Moves{0.0, 0.0, 1.0, turn, link.curvature}};
+}
+
 void AssignPoints(const PricedPath& ink, LinkedRun& run) {
     for (std::size_t k = 0; k + 1 < run.links.size(); ++k) {
         const Link& next = run.links[k + 1];
@@ -205,8 +198,6 @@ void AssignPoints(const PricedPath& ink, LinkedRun& run) {
             ++at;
     }
 }
-
-} // namespace
 
 Point DirectionOf(double heading) {
     return {std::cos(heading), std::sin(heading)};

@@ -10,6 +10,7 @@
 
 #include "tessera/recognition/internal/AxisSnap.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/LinkedRing.h"
 #include "tessera/recognition/internal/LinkedRun.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 
@@ -125,29 +126,35 @@ double SpreadOf(const PricedPath& ink, const LinkedRun& run) {
 }
 
 // Turns the lines near an axis onto it, unless the ink then strays farther than `most`.
-void Snap(const PricedPath& ink, double snapRad, double most, LinkedRun& run) {
+void Snap(const PricedPath& ink, double snapRad, double most, bool isClosed, LinkedRun& run) {
     LinkedRun snapped = run;
     SetTargets(snapRad, snapped);
     if (std::none_of(snapped.links.begin(), snapped.links.end(), [](const Link& l) { return l.hasTarget; }))
         return;
-    Fit(ink, 0, snapped);
-    MeetTargets(snapped);
+    if (isClosed) {
+        if (!FitRing(ink, snapped))
+            return;
+    } else {
+        Fit(ink, 0, snapped);
+        MeetTargets(snapped);
+    }
     for (Link& link : snapped.links)
         link.hasTarget = false;
     if (SpreadOf(ink, snapped) <= most)
         run = std::move(snapped);
 }
 
-void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chain& chain) {
+void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, bool isClosed, Chain& chain) {
     for (std::size_t k = 0; k < run.links.size(); ++k) {
         const Link& link = run.links[k];
         ChainPiece& piece = chain.pieces[from + k];
         const Point d = DirectionOf(link.heading);
-        if (k > 0) {
+        if (k > 0 || isClosed) {
             piece.isTouching = true;
             piece.meet = link.start;
-            piece.first = ink.path.Within(run.links[k - 1].last);
         }
+        if (k > 0)
+            piece.first = ink.path.Within(run.links[k - 1].last);
         piece.last = ink.path.Within(link.last);
         if (link.isArc) {
             piece.circle.centre = link.start + Point(-d.y, d.x) / link.curvature;
@@ -160,7 +167,7 @@ void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, Ch
 }
 
 // What the exact pieces cost: squares that a line's bow or wandering explained stay explained.
-void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chain& chain) {
+void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, bool isClosed, Chain& chain) {
     for (std::size_t k = 0; k < run.links.size(); ++k) {
         const Misfit misfit = MisfitOf(ink, run, k);
         ChainPiece& piece = chain.pieces[from + k];
@@ -175,11 +182,12 @@ void Reprice(const PricedPath& ink, const LinkedRun& run, std::size_t from, Chai
         if (!piece.isArc)
             piece.line.sumSq = left + explained;
     }
-    for (std::size_t k = 1; k < run.links.size(); ++k) {
+    const std::size_t count = run.links.size();
+    for (std::size_t k = isClosed ? 0 : 1; k < count; ++k) {
+        const ChainPiece& before = chain.pieces[from + (k > 0 ? k : count) - 1];
         const ChainPiece& piece = chain.pieces[from + k];
-        SetJoint(PriceJoint(ink, AsPriced(ink, chain.pieces[from + k - 1]), AsPriced(ink, piece),
-                            {ink, piece.first}),
-                 from + k, chain);
+        SetJoint(PriceJoint(ink, AsPriced(ink, before), AsPriced(ink, piece), {ink, piece.first}), from + k,
+                 chain);
     }
 }
 
@@ -193,15 +201,21 @@ void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::si
                  Chain& chain) {
     LinkedRun run = MakeRun(ink, chain, from, to);
     Fit(ink, kSettled, run);
+    LinkedRun round = run;
+    const bool isClosed = IsRing(chain) && to - from + 1 == chain.pieces.size() &&
+                          chain.pieces[from].joint == JointSight::Tangent && FitRing(ink, round) &&
+                          SpreadOf(ink, round) <= defiance;
+    if (isClosed)
+        run = std::move(round);
     const double spread = SpreadOf(ink, run);
     if (!(spread <= defiance)) {
         BendJoints(ink, from, to, chain);
         return;
     }
-    Snap(ink, snapRad, std::min(defiance, spread + kSnapSlack), run);
-    WriteBack(ink, run, from, chain);
+    Snap(ink, snapRad, std::min(defiance, spread + kSnapSlack), isClosed, run);
+    WriteBack(ink, run, from, isClosed, chain);
     if (snapRad <= 0.0)
-        Reprice(ink, run, from, chain); // a snapped chain competes no more
+        Reprice(ink, run, from, isClosed, chain); // a snapped chain competes no more
     for (std::size_t i = from + 1; i <= to; ++i)
         chain.pieces[i].joint = JointSight::Tangent;
 }
@@ -210,10 +224,14 @@ void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::si
 
 void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
     const std::size_t count = chain.pieces.size();
-    // A run may go on over the joint before the first piece of a ring: the ring is begun at a corner, if any.
+    // A run may go on over the joint before the first piece of a ring: the ring is begun at a corner, or
+    // where it has none with a line.
     const auto isCorner = [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; };
-    const auto corner = std::find_if(chain.pieces.begin(), chain.pieces.end(), isCorner);
-    const auto turned = IsRing(chain) && corner != chain.pieces.end() ? corner - chain.pieces.begin() : 0;
+    const auto isLine = [](const ChainPiece& piece) { return !piece.isArc; };
+    auto begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), isCorner);
+    if (begin == chain.pieces.end())
+        begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), isLine);
+    const auto turned = IsRing(chain) && begin != chain.pieces.end() ? begin - chain.pieces.begin() : 0;
     std::rotate(chain.pieces.begin(), chain.pieces.begin() + turned, chain.pieces.end());
     for (std::size_t from = 0; from < count;) {
         std::size_t to = from;
