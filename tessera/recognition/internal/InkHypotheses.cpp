@@ -27,7 +27,9 @@ namespace {
 // Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
 // of drawn polygons take up three.
 constexpr double kMostStray = 4.0;
-constexpr double kClear = 5.0; // by so much a slot is briefer than the round: ovals have long sides, too
+// By so much a slot is briefer than the round, for ovals have long sides, too; so are closed chains without
+// clear corners, and elliptic arcs against lines and arcs that join smoothly.
+constexpr double kClear = 5.0;
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
@@ -103,7 +105,8 @@ public:
             sharp = FindSharpPolygon(priced_);
         if (sharp)
             chain_ = std::move(*sharp);
-        if (sharp || LengthOfHabit(priced_, chain_) <= least_) {
+        const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
+        if (sharp || LengthOfHabit(priced_, chain_) + margin <= least_) {
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
         }
@@ -127,8 +130,8 @@ public:
             OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
         else if (chain_.isClosed)
             OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
-                                                       ? RivalKind::Closed
-                                                       : RivalKind::SmoothClosed);
+                                                          ? RivalKind::Closed
+                                                          : RivalKind::SmoothClosed);
         else if (!isLine && !ShowsCorner(chain_))
             OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
                                                    : HasCorner(chain_)       ? RivalKind::Doubtful

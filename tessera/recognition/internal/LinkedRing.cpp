@@ -18,14 +18,14 @@ namespace {
 
 constexpr int kRounds = 12;
 constexpr int kClosings = 20;
-constexpr double kClosed = 1e-12;    // sizes and radians
-constexpr double kPull = 1e3;        // weight of the gap against the distance of a point
-constexpr double kWorthwhile = 1e-4; // of the squares: a step that saves less is the last
+constexpr double kClosed = 1e-12;      // sizes and radians
+constexpr double kPull = 1e3;          // weight of the gap against the distance of a point
+constexpr double kWorthwhile = 1e-4;   // of the squares: a step that saves less is the last
 constexpr double kLeastDamping = 1e-9; // of the normal matrix' diagonal, most of which is the pull
 constexpr double kMostDamping = 1e3;
-constexpr double kRidge = 1e-9;      // holds what nothing depends on
-constexpr double kSlide = 10.0;      // how much rather the start slides along its line than any link changes
-constexpr double kTurnReach = 4.0;   // sizes by which a turn of the whole moves its far side
+constexpr double kRidge = 1e-9;    // holds what nothing depends on
+constexpr double kSlide = 10.0;    // how much rather the start slides along its line than any link changes
+constexpr double kTurnReach = 4.0; // sizes by which a turn of the whole moves its far side
 constexpr std::size_t kMostLinks = 32;
 
 // What would be the next link.

@@ -10,9 +10,9 @@ namespace Tessera::Geometry {
 /// than some thirty links.
 bool FitRing(const PricedPath& ink, LinkedRun& run);
 
-/// Makes the end of a run meet its start in place and heading, and its lines their targets, to the last digit,
-/// with the least change of lengths and curvatures by how far they move what follows; the start slides along
-/// its line. False, and the run undefined, when it does not begin with a line or cannot close.
+/// Makes the end of a run meet its start in place and heading, and its lines their targets, to the last
+/// digit, with the least change of lengths and curvatures by how far they move what follows; the start slides
+/// along its line. False, and the run undefined, when it does not begin with a line or cannot close.
 bool CloseUp(LinkedRun& run);
 
 } // namespace Tessera::Geometry

@@ -58,9 +58,8 @@ std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double t
     if (!IsRing(ring.chain) || LengthOfHabit(*ring.ink, ring.chain) >= length)
         return std::nullopt;
     std::vector<ChainPiece>& pieces = ring.chain.pieces;
-    const auto first = std::find_if(pieces.begin(), pieces.end(), [&](const ChainPiece& piece) {
-        return IsWithin(piece, ring.ink->seam);
-    });
+    const auto first = std::find_if(pieces.begin(), pieces.end(),
+                                    [&](const ChainPiece& piece) { return IsWithin(piece, ring.ink->seam); });
     std::rotate(pieces.begin(), first == pieces.end() ? pieces.begin() : first, pieces.end());
     return ring;
 }
