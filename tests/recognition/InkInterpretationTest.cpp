@@ -221,6 +221,23 @@ std::vector<Point> FinePoints(const Curve& curve) {
 
 // Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
 // so far beyond its rounding), each tells its deviation truly, and joints join.
+// However large the view shows the model: the reading is the ink's.
+TEST(InkInterpretation, TheViewsZoomChangesNothing) {
+    RandomPlans plans(31);
+    for (int i = 0; i < 40; ++i) {
+        const InkStroke ink = (i % 2 == 0 ? plans.Polygon() : plans.Slot()).Draw(plans.Rng(), Hand()).ink;
+        for (const double zoom : {0.05, 8.0}) {
+            SketchRecognizerPreferences zoomed;
+            zoomed.SetZoomFactor(zoom);
+            const InkReading a = Read(ink);
+            const InkReading b = InterpretInk(ink, zoomed);
+            EXPECT_EQ(a.shape, b.shape) << i;
+            ASSERT_EQ(a.curves.size(), b.curves.size()) << i;
+            EXPECT_EQ(a.curves[0].maxDeviation, b.curves[0].maxDeviation) << i;
+        }
+    }
+}
+
 TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
     InkPlan (RandomPlans::*const kinds[])() = {&RandomPlans::Polyline, &RandomPlans::Polygon,
                                                &RandomPlans::Mixed, &RandomPlans::Smooth};

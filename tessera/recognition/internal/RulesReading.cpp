@@ -71,6 +71,7 @@ private:
 RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
                            bool withoutCrumbs)
     : ink_(ink), preferences_(preferences) {
+    preferences_.SetZoomFactor(1.0); // of the working size, whatever the view shows of the model
     double low[2] = {ink.samples[0].x, ink.samples[0].y};
     double high[2] = {low[0], low[1]};
     for (const InkSample& s : ink.samples) {
@@ -93,8 +94,7 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     Stroke stroke(std::move(points));
     SketchRecognizer recognizer;
     ResultOwner pending(recognizer);
-    SketchRecognizerPreferences working = preferences;
-    recognizer.SetPreferences(working);
+    recognizer.SetPreferences(preferences_);
     recognizer.Recognize(stroke, true, CurveType_Line);
     CloseRoundStroke(recognizer);
     if (withoutCrumbs)

@@ -12,7 +12,7 @@
 namespace Tessera::Geometry {
 
 /// The rules' tolerances suit a drawing whose box has a diagonal of some forty-five units; the ink is brought
-/// to that size and the curves are mapped back. The stroke and the preferences are borrowed.
+/// to that size and the curves are mapped back. The stroke is borrowed.
 class RulesReading {
 public:
     /// With `withoutCrumbs` the curves that are short beside the longest piece are left out.
@@ -39,10 +39,10 @@ private:
     double LengthOf(int firstSample, int lastSample) const; // at working size
 
     const InkStroke& ink_;
-    const SketchRecognizerPreferences& preferences_;
-    double x_ = 0.0, y_ = 0.0, scale_ = 1.0; // working = scale (model - (x, y))
-    std::vector<double> lengthTo_;           // of the ink up to each sample, working size
-    std::vector<InterpretedCurve> pieces_;   // at working size
+    SketchRecognizerPreferences preferences_; ///< at working size
+    double x_ = 0.0, y_ = 0.0, scale_ = 1.0;  // working = scale (model - (x, y))
+    std::vector<double> lengthTo_;            // of the ink up to each sample, working size
+    std::vector<InterpretedCurve> pieces_;    // at working size
 };
 
 } // namespace Tessera::Geometry
