@@ -99,7 +99,8 @@ std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std
         isFree.front() = true;
         isFree.pop_back();
     }
-    if (joined.size() == 1 && isFree.front() && joined.front().last <= joined.front().first) {
+    if (joined.size() == 1 && isFree.front() && pieces.front().joint == JointSight::Bend &&
+        joined.front().last <= joined.front().first) {
         joined.front().first = 0; // it begins anywhere
         joined.front().last = ink.path.Size() - 1;
     }

@@ -79,6 +79,11 @@ int SampleAt(const InkPath& path, int point) {
     return static_cast<int>(std::lround(path.source[static_cast<std::size_t>(point)]));
 }
 
+// Of the stroke, wherever the path begins.
+int LastSample(const InkPath& path) {
+    return static_cast<int>(std::lround(*std::max_element(path.source.begin(), path.source.end())));
+}
+
 InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t before, std::size_t after,
                    const InkReading& reading, std::size_t base) {
     InkJoint joint;
@@ -99,14 +104,16 @@ InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t bef
 
 void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& reading) {
     const std::size_t base = reading.curves.size();
+    const std::size_t count = chain.pieces.size();
     for (const ExactPiece& piece : chain.pieces) {
         InterpretedCurve made;
         made.curve = MakeCurve(path, piece, made.isReversed);
         made.firstSample = SampleAt(path, piece.first);
         made.lastSample = SampleAt(path, piece.last);
+        if (chain.isClosed && count == 1 && made.lastSample == made.firstSample) // once round
+            made.lastSample = made.firstSample > 0 ? made.firstSample - 1 : LastSample(path);
         reading.curves.push_back(std::move(made));
     }
-    const std::size_t count = chain.pieces.size();
     for (std::size_t i = 1; i < count; ++i)
         reading.joints.push_back(MakeJoint(path, chain, i - 1, i, reading, base));
     if (chain.isClosed)

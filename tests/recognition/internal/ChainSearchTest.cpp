@@ -2,6 +2,8 @@
 
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/Description.h"
+#include "tessera/recognition/internal/InkCurves.h"
+#include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/TangentRun.h"
 #include "tests/support/SyntheticInk.h"
 
@@ -178,6 +180,33 @@ TEST(TangentRun, LinesNearAnAxisLieAlongIt) {
     FitTangentRuns(ink, 0.05, chain);
     EXPECT_NEAR(chain.pieces[0].line.direction.y, 0.0, 1e-12);
     EXPECT_NEAR(chain.pieces[2].line.direction.x, 0.0, 1e-12);
+}
+
+// A free form all round stands for the whole stroke wherever the path begins, and begins at its corner if
+// any.
+TEST(ChainSearch, FreeFormsGoOnceRound) {
+    std::vector<InkSample> samples;
+    for (int i = 0; i < 200; ++i) {
+        const double a = 2.0 * std::numbers::pi * i / 200;
+        samples.push_back({(5.0 + std::cos(3.0 * a)) * std::cos(a), (5.0 + std::cos(3.0 * a)) * std::sin(a)});
+    }
+    const InkPath path = BegunAt(MakeInkPath(samples), 30);
+    const PricedPath ink(path);
+    Chain chain;
+    chain.isClosed = true;
+    chain.pieces = {{50, 70, true}, {70, 50, true}};
+    chain.pieces[1].joint = JointSight::Bend;
+    for (const JointSight seam : {JointSight::Bend, JointSight::Corner}) {
+        chain.pieces[0].joint = seam;
+        const ExactChain exact = MakeExact(ink, chain);
+        ASSERT_EQ(exact.pieces.size(), 1U);
+        EXPECT_EQ(exact.pieces[0].from, path.At(seam == JointSight::Corner ? 50 : 0));
+        InkReading reading;
+        AppendChain(path, exact, reading);
+        std::vector<Vex::Math::Point2> taken;
+        TakeInk(samples, reading.curves[0], taken);
+        EXPECT_EQ(taken.size(), samples.size());
+    }
 }
 
 } // namespace
