@@ -149,10 +149,8 @@ void WriteBack(const PricedPath& ink, const LinkedRun& run, std::size_t from, bo
         const Link& link = run.links[k];
         ChainPiece& piece = chain.pieces[from + k];
         const Point d = DirectionOf(link.heading);
-        if (k > 0 || isClosed) {
-            piece.isTouching = true;
-            piece.meet = link.start;
-        }
+        piece.isTouching = k > 0 || isClosed;
+        piece.meet = link.start;
         if (k > 0)
             piece.first = ink.path.Within(run.links[k - 1].last);
         piece.last = ink.path.Within(link.last);
@@ -216,7 +214,7 @@ void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::si
     WriteBack(ink, run, from, isClosed, chain);
     if (snapRad <= 0.0)
         Reprice(ink, run, from, isClosed, chain); // a snapped chain competes no more
-    for (std::size_t i = from + 1; i <= to; ++i)
+    for (std::size_t i = isClosed ? from : from + 1; i <= to; ++i)
         chain.pieces[i].joint = JointSight::Tangent;
 }
 
