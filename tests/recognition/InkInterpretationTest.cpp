@@ -219,8 +219,6 @@ std::vector<Point> FinePoints(const Curve& curve) {
     return points;
 }
 
-// Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
-// so far beyond its rounding), each tells its deviation truly, and joints join.
 // However large the view shows the model: the reading is the ink's.
 TEST(InkInterpretation, TheViewsZoomChangesNothing) {
     RandomPlans plans(31);
@@ -238,6 +236,8 @@ TEST(InkInterpretation, TheViewsZoomChangesNothing) {
     }
 }
 
+// Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
+// so far beyond its rounding), each tells its deviation truly, and joints join.
 TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
     InkPlan (RandomPlans::*const kinds[])() = {&RandomPlans::Polyline, &RandomPlans::Polygon,
                                                &RandomPlans::Mixed, &RandomPlans::Smooth};
