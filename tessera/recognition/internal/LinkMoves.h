@@ -1,5 +1,5 @@
 // LinkMoves - how the links of a run move with its free values, for the fits of an open run and of one that
-// closes.
+// closes; defined in LinkedRun.cpp.
 #pragma once
 
 #include <array>

@@ -4,7 +4,9 @@
 #include "tessera/recognition/internal/LinkedRing.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 #include <utility>
 #include <vector>

@@ -147,7 +147,6 @@ PointRange FittedTo(const LinkedRun& run, std::size_t link) {
             link + 1 < run.links.size() ? to : to - run.trimLast + 1};
 }
 
-// Signed distance of a point from the link's carrier, to the left positive.
 double Distance(const Link& link, const Point& p) {
     const Point to = p - link.start;
     const double left = link.along.Cross(to);

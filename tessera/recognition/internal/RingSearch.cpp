@@ -1,7 +1,6 @@
 #include "tessera/recognition/internal/RingSearch.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <vector>
 
 #include "tessera/recognition/internal/ChainChoice.h"

@@ -10,7 +10,8 @@ namespace Tessera::Geometry {
 /// `meet` of the pieces are then exact: neighbours touch in `meet`. Lines within an angle of an axis of the
 /// plane get the axis' direction, unless that pulls the run off its ink. A run with bends is tried too: a
 /// coarse break may have hidden that its pieces touch. A run that the ink defies becomes free-form: its
-/// joints become bends.
+/// joints become bends. A ring that is one such run, a line in it, is closed as a whole where it can be; a
+/// chain closed at its seam is fitted open.
 ///
 /// @param snapRad  0: no line is turned.
 void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain);
