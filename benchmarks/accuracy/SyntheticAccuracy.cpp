@@ -65,7 +65,7 @@ constexpr Pen kPens[] = {{"60 Hz", 60.0, false},
 
 struct Options {
     unsigned seed = 7;
-    int strokes = 150; ///< in a row
+    int strokes = 600; ///< in a row: rates to half a percent
     bool misses = false;
     bool hasTimes = true;
 };

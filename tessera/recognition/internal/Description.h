@@ -20,8 +20,8 @@ struct Description {
     double sumSq = 0.0; ///< squared distances of the path's points that nothing explains
 };
 
-/// What a free form takes the place of: one curve, a chain that is smooth all along, one whose corners do not
-/// show in the ink, a closed chain with corners or without, a round.
+/// What a free form takes the place of: one curve, a chain that is smooth all along, a chain of arcs alone or
+/// one whose corners do not show in the ink, a closed chain with corners or without, a round.
 enum class RivalKind { Open, Smooth, Doubtful, Closed, SmoothClosed, Round };
 
 /// Price of a coordinate of a free form's pole: less than that of a number, for it lies where its neighbours

@@ -26,9 +26,12 @@ constexpr double kMostRadius = 2.0;
 constexpr std::size_t kManyCorners = 8;
 constexpr std::size_t kSeveral = 4;
 constexpr double kOfMany = 1.35;
-constexpr double kStops = -1.0; // price of a corner by its pace where the pen stops: in a fillet it does not
-constexpr int kRadii = 24;      // tried, each a fixed share above the last
-constexpr int kSections = 12;   // of the interval between the neighbours of the best
+// Price of a corner by its pace where the pen stops: in a fillet it hardly does, and only in one that cannot
+// be mistaken for a rounding.
+constexpr double kStops = -1.0;
+constexpr double kLeastWithStop = 1.3;
+constexpr int kRadii = 24;    // tried, each a fixed share above the last
+constexpr int kSections = 12; // of the interval between the neighbours of the best
 constexpr double kGolden = 0.6180339887498949;
 
 double Square(double v) {
@@ -173,14 +176,15 @@ Corner CornerBefore(const PricedPath& ink, const Chain& chain, const ExactChain&
 
 // How many times as large as it has to be the rounding of a corner is; 0 where none was drawn.
 double RoundnessOf(const PricedPath& ink, const Corner& corner) {
-    if (corner.before->last == corner.after->first && JointSite(ink, corner.after->first).pace < kStops)
-        return 0.0;
     if (corner.cut < kLeastCut)
         return 0.0;
     const Fillet fillet = FindFillet(corner);
     if (fillet.sumSq > kMostOff * kMostOff * static_cast<double>(corner.ink.size()))
         return 0.0;
-    return std::min(corner.cut / kLeastCut, fillet.radius / kLeastRadius);
+    const double roundness = std::min(corner.cut / kLeastCut, fillet.radius / kLeastRadius);
+    const bool stops =
+        corner.before->last == corner.after->first && JointSite(ink, corner.after->first).pace < kStops;
+    return stops && roundness < kLeastWithStop ? 0.0 : roundness;
 }
 
 std::optional<ExactPiece> FilletAt(const Corner& corner) {

@@ -134,8 +134,9 @@ public:
                                                           : RivalKind::SmoothClosed);
         else if (!isLine && !ShowsCorner(chain_))
             OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
-                                                   : HasCorner(chain_)       ? RivalKind::Doubtful
-                                                                             : RivalKind::Smooth);
+                                                   : HasCorner(chain_) || AreArcs(chain_)
+                                                       ? RivalKind::Doubtful
+                                                       : RivalKind::Smooth);
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {

@@ -67,7 +67,7 @@ TEST(SmoothForms, KindsFollowTheInk) {
              return (90 + 16 * std::cos(3 * kTurn * u)) * Round({0, 0}, 1, 1, 0, kTurn)(u);
          },
          InkShape::Spline},
-        {"spiral", DriftingRound({0, 0}, 90, 90, 360.0, 1.1), InkShape::Chain},
+        {"spiral", DriftingRound({0, 0}, 90, 90, 360.0, 1.1), InkShape::Spline},
         {"rounded box",
          [](double u) {
              const double t = kTurn * u;
