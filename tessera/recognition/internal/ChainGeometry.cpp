@@ -181,6 +181,10 @@ ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {
         joints[0] = isFree.front() || isFree.back()
                         ? 0.5 * (ink.path.At(pieces.back().last) + ink.path.At(pieces.front().first))
                         : JointOf(ink, pieces.back(), pieces.front());
+        // Both joints of two pieces may lie nearest to one of their two intersections: the other is the
+        // ink's.
+        if (count == 2 && !(joints[0].Distance2(joints[1]) > 0.0))
+            joints[1] = ink.path.At(pieces[1].first);
         joints[count] = joints[0];
     } else {
         const Point& start = ink.path.At(pieces.front().first);

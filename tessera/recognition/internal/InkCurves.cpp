@@ -66,7 +66,7 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
     const Point a = piece.through - piece.from;
     const Point b = piece.to - piece.from;
     const double cross = 2.0 * a.Cross(b);
-    if (std::fabs(cross) < kFlat * b.Dot(b))
+    if (std::fabs(cross) <= kFlat * b.Dot(b))
         return std::make_unique<Line>(from, to);
     const double aa = a.Dot(a);
     const double bb = b.Dot(b);

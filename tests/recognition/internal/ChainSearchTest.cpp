@@ -207,6 +207,12 @@ TEST(ChainSearch, FreeFormsGoOnceRound) {
         TakeInk(samples, reading.curves[0], taken);
         EXPECT_EQ(taken.size(), samples.size());
     }
+    // A line and an arc that both joints see meet in the same place stay two curves.
+    chain.pieces = {{0, 10, false}, {10, path.Size() - 1, true}};
+    chain.pieces[1].circle.radius = 1.02 * path.At(10).Length();
+    chain.pieces[0].line.direction = path.At(10) / path.At(10).Length();
+    for (const ExactPiece& piece : MakeExact(ink, chain).pieces)
+        EXPECT_GT(piece.from.Distance(piece.to), 0.0);
 }
 
 } // namespace
