@@ -10,7 +10,8 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kMostGap = 2.5; // steps of the path between ends that meet
+constexpr double kMostGap = 2.5;        // steps of the path between ends that meet
+constexpr std::size_t kMostPieces = 32; // of more one that was cut in two is a small matter
 
 // The middle of the longest piece.
 int MiddleOf(const PricedPath& ink, const Chain& chain) {
@@ -45,7 +46,8 @@ bool IsWithin(const ChainPiece& piece, int point) {
 } // namespace
 
 std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double tolerance) {
-    if (found.pieces.size() < 2 || AreLines(found) || ink.path.Gap() > kMostGap * ink.path.step)
+    const std::size_t count = found.pieces.size();
+    if (count < 2 || count > kMostPieces || AreLines(found) || ink.path.Gap() > kMostGap * ink.path.step)
         return std::nullopt;
     const int start = MiddleOf(ink, found);
     if (start == 0)
