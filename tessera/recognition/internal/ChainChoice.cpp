@@ -18,6 +18,7 @@ namespace {
 
 // A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
 constexpr double kNear = 12.0;
+constexpr int kMostTries = 40; // at corners in place of tangent joints: each is a fit of all runs
 
 bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
     return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
@@ -56,14 +57,16 @@ Chain Settle(const PricedPath& ink, Chain chain) {
     Chain best = chain;
     FitTangentRuns(ink, 0.0, best);
     double least = LengthOfHabit(ink, best);
+    int tries = 0;
     for (bool isBetter = true; isBetter;) {
         isBetter = false;
         const Chain smooth = chain;
         const double length = LengthOfHabit(ink, smooth);
-        for (std::size_t i = 1; i < smooth.pieces.size(); ++i) {
+        for (std::size_t i = 1; i < smooth.pieces.size() && tries < kMostTries; ++i) {
             if (smooth.pieces[i].joint != JointSight::Tangent ||
                 length + PriceCorner(ink, smooth, i) - smooth.pieces[i].jointPrice >= least)
                 continue;
+            ++tries;
             Chain sharp = WithCorner(ink, smooth, i);
             Chain fitted = sharp;
             FitTangentRuns(ink, 0.0, fitted);
