@@ -156,7 +156,7 @@ void Take(const std::vector<double>& step, LinkedRun& run) {
 }
 
 // One step; false when none makes the fit better worth mentioning.
-bool Improve(const PricedPath& ink, double& damping, LinkedRun& run) {
+bool ImproveRing(const PricedPath& ink, double& damping, LinkedRun& run) {
     AssignPoints(ink, run);
     const NormalEquations equations = EquationsOf(ink, run);
     const double before = MeritOf(ink, run);
@@ -264,7 +264,7 @@ bool FitRing(const PricedPath& ink, LinkedRun& run) {
         return false;
     Lay(run);
     double damping = kLeastDamping;
-    for (int round = 0; round < kRounds && Improve(ink, damping, run); ++round) {
+    for (int round = 0; round < kRounds && ImproveRing(ink, damping, run); ++round) {
     }
     return CloseUp(run) && IsSound(run);
 }
