@@ -14,10 +14,10 @@ class SketchRecognizer;
 /// and before anybody takes the results: those that are replaced are deleted with their curves, the new one
 /// belongs to the caller of GetResults as all others do.
 ///
-/// A stroke qualifies when its ends lie within SketchRecognizer::AskClosedStrokeTolerance and the results
-/// would give way to a whole-stroke curve: there are none, or fewer lines than other curves, or a line and
-/// an arc of more than three quarters of a turn. The shape must keep the arc or ellipse tolerance of the
-/// whole stroke. A circle is preferred, unless the ellipse halves its deviation and is clearly oblong.
+/// A stroke qualifies when the results would give way to a whole-stroke curve (there are none, or fewer lines
+/// than other curves, or a line and an arc of more than three quarters of a turn) and
+/// SketchRecognizer::RecognizePeriodic finds a round. Ends that lie within AskClosedStrokeTolerance close it
+/// whatever angle is left between them; ends farther apart do where the pen ran on past its start.
 ///
 /// @return whether the results now hold just such a shape; they are unchanged if not. Never throws: what
 ///         goes wrong is written to standard error as in Recognize.

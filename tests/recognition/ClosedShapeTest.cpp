@@ -38,7 +38,7 @@ Answer RecognizedAndClosed(const Samples& samples, bool segment = true) {
 TEST(CloseRoundStroke, CirclesAndEllipsesFromAnyStartInEitherSense) {
     for (const double ratio : {0.3, 0.4, 0.7, 0.85, 0.89, 1.0})
         for (const double start : {0.2, 1.0, 2.8, 4.0})
-            for (const double rounds : {1.0, -1.0, 0.97, 1.02}) {
+            for (const double rounds : {1.0, -1.0, 0.97, 1.02, -1.2, 2.0}) { // ends may lie apart past the start
                 SCOPED_TRACE(testing::Message() << ratio << ", " << rounds << " from " << start);
                 const Samples drawn =
                     DrawEllipse({700, -300}, 80, 80 * ratio, 0.5 * start, start, start + rounds * kTurn, 150);
@@ -71,6 +71,9 @@ TEST(CloseRoundStroke, LeavesEverythingElseAlone) {
     // About 500 units long: the ends may be 20 apart.
     const auto open = [](double gap) { return DrawEllipse({0, 0}, 80, 80, 0, 0, kTurn - gap / 80, 200); };
     EXPECT_TRUE(RecognizedAndClosed(open(19.0)).closed);
+    Samples back = DrawEllipse({0, 0}, 80, 80, 0, 0, 5.0, 90); // its ends meet, but it never went round
+    back.insert(back.end(), back.rbegin(), back.rend());
+    EXPECT_FALSE(RecognizedAndClosed(back).closed);
     const struct {
         Samples samples;
         bool segment;

@@ -75,6 +75,16 @@ std::optional<EllipseEvidence> FindEllipse(const InkPath& path) {
     return found;
 }
 
+EllipseEvidence EvidenceBeside(const InkPath& path, const Point& centre, double a, double b, double angle) {
+    EllipseEvidence given;
+    given.centre = centre;
+    given.a = a;
+    given.b = b;
+    given.angle = angle;
+    MeasureResiduals(path, given);
+    return given;
+}
+
 double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse) {
     return PriceOfHiddenCorners(ink, [&](const TurningPeak& peak) {
         const EllipseTerms& t = ellipse.terms[static_cast<std::size_t>(peak.at)];

@@ -39,6 +39,9 @@ struct EllipseEvidence {
 /// Nothing for ink that no ellipse describes.
 std::optional<EllipseEvidence> FindEllipse(const InkPath& path);
 
+/// The same of a given ellipse, whether it is the best or not.
+EllipseEvidence EvidenceBeside(const InkPath& path, const Point& centre, double a, double b, double angle);
+
 /// Corners of the ink where the ellipse bends evenly, but for those so near the ends that they are the pen
 /// touching down or leaving.
 double PriceOfCorners(const PricedPath& ink, const EllipseEvidence& ellipse);

@@ -96,6 +96,7 @@ public:
         : priced_(priced), preferences_(preferences), tolerance_(rules.LineShare() * priced.path.length) {}
 
     void Compare(const RulesReading& rules, int samples) {
+        Offer(rules.AsRound(priced_), round_);
         const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
         if (ellipse && preferences_.GetChangeCurveType())
             Offer(FindRoundShape(priced_, *ellipse, samples), round_);

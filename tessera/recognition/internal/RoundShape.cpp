@@ -107,4 +107,12 @@ std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvi
     return shape;
 }
 
+void PriceRound(const PricedPath& ink, RoundShape& shape) {
+    const EllipseEvidence beside =
+        EvidenceBeside(ink.path, shape.centre, shape.radii[0], shape.radii[1], shape.rotation);
+    const double sumSq = UnexplainedSumSq(beside, {});
+    shape.meanSq = sumSq / ink.path.Size();
+    shape.description = {PriceOfCorners(ink, beside) + kNumbers * kNumberPrice, kSpreadShare * sumSq};
+}
+
 } // namespace Tessera::Geometry

@@ -26,4 +26,7 @@ struct RoundShape {
 /// @param samples  of the ink: the clock of a pen without time stamps.
 std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvidence& ellipse, int samples);
 
+/// The price of a round that was found elsewhere: the pen's drift is not explained.
+void PriceRound(const PricedPath& ink, RoundShape& shape);
+
 } // namespace Tessera::Geometry

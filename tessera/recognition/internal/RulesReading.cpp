@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <utility>
 #include <vector>
 
+#include "tessera/geometry/Arc.h"
+#include "tessera/geometry/Ellipse.h"
 #include "tessera/recognition/ClosedShape.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/ChainSearch.h"
@@ -141,6 +144,35 @@ std::vector<Chain> RulesReading::AsChains(const PricedPath& ink) const {
         isArc.push_back(kind == CurveType_Arc);
     }
     return isArc.empty() ? std::vector<Chain>() : ChainsOver(ink, breaks, isArc);
+}
+
+std::optional<RoundShape> RulesReading::AsRound(const PricedPath& ink) const {
+    if (pieces_.size() != 1 || !pieces_[0].curve->IsClosed())
+        return std::nullopt;
+    const Curve& curve = *pieces_[0].curve;
+    RoundShape shape;
+    if (curve.GetType() == CurveType_Arc) {
+        shape.isCircle = true;
+        shape.centre = static_cast<const Arc&>(curve).GetCenter();
+        shape.radii[0] = shape.radii[1] = static_cast<const Arc&>(curve).GetRadius();
+    } else if (curve.GetType() == CurveType_Ellipse) {
+        double centre[2];
+        double limits[2];
+        static_cast<const Ellipse&>(curve).AskEllipseData(centre, shape.radii, &shape.rotation, &limits[0],
+                                                          &limits[1]);
+        shape.centre = {centre[0], centre[1]};
+    } else {
+        return std::nullopt;
+    }
+    if (shape.radii[0] < shape.radii[1]) {
+        std::swap(shape.radii[0], shape.radii[1]);
+        shape.rotation += 0.5 * std::numbers::pi;
+    }
+    shape.centre = ink.path.FromModel({x_ + shape.centre.x / scale_, y_ + shape.centre.y / scale_});
+    for (double& radius : shape.radii)
+        radius /= scale_ * ink.path.scale;
+    PriceRound(ink, shape);
+    return shape;
 }
 
 double RulesReading::LengthOf(int firstSample, int lastSample) const {

@@ -8,6 +8,7 @@
 
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/internal/PricedPath.h"
+#include "tessera/recognition/internal/RoundShape.h"
 
 namespace Tessera::Geometry {
 
@@ -27,6 +28,9 @@ public:
     /// The pieces' ends and kinds as a chain, priced like any other; nothing unless all pieces are lines and
     /// arcs.
     std::vector<Chain> AsChains(const PricedPath& ink) const;
+
+    /// The full circle or ellipse that the stroke was closed as, priced like any other; nothing where it was not.
+    std::optional<RoundShape> AsRound(const PricedPath& ink) const;
 
     /// Of a curve's kind, for the ink it stands for; model units.
     double ToleranceOf(const InterpretedCurve& made) const;

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tessera/recognition/internal/StrokePiece.h"
@@ -21,6 +22,14 @@ struct SketchRecognizerAccess {
         recognizer.AppendResult(std::move(curve), piece, maxDev);
     }
     void DeleteResult(int index) const { recognizer.DeleteRecognizeGeometry(index); }
+    /// Results of the same stroke in place of the recogniser's own, which are deleted.
+    void TakeResultsOf(SketchRecognizer& other) const {
+        recognizer.results_.swap(other.results_);
+        for (RecognizedGeometry* result : recognizer.results_)
+            result->SetStrokeId(recognizer.strokeId_);
+        while (!other.results_.empty())
+            other.DeleteRecognizeGeometry(0);
+    }
     void RemoveSmallCurves() const { recognizer.RemoveSmallCurves(); }
 
     void GetBreaks(std::vector<int>& breaks) const { recognizer.GetBreaks(breaks); }

@@ -84,6 +84,33 @@ TEST(RoundShape, CornersAreDear) {
     EXPECT_GT(box.shape->description.sumSq, rounded.shape->description.sumSq);
 }
 
+// A round that is given costs what the ink strays from it: the best one least, and no more where it is known
+// already. None has its drift explained.
+TEST(RoundShape, AGivenRoundIsPricedByItsOwnDistances) {
+    for (const double growth : {0.0, 0.2}) {
+        const InkStroke ink = Trembling(RoundInk(80, 40, 370, growth), 0.3, 3);
+        const InkPath path = MakeInkPath(ink.samples);
+        const PricedPath priced(path);
+        const EllipseEvidence ellipse = *FindEllipse(path);
+        const double found = LengthOf(path, FindRoundShape(priced, ellipse, 100)->description);
+        RoundShape given;
+        given.centre = ellipse.centre;
+        given.radii[0] = ellipse.a;
+        given.radii[1] = ellipse.b;
+        given.rotation = ellipse.angle;
+        PriceRound(priced, given);
+        const double best = LengthOf(path, given.description);
+        if (growth > 0.0) {
+            EXPECT_GT(best, found + 5.0);
+        } else {
+            EXPECT_NEAR(best, found, 0.5);
+        }
+        given.rotation += 0.2;
+        PriceRound(priced, given);
+        EXPECT_GT(LengthOf(path, given.description), best + 1.0);
+    }
+}
+
 // Hands draw rounds with three bellies, at a price; what has five was meant to have them.
 TEST(RoundShape, ThreeBelliesAreAHandsOwn) {
     const auto unexplained = [](int bellies, double size) {
