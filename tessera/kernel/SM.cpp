@@ -61,3 +61,7 @@ long SM_ask_allocation_count() {
 long SM_ask_refusal_count() {
     return refusals;
 }
+
+void SM_count_refusal() {
+    ++refusals;
+}

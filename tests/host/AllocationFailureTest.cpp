@@ -8,6 +8,7 @@
 #include "tessera/host/ScriptorRecog.h"
 #include "tessera/kernel/SM.h"
 #include "tessera/kernel/internal/SmFault.h"
+#include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
 #include "tessera/strokes/Stroke.h"
@@ -104,6 +105,42 @@ TEST(AllocationFailure, NothingLeavesTheScribbleEntries) {
         SM_free(ranges);
         StrokeIsScribbleShape(&scribble, &preferences, &cuspCount);
     });
+    testing::internal::GetCapturedStderr();
+}
+
+// A recogniser reports a lack of memory and goes on with what it has; a reading without that part would be
+// another one, so there is none.
+TEST(AllocationFailure, AnInterpretationIsWholeOrThrows) {
+    const auto drawn = [](double ratio, double turns) {
+        InkStroke ink;
+        for (int i = 0; i < 90; ++i) {
+            const double a = turns * 2 * 3.141592653589793 * i / 89;
+            ink.samples.push_back({90 * std::cos(a), 90 * ratio * std::sin(a), 0.0});
+        }
+        return ink;
+    };
+    testing::internal::CaptureStderr();
+    for (const InkStroke& ink : {drawn(1.0, 1.0), drawn(0.5, 1.1), drawn(0.0, 0.5), drawn(0.7, 0.4)})
+        for (const bool byHypotheses : {true, false}) {
+            SketchRecognizerPreferences preferences;
+            preferences.SetReduceInkCurveDeviation(byHypotheses);
+            const InkReading whole = InterpretInk(ink, preferences);
+            int thrown = 0;
+            FailEach([&] {
+                try {
+                    const InkReading reading = InterpretInk(ink, preferences);
+                    EXPECT_EQ(reading.shape, whole.shape) << failing;
+                    ASSERT_EQ(reading.curves.size(), whole.curves.size()) << failing;
+                    EXPECT_EQ(reading.handSpread, whole.handSpread) << failing;
+                } catch (const std::bad_alloc&) {
+                    ++thrown;
+                } catch (char* message) {
+                    EXPECT_STREQ(message, "InterpretInk - out of memory");
+                    ++thrown;
+                }
+            });
+            EXPECT_GT(thrown, 5);
+        }
     testing::internal::GetCapturedStderr();
 }
 

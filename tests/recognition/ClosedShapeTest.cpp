@@ -38,7 +38,8 @@ Answer RecognizedAndClosed(const Samples& samples, bool segment = true) {
 TEST(CloseRoundStroke, CirclesAndEllipsesFromAnyStartInEitherSense) {
     for (const double ratio : {0.3, 0.4, 0.7, 0.85, 0.89, 1.0})
         for (const double start : {0.2, 1.0, 2.8, 4.0})
-            for (const double rounds : {1.0, -1.0, 0.97, 1.02, -1.2, 2.0}) { // ends may lie apart past the start
+            for (const double rounds :
+                 {1.0, -1.0, 0.97, 1.02, -1.2, 2.0}) { // ends may lie apart past the start
                 SCOPED_TRACE(testing::Message() << ratio << ", " << rounds << " from " << start);
                 const Samples drawn =
                     DrawEllipse({700, -300}, 80, 80 * ratio, 0.5 * start, start, start + rounds * kTurn, 150);

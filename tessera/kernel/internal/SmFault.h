@@ -5,5 +5,8 @@
 void SM_fail_nth(long n);
 /// Allocations asked for since the last SM_fail_nth.
 long SM_ask_allocation_count();
-/// Allocations that have given null since the program began. The layers above throw texts that do not say so.
+/// Allocations that have given null since the program began, and what SM_count_refusal has added. The layers
+/// above throw texts that do not say so.
 long SM_ask_refusal_count();
+/// Counts memory that ran out elsewhere where the caller is not told so.
+void SM_count_refusal();

@@ -29,7 +29,8 @@ public:
     /// arcs.
     std::vector<Chain> AsChains(const PricedPath& ink) const;
 
-    /// The full circle or ellipse that the stroke was closed as, priced like any other; nothing where it was not.
+    /// The full circle or ellipse that the stroke was closed as, priced like any other; nothing where it was
+    /// not.
     std::optional<RoundShape> AsRound(const PricedPath& ink) const;
 
     /// Of a curve's kind, for the ink it stands for; model units.
