@@ -6,6 +6,7 @@
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/ReadingChoice.h"
 
 namespace Tessera::Geometry {
 
@@ -37,10 +38,14 @@ Chain Without(const Chain& chain, bool first, bool last) {
 }
 
 // A line and an arc enclose something, unless the line is a slip of the pen on a round. Two lines do not; two
-// arcs are what is left of a round.
+// arcs are what is left of a round, but for those that meet in two clear corners.
 bool CanEnclose(const PricedPath& ink, const Chain& chain) {
-    if (chain.pieces.size() != 2 || chain.pieces[0].isArc == chain.pieces[1].isArc)
+    if (chain.pieces.size() != 2)
         return chain.pieces.size() > 2;
+    if (AreArcs(chain))
+        return ShowsAllCorners(chain);
+    if (AreLines(chain))
+        return false;
     const ChainPiece& line = chain.pieces[chain.pieces[0].isArc ? 1 : 0];
     const ChainPiece& arc = chain.pieces[chain.pieces[0].isArc ? 0 : 1];
     return PointsIn(ink, line) >= kLeastChord * PointsIn(ink, arc);
@@ -48,7 +53,7 @@ bool CanEnclose(const PricedPath& ink, const Chain& chain) {
 
 // The last piece meets the first near both ends of the ink.
 bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
-    if (!CanEnclose(ink, chain))
+    if (chain.pieces.size() < 2)
         return false;
     const ChainPiece& first = chain.pieces.front();
     const ChainPiece& last = chain.pieces.back();
@@ -68,7 +73,7 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     chain.price += seam.price - 2.0 * kNumberPrice;
     chain.pieces.front().joint = seam.sight;
     chain.pieces.front().jointPrice = seam.price;
-    return true;
+    return CanEnclose(ink, chain);
 }
 
 // The last and the first piece are one.

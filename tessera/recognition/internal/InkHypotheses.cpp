@@ -82,10 +82,11 @@ bool IsSimplePolygon(const Chain& chain) {
     return chain.isClosed && chain.pieces.size() <= 4 && AreLines(chain);
 }
 
-// A closed chain that nobody means: all arcs, or with a joint at which the ink bends on.
+// A closed chain that nobody means: all arcs that do not all meet in clear corners, or with a joint at which
+// the ink bends on.
 bool IsDoubtful(const Chain& chain) {
     const auto bendsOn = [](const ChainPiece& p) { return p.joint == JointSight::Bend; };
-    return AreArcs(chain) || std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
+    return (AreArcs(chain) && !ShowsAllCorners(chain)) || std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.

@@ -57,6 +57,11 @@ bool IsRectangle(const Chain& lines) {
     return true;
 }
 
+// Whether the ink shows the corner before a piece without doubt.
+bool IsShown(const ChainPiece& piece) {
+    return piece.joint == JointSight::Corner && piece.jointPrice <= kDoubtfulCorner;
+}
+
 } // namespace
 
 double LengthOfHabit(const PricedPath& ink, const Chain& chain) {
@@ -94,10 +99,11 @@ bool HasCorner(const Chain& chain) {
 }
 
 bool ShowsCorner(const Chain& chain) {
-    for (std::size_t i = 1; i < chain.pieces.size(); ++i)
-        if (chain.pieces[i].joint == JointSight::Corner && chain.pieces[i].jointPrice <= kDoubtfulCorner)
-            return true;
-    return false;
+    return std::any_of(chain.pieces.begin() + 1, chain.pieces.end(), IsShown);
+}
+
+bool ShowsAllCorners(const Chain& chain) {
+    return std::all_of(chain.pieces.begin() + (chain.isClosed ? 0 : 1), chain.pieces.end(), IsShown);
 }
 
 } // namespace Tessera::Geometry

@@ -18,6 +18,9 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain);
 /// Whether the chain has a corner that the ink shows without doubt.
 bool ShowsCorner(const Chain& chain);
 
+/// Whether all joints of a chain are corners that the ink shows without doubt, the closing one included.
+bool ShowsAllCorners(const Chain& chain);
+
 /// Whether an open chain has a corner, shown or not.
 bool HasCorner(const Chain& chain);
 
