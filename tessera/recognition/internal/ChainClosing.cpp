@@ -90,9 +90,10 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
     const double most = chain.pieces.size() < 4 ? 0.0 : ink.path.step * (first.last - first.first);
     if (std::fabs(gap.Cross(ahead)) > reach || gap.Dot(ahead) < -reach || gap.Dot(ahead) > most + reach)
         return false;
-    // Two lines make one line: an arc would hide the corner between them.
+    // Two lines make one line: an arc would hide the corner between them, but where the path was begun within
+    // a piece.
     const RunPrices both = PriceRun(ink, last.first, first.last);
-    const bool isArc = both.hasArc && (first.isArc || last.isArc) &&
+    const bool isArc = both.hasArc && (first.isArc || last.isArc || ink.seam >= 0) &&
                        both.arc.CostFor(chain.squared) < both.line.CostFor(chain.squared);
     const PricedPiece& joined = isArc ? both.arc : both.line;
     ChainPiece whole = joined.piece;
