@@ -86,7 +86,8 @@ bool IsSimplePolygon(const Chain& chain) {
 // the ink bends on.
 bool IsDoubtful(const Chain& chain) {
     const auto bendsOn = [](const ChainPiece& p) { return p.joint == JointSight::Bend; };
-    return (AreArcs(chain) && !ShowsAllCorners(chain)) || std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
+    return (AreArcs(chain) && !ShowsAllCorners(chain)) ||
+           std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.
