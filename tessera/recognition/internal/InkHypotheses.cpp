@@ -117,7 +117,7 @@ public:
             ring_ = FindRing(priced_, chain_, tolerance_);
         if (ring_) {
             chain_ = ring_->chain;
-            least_ = LengthOfHabit(*ring_->ink, chain_);
+            least_ = ring_->length;
         }
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (preferences_.GetCurveTidy() && preferences_.GetChangeCurveType())

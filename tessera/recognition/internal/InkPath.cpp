@@ -244,16 +244,6 @@ InkPath FitToPieces(std::span<const InkSample> samples, InkPath path) {
     return path;
 }
 
-InkPath BegunAt(const InkPath& path, int start) {
-    InkPath begun = path;
-    std::rotate(begun.pts.begin(), begun.pts.begin() + start, begun.pts.end());
-    std::rotate(begun.source.begin(), begun.source.begin() + start, begun.source.end());
-    begun.pts.push_back(begun.pts.front());
-    begun.source.push_back(begun.source.front());
-    begun.length += path.Gap();
-    return begun;
-}
-
 PenPace PaceAlong(const InkPath& path, std::span<const InkSample> samples) {
     std::vector<double> time;
     time.reserve(path.pts.size());

@@ -44,9 +44,6 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 /// @param samples  those that the path was made from.
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
-/// A path whose ends meet, begun at another of its points, which ends it too.
-InkPath BegunAt(const InkPath& path, int start);
-
 /// Speed of the pen about each point of a path, of the speed that it exceeds for a quarter of the path.
 struct PenPace {
     std::vector<double> wide;  ///< over a few points: the clock of the device is uneven

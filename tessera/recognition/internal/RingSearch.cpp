@@ -4,13 +4,14 @@
 #include <vector>
 
 #include "tessera/recognition/internal/ChainChoice.h"
+#include "tessera/recognition/internal/EndJoin.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 
 namespace Tessera::Geometry {
 
 namespace {
 
-constexpr double kMostGap = 2.5;        // steps of the path between ends that meet
+constexpr double kUsualPace = 1.0;      // across a gap
 constexpr std::size_t kMostPieces = 32; // of more one that was cut in two is a small matter
 
 // The middle of the longest piece.
@@ -22,20 +23,22 @@ int MiddleOf(const PricedPath& ink, const Chain& chain) {
     return ink.path.Within(longest.first + PointsIn(ink, longest) / 2);
 }
 
-void Begin(const PricedPath& ink, int start, Ring& ring) {
-    ring.path = std::make_unique<InkPath>(BegunAt(ink.path, start));
+void Begin(const PricedPath& ink, const EndJoin& join, int start, Ring& ring) {
+    ring.path = std::make_unique<InkPath>(BegunAt(ink.path, join, start));
     ring.ink = std::make_unique<PricedPath>(*ring.path);
     ring.ink->haste = ink.haste;
     ring.ink->closing = ink.closing;
-    ring.ink->seam = ink.path.Size() - start;
-    for (auto pace : {&PenPace::wide, &PenPace::close}) {
-        std::vector<double>& begun = ring.ink->pace.*pace;
-        begun = ink.pace.*pace;
-        if (begun.empty())
-            continue;
-        std::rotate(begun.begin(), begun.begin() + start, begun.end());
-        begun.push_back(begun.front());
-    }
+    ring.ink->seam = ink.path.Size() - join.cut - start;
+    for (auto pace : {&PenPace::wide, &PenPace::close})
+        ring.ink->pace.*pace = BegunAt(ink.pace.*pace, join, start, kUsualPace);
+}
+
+// Of the ring's description if it were one of the path as it was drawn: points that were cut off or added
+// would have been no worse than the others.
+double LengthAlong(const InkPath& path, const Ring& ring) {
+    const double sumSq = ring.chain.sumSq;
+    return LengthOfHabit(*ring.ink, ring.chain) - LengthOf(*ring.path, {0.0, sumSq}) +
+           LengthOf(path, {0.0, sumSq * path.Size() / ring.path->Size()});
 }
 
 bool IsWithin(const ChainPiece& piece, int point) {
@@ -47,16 +50,18 @@ bool IsWithin(const ChainPiece& piece, int point) {
 
 std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double tolerance) {
     const std::size_t count = found.pieces.size();
-    if (count < 2 || count > kMostPieces || AreLines(found) || ink.path.Gap() > kMostGap * ink.path.step)
+    if (count < 2 || count > kMostPieces || AreLines(found))
         return std::nullopt;
+    const std::optional<EndJoin> join = JoinEnds(ink.path, ink.closing);
     const int start = MiddleOf(ink, found);
-    if (start == 0)
+    if (!join || start == 0 || start >= ink.path.Size() - join->cut)
         return std::nullopt;
     Ring ring;
-    Begin(ink, start, ring);
+    Begin(ink, *join, start, ring);
     const double length = LengthOfHabit(ink, found);
     ring.chain = FindChain(*ring.ink, {}, true, tolerance, length);
-    if (!IsRing(ring.chain) || LengthOfHabit(*ring.ink, ring.chain) >= length)
+    ring.length = LengthAlong(ink.path, ring);
+    if (!IsRing(ring.chain) || ring.length >= length)
         return std::nullopt;
     std::vector<ChainPiece>& pieces = ring.chain.pieces;
     const auto first = std::find_if(pieces.begin(), pieces.end(),

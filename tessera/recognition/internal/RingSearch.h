@@ -9,14 +9,15 @@
 namespace Tessera::Geometry {
 
 struct Ring {
-    std::unique_ptr<InkPath> path; ///< begun within a piece
+    std::unique_ptr<InkPath> path; ///< begun within a piece, its ends joined
     std::unique_ptr<PricedPath> ink;
-    Chain chain; ///< a ring of that path; its first piece is the one in which the pen touched down
+    Chain chain;         ///< a ring of that path; its first piece is the one in which the pen touched down
+    double length = 0.0; ///< of its description, as one of the stroke
 };
 
 /// The briefest ring when the stroke is begun within the longest piece of the chain that was found: the
-/// search cuts no piece in two then where it was short already. Empty where the ends do not meet, and when
-/// the chain found is as brief, or all lines: sides are told from each other wherever they begin.
+/// search cuts no piece in two then where it was short already. Empty where the ends cannot be made to meet,
+/// and when the chain found is as brief, or all lines: sides are told from each other wherever they begin.
 std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double tolerance);
 
 } // namespace Tessera::Geometry

@@ -2,6 +2,7 @@
 
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/Description.h"
+#include "tessera/recognition/internal/EndJoin.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/TangentRun.h"
@@ -190,7 +191,7 @@ TEST(ChainSearch, FreeFormsGoOnceRound) {
         const double a = 2.0 * std::numbers::pi * i / 200;
         samples.push_back({(5.0 + std::cos(3.0 * a)) * std::cos(a), (5.0 + std::cos(3.0 * a)) * std::sin(a)});
     }
-    const InkPath path = BegunAt(MakeInkPath(samples), 30);
+    const InkPath path = BegunAt(MakeInkPath(samples), {}, 30);
     const PricedPath ink(path);
     Chain chain;
     chain.isClosed = true;
