@@ -73,6 +73,8 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     chain.price += seam.price - 2.0 * kNumberPrice;
     chain.pieces.front().joint = seam.sight;
     chain.pieces.front().jointPrice = seam.price;
+    if (seam.sight == JointSight::Tangent) // a joint as any other: the pieces are fitted to touch there
+        chain.pieces.back().last = chain.pieces.front().first;
     return CanEnclose(ink, chain);
 }
 
