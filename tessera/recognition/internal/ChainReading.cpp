@@ -17,6 +17,8 @@ namespace Tessera::Geometry {
 
 namespace {
 
+constexpr double kNearCorner = 0.07; // sizes between the corner of the ink and where its neighbours meet
+
 bool TouchesBefore(const ChainPiece& piece) {
     return piece.joint == JointSight::Tangent;
 }
@@ -49,6 +51,43 @@ void SnapLines(const InkPath& path, double angleRad, double tolerance,
                      piece);
         else
             piece.line.direction = AxisNear(piece.line.direction, angleRad).value_or(piece.line.direction);
+    }
+}
+
+bool IsOnAxis(const ChainPiece& line) {
+    return !line.isArc && (line.line.direction.x == 0.0 || line.line.direction.y == 0.0);
+}
+
+// Whether the pieces on either side of the corner before a piece may be turned a little: no arc touches them.
+bool MayTurn(const Chain& chain, const std::vector<bool>& round, std::size_t i) {
+    const std::size_t count = chain.pieces.size();
+    const auto isFixed = [&](std::size_t k) {
+        return TouchesBefore(chain.pieces[k]) || (!round.empty() && round[k]);
+    };
+    return !isFixed((i + count - 1) % count) && !isFixed(i) && !isFixed((i + 1) % count);
+}
+
+// What was fitted to bowed sides meets away from the corner that the hand drew. There the corner is the
+// middle between the feet of the ink's on the two; a line along an axis keeps its direction.
+void DrawNear(const PricedPath& ink, const Chain& chain, const std::vector<bool>& round, ExactChain& exact) {
+    const std::size_t count = exact.pieces.size();
+    if (chain.pieces.size() != count || count < 2)
+        return;
+    for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i) {
+        const std::size_t k = (i + count - 1) % count;
+        const ChainPiece& before = chain.pieces[k];
+        const ChainPiece& after = chain.pieces[i];
+        const Point& end = ink.path.At(before.last);
+        const Point& start = ink.path.At(after.first);
+        const Point drawn = 0.5 * (end + start);
+        if (!MayTurn(chain, round, i) || (IsOnAxis(before) && IsOnAxis(after)) ||
+            exact.pieces[i].from.Distance(drawn) <= kNearCorner + end.Distance(start))
+            continue;
+        const Point corner = IsOnAxis(before)  ? OnPiece(before, drawn)
+                             : IsOnAxis(after) ? OnPiece(after, drawn)
+                                               : 0.5 * (OnPiece(before, drawn) + OnPiece(after, drawn));
+        exact.pieces[k].to = corner;
+        exact.pieces[i].from = corner;
     }
 }
 
@@ -129,6 +168,7 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     const std::vector<bool> round = FindRoundCorners(ink, chain, exact);
     const Bounds bounds{XYBox(ink.path.pts), tolerance};
     const auto tidy = [&] {
+        DrawNear(ink, chain, round, exact);
         RoundCorners(ink, chain, round, exact);
         DrawInCorners(ink, bounds, exact);
         reading.shape = ShapeOf(exact);
