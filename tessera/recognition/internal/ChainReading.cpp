@@ -58,21 +58,16 @@ bool IsOnAxis(const ChainPiece& line) {
     return !line.isArc && (line.line.direction.x == 0.0 || line.line.direction.y == 0.0);
 }
 
-// Whether the pieces on either side of the corner before a piece may be turned a little: no arc touches them.
-bool MayTurn(const Chain& chain, const std::vector<bool>& round, std::size_t i) {
-    const std::size_t count = chain.pieces.size();
-    const auto isFixed = [&](std::size_t k) {
-        return TouchesBefore(chain.pieces[k]) || (!round.empty() && round[k]);
-    };
-    return !isFixed((i + count - 1) % count) && !isFixed(i) && !isFixed((i + 1) % count);
-}
-
 // What was fitted to bowed sides meets away from the corner that the hand drew. There the corner is the
-// middle between the feet of the ink's on the two; a line along an axis keeps its direction.
+// middle between the feet of the ink's on the two; a line along an axis, and what touches an arc at its other
+// end, is not turned.
 void DrawNear(const PricedPath& ink, const Chain& chain, const std::vector<bool>& round, ExactChain& exact) {
     const std::size_t count = exact.pieces.size();
     if (chain.pieces.size() != count || count < 2)
         return;
+    const auto isSmooth = [&](std::size_t joint) {
+        return TouchesBefore(chain.pieces[joint]) || (!round.empty() && round[joint]);
+    };
     for (std::size_t i = exact.isClosed ? 0 : 1; i < count; ++i) {
         const std::size_t k = (i + count - 1) % count;
         const ChainPiece& before = chain.pieces[k];
@@ -80,12 +75,14 @@ void DrawNear(const PricedPath& ink, const Chain& chain, const std::vector<bool>
         const Point& end = ink.path.At(before.last);
         const Point& start = ink.path.At(after.first);
         const Point drawn = 0.5 * (end + start);
-        if (!MayTurn(chain, round, i) || (IsOnAxis(before) && IsOnAxis(after)) ||
+        const bool staysBefore = IsOnAxis(before) || isSmooth(k);
+        const bool staysAfter = IsOnAxis(after) || isSmooth((i + 1) % count);
+        if (isSmooth(i) || (staysBefore && staysAfter) ||
             exact.pieces[i].from.Distance(drawn) <= kNearCorner + end.Distance(start))
             continue;
-        const Point corner = IsOnAxis(before)  ? OnPiece(before, drawn)
-                             : IsOnAxis(after) ? OnPiece(after, drawn)
-                                               : 0.5 * (OnPiece(before, drawn) + OnPiece(after, drawn));
+        const Point corner = staysBefore  ? OnPiece(before, drawn)
+                             : staysAfter ? OnPiece(after, drawn)
+                                          : 0.5 * (OnPiece(before, drawn) + OnPiece(after, drawn));
         exact.pieces[k].to = corner;
         exact.pieces[i].from = corner;
     }
