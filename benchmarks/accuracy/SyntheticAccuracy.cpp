@@ -51,7 +51,9 @@ struct HandKind {
     const char* name;
     Hand (RandomPlans::*hand)();
 };
-constexpr HandKind kHands[] = {{"careful", &RandomPlans::CarefulHand}, {"quick", &RandomPlans::QuickHand}};
+constexpr HandKind kHands[] = {{"careful", &RandomPlans::CarefulHand},
+                               {"brisk", &RandomPlans::BriskHand},
+                               {"quick", &RandomPlans::QuickHand}};
 
 struct Pen {
     const char* name;

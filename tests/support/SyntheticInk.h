@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -39,8 +40,12 @@ struct Hand {
     double tremor = 0.0015;  ///< one sigma, some ten a second
     double stray = 0.006;    ///< one sigma
     double strayHz = 1.0;
-    double bow = 0.0;  ///< one sigma of the sagitta of a line over its length
-    double grid = 0.0; ///< step of the digitiser; 0: none
+    double bow = 0.0;         ///< one sigma of the sagitta of a line over its length
+    double cornerPace = 0.25; ///< of the speed along a straight, in a corner
+    double pickUp = 6.0;      ///< of it, by which the pen gets faster over a size
+    bool isEvenPush = false;  ///< the square of the speed grows with the distance, not the speed
+    double paceWander = 0.0;  ///< one sigma of the logarithm of a speed that changes as the stray does
+    double grid = 0.0;        ///< step of the digitiser; 0: none
 };
 
 /// A stretch of the plan: constant curvature, and a turn on the spot before it.
@@ -123,6 +128,9 @@ public:
                                : 0.0);
         Noise stray(rng, hand.stray * out.size, hand.strayHz);
         Noise tremor(rng, hand.tremor * out.size, 10.0);
+        std::optional<Noise> wander;
+        if (hand.paceWander > 0.0)
+            wander.emplace(rng, hand.paceWander, 2.0 * hand.strayHz);
         out.ink.hasTimes = true;
         const double step = 1.0 / hand.rateHz;
         double s = 0.0;
@@ -131,7 +139,8 @@ public:
             if (hand.grid > 0.0)
                 p = {std::round(p.x / hand.grid) * hand.grid, std::round(p.y / hand.grid) * hand.grid};
             out.ink.samples.push_back({p.x, p.y, 1000.0 * t});
-            s += step * hand.speed * out.size * Pace(s, out.size);
+            s += step * hand.speed * out.size * Pace(s, out.size, hand) *
+                 (wander ? std::exp(wander->At(t).x) : 1.0);
         }
         return out;
     }
@@ -202,13 +211,16 @@ private:
     }
 
     // Slow near corners, and in bends by the power law of hands (speed as the cube root of the radius).
-    double Pace(double s, double size) const {
+    double Pace(double s, double size, const Hand& hand) const {
         const std::size_t i = IndexAt(s);
-        double pace = 1.0 / std::cbrt(1.0 + std::fabs(stretches_[i].curvature) * size);
+        double away = length_ - s;
         for (std::size_t k = 0; k < starts_.size(); ++k)
             if (stretches_[k].turn != 0.0 || k == 0)
-                pace = std::min(pace, 0.25 + 6.0 * std::fabs(s - starts_[k].s) / size);
-        return std::min(pace, 0.25 + 6.0 * (length_ - s) / size);
+                away = std::min(away, std::fabs(s - starts_[k].s));
+        const double gained = hand.pickUp * std::max(0.0, away) / size;
+        const double pace =
+            hand.isEvenPush ? std::hypot(hand.cornerPace, std::sqrt(gained)) : hand.cornerPace + gained;
+        return std::min(pace, 1.0 / std::cbrt(1.0 + std::fabs(stretches_[i].curvature) * size));
     }
 
     double SizeOfPlan() const {
@@ -370,6 +382,17 @@ public:
         hand.tremor = Uniform(0.0005, 0.002);
         hand.stray = Uniform(0.002, 0.008);
         hand.grid = Count(0, 1) == 0 ? 0.0 : Uniform(0.3, 1.0);
+        return hand;
+    }
+
+    /// A careful hand whose pen pushes off from a corner with even force and keeps no even pace: none of the
+    /// interpretation's constants was measured on it.
+    Hand BriskHand() {
+        Hand hand = CarefulHand();
+        hand.cornerPace = Uniform(0.05, 0.25);
+        hand.pickUp = Uniform(3.0, 8.0);
+        hand.isEvenPush = true;
+        hand.paceWander = 0.15;
         return hand;
     }
 
