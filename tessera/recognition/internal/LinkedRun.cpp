@@ -32,46 +32,81 @@ constexpr std::size_t kFirstHeading = kLength;
 
 using Step = std::vector<std::array<double, kMoves - kOwn>>; // of the start, then of each link
 
-// The squares of a link and of all that follow, to second order in the link's moves.
-struct Stage {
-    std::array<Moves, kMoves> gram{};    // normal matrix
-    std::array<Moves, kMoves> reduced{}; // the same with all that is later in order set to suit
-    Moves slope{};
-    std::array<Moves, kOwn> leads{}; // how the start of the next link moves
+using StartMatrix = std::array<Moves, kOwn>;
+
+// The squares of a link's own ink, to second order in the link's moves. Where the link ends is no matter of
+// its own ink.
+struct Squares {
+    std::array<std::array<double, kLength>, kLength> gram{};
+    std::array<double, kLength> slope{};
+
+    void Add(const Moves& moves, double residual) {
+        for (std::size_t r = 0; r < kLength; ++r) {
+            for (std::size_t c = 0; c <= r; ++c)
+                gram[r][c] += moves[r] * moves[c];
+            slope[r] += moves[r] * residual;
+        }
+    }
 };
 
-void AddSquare(const Moves& slope, double residual, Stage& stage) {
-    for (std::size_t r = 0; r < kLength; ++r) { // where a link ends is no matter of its own ink
-        for (std::size_t c = 0; c < kLength; ++c)
-            stage.gram[r][c] += slope[r] * slope[c];
-        stage.slope[r] += slope[r] * residual;
-    }
-}
-
-void AddSquares(const PricedPath& ink, const LinkedRun& run, std::size_t k, Stage& stage) {
+Squares SquaresOf(const PricedPath& ink, const LinkedRun& run, std::size_t k) {
+    Squares squares;
     const Link& link = run.links[k];
     const PointRange range = FittedTo(run, k);
     for (int i = range.from; i < range.to; ++i) {
         const Point& p = ink.path.At(i);
         const double distance = Distance(link, p);
-        AddSquare(SlopeOf(link, p, distance), distance, stage);
+        squares.Add(SlopeOf(link, p, distance), distance);
     }
     if (link.hasTarget)
-        AddSquare({0.0, 0.0, kTarget, 0.0, 0.0}, OffTarget(link), stage);
-    stage.reduced = stage.gram;
+        squares.Add({0.0, 0.0, kTarget, 0.0, 0.0}, OffTarget(link));
+    return squares;
+}
+
+std::vector<Squares> SquaresOf(const PricedPath& ink, const LinkedRun& run) {
+    std::vector<Squares> squares;
+    squares.reserve(run.links.size());
+    for (std::size_t k = 0; k < run.links.size(); ++k)
+        squares.push_back(SquaresOf(ink, run, k));
+    return squares;
+}
+
+// The squares of a link and of all that follow.
+struct Stage {
+    std::array<Moves, kMoves> gram{};    // normal matrix
+    std::array<Moves, kMoves> reduced{}; // the same with all that is later in order set to suit
+    Moves slope{};
+    StartMatrix leads{}; // how the start of the next link moves
+
+    void Add(const Squares& own) {
+        for (std::size_t r = 0; r < kLength; ++r) {
+            for (std::size_t c = 0; c < kLength; ++c)
+                gram[r][c] += own.gram[std::max(r, c)][std::min(r, c)];
+            slope[r] += own.slope[r];
+        }
+    }
+};
+
+// What the squares of the next link are in the moves of this one.
+void AddThrough(const StartMatrix& leads, const std::array<Moves, kMoves>& next,
+                std::array<Moves, kMoves>& squares) {
+    StartMatrix half{};
+    for (std::size_t s = 0; s < kOwn; ++s)
+        for (std::size_t t = 0; t < kOwn; ++t)
+            for (std::size_t c = 0; c < kMoves; ++c)
+                half[s][c] += next[s][t] * leads[t][c];
+    for (std::size_t r = 0; r < kMoves; ++r)
+        for (std::size_t s = 0; s < kOwn; ++s)
+            for (std::size_t c = 0; c < kMoves; ++c)
+                squares[r][c] += leads[s][r] * half[s][c];
 }
 
 void AddNext(const Stage& next, Stage& stage) {
     for (std::size_t r = 0; r < kMoves; ++r)
-        for (std::size_t s = 0; s < kOwn; ++s) {
+        for (std::size_t s = 0; s < kOwn; ++s)
             stage.slope[r] += stage.leads[s][r] * next.slope[s];
-            for (std::size_t c = 0; c < kMoves; ++c)
-                for (std::size_t t = 0; t < kOwn; ++t) {
-                    const double both = stage.leads[s][r] * stage.leads[t][c];
-                    stage.gram[r][c] += both * next.gram[s][t];
-                    stage.reduced[r][c] += both * next.reduced[s][t];
-                }
-        }
+    AddThrough(stage.leads, next.reduced, stage.reduced);
+    AddThrough(stage.leads, next.gram, stage.gram);
 }
 
 // The row of the move then tells its value by those before it.
@@ -86,7 +121,7 @@ void Eliminate(std::size_t move, double damping, Stage& stage) {
     }
 }
 
-std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run, double damping) {
+std::vector<Stage> SweepBack(const std::vector<Squares>& squares, const LinkedRun& run, double damping) {
     const std::size_t count = run.links.size();
     std::vector<Stage> stages(count + 1);
     for (std::size_t k = count + 1; k-- > 0;) {
@@ -96,7 +131,8 @@ std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run, double
             stage.leads[kY][kOffset] = run.normal.y;
             stage.leads[kHeading][kFirstHeading] = 1.0;
         } else {
-            AddSquares(ink, run, k - 1, stage);
+            stage.Add(squares[k - 1]);
+            stage.reduced = stage.gram;
             if (k < count)
                 stage.leads = LeadsOf(run.links[k - 1], run.links[k]);
         }
@@ -108,8 +144,8 @@ std::vector<Stage> SweepBack(const PricedPath& ink, const LinkedRun& run, double
     return stages;
 }
 
-Step FindStep(const PricedPath& ink, const LinkedRun& run, double damping) {
-    const std::vector<Stage> stages = SweepBack(ink, run, damping);
+Step FindStep(const std::vector<Squares>& squares, const LinkedRun& run, double damping) {
+    const std::vector<Stage> stages = SweepBack(squares, run, damping);
     Step step(stages.size());
     Moves moves{};
     for (std::size_t k = 0; k < stages.size(); ++k) {
@@ -252,10 +288,11 @@ bool Improve(const PricedPath& ink, bool assign, double& damping, LinkedRun& run
     if (assign)
         AssignPoints(ink, run);
     const double before = MisfitOf(ink, run).sumSq;
+    const std::vector<Squares> squares = SquaresOf(ink, run);
     double tried = damping;
     for (int attempt = 0; attempt < kAttempts; ++attempt, tried *= kDampingStep) {
         LinkedRun next = run;
-        Take(FindStep(ink, run, tried), next);
+        Take(FindStep(squares, run, tried), next);
         if (!IsSound(next))
             continue;
         Lay(next);
