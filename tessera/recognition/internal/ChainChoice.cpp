@@ -18,7 +18,7 @@ namespace {
 
 // A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
 constexpr double kNear = 12.0;
-constexpr int kMostTries = 40; // at corners in place of tangent joints: each is a fit of all runs
+constexpr int kMostTries = 40; // at corners in place of tangent joints: each is a fit of a run
 
 bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
     return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
@@ -60,23 +60,25 @@ Chain Settle(const PricedPath& ink, Chain chain) {
     int tries = 0;
     for (bool isBetter = true; isBetter;) {
         isBetter = false;
-        const Chain smooth = chain;
-        const double length = LengthOfHabit(ink, smooth);
-        for (std::size_t i = 1; i < smooth.pieces.size() && tries < kMostTries; ++i) {
-            if (smooth.pieces[i].joint != JointSight::Tangent ||
-                length + PriceCorner(ink, smooth, i) - smooth.pieces[i].jointPrice >= least)
+        const Chain smooth = best;
+        const double length = LengthOfHabit(ink, chain);
+        std::size_t corner = 0;
+        for (std::size_t i = 1; i < chain.pieces.size() && tries < kMostTries; ++i) {
+            if (chain.pieces[i].joint != JointSight::Tangent ||
+                length + PriceCorner(ink, chain, i) - chain.pieces[i].jointPrice >= least)
                 continue;
             ++tries;
-            Chain sharp = WithCorner(ink, smooth, i);
-            Chain fitted = sharp;
-            FitTangentRuns(ink, 0.0, fitted);
-            if (const double after = LengthOfHabit(ink, fitted); after < least) {
+            Chain sharp = smooth;
+            CutTangentRun(ink, chain, i, sharp);
+            if (const double after = LengthOfHabit(ink, sharp); after < least) {
                 least = after;
-                best = std::move(fitted);
-                chain = std::move(sharp);
+                best = std::move(sharp);
+                corner = i;
                 isBetter = true;
             }
         }
+        if (isBetter)
+            chain = WithCorner(ink, std::move(chain), corner);
     }
     return best;
 }

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tessera/recognition/internal/AxisSnap.h"
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
 #include "tessera/recognition/internal/LinkedRing.h"
 #include "tessera/recognition/internal/LinkedRun.h"
@@ -218,29 +219,81 @@ void FitTogether(const PricedPath& ink, double snapRad, double defiance, std::si
         chain.pieces[i].joint = JointSight::Tangent;
 }
 
-} // namespace
-
-void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
-    const std::size_t count = chain.pieces.size();
-    // A run may go on over the joint before the first piece of a ring: the ring is begun at a corner, or
-    // where it has none with a line.
-    const auto isCorner = [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; };
-    const auto isLine = [](const ChainPiece& piece) { return !piece.isArc; };
-    auto begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), isCorner);
-    if (begin == chain.pieces.end())
-        begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), isLine);
-    const auto turned = IsRing(chain) && begin != chain.pieces.end() ? begin - chain.pieces.begin() : 0;
-    std::rotate(chain.pieces.begin(), chain.pieces.begin() + turned, chain.pieces.end());
-    for (std::size_t from = 0; from < count;) {
+// The runs among the pieces from one on up to another.
+void FitRuns(const PricedPath& ink, double snapRad, std::size_t from, std::size_t end, Chain& chain) {
+    while (from < end) {
         std::size_t to = from;
         bool isFree = false;
-        while (to + 1 < count && chain.pieces[to + 1].joint != JointSight::Corner)
+        while (to + 1 < end && chain.pieces[to + 1].joint != JointSight::Corner)
             isFree = chain.pieces[++to].joint == JointSight::Bend || isFree;
         if (to > from)
             FitTogether(ink, snapRad, isFree ? kBendDefiance : kDefiance, from, to, chain);
         from = to + 1;
     }
-    std::rotate(chain.pieces.begin(), chain.pieces.end() - turned, chain.pieces.end());
+}
+
+void Rotate(std::ptrdiff_t by, Chain& chain) {
+    std::rotate(chain.pieces.begin(), by < 0 ? chain.pieces.end() + by : chain.pieces.begin() + by,
+                chain.pieces.end());
+}
+
+bool BeginsAtCorner(const ChainPiece& piece) {
+    return piece.joint == JointSight::Corner;
+}
+
+// The pieces that run on into each other about one of them, of a ring counted on beyond its end; all of a
+// ring without corners.
+struct Run {
+    std::size_t from;
+    std::size_t end;
+};
+
+Run RunAbout(const Chain& chain, std::size_t piece) {
+    const std::size_t count = chain.pieces.size();
+    const bool isRing = IsRing(chain);
+    Run run{isRing ? piece + count : piece, isRing ? piece + count + 1 : piece + 1};
+    const std::size_t most = isRing ? run.from + count : count;
+    while (run.from > 0 && run.from + count > run.end && !BeginsAtCorner(chain.pieces[run.from % count]))
+        --run.from;
+    while (run.end < most && run.end < run.from + count && !BeginsAtCorner(chain.pieces[run.end % count]))
+        ++run.end;
+    return run;
+}
+
+} // namespace
+
+void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
+    // A run may go on over the joint before the first piece of a ring: the ring is begun at a corner, or
+    // where it has none with a line.
+    const auto isLine = [](const ChainPiece& piece) { return !piece.isArc; };
+    auto begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), BeginsAtCorner);
+    if (begin == chain.pieces.end())
+        begin = std::find_if(chain.pieces.begin(), chain.pieces.end(), isLine);
+    const auto turned = IsRing(chain) && begin != chain.pieces.end() ? begin - chain.pieces.begin() : 0;
+    Rotate(turned, chain);
+    FitRuns(ink, snapRad, 0, chain.pieces.size(), chain);
+    Rotate(-turned, chain);
+}
+
+void CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted) {
+    const std::size_t count = found.pieces.size();
+    const Run run = RunAbout(found, piece);
+    if (!BeginsAtCorner(found.pieces[run.from % count]) && IsRing(found)) {
+        fitted = WithCorner(ink, found, piece);
+        FitTangentRuns(ink, 0.0, fitted);
+        return;
+    }
+    for (std::size_t i = run.from; i < run.end; ++i) {
+        const ChainPiece& raw = found.pieces[i % count];
+        SetJoint({raw.jointPrice, raw.joint}, i % count, fitted);
+        fitted.sumSq += raw.sumSq - fitted.pieces[i % count].sumSq;
+        fitted.pieces[i % count] = raw;
+    }
+    SetJoint({PriceCorner(ink, found, piece), JointSight::Corner}, piece, fitted);
+    const auto turned = static_cast<std::ptrdiff_t>(run.from % count);
+    Rotate(turned, fitted);
+    FitRuns(ink, 0.0, 0, run.end - run.from, fitted);
+    Rotate(-turned, fitted);
 }
 
 } // namespace Tessera::Geometry

@@ -16,4 +16,11 @@ namespace Tessera::Geometry {
 /// @param snapRad  0: no line is turned.
 void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain);
 
+/// What FitTangentRuns makes of a chain that has a corner instead of the tangent joint before a piece: only
+/// the run that it cuts is fitted anew. No line is turned.
+///
+/// @param found   the chain before any fit.
+/// @param fitted  the same after FitTangentRuns.
+void CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted);
+
 } // namespace Tessera::Geometry
