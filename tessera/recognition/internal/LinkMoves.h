@@ -24,9 +24,15 @@ struct PointRange {
 
 PointRange FittedTo(const LinkedRun& run, std::size_t link);
 
-/// Signed distance of a point from the link's carrier, to the left positive, and how it changes.
-double Distance(const Link& link, const Point& p);
-Moves SlopeOf(const Link& link, const Point& p, double distance);
+/// A point beside a link's carrier.
+struct Aside {
+    double distance = 0.0; ///< signed, to the left positive
+    double reach = 1.0;    ///< distance from the centre, of the radius
+};
+
+/// Where a point lies, and how its distance changes.
+Aside AsideOf(const Link& link, const Point& p);
+Moves SlopeOf(const Link& link, const Point& p, const Aside& aside);
 
 /// Weighted angle by which a link misses its target.
 double OffTarget(const Link& link);

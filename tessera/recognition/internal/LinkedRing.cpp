@@ -115,8 +115,8 @@ NormalEquations EquationsOf(const PricedPath& ink, const LinkedRun& run) {
         const PointRange range = FittedTo(run, k);
         for (int i = range.from; i < range.to; ++i) {
             const Point& p = ink.path.At(i);
-            const double distance = Distance(link, p);
-            equations.Add(at, SlopeOf(link, p, distance), own, distance);
+            const Aside aside = AsideOf(link, p);
+            equations.Add(at, SlopeOf(link, p, aside), own, aside.distance);
         }
         if (link.hasTarget)
             equations.Add(at, {0.0, 0.0, kTarget, 0.0, 0.0}, own, OffTarget(link));

@@ -55,8 +55,8 @@ Squares SquaresOf(const PricedPath& ink, const LinkedRun& run, std::size_t k) {
     const PointRange range = FittedTo(run, k);
     for (int i = range.from; i < range.to; ++i) {
         const Point& p = ink.path.At(i);
-        const double distance = Distance(link, p);
-        squares.Add(SlopeOf(link, p, distance), distance);
+        const Aside aside = AsideOf(link, p);
+        squares.Add(SlopeOf(link, p, aside), aside.distance);
     }
     if (link.hasTarget)
         squares.Add({0.0, 0.0, kTarget, 0.0, 0.0}, OffTarget(link));
@@ -183,23 +183,26 @@ PointRange FittedTo(const LinkedRun& run, std::size_t link) {
             link + 1 < run.links.size() ? to : to - run.trimLast + 1};
 }
 
-double Distance(const Link& link, const Point& p) {
+Aside AsideOf(const Link& link, const Point& p) {
     const Point to = p - link.start;
     const double left = link.along.Cross(to);
     if (!link.isArc)
-        return left;
+        return {left, 1.0};
     // Of the circle through the start: exact, and without cancellation for a large radius.
     const double k = link.curvature;
     const double power = k * to.Dot(to) - 2.0 * left;
-    return -power / (1.0 + std::sqrt(std::max(0.0, 1.0 + k * power)));
+    const double reach = std::sqrt(std::max(0.0, 1.0 + k * power));
+    return {-power / (1.0 + reach), reach};
 }
 
-Moves SlopeOf(const Link& link, const Point& p, double distance) {
+Moves SlopeOf(const Link& link, const Point& p, const Aside& aside) {
     const Point to = p - link.start;
+    if (!link.isArc)
+        return {link.along.y, -link.along.x, -link.along.Dot(to), 0.0, 0.0};
     const double k = link.curvature;
-    const double rho = std::max(1.0 - k * distance, 1e-9); // distance from the centre, of the radius
-    return {(link.along.y + k * to.x) / rho, (k * to.y - link.along.x) / rho, -link.along.Dot(to) / rho,
-            link.isArc ? 0.5 * (distance * distance - to.Dot(to)) / rho : 0.0, 0.0};
+    const double share = 1.0 / std::max(aside.reach, 1e-9);
+    return {(link.along.y + k * to.x) * share, (k * to.y - link.along.x) * share, -link.along.Dot(to) * share,
+            0.5 * (aside.distance * aside.distance - to.Dot(to)) * share, 0.0};
 }
 
 double OffTarget(const Link& link) {
@@ -263,7 +266,7 @@ Misfit MisfitOf(const PricedPath& ink, const LinkedRun& run, std::size_t link) {
     Misfit misfit;
     const PointRange range = FittedTo(run, link);
     for (int i = range.from; i < range.to; ++i, ++misfit.count) {
-        const double distance = Distance(run.links[link], ink.path.At(i));
+        const double distance = AsideOf(run.links[link], ink.path.At(i)).distance;
         misfit.sumSq += distance * distance;
     }
     return misfit;
