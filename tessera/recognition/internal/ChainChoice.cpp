@@ -18,7 +18,7 @@ namespace {
 
 // A chain of so much greater length than the best may come out briefer once its tangent joints are exact.
 constexpr double kNear = 12.0;
-constexpr int kMostTries = 40; // at corners in place of tangent joints: each is a fit of a run
+constexpr std::size_t kMostWork = 400; // pieces fitted for corners in place of tangent joints
 
 bool IsSamePiece(const ChainPiece& a, const ChainPiece& b) {
     return a.first == b.first && a.last == b.last && a.isArc == b.isArc;
@@ -51,29 +51,50 @@ std::vector<Chain> FindChains(const PricedPath& ink, std::vector<Chain> found, b
     return chains;
 }
 
+// A tangent joint, and the length of the chain with a corner there instead if no fit made it worse.
+struct Doubt {
+    double bound;
+    std::size_t piece;
+};
+
+// The tangent joints of a chain that may be worth a corner, the likeliest first.
+std::vector<Doubt> DoubtsOf(const PricedPath& ink, const Chain& chain, double least) {
+    std::vector<Doubt> doubts;
+    const double length = LengthOfHabit(ink, chain);
+    for (std::size_t i = 1; i < chain.pieces.size(); ++i) {
+        const ChainPiece& piece = chain.pieces[i];
+        if (piece.joint != JointSight::Tangent)
+            continue;
+        const double bound = length + PriceCorner(ink, chain, i) - piece.jointPrice;
+        if (bound < least)
+            doubts.push_back({bound, i});
+    }
+    std::sort(doubts.begin(), doubts.end(), [](const Doubt& a, const Doubt& b) {
+        return a.bound < b.bound || (a.bound == b.bound && a.piece < b.piece);
+    });
+    return doubts;
+}
+
 // Exact tangent joints tell whether they are: what looked like one from the pieces may cost more squares than
 // a corner. One joint after the other becomes a corner as long as the description gets briefer.
 Chain Settle(const PricedPath& ink, Chain chain) {
     Chain best = chain;
     FitTangentRuns(ink, 0.0, best);
     double least = LengthOfHabit(ink, best);
-    int tries = 0;
+    std::size_t work = 0;
     for (bool isBetter = true; isBetter;) {
         isBetter = false;
         const Chain smooth = best;
-        const double length = LengthOfHabit(ink, chain);
         std::size_t corner = 0;
-        for (std::size_t i = 1; i < chain.pieces.size() && tries < kMostTries; ++i) {
-            if (chain.pieces[i].joint != JointSight::Tangent ||
-                length + PriceCorner(ink, chain, i) - chain.pieces[i].jointPrice >= least)
-                continue;
-            ++tries;
+        for (const Doubt& doubt : DoubtsOf(ink, chain, least)) {
+            if (doubt.bound >= least || work >= kMostWork)
+                break;
             Chain sharp = smooth;
-            CutTangentRun(ink, chain, i, sharp);
+            work += CutTangentRun(ink, chain, doubt.piece, sharp);
             if (const double after = LengthOfHabit(ink, sharp); after < least) {
                 least = after;
                 best = std::move(sharp);
-                corner = i;
+                corner = doubt.piece;
                 isBetter = true;
             }
         }

@@ -275,13 +275,13 @@ void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain) {
     Rotate(-turned, chain);
 }
 
-void CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted) {
+std::size_t CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted) {
     const std::size_t count = found.pieces.size();
     const Run run = RunAbout(found, piece);
     if (!BeginsAtCorner(found.pieces[run.from % count]) && IsRing(found)) {
         fitted = WithCorner(ink, found, piece);
         FitTangentRuns(ink, 0.0, fitted);
-        return;
+        return count;
     }
     for (std::size_t i = run.from; i < run.end; ++i) {
         const ChainPiece& raw = found.pieces[i % count];
@@ -294,6 +294,7 @@ void CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece,
     Rotate(turned, fitted);
     FitRuns(ink, 0.0, 0, run.end - run.from, fitted);
     Rotate(-turned, fitted);
+    return run.end - run.from;
 }
 
 } // namespace Tessera::Geometry

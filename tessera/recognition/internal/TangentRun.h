@@ -21,6 +21,7 @@ void FitTangentRuns(const PricedPath& ink, double snapRad, Chain& chain);
 ///
 /// @param found   the chain before any fit.
 /// @param fitted  the same after FitTangentRuns.
-void CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted);
+/// @return pieces of that run.
+std::size_t CutTangentRun(const PricedPath& ink, const Chain& found, std::size_t piece, Chain& fitted);
 
 } // namespace Tessera::Geometry
