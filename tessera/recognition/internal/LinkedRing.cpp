@@ -203,11 +203,17 @@ Value ValueOf(const LinkedRun& run, std::size_t k, Move move, double reach,
     return value;
 }
 
+double CurvatureOf(const Link& link) {
+    return link.isArc ? link.curvature : 0.0;
+}
+
 std::vector<Value> ValuesOf(const LinkedRun& run, const std::vector<std::size_t>& targets, const Link& end) {
-    const Point across = end.start - run.links.front().start;
-    std::vector<Value> values{ValueOf(run, 0, kLength, 1.0 / kSlide, targets, end),
+    const Link& first = run.links.front();
+    const Point across = end.start - first.start;
+    std::vector<Value> values{{0, kLength, 1.0 / kSlide, {first.along.x, first.along.y, CurvatureOf(first)}},
                               {0, kHeading, kTurnReach, {-across.y, across.x, 0.0}}};
-    values.back().rows.resize(3 + targets.size(), 1.0);
+    values[0].rows.resize(3 + targets.size(), 0.0);
+    values[1].rows.resize(3 + targets.size(), 1.0);
     for (std::size_t k = 0; k < run.links.size(); ++k) {
         const Link& link = run.links[k];
         if (k > 0)
@@ -221,8 +227,6 @@ std::vector<Value> ValuesOf(const LinkedRun& run, const std::vector<std::size_t>
 } // namespace
 
 bool CloseUp(LinkedRun& run) {
-    if (run.links.front().isArc)
-        return false;
     const std::vector<std::size_t> targets = TargetsOf(run);
     const std::size_t rows = 3 + targets.size();
     for (int round = 0; round < kClosings; ++round) {
@@ -244,6 +248,7 @@ bool CloseUp(LinkedRun& run) {
             return false;
         NR_cholesky_solve(static_cast<int>(rows), gram.data(), missing.data());
         const Point along = run.links.front().along;
+        const double bend = CurvatureOf(run.links.front());
         for (const Value& value : values) {
             double step = 0.0;
             for (std::size_t r = 0; r < rows; ++r)
@@ -252,19 +257,20 @@ bool CloseUp(LinkedRun& run) {
             (value.move == kHeading  ? run.heading
              : value.move == kLength ? link.length
                                      : link.curvature) += step;
-            if (value.link == 0 && value.move == kLength)
-                run.origin += -step * along; // the line's other end stays
+            if (value.link == 0 && value.move == kLength) { // the link's other end stays
+                run.origin += -step * along;
+                run.heading -= step * bend;
+            }
         }
     }
     return false;
 }
 
 bool FitRing(const PricedPath& ink, LinkedRun& run) {
-    if (run.links.front().isArc || run.links.size() > kMostLinks)
-        return false;
     Lay(run);
     double damping = kLeastDamping;
-    for (int round = 0; round < kRounds && ImproveRing(ink, damping, run); ++round) {
+    const int rounds = run.links.size() > kMostLinks ? 0 : kRounds;
+    for (int round = 0; round < rounds && ImproveRing(ink, damping, run); ++round) {
     }
     return CloseUp(run) && IsSound(run);
 }
