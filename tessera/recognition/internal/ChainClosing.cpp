@@ -66,7 +66,7 @@ bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
     const auto isTooFar = [&](const ChainPiece& piece, const Point& from) {
         return meet.Distance(from) > std::min(reach, kExtension * ink.path.step * (piece.last - piece.first));
     };
-    if (isTooFar(first, start) || isTooFar(last, end))
+    if (isTooFar(first, start) || isTooFar(last, end) || !LeavesBoth(ink, last, first, meet))
         return false;
     const JointPrice seam = PriceSeam(ink, AsPriced(ink, last), AsPriced(ink, first));
     chain.isClosed = true;
@@ -99,6 +99,8 @@ bool CloseWithinPiece(const PricedPath& ink, Chain& chain) {
                        both.arc.CostFor(chain.squared) < both.line.CostFor(chain.squared);
     const PricedPiece& joined = isArc ? both.arc : both.line;
     ChainPiece whole = joined.piece;
+    if (!isArc && !EndsApart(ink, whole))
+        return false;
     whole.price = joined.BestFor(chain.squared).price;
     whole.sumSq = joined.BestFor(chain.squared).sumSq;
     whole.joint = last.joint;

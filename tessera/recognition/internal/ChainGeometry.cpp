@@ -10,6 +10,7 @@ namespace {
 // Of the shorter neighbour: how far an intersection may lie from the ink.
 constexpr double kCornerShare = 0.35;
 constexpr double kSeamShare = 0.25; // of the path's length: the same where the stroke closes
+constexpr double kLeastLeft = 0.1;  // of a line's length: what a corner does not cut off
 constexpr double kParallel = 0.17;  // sine of the angle below which lines do not make a corner
 
 bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
@@ -59,6 +60,10 @@ Point JointOf(const PricedPath& ink, const ChainPiece& before, const ChainPiece&
     if (IntersectPieces(before, after, corner, meet) && meet.Distance(corner) <= reach)
         return meet;
     return 0.5 * (OnPiece(before, corner) + OnPiece(after, corner));
+}
+
+double LeastOf(const PricedPath& ink, const ChainPiece& line) {
+    return kLeastLeft * ink.path.step * PointsIn(ink, line);
 }
 
 // The middle of the ink on the circle, shifted along with the ends.
@@ -160,6 +165,18 @@ bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near
     if (b.isArc)
         return LineMeetsCircle(a.line, b.circle, near, meet);
     return LineMeetsLine(a.line, b.line, meet);
+}
+
+bool LeavesBoth(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
+                const Point& corner) {
+    const auto leaves = [&](const ChainPiece& piece, int far) {
+        return piece.isArc || corner.Distance(ink.path.At(far)) >= LeastOf(ink, piece);
+    };
+    return leaves(before, before.first) && leaves(after, after.last);
+}
+
+bool EndsApart(const PricedPath& ink, const ChainPiece& line) {
+    return ink.path.At(line.first).Distance(ink.path.At(line.last)) >= LeastOf(ink, line);
 }
 
 bool ExactChain::AreLines() const {

@@ -43,6 +43,14 @@ bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance);
 /// too nearly alike to make a corner.
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);
 
+/// Whether a corner where a piece meets the next leaves something of both: of lines a tenth at least.
+bool LeavesBoth(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after,
+                const Point& corner);
+
+/// Whether the ends of a line lie apart, by a tenth of its ink at least: ink that ran past its start may lead
+/// back to where it came from.
+bool EndsApart(const PricedPath& ink, const ChainPiece& line);
+
 /// Neighbours are extended or trimmed to where their carriers meet, if that is near the ink's own corner;
 /// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to
 /// arc, they become tangent. Pieces between which the ink only bends become one free-form piece.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 
@@ -50,8 +51,13 @@ bool IsSharp(const PricedPath& ink, const Chain& chain) {
         const double wander = kWander * ink.path.step * points;
         const double turn = std::fabs(Turn(ink, piece, next));
         const bool isSeam = piece.last != next.first; // the ink has no corner there, but two ends
-        if (points < kShortestShare * longest || piece.line.sumSq > points * wander * wander ||
-            turn < kLeastTurn || (!isSeam && std::fabs(SignedTurn(ink.path, piece.last)) < kLeastSeen * turn))
+        Point meet;
+        if (isSeam && IntersectPieces(piece, next, ink.path.At(next.first), meet) &&
+            !LeavesBoth(ink, piece, next, meet))
+            return false;
+        if (!EndsApart(ink, piece) || points < kShortestShare * longest ||
+            piece.line.sumSq > points * wander * wander || turn < kLeastTurn ||
+            (!isSeam && std::fabs(SignedTurn(ink.path, piece.last)) < kLeastSeen * turn))
             return false;
     }
     return true;
