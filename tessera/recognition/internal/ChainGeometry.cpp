@@ -11,6 +11,7 @@ namespace {
 constexpr double kCornerShare = 0.35;
 constexpr double kSeamShare = 0.25; // of the path's length: the same where the stroke closes
 constexpr double kLeastLeft = 0.1;  // of a line's length: what a corner does not cut off
+constexpr double kFlat = 1e-12;     // twice its height over its chord: an arc that is a line
 constexpr double kParallel = 0.17;  // sine of the angle below which lines do not make a corner
 
 bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
@@ -177,6 +178,18 @@ bool LeavesBoth(const PricedPath& ink, const ChainPiece& before, const ChainPiec
 
 bool EndsApart(const PricedPath& ink, const ChainPiece& line) {
     return ink.path.At(line.first).Distance(ink.path.At(line.last)) >= LeastOf(ink, line);
+}
+
+bool FindCentre(const ExactPiece& arc, Point& centre) {
+    const Point a = arc.through - arc.from;
+    const Point b = arc.to - arc.from;
+    const double cross = 2.0 * a.Cross(b);
+    if (std::fabs(cross) <= kFlat * b.Dot(b))
+        return false;
+    const double aa = a.Dot(a);
+    const double bb = b.Dot(b);
+    centre = arc.from + Point(b.y * aa - a.y * bb, a.x * bb - b.x * aa) / cross;
+    return true;
 }
 
 bool ExactChain::AreLines() const {

@@ -18,6 +18,9 @@ struct ExactPiece {
     int last = 0;
 };
 
+/// Centre of an arc; false for one that is a line.
+bool FindCentre(const ExactPiece& arc, Point& centre);
+
 struct ExactChain {
     std::vector<ExactPiece> pieces; ///< each begins where the one before ends
     bool isClosed = false;

@@ -44,8 +44,8 @@ Point Left(const Point& d) {
 
 // The two sides of a corner and the ink that passes it.
 struct Corner {
-    const ChainPiece* before = nullptr;
-    const ChainPiece* after = nullptr;
+    ChainPiece before; // with the carriers of the exact pieces
+    ChainPiece after;
     const ExactPiece* in = nullptr;
     const ExactPiece* out = nullptr;
     std::vector<Point> ink; // from the middle of one side to the middle of the other
@@ -75,9 +75,21 @@ bool Offset(const ChainPiece& side, const ExactPiece& exact, double left, ChainP
     return moved.circle.radius > 0.0;
 }
 
+// The piece as it was made exact: its ends may lie off the carrier that the ink gave it.
+ChainPiece CarrierOf(const ChainPiece& side, const ExactPiece& exact) {
+    ChainPiece carrier = side;
+    if (!side.isArc) {
+        carrier.line.centre = exact.from;
+        carrier.line.direction = DirectionOn(side, exact, exact.from);
+    } else if (FindCentre(exact, carrier.circle.centre)) {
+        carrier.circle.radius = exact.from.Distance(carrier.circle.centre);
+    }
+    return carrier;
+}
+
 Corner LookAt(const PricedPath& ink, const ChainPiece& before, const ChainPiece& after, const ExactPiece& in,
               const ExactPiece& out) {
-    Corner corner{&before, &after, &in, &out, {}, {}, 0.0, kInfinite};
+    Corner corner{CarrierOf(before, in), CarrierOf(after, out), &in, &out, {}, {}, 0.0, kInfinite};
     const Point a = DirectionOn(before, in, in.to);
     const Point b = DirectionOn(after, out, out.from);
     corner.turn = a.Cross(b) < 0.0 ? -1.0 : 1.0;
@@ -117,12 +129,12 @@ Fillet MakeFillet(const Corner& corner, double radius) {
     fillet.radius = radius;
     ChainPiece a;
     ChainPiece b;
-    if (!Offset(*corner.before, *corner.in, corner.turn * radius, a) ||
-        !Offset(*corner.after, *corner.out, corner.turn * radius, b) ||
+    if (!Offset(corner.before, *corner.in, corner.turn * radius, a) ||
+        !Offset(corner.after, *corner.out, corner.turn * radius, b) ||
         !IntersectPieces(a, b, corner.in->to, fillet.centre))
         return fillet;
-    fillet.from = OnPiece(*corner.before, fillet.centre);
-    fillet.to = OnPiece(*corner.after, fillet.centre);
+    fillet.from = OnPiece(corner.before, fillet.centre);
+    fillet.to = OnPiece(corner.after, fillet.centre);
     const Point& tip = corner.in->to;
     if (fillet.from.Distance(tip) > kSideShare * corner.in->from.Distance(tip) ||
         fillet.to.Distance(tip) > kSideShare * corner.out->to.Distance(tip))
@@ -136,8 +148,8 @@ Fillet MakeFillet(const Corner& corner, double radius) {
     fillet.sumSq = 0.0;
     for (std::size_t i = 0; i < corner.ink.size(); ++i) {
         const Point& p = corner.ink[i];
-        fillet.sumSq += Square(i < fillet.first  ? DistanceFrom(*corner.before, p)
-                               : i > fillet.last ? DistanceFrom(*corner.after, p)
+        fillet.sumSq += Square(i < fillet.first  ? DistanceFrom(corner.before, p)
+                               : i > fillet.last ? DistanceFrom(corner.after, p)
                                                  : std::sqrt(p.Distance2(fillet.centre)) - radius);
     }
     return fillet;
@@ -183,7 +195,7 @@ double RoundnessOf(const PricedPath& ink, const Corner& corner) {
         return 0.0;
     const double roundness = std::min(corner.cut / kLeastCut, fillet.radius / kLeastRadius);
     const bool stops =
-        corner.before->last == corner.after->first && JointSite(ink, corner.after->first).pace < kStops;
+        corner.before.last == corner.after.first && JointSite(ink, corner.after.first).pace < kStops;
     return stops && roundness < kLeastWithStop ? 0.0 : roundness;
 }
 

@@ -16,7 +16,6 @@ namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
 constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
-constexpr double kFlat = 1e-12;       // twice its height over its chord: an arc that is a line
 constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
@@ -63,15 +62,11 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
             return spline;
     if (piece.kind != PieceKind::Arc)
         return std::make_unique<Line>(from, to);
-    const Point a = piece.through - piece.from;
-    const Point b = piece.to - piece.from;
-    const double cross = 2.0 * a.Cross(b);
-    if (std::fabs(cross) <= kFlat * b.Dot(b))
+    Point centre;
+    if (!FindCentre(piece, centre))
         return std::make_unique<Line>(from, to);
-    const double aa = a.Dot(a);
-    const double bb = b.Dot(b);
-    const Point centre = path.ToModel(piece.from + Point(b.y * aa - a.y * bb, a.x * bb - b.x * aa) / cross);
-    isReversed = cross < 0.0;
+    centre = path.ToModel(centre);
+    isReversed = (piece.through - piece.from).Cross(piece.to - piece.from) < 0.0;
     return isReversed ? std::make_unique<Arc>(to, from, centre) : std::make_unique<Arc>(from, to, centre);
 }
 
