@@ -304,57 +304,6 @@ TEST(InkInterpretation, RegularShapesStayInTheInksBoxToo) {
                   0.05 * length);
 }
 
-/// The outline begun at a share of its first stretch: the pen comes back into that stretch.
-InkPlan BegunWithin(std::vector<Stretch> outline, double share) {
-    Stretch rest = outline.front();
-    outline.front().turn = 0.0;
-    outline.front().length *= 1.0 - share;
-    rest.length *= share;
-    outline.push_back(rest);
-    return InkPlan(std::move(outline), true);
-}
-
-TEST(InkInterpretation, OutlinesWithRoundEndsWhereverThePenStarts) {
-    constexpr double kPi = 0.5 * kTurn;
-    const double lean = std::asin((30.0 - 10.0) / 80.0); // of the belt's sides against its axis
-    const double side = 80.0 * std::cos(lean);
-    const std::vector<Stretch> bullet = {
-        {0.5 * kPi, 60.0, 0.0}, {0.0, 20.0 * kPi, 1.0 / 20.0}, {0.0, 60.0, 0.0}, {0.5 * kPi, 40.0, 0.0}};
-    const std::vector<Stretch> belt = {{0.0, side, 0.0},
-                                       {0.0, 10.0 * (kPi - 2.0 * lean), 1.0 / 10.0},
-                                       {0.0, side, 0.0},
-                                       {0.0, 30.0 * (kPi + 2.0 * lean), 1.0 / 30.0}};
-    Hand careful;
-    careful.rounding = 0.008;
-    careful.tremor = 0.0003;
-    careful.stray = 0.001;
-    for (const bool isBullet : {true, false})
-        for (std::size_t first = 0; first < 4; ++first)
-            for (const double share : {0.05, 0.2, 0.5, 0.8, 0.95}) {
-                SCOPED_TRACE(testing::Message() << isBullet << ' ' << first << ' ' << share);
-                std::vector<Stretch> outline = isBullet ? bullet : belt;
-                std::rotate(outline.begin(), outline.begin() + static_cast<std::ptrdiff_t>(first),
-                            outline.end());
-                std::mt19937 rng(3);
-                const InkStroke ink = BegunWithin(outline, share).Draw(rng, careful).ink;
-                const InkReading reading = Read(ink);
-                ExpectJoined(reading);
-                for (std::size_t i = 0; i < ink.samples.size(); i += 4) {
-                    const Point p(ink.samples[i].x, ink.samples[i].y);
-                    double nearest = 1e300;
-                    for (const InterpretedCurve& made : reading.curves)
-                        nearest = std::min(nearest, PolylineDistance(FinePoints(*made.curve), p));
-                    ASSERT_LT(nearest, 3.0);
-                }
-                EXPECT_TRUE(reading.isClosed);
-                EXPECT_EQ(reading.curves.size(), 4U);
-                EXPECT_EQ(
-                    std::count_if(reading.joints.begin(), reading.joints.end(),
-                                  [](const InkJoint& joint) { return joint.kind == JointKind::Tangent; }),
-                    isBullet ? 2 : 4);
-            }
-}
-
 TEST(InkInterpretation, WavesAreFollowedNotStraightened) {
     for (const double height : {8.0, 18.0, 25.0})
         for (const double waves : {1.0, 1.5, 2.0, 3.0}) {

@@ -1,5 +1,6 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 
+#include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/Description.h"
 #include "tessera/recognition/internal/EndJoin.h"
@@ -171,6 +172,36 @@ TEST(TangentRun, TheChainsAccountsBalance) {
         }
     }
     EXPECT_GT(bends, 20);
+}
+
+// A corner in place of any tangent joint, with the run that it cuts fitted anew: as good as fitting them all.
+TEST(TangentRun, ACornerCutsOneRun) {
+    RandomPlans plans(8);
+    int cuts = 0;
+    for (int i = 0; i < 60; ++i) {
+        const InkPlan plan = i % 2 == 0 ? plans.Slot() : plans.Mixed();
+        const InkPath path = MakeInkPath(plan.Draw(plans.Rng(), plans.AnyHand()).ink.samples);
+        const PricedPath ink(path);
+        Chain chain = SearchChains(ink).front();
+        if (i % 2 == 0)
+            chain = CloseChain(ink, chain);
+        Chain fitted = chain;
+        FitTangentRuns(ink, 0.0, fitted);
+        for (std::size_t k = 1; k < chain.pieces.size(); ++k) {
+            if (chain.pieces[k].joint != JointSight::Tangent)
+                continue;
+            SCOPED_TRACE(testing::Message() << i << ", " << k);
+            Chain cut = fitted;
+            CutTangentRun(ink, chain, k, cut);
+            Chain whole = WithCorner(ink, chain, k);
+            FitTangentRuns(ink, 0.0, whole);
+            EXPECT_NEAR(cut.price, whole.price, 1e-9);
+            EXPECT_NEAR(cut.sumSq, whole.sumSq, 1e-9);
+            EXPECT_EQ(Describe(cut), Describe(whole));
+            ++cuts;
+        }
+    }
+    EXPECT_GT(cuts, 60);
 }
 
 TEST(TangentRun, LinesNearAnAxisLieAlongIt) {

@@ -119,16 +119,29 @@ TEST(LinkedRing, LinesMeetTheirTargets) {
     EXPECT_LT(std::sqrt(MisfitOf(ink, belt.run).sumSq / belt.path.Size()), 0.03);
 }
 
-// Of arcs alone the start knows no line to slide along; too many links are left to the open fit.
-TEST(LinkedRing, RefusesWhatItDoesNotClose) {
-    Belt belt(0.3, 0.7, 0.25, 9);
-    const PricedPath ink(belt.path);
-    LinkedRun many = belt.run;
-    while (many.links.size() <= 32)
-        many.links.push_back(many.links.back());
-    EXPECT_FALSE(FitRing(ink, many));
-    belt.run.links[0].isArc = true;
-    EXPECT_FALSE(FitRing(ink, belt.run));
+// Arcs alone, bulging out and in about a circle; too many to be fitted together are closed as they are.
+TEST(LinkedRing, ClosesArcsAlone) {
+    std::mt19937 rng(3);
+    std::normal_distribution<double> change(0.0, 0.01);
+    for (const int lobes : {2, 3, 8, 30}) {
+        SCOPED_TRACE(lobes);
+        const Belt belt(0.3, 0.7, 0.25, 9); // for its ink, of which none is counted
+        const PricedPath ink(belt.path);
+        LinkedRun run;
+        for (int k = 0; k < 2 * lobes; ++k) {
+            const double sweep = k % 2 == 0 ? 1.0 + 2.0 * kPi / lobes : -1.0;
+            Link link;
+            link.isArc = true;
+            link.length = std::fabs(sweep) * (1.0 + change(rng));
+            link.curvature = sweep / link.length * (1.0 + change(rng) / lobes);
+            run.links.push_back(link);
+        }
+        Lay(run);
+        ASSERT_TRUE(FitRing(ink, run));
+        ExpectClosed(run);
+        for (const Link& link : run.links)
+            EXPECT_NEAR(link.length, link.curvature > 0.0 ? 1.0 + 2.0 * kPi / lobes : 1.0, 0.3);
+    }
 }
 
 } // namespace
