@@ -14,7 +14,6 @@
 #include "tessera/recognition/internal/InkHypotheses.h"
 #include "tessera/recognition/internal/InkPath.h"
 #include "tessera/recognition/internal/OverSketch.h"
-#include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/ThinWall.h"
 
 namespace Tessera::Geometry {
@@ -61,7 +60,7 @@ void JoinLines(std::span<InterpretedCurve> chain) {
 }
 
 // The sides of a wall, from its centre line: where two straight sides meet, so do their parallels.
-void SplitIntoSides(const ThinWall& wall, InkReading& reading) {
+void SplitIntoSides(const ThinWall& wall, bool areJoined, InkReading& reading) {
     const InkReading centre = std::exchange(reading, InkReading());
     for (const bool isForth : {true, false}) {
         const std::size_t base = reading.curves.size();
@@ -81,7 +80,8 @@ void SplitIntoSides(const ThinWall& wall, InkReading& reading) {
             side.isReversed = isForth ? middle.isReversed : !middle.isReversed;
             reading.curves.push_back(std::move(side));
         }
-        JoinLines({reading.curves.data() + base, reading.curves.size() - base});
+        if (areJoined)
+            JoinLines({reading.curves.data() + base, reading.curves.size() - base});
     }
     reading.shape = InkShape::ThinWall;
 }
@@ -99,7 +99,7 @@ bool ReadThinWall(const InkStroke& ink, const PricedPath& priced,
     ReadByHypotheses(wall->centre, centre, preferences, asSides ? std::span<Curve* const>() : earlier,
                      reading);
     if (asSides) {
-        SplitIntoSides(*wall, reading);
+        SplitIntoSides(*wall, preferences.GetCurveTidy(), reading);
     } else {
         for (InterpretedCurve& made : reading.curves) {
             made.firstSample = wall->forth[static_cast<std::size_t>(made.firstSample)];
@@ -121,12 +121,9 @@ void Interpret(const InkStroke& ink, const SketchRecognizerPreferences& preferen
         MeasureDeviations(ink.samples, reading);
         return;
     }
-    if (!preferences.GetReduceInkCurveDeviation()) {
-        RulesReading(ink, preferences, preferences.GetCurveTidy()).Take(reading);
-        return;
-    }
     PricedPath priced(path);
-    if (preferences.GetCurveTidy() && ReadThinWall(ink, priced, preferences, earlier, reading))
+    if ((preferences.GetCurveTidy() || preferences.GetThinWallRecognition()) &&
+        ReadThinWall(ink, priced, preferences, earlier, reading))
         return;
     const InkPath fitted = FitToPieces(ink.samples, path);
     if (fitted.scale < path.scale) {

@@ -9,14 +9,27 @@
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
-// Preferences reduceInkCurveDeviation (hypotheses; without it the answer is the rules' own reading),
-//             curveTidy (closing, hooks, crumbs of the rules' own reading; a line drawn forth and back along
-//             itself becomes its centre line, or with thinWallRecognition the two sides of a wall),
-//             changeCurveType (closed round strokes become circles and ellipses and, with curveTidy, slots:
-//             two parallel lines and two half circles that touch them), regularPolygonRecognition
-//             (rectangles, rhombi, parallelograms and regular polygons made exact), oversketch (ink along an
-//             earlier curve gives it a new form; without it such ink is new), snapping (directions of axes,
-//             ends onto key points of earlier curves), doScribble.
+// Preferences each switches its own stages and no others:
+//   always                     the size at which the rules' tolerances fit; the rules' breaks, kinds and fits
+//   doScribble                 the scribble question
+//   oversketch                 ink along an earlier curve gives it a new form; without it such ink is new
+//   thinWallRecognition        ink drawn forth and back along itself becomes the two sides of a wall
+//   curveTidy                  such ink becomes its centre line otherwise; closing (a full circle or ellipse,
+//   a
+//                              smooth seam, a last corner or side that is the first); crumbs and hooks swept,
+//                              neighbours that are one curve merged; corners where neighbours intersect,
+//                              tangent joints exactly tangent; ends onto free ends of earlier curves
+//   reduceInkCurveDeviation    hypotheses of other pieces and whole shapes than the rules', where these
+//                              describe the ink more briefly; without it the rules' pieces stay and are
+//                              tidied
+//   changeCurveType            curves of other kinds than the rules saw, where these describe the ink as
+//   well;
+//                              without it a reading with such a curve in it gives way to the rules' pieces,
+//                              and an earlier curve keeps its kind or the ink is new
+//   snapping                   lines onto axes within snapAngleCreate; ends onto key points of earlier curves
+//   regularPolygonRecognition  rectangles, rhombi, parallelograms and regular polygons made exact
+//             A stage needs what it works on: a regular polygon the joined corners of curveTidy, a slot or a
+//             fillet the hypotheses. With all of them off the reading is the recogniser's own.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite", "InterpretInk - out of memory"
 //             or the text of the curve that got none; std::bad_alloc where a container got no memory.

@@ -47,6 +47,11 @@ TEST(RecognizeDrawing, PreferencesReachRulesAndInterpretation) {
     EXPECT_NE(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U); // 45 degrees: no corner at 50
     options.preferences.SetTangentAngleThreshold(40.0);
     EXPECT_EQ(RecognizeDrawing(bend, options).strokes.at(0).curves.size(), 2U);
+    for (const bool isTidy : {true, false}) { // closing is a matter of tidying for the rules alone, too
+        options.preferences.SetCurveTidy(isTidy);
+        const RecognizedStroke round = RecognizeDrawing(RoundOf({}, 50, 50), options).strokes.at(0);
+        EXPECT_STREQ(round.curves.at(0).KindName(), isTidy ? "circle" : "spline");
+    }
     options = {};
     options.constraintKinds = 0;
     const Drawing tilted = DrawingOf({Moved(Drawn({{0, 0}, {100, 0}}), 0.05, {})});

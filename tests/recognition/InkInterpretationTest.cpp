@@ -136,30 +136,6 @@ TEST(CurvesAsDrawn, TellHowFarTheInkWasFromTheReading) {
                     constraint.kind == ConstraintKind_Coincident ? 1.0 : std::exp(-2.0), 0.03);
 }
 
-TEST(InkInterpretation, WithoutHypothesesTheRulesAnswer) {
-    SketchRecognizerPreferences preferences;
-    preferences.SetReduceInkCurveDeviation(false);
-    const InkReading reading = InterpretInk(DrawThrough({{0, 0}, {80, 33}, {90, -50}}, false), preferences);
-    EXPECT_EQ(reading.shape, InkShape::Pieces);
-    EXPECT_TRUE(reading.joints.empty());
-    ASSERT_EQ(reading.curves.size(), 2U);
-    EXPECT_LT(reading.curves[0].curve->GetEnd().Distance({80.0, 33.0}), 5.0);
-    EXPECT_LT(reading.curves[1].maxDeviation, 5.0);
-    for (const double degrees : {150.0, -150.0}) { // arcs run counter-clockwise, the pen may not
-        const InkReading bent = InterpretInk(DrawRound(50, 50, degrees), preferences);
-        ASSERT_EQ(bent.shape, InkShape::Arc);
-        EXPECT_EQ(bent.curves[0].isReversed, degrees < 0.0);
-    }
-    std::vector<Point> pts = PointsOf(Round({0, 3.5}, 3.5, 3.5, 0.25 * kTurn, 0.75 * kTurn), 0.0, 1.0, 10);
-    const std::vector<Point> sides =
-        Joined({Straight({2, 0}, {170, 0}), Straight({170, 2}, {170, 90})}, 0.0, 1.0, 60);
-    pts.insert(pts.end(), sides.begin(), sides.end());
-    const InkStroke corner = InkOf(pts);
-    EXPECT_EQ(InterpretInk(corner, preferences).curves.size(), 2U); // the hook is a crumb
-    preferences.SetCurveTidy(false);
-    EXPECT_EQ(InterpretInk(corner, preferences).curves.size(), 3U);
-}
-
 TEST(InkInterpretation, ScribblesAreNoDrawing) {
     std::vector<Point> zigzag;
     for (int i = 0; i < 9; ++i)

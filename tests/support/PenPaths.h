@@ -69,6 +69,14 @@ inline Path DriftingRound(const Geometry::Point& c, double a, double b, double d
     return [=](double u) { return c + (1.0 + growth * (u - 0.5)) * round(u); };
 }
 
+/// From a to b, off the chord to its right by a share of its length in the middle.
+inline Path Bowed(const Geometry::Point& a, const Geometry::Point& b, double share) {
+    return [=](double u) {
+        const Geometry::Point chord = b - a;
+        return a + u * chord + (4.0 * share * u * (1.0 - u)) * Geometry::Point(chord.y, -chord.x);
+    };
+}
+
 /// The path shifted to its left: by `ends` everywhere and by `middle` more in the middle of the stretch.
 inline Path Bulging(const Path& path, double from, double to, double ends, double middle) {
     return [=](double u) {

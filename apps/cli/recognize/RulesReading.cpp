@@ -56,7 +56,9 @@ std::vector<SketchCurve> ReadByRules(const Drawing& drawing, const InkStroke& in
     Geometry::SketchRecognizer recognizer;
     *recognizer.AskPreferences() = options.preferences;
     recognizer.Recognize(stroke, true, Geometry::CurveType_Line);
-    Geometry::CloseRoundStroke(recognizer);
+    if (options.preferences.GetCurveTidy()) {
+        Geometry::CloseRoundStroke(recognizer);
+    }
     std::vector<SketchCurve> curves;
     const OwnedResults results(recognizer);
     for (const auto& result : results.Get()) {

@@ -3,16 +3,19 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tessera/recognition/internal/AxisSnap.h"
+
 namespace Tessera::Geometry {
 
 namespace {
 
 // Of the shorter neighbour: how far an intersection may lie from the ink.
 constexpr double kCornerShare = 0.35;
-constexpr double kSeamShare = 0.25; // of the path's length: the same where the stroke closes
-constexpr double kLeastLeft = 0.1;  // of a line's length: what a corner does not cut off
-constexpr double kFlat = 1e-12;     // twice its height over its chord: an arc that is a line
-constexpr double kParallel = 0.17;  // sine of the angle below which lines do not make a corner
+constexpr double kSeamShare = 0.25;  // of the path's length: the same where the stroke closes
+constexpr double kLeastLeft = 0.1;   // of a line's length: what a corner does not cut off
+constexpr double kFlat = 1e-12;      // twice its height over its chord: an arc that is a line
+constexpr double kMostStretch = 0.2; // by which a curve is turned and scaled onto its ends
+constexpr double kParallel = 0.17;   // sine of the angle below which lines do not make a corner
 
 bool LineMeetsLine(const LineFit& a, const LineFit& b, Point& meet) {
     const double sine = a.direction.Cross(b.direction);
@@ -95,7 +98,7 @@ std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std
             isFree.back() = true;
         } else {
             joined.push_back(pieces[i]);
-            isFree.push_back(false);
+            isFree.push_back(pieces[i].kept != nullptr);
         }
     }
     if (IsRing(chain) && pieces.front().joint == JointSight::Bend && joined.size() > 1) {
@@ -120,6 +123,48 @@ Point FreeJoint(const PricedPath& ink, const std::vector<ChainPiece>& pieces, co
     if (!isFree[i - 1])
         return OnPiece(pieces[i - 1], corner);
     return isFree[i] ? corner : OnPiece(pieces[i], corner);
+}
+
+// The end of an open chain.
+Point EndOn(const PricedPath& ink, const ChainPiece& piece, bool isFree, bool isLast) {
+    if (piece.kept != nullptr) {
+        const Curve& curve = *piece.kept->curve;
+        return ink.path.FromModel(piece.kept->isReversed == isLast ? curve.GetStart() : curve.GetEnd());
+    }
+    const Point& end = ink.path.At(isLast ? piece.last : piece.first);
+    return isFree ? end : OnPiece(piece, end);
+}
+
+// Joints that a kept curve cannot be moved onto come to its ends.
+void KeepInPlace(const PricedPath& ink, const std::vector<ChainPiece>& pieces, bool isClosed,
+                 std::vector<Point>& joints) {
+    const std::size_t count = pieces.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (pieces[i].kept == nullptr)
+            continue;
+        const Point start = EndOn(ink, pieces[i], true, false);
+        const Point end = EndOn(ink, pieces[i], true, true);
+        if (SimilarityBetween(end - start, joints[i + 1] - joints[i]))
+            continue;
+        joints[i] = start;
+        joints[i + 1] = end;
+        if (isClosed && i == 0)
+            joints[count] = start;
+        if (isClosed && i + 1 == count)
+            joints[0] = end;
+    }
+}
+
+ExactPiece Between(const PricedPath& ink, const ChainPiece& piece, bool isFree, const Point& from,
+                   const Point& to) {
+    const PieceKind kind = piece.kept != nullptr ? PieceKind::Kept
+                           : isFree              ? PieceKind::Spline
+                           : piece.isArc         ? PieceKind::Arc
+                                                 : PieceKind::Line;
+    ExactPiece made{kind, from, to, {}, piece.first, piece.last, piece.kept};
+    if (kind == PieceKind::Arc)
+        made.through = MiddleOf(ink, piece, from, to);
+    return made;
 }
 
 } // namespace
@@ -217,20 +262,46 @@ ExactChain MakeExact(const PricedPath& ink, const Chain& chain) {
             joints[1] = ink.path.At(pieces[1].first);
         joints[count] = joints[0];
     } else {
-        const Point& start = ink.path.At(pieces.front().first);
-        const Point& end = ink.path.At(pieces.back().last);
-        joints[0] = isFree.front() ? start : OnPiece(pieces.front(), start);
-        joints[count] = isFree[count - 1] ? end : OnPiece(pieces.back(), end);
+        joints[0] = EndOn(ink, pieces.front(), isFree.front(), false);
+        joints[count] = EndOn(ink, pieces.back(), isFree[count - 1], true);
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        const ChainPiece& piece = pieces[i];
-        const PieceKind kind = isFree[i] ? PieceKind::Spline : piece.isArc ? PieceKind::Arc : PieceKind::Line;
-        ExactPiece made{kind, joints[i], joints[i + 1], {}, piece.first, piece.last};
-        if (kind == PieceKind::Arc)
-            made.through = MiddleOf(ink, piece, made.from, made.to);
-        exact.pieces.push_back(made);
-    }
+    KeepInPlace(ink, pieces, chain.isClosed, joints);
+    for (std::size_t i = 0; i < count; ++i)
+        exact.pieces.push_back(Between(ink, pieces[i], isFree[i], joints[i], joints[i + 1]));
     return exact;
+}
+
+ExactChain MakeLoose(const PricedPath& ink, const Chain& chain) {
+    std::vector<bool> isFree;
+    std::vector<ChainPiece> pieces = JoinBends(ink, chain, isFree);
+    ExactChain loose;
+    loose.isJoined = false;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        if (const RunFits fits = FitRun(ink, pieces[i].first, pieces[i].last, 0.0); !isFree[i]) {
+            pieces[i].line = fits.line; // it may have been fitted so that it touches others
+            pieces[i].circle = fits.hasArc ? fits.circle : pieces[i].circle;
+        }
+        loose.pieces.push_back(Between(ink, pieces[i], isFree[i], EndOn(ink, pieces[i], isFree[i], false),
+                                       EndOn(ink, pieces[i], isFree[i], true)));
+    }
+    return loose;
+}
+
+std::optional<Point> SimilarityBetween(const Point& chord, const Point& wanted) {
+    const Point factor = Point(chord.Dot(wanted), chord.Cross(wanted)) / std::max(chord.Dot(chord), 1e-300);
+    return factor.Distance({1.0, 0.0}) <= kMostStretch ? std::optional<Point>(factor) : std::nullopt;
+}
+
+void SnapToAxis(double angleRad, const std::optional<Point>& start, const std::optional<Point>& end,
+                ExactPiece& line) {
+    const Point along = end.value_or(line.to) - start.value_or(line.from);
+    const std::optional<Point> axis = AxisNear(along, angleRad);
+    if (!axis || (start && end))
+        return;
+    const Point run = along.Length() * *axis;
+    const Point middle = 0.5 * (line.from + line.to);
+    line.from = start ? *start : end ? *end - run : middle - 0.5 * run;
+    line.to = line.from + run;
 }
 
 } // namespace Tessera::Geometry

@@ -1,13 +1,14 @@
 // ChainGeometry - a chain made exact: pieces that meet in the same points, some of them tangentially.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "tessera/recognition/internal/PricedPath.h"
 
 namespace Tessera::Geometry {
 
-enum class PieceKind { Line, Arc, Spline };
+enum class PieceKind { Line, Arc, Spline, Kept };
 
 struct ExactPiece {
     PieceKind kind = PieceKind::Line;
@@ -16,14 +17,16 @@ struct ExactPiece {
     Point through; ///< of arcs: a point between the ends
     int first = 0; ///< points of the path that it stands for, as in ChainPiece
     int last = 0;
+    const InterpretedCurve* kept = nullptr; ///< moved as a whole so that its ends are these
 };
 
 /// Centre of an arc; false for one that is a line.
 bool FindCentre(const ExactPiece& arc, Point& centre);
 
 struct ExactChain {
-    std::vector<ExactPiece> pieces; ///< each begins where the one before ends
+    std::vector<ExactPiece> pieces; ///< each begins where the one before ends, if they are joined
     bool isClosed = false;
+    bool isJoined = true;
 
     bool AreLines() const;
     bool IsPolygon() const { return isClosed && AreLines(); }
@@ -58,5 +61,17 @@ bool EndsApart(const PricedPath& ink, const ChainPiece& line);
 /// else they meet in the ink's corner. Where the ink runs on smoothly from a line into an arc, or from arc to
 /// arc, they become tangent. Pieces between which the ink only bends become one free-form piece.
 ExactChain MakeExact(const PricedPath& ink, const Chain& chain);
+
+/// The pieces as the ink alone has them: each for itself, from the first of its points to the last.
+ExactChain MakeLoose(const PricedPath& ink, const Chain& chain);
+
+/// The similarity that takes one chord to another, as a complex number; nothing where it would throw far off
+/// what hangs on the chord, as with ends that lie close together.
+std::optional<Point> SimilarityBetween(const Point& chord, const Point& wanted);
+
+/// Turns a line within an angle of an axis onto it, about the end that belongs somewhere or else about its
+/// middle; one with two such ends lies as these do.
+void SnapToAxis(double angleRad, const std::optional<Point>& start, const std::optional<Point>& end,
+                ExactPiece& line);
 
 } // namespace Tessera::Geometry

@@ -42,7 +42,7 @@ void SnapLines(const InkPath& path, double angleRad, double tolerance,
     for (std::size_t i = 0; i <= last; ++i) {
         ChainPiece& piece = chain.pieces[i];
         const bool runsOn = i + 1 < chain.pieces.size() && TouchesBefore(chain.pieces[i + 1]);
-        if (piece.isArc || TouchesBefore(piece) || runsOn)
+        if (piece.isArc || piece.kept != nullptr || TouchesBefore(piece) || runsOn)
             continue; // fitted with its neighbours, axes included
         const auto start = i == 0 ? PlaceOf(path, connections, CurveEnd::Start) : std::nullopt;
         const auto end = i == last ? PlaceOf(path, connections, CurveEnd::End) : std::nullopt;
@@ -137,15 +137,36 @@ bool Regularise(double snapRad, const Bounds& bounds, ExactChain& chain, InkShap
     return true;
 }
 
+InkShape ShapeOf(const ExactPiece& only) {
+    switch (only.kind) {
+    case PieceKind::Line:
+        return InkShape::Line;
+    case PieceKind::Arc:
+        return InkShape::Arc;
+    case PieceKind::Kept:
+        return only.kept->curve->GetType() == CurveType_Arc       ? InkShape::Arc
+               : only.kept->curve->GetType() == CurveType_Ellipse ? InkShape::EllipticArc
+                                                                  : InkShape::Spline;
+    default:
+        return InkShape::Spline;
+    }
+}
+
 InkShape ShapeOf(const ExactChain& chain) {
     const std::size_t count = chain.pieces.size();
     if (count == 1)
-        return chain.pieces[0].kind == PieceKind::Line  ? InkShape::Line
-               : chain.pieces[0].kind == PieceKind::Arc ? InkShape::Arc
-                                                        : InkShape::Spline;
+        return ShapeOf(chain.pieces[0]);
+    if (!chain.isJoined)
+        return InkShape::Pieces;
     if (chain.IsPolygon())
         return count == 3 ? InkShape::Triangle : count == 4 ? InkShape::Quadrilateral : InkShape::Polygon;
     return chain.AreLines() ? InkShape::Polyline : InkShape::Chain;
+}
+
+void MakeCornersOfBends(Chain& chain) {
+    for (ChainPiece& piece : chain.pieces)
+        if (piece.joint == JointSight::Bend)
+            piece.joint = JointSight::Corner;
 }
 
 } // namespace
@@ -158,14 +179,23 @@ void NameEnds(InkReading& reading) {
 }
 
 void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
-               std::span<Curve* const> earlier, Chain chain, double tolerance, InkReading& reading) {
+               std::span<Curve* const> earlier, Chain chain, double tolerance, ChainPieces pieces,
+               InkReading& reading) {
+    if (!preferences.GetCurveTidy()) {
+        ReadLoose(ink, preferences, earlier, MakeLoose(ink, chain), reading);
+        return;
+    }
     const double snapRad = SnapAngle(preferences);
     FitTangentRuns(ink, snapRad, chain);
+    if (pieces == ChainPieces::Fixed)
+        MakeCornersOfBends(chain);
     ExactChain exact = MakeExact(ink, chain);
-    const std::vector<bool> round = FindRoundCorners(ink, chain, exact);
+    const std::vector<bool> round =
+        pieces == ChainPieces::Fixed ? std::vector<bool>() : FindRoundCorners(ink, chain, exact);
     const Bounds bounds{XYBox(ink.path.pts), tolerance};
     const auto tidy = [&] {
-        DrawNear(ink, chain, round, exact);
+        if (pieces == ChainPieces::AsFound)
+            DrawNear(ink, chain, round, exact);
         RoundCorners(ink, chain, round, exact);
         DrawInCorners(ink, bounds, exact);
         reading.shape = ShapeOf(exact);
@@ -182,6 +212,24 @@ void ReadChain(const PricedPath& ink, const SketchRecognizerPreferences& prefere
     reading.isClosed = exact.isClosed;
     MoveEnds(ink.path, reading.connections, exact);
     AppendChain(ink.path, exact, reading);
+    NameEnds(reading);
+}
+
+void ReadLoose(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, ExactChain loose, InkReading& reading) {
+    reading.shape = ShapeOf(loose);
+    reading.connections = FindConnections(ink.path, earlier, preferences, loose);
+    const double snapRad = SnapAngle(preferences);
+    for (std::size_t i = 0; i < loose.pieces.size() && snapRad > 0.0; ++i) {
+        const auto placeOf = [&](bool isEnd, CurveEnd end) {
+            return isEnd ? PlaceOf(ink.path, reading.connections, end) : std::nullopt;
+        };
+        if (loose.pieces[i].kind == PieceKind::Line)
+            SnapToAxis(snapRad, placeOf(i == 0, CurveEnd::Start),
+                       placeOf(i + 1 == loose.pieces.size(), CurveEnd::End), loose.pieces[i]);
+    }
+    MoveEnds(ink.path, reading.connections, loose);
+    AppendChain(ink.path, loose, reading);
     NameEnds(reading);
 }
 

@@ -15,7 +15,6 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
-constexpr double kMostStretch = 0.2;  // by which an elliptic arc is turned and scaled onto its ends
 constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
 
 struct Ends {
@@ -30,7 +29,7 @@ Point Unit(const Point& v) {
 Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
     if (piece.kind == PieceKind::Line)
         return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
-    if (piece.kind == PieceKind::Spline) {
+    if (piece.kind == PieceKind::Spline || piece.kind == PieceKind::Kept) {
         return {Unit(path.At(piece.first + 2) - piece.from), Unit(piece.to - path.At(piece.last - 2))};
     }
     // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
@@ -53,11 +52,35 @@ std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) 
     return FitFreeForm(pts, false, kSplineShare * path.scale);
 }
 
+// The curve moved as a whole onto its ends; null where that would throw it far off.
+std::unique_ptr<Curve> MakeKept(const InterpretedCurve& kept, const Point& from, const Point& to) {
+    const Point& start = kept.isReversed ? to : from;
+    const Point& end = kept.isReversed ? from : to;
+    const Point old = kept.curve->GetStart();
+    const std::optional<Point> factor = SimilarityBetween(kept.curve->GetEnd() - old, end - start);
+    if (!factor)
+        return nullptr;
+    std::unique_ptr<Curve> moved(kept.curve->CopyCurveOnly());
+    // A transform divides by its last element: the scale.
+    const double scale = factor->Length();
+    const Point turn = *factor / scale;
+    const Point shift =
+        start / scale - Point(turn.x * old.x - turn.y * old.y, turn.x * old.y + turn.y * old.x);
+    double move[3][3] = {{turn.x, -turn.y, shift.x}, {turn.y, turn.x, shift.y}, {0.0, 0.0, 1.0 / scale}};
+    moved->Transform(move);
+    return moved;
+}
+
 std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool& isReversed) {
     const Point from = path.ToModel(piece.from);
     const Point to = path.ToModel(piece.to);
     isReversed = false;
-    if (piece.kind == PieceKind::Spline)
+    if (piece.kind == PieceKind::Kept)
+        if (std::unique_ptr<Curve> kept = MakeKept(*piece.kept, from, to)) {
+            isReversed = piece.kept->isReversed;
+            return kept;
+        }
+    if (piece.kind == PieceKind::Spline || piece.kind == PieceKind::Kept)
         if (std::unique_ptr<Curve> spline = MakeSpline(path, piece))
             return spline;
     if (piece.kind != PieceKind::Arc)
@@ -109,7 +132,7 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
             made.lastSample = made.firstSample > 0 ? made.firstSample - 1 : LastSample(path);
         reading.curves.push_back(std::move(made));
     }
-    for (std::size_t i = 1; i < count; ++i)
+    for (std::size_t i = 1; i < count && chain.isJoined; ++i)
         reading.joints.push_back(MakeJoint(path, chain, i - 1, i, reading, base));
     if (chain.isClosed)
         reading.joints.push_back(MakeJoint(path, chain, count - 1, 0, reading, base));
@@ -141,12 +164,9 @@ bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
     };
     const Point first = at(arc.isReversed ? arc.to : arc.from);
     const Point chord = at(arc.isReversed ? arc.from : arc.to) - first;
-    // The similarity that takes the old chord to the new one, as a complex number.
-    const Point wanted = to - from;
-    Point factor = Point(chord.Dot(wanted), chord.Cross(wanted)) / std::max(chord.Dot(chord), 1e-12);
-    const bool isKept = factor.Distance({1.0, 0.0}) <= kMostStretch;
-    if (!isKept)
-        factor = {1.0, 0.0};
+    const std::optional<Point> found = SimilarityBetween(chord, to - from);
+    const bool isKept = found.has_value();
+    const Point factor = found.value_or(Point(1.0, 0.0));
     const Point away = arc.centre - first;
     const Point middle = path.ToModel((isKept ? from : first) + Point(factor.x * away.x - factor.y * away.y,
                                                                       factor.x * away.y + factor.y * away.x));
@@ -162,6 +182,14 @@ bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
     return isKept;
 }
 
+void AppendSeam(const Curve& closed, InkReading& reading) {
+    InkJoint seam;
+    seam.kind = JointKind::Tangent;
+    seam.isClosing = true;
+    seam.position = closed.GetStart();
+    reading.joints.push_back(seam);
+}
+
 void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading) {
     // A transform divides by its last element, so the translation is given in units of the scale.
     double toModel[3][3] = {{1.0, 0.0, path.origin.x / path.scale},
@@ -171,13 +199,8 @@ void AppendFreeShape(const InkPath& path, FreeShape& shape, InkReading& reading)
     InterpretedCurve made;
     made.curve = std::move(shape.curve);
     made.lastSample = SampleAt(path, path.Size() - 1);
-    if (shape.isClosed) {
-        InkJoint seam;
-        seam.kind = JointKind::Tangent;
-        seam.isClosing = true;
-        seam.position = made.curve->GetStart();
-        reading.joints.push_back(seam);
-    }
+    if (shape.isClosed)
+        AppendSeam(*made.curve, reading);
     reading.curves.push_back(std::move(made));
 }
 

@@ -16,6 +16,7 @@
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RingSearch.h"
 #include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/RulesTidying.h"
 #include "tessera/recognition/internal/SharpPolygon.h"
 #include "tessera/recognition/internal/SlotShape.h"
 #include "tessera/recognition/internal/SmoothForms.h"
@@ -100,7 +101,7 @@ public:
     void Compare(const RulesReading& rules, int samples) {
         Offer(rules.AsRound(priced_), round_);
         const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
-        if (ellipse && preferences_.GetChangeCurveType())
+        if (ellipse && preferences_.GetCurveTidy())
             Offer(FindRoundShape(priced_, *ellipse, samples), round_);
         chain_ = FindChain(priced_, rules.AsChains(priced_), preferences_.GetCurveTidy(), tolerance_, least_);
         std::optional<Chain> sharp;
@@ -120,7 +121,7 @@ public:
             least_ = ring_->length;
         }
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
-        if (preferences_.GetCurveTidy() && preferences_.GetChangeCurveType())
+        if (preferences_.GetCurveTidy())
             Offer(FindSlot(priced_), slot_, round_ ? kClear : 0.0);
         if (slot_)
             return;
@@ -152,7 +153,7 @@ public:
         else if (round_)
             ReadRound(priced_.path, *round_, reading);
         else
-            ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, reading);
+            ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
 private:
@@ -197,17 +198,28 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
                       InkReading& reading) {
     const InkPath& path = priced.path;
     RulesReading rules(ink, preferences);
+    if (ink.hasTimes)
+        priced.pace = PaceAlong(path, ink.samples);
+    priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
+    if (!preferences.GetReduceInkCurveDeviation()) {
+        ReadTidiedRules(ink, priced, preferences, earlier, reading);
+        return;
+    }
     if (rules.Count() * kLeastSteps > path.Size()) {
         rules.Take(reading);
         return;
     }
-    if (ink.hasTimes)
-        priced.pace = PaceAlong(path, ink.samples);
-    priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
     Readings readings(priced, rules, preferences);
     readings.Compare(rules, static_cast<int>(ink.samples.size()));
     readings.ReadBest(earlier, reading);
     MeasureDeviations(ink.samples, reading);
+    const auto changesKinds = [&](const InterpretedCurve& made) { return !rules.SawKindOf(made); };
+    if (!preferences.GetChangeCurveType() &&
+        std::any_of(reading.curves.begin(), reading.curves.end(), changesKinds)) {
+        reading = InkReading();
+        ReadTidiedRules(ink, priced, preferences, earlier, reading);
+        return;
+    }
     if (StrayOf(rules, reading, 0.0) <= kMostStray)
         return;
     InkReading byRules;

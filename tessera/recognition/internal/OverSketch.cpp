@@ -125,20 +125,6 @@ double LargestDistance(const Retrace& retrace) {
         ->distance;
 }
 
-// A line within the snap angle of an axis is turned onto it, about the end that belongs somewhere or else
-// about its middle; one with two such ends lies as these do.
-void SnapToAxis(double angleRad, const std::optional<Point>& start, const std::optional<Point>& end,
-                ExactPiece& line) {
-    const Point along = end.value_or(line.to) - start.value_or(line.from);
-    const std::optional<Point> axis = AxisNear(along, angleRad);
-    if (!axis || (start && end))
-        return;
-    const Point run = along.Length() * *axis;
-    const Point middle = 0.5 * (line.from + line.to);
-    line.from = start ? *start : end ? *end - run : middle - 0.5 * run;
-    line.to = line.from + run;
-}
-
 // What a new line or arc gets, the new form gets too: directions of axes, ends on the other curves.
 void Tidy(const InkPath& path, const SketchRecognizerPreferences& preferences, std::vector<Curve*> others,
           InkReading& reading) {
@@ -207,7 +193,8 @@ bool ReadRetrace(const InkPath& path, const SketchRecognizerPreferences& prefere
         return false;
     const Curve& old = *earlier[static_cast<std::size_t>(retrace.earlier)];
     InterpretedCurve made;
-    made.curve = MakeRetracedForm(old, CurveTrack(old), retrace, LimitsOf(preferences).first);
+    made.curve = MakeRetracedForm(old, CurveTrack(old), retrace, LimitsOf(preferences).first,
+                                  preferences.GetChangeCurveType());
     if (!made.curve)
         return false;
     made.isReversed = retrace.isAgainst;

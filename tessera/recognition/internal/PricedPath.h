@@ -31,6 +31,7 @@ struct ChainPiece {
     double jointPrice = 0.0;
     bool isTouching = false; ///< made to touch the piece before, in `meet`
     Point meet{};
+    const InterpretedCurve* kept = nullptr; ///< model units: stays as it is, whatever the fits say
 };
 
 struct Chain {

@@ -202,11 +202,13 @@ bool IsWithin(const Curve& curve, const std::vector<Point>& pts, double toleranc
 } // namespace
 
 std::unique_ptr<Curve> MakeRetracedForm(const Curve& old, const CurveTrack& track, const Retrace& retrace,
-                                        double tolerance) {
+                                        double tolerance, bool mayChangeKind) {
     const Row row = MakeRow(track, retrace);
     std::unique_ptr<Curve> form = FitSameKind(old, row.pts);
     if (form && (row.isWhole || IsWithin(*form, row.pts, tolerance)))
         return form;
+    if (!mayChangeKind && old.GetType() != CurveType_Spline)
+        return nullptr;
     return FitFreeForm(row.pts, track.isClosed, kFreeShare * DiagonalOf(row.pts));
 }
 

@@ -99,7 +99,8 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     ResultOwner pending(recognizer);
     recognizer.SetPreferences(preferences_);
     recognizer.Recognize(stroke, true, CurveType_Line);
-    CloseRoundStroke(recognizer);
+    if (preferences.GetCurveTidy())
+        CloseRoundStroke(recognizer);
     if (withoutCrumbs)
         SketchRecognizerAccess{recognizer}.RemoveSmallCurves();
     pieces_.reserve(recognizer.GetResults().size());
@@ -112,12 +113,33 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     }
 }
 
-void RulesReading::Take(InkReading& reading) {
-    double back[3][3] = {{1.0, 0.0, scale_ * x_}, {0.0, 1.0, scale_ * y_}, {0.0, 0.0, scale_}};
-    for (InterpretedCurve& made : pieces_) {
-        made.curve->Transform(back);
-        made.isReversed = RunsAgainst(made, ink_.samples);
+bool RulesReading::SawKindOf(const InterpretedCurve& made) const {
+    const int n = static_cast<int>(ink_.samples.size());
+    const int count = made.lastSample - made.firstSample + (made.lastSample < made.firstSample ? n : 0);
+    const int middle = (made.firstSample + count / 2) % n;
+    bool sawAny = false;
+    for (const InterpretedCurve& piece : pieces_) {
+        if (piece.firstSample > middle || middle > piece.lastSample)
+            continue;
+        if (piece.curve->GetType() == made.curve->GetType())
+            return true;
+        sawAny = true;
     }
+    return !sawAny;
+}
+
+const std::vector<InterpretedCurve>& RulesReading::Curves() {
+    double back[3][3] = {{1.0, 0.0, scale_ * x_}, {0.0, 1.0, scale_ * y_}, {0.0, 0.0, scale_}};
+    for (std::size_t i = 0; i < pieces_.size() && !areInModel_; ++i) {
+        pieces_[i].curve->Transform(back);
+        pieces_[i].isReversed = RunsAgainst(pieces_[i], ink_.samples);
+    }
+    areInModel_ = true;
+    return pieces_;
+}
+
+void RulesReading::Take(InkReading& reading) {
+    Curves();
     reading.curves = std::move(pieces_);
     if (reading.curves.size() == 1)
         reading.shape = ShapeOf(*reading.curves[0].curve);

@@ -13,7 +13,8 @@
 namespace Tessera::Geometry {
 
 /// The rules' tolerances suit a drawing whose box has a diagonal of some forty-five units; the ink is brought
-/// to that size and the curves are mapped back. The stroke is borrowed.
+/// to that size and the curves are mapped back. With curveTidy closed round strokes are closed. The stroke is
+/// borrowed.
 class RulesReading {
 public:
     /// With `withoutCrumbs` the curves that are short beside the longest piece are left out.
@@ -22,6 +23,11 @@ public:
 
     int Count() const { return static_cast<int>(pieces_.size()); }
 
+    /// Whether the rules saw no other kind of curve in the middle of the ink that it stands for.
+    bool SawKindOf(const InterpretedCurve& made) const;
+
+    /// The curves in model units; what asks for chains and rounds comes before.
+    const std::vector<InterpretedCurve>& Curves();
     /// Hands the curves over, with deviations and the samples they stand for; joins nothing. Once only.
     void Take(InkReading& reading);
 
@@ -47,7 +53,8 @@ private:
     SketchRecognizerPreferences preferences_; ///< at working size
     double x_ = 0.0, y_ = 0.0, scale_ = 1.0;  // working = scale (model - (x, y))
     std::vector<double> lengthTo_;            // of the ink up to each sample, working size
-    std::vector<InterpretedCurve> pieces_;    // at working size
+    std::vector<InterpretedCurve> pieces_;    // at working size until they are asked for
+    bool areInModel_ = false;
 };
 
 } // namespace Tessera::Geometry

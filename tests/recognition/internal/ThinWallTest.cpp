@@ -85,10 +85,6 @@ TEST(ThinWall, WhatIsNone) {
     for (const auto& row : rows)
         EXPECT_EQ(Read(Joined({row.forth, row.back}), true).shape == InkShape::ThinWall, row.isWall)
             << row.name;
-    SketchRecognizerPreferences untidy;
-    untidy.SetCurveTidy(false);
-    untidy.SetThinWallRecognition(true);
-    EXPECT_NE(InterpretInk(InkOf(Joined({rows[1].forth, rows[1].back})), untidy).shape, InkShape::ThinWall);
 }
 
 TEST(ThinWall, NoArcParallelBeyondItsCentre) {
