@@ -1,8 +1,8 @@
 #include "tessera/recognition/internal/RulesTidying.h"
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "tessera/geometry/Arc.h"
@@ -12,6 +12,7 @@
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/RulesReading.h"
+#include "tessera/recognition/internal/RulesRuns.h"
 #include "tessera/recognition/internal/SmoothForms.h"
 
 namespace Tessera::Geometry {
@@ -19,117 +20,6 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kFarOff = 1e300; // squared distance of what does not compete
-
-/// A piece of the rules, or several that became one.
-struct Run {
-    int first = 0; // points of the path
-    int last = 0;
-    bool isArc = false;
-    bool isKept = false;                   // neither line nor arc, nor what the prices know as one
-    const InterpretedCurve* own = nullptr; // the rules' curve, as long as it stands
-};
-
-int PointAt(const InkPath& path, int sample) { // the nearest
-    const auto above = std::lower_bound(path.source.begin(), path.source.end(), static_cast<double>(sample));
-    return std::min(static_cast<int>(above - path.source.begin()), path.Size() - 1);
-}
-
-// Crumbs that were swept leave gaps, which their neighbours share. Nothing when some piece takes up less than
-// two steps of the path.
-std::vector<Run> RunsOf(const PricedPath& ink, const std::vector<InterpretedCurve>& curves) {
-    std::vector<Run> runs;
-    for (const InterpretedCurve& made : curves) {
-        Run run{PointAt(ink.path, made.firstSample), PointAt(ink.path, made.lastSample)};
-        if (!runs.empty())
-            run.first = runs.back().last = (runs.back().last + run.first) / 2;
-        run.own = &made;
-        runs.push_back(run);
-    }
-    for (Run& run : runs) {
-        if (run.last < run.first + 2)
-            return {};
-        const CurveType_e kind = run.own->curve->GetType();
-        run.isArc = kind == CurveType_Arc;
-        run.isKept = kind > CurveType_Arc || (run.isArc && !PriceRun(ink, run.first, run.last).hasArc);
-    }
-    return runs;
-}
-
-std::vector<Chain> ChainsOf(const PricedPath& ink, const std::vector<Run>& runs) {
-    std::vector<int> breaks{runs.front().first};
-    std::vector<bool> isArc;
-    for (const Run& run : runs) {
-        breaks.push_back(run.last);
-        isArc.push_back(run.isArc && !run.isKept);
-    }
-    return ChainsOver(ink, breaks, isArc);
-}
-
-const Chain& Briefest(const PricedPath& ink, const std::vector<Chain>& chains) {
-    return *std::min_element(chains.begin(), chains.end(), [&](const Chain& a, const Chain& b) {
-        return LengthOf(ink, a) < LengthOf(ink, b);
-    });
-}
-
-/// What makes fewer or simpler curves of the runs.
-class Simplifier {
-public:
-    Simplifier(const PricedPath& ink, double tolerance, bool mayChangeKinds, const std::vector<Run>& runs)
-        : ink_(ink), tolerance_(tolerance), mayChangeKinds_(mayChangeKinds),
-          squared_(Briefest(ink, ChainsOf(ink, runs)).squared) {}
-
-    void MergeNeighbours(std::vector<Run>& runs) const {
-        std::size_t kept = 0;
-        for (std::size_t i = 1; i < runs.size(); ++i)
-            if (!Merge(runs[i], runs[kept]))
-                runs[++kept] = runs[i];
-        runs.resize(kept + 1);
-    }
-
-    // An arc becomes a line that describes its ink as briefly.
-    void SimplifyKinds(std::vector<Run>& runs) const {
-        for (Run& run : runs) {
-            if (!run.isArc || run.isKept)
-                continue;
-            const RunPrices prices = PriceRun(ink_, run.first, run.last);
-            if (CostOf(prices, false) <= CostOf(prices, true) && IsWithin(prices.line))
-                run = {run.first, run.last};
-        }
-    }
-
-private:
-    double CostOf(const RunPrices& prices, bool isArc) const {
-        return (isArc ? prices.arc : prices.line).CostFor(squared_);
-    }
-
-    bool IsWithin(const PricedPiece& priced) const {
-        for (int i = priced.piece.first; i <= priced.piece.last; ++i)
-            if (std::fabs(DistanceFrom(priced.piece, ink_.path.At(i))) > tolerance_)
-                return false;
-        return true;
-    }
-
-    // One line or arc in place of two, if it describes their ink as briefly; false if not.
-    bool Merge(const Run& next, Run& run) const {
-        if (run.isKept || next.isKept || (run.isArc != next.isArc && !mayChangeKinds_))
-            return false;
-        const RunPrices whole = PriceRun(ink_, run.first, next.last);
-        const bool isArc =
-            whole.hasArc && (run.isArc || next.isArc) && CostOf(whole, true) < CostOf(whole, false);
-        const double apart = CostOf(PriceRun(ink_, run.first, run.last), run.isArc) +
-                             CostOf(PriceRun(ink_, next.first, next.last), next.isArc) + LeastJointPrice();
-        if ((!isArc && run.isArc && next.isArc) || CostOf(whole, isArc) > apart ||
-            !IsWithin(isArc ? whole.arc : whole.line))
-            return false;
-        run = {run.first, next.last, isArc};
-        return true;
-    }
-
-    const PricedPath& ink_;
-    double tolerance_; // sizes
-    bool mayChangeKinds_;
-    double squared_; // of the hand that drew the runs
-};
 
 // Where the rules have a curve, not where the prices' fit lies.
 void TakeCarrier(const InkPath& path, const InterpretedCurve& own, ChainPiece& piece) {
@@ -146,7 +36,7 @@ void TakeCarrier(const InkPath& path, const InterpretedCurve& own, ChainPiece& p
     piece.line.direction = along / std::max(along.Length(), 1e-300);
 }
 
-void TakeCurves(const InkPath& path, const std::vector<Run>& runs, Chain& chain) {
+void TakeCurves(const InkPath& path, const std::vector<RulesRun>& runs, Chain& chain) {
     for (std::size_t i = 0; i < runs.size(); ++i) {
         ChainPiece& piece = chain.pieces[i];
         if (runs[i].own != nullptr && !runs[i].isKept)
@@ -169,9 +59,10 @@ bool KeepsKinds(const Chain& open, const Chain& closed) {
 }
 
 // The runs as a chain, closed where its ends meet.
-Chain ChainOf(const PricedPath& ink, bool mayChangeKinds, const std::vector<Run>& runs) {
-    const bool hasKept = std::any_of(runs.begin(), runs.end(), [](const Run& run) { return run.isKept; });
-    std::vector<Chain> chains = ChainsOf(ink, runs);
+Chain ChainOf(const PricedPath& ink, bool mayChangeKinds, const std::vector<RulesRun>& runs) {
+    const bool hasKept =
+        std::any_of(runs.begin(), runs.end(), [](const RulesRun& run) { return run.isKept; });
+    std::vector<Chain> chains = ChainsOfRuns(ink, runs);
     for (Chain& chain : chains) {
         TakeCurves(ink.path, runs, chain);
         if (hasKept)
@@ -179,14 +70,14 @@ Chain ChainOf(const PricedPath& ink, bool mayChangeKinds, const std::vector<Run>
         else if (Chain closed = CloseChain(ink, chain); mayChangeKinds || KeepsKinds(chain, closed))
             chain = std::move(closed);
     }
-    return Briefest(ink, chains);
+    return BriefestOf(ink, chains);
 }
 
 // Each piece as the rules have it.
-ExactChain LooseOf(const PricedPath& ink, const std::vector<Run>& runs) {
+ExactChain LooseOf(const PricedPath& ink, const std::vector<RulesRun>& runs) {
     ExactChain loose;
     loose.isJoined = false;
-    for (const Run& run : runs) {
+    for (const RulesRun& run : runs) {
         if (run.own == nullptr) {
             Chain changed{ChainsOver(ink, {run.first, run.last}, {run.isArc})[0]};
             loose.pieces.push_back(MakeLoose(ink, changed).pieces[0]);
@@ -235,21 +126,20 @@ void ReadTidiedRules(const InkStroke& ink, const PricedPath& priced,
     if (isTidy && curves.size() == 1 && ReadClosedForm(ink, priced, *curves[0].curve, reading))
         return;
     const bool isWhole = curves.size() == 1 && curves[0].curve->IsClosed();
-    std::vector<Run> runs = isWhole ? std::vector<Run>() : RunsOf(priced, curves);
+    std::vector<RulesRun> runs = isWhole ? std::vector<RulesRun>() : RunsOf(priced, curves);
     if (runs.empty()) {
         rules.Take(reading);
         if (isTidy && reading.isClosed && reading.shape == InkShape::Spline)
             AppendSeam(*reading.curves[0].curve, reading);
         return;
     }
-    const Simplifier simplifier(priced, tolerance, mayChangeKinds, runs);
     if (isTidy)
-        simplifier.MergeNeighbours(runs);
+        MergeNeighbours(priced, tolerance, mayChangeKinds, runs);
     if (mayChangeKinds)
-        simplifier.SimplifyKinds(runs);
+        SimplifyKinds(priced, tolerance, runs);
     const bool standAsTheyAre =
         !isTidy && !preferences.AskSnapping() &&
-        std::all_of(runs.begin(), runs.end(), [](const Run& run) { return run.own != nullptr; });
+        std::all_of(runs.begin(), runs.end(), [](const RulesRun& run) { return run.own != nullptr; });
     if (standAsTheyAre) {
         rules.Take(reading);
         return;

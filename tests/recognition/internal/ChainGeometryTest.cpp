@@ -1,0 +1,124 @@
+#include "tessera/recognition/internal/ChainGeometry.h"
+
+#include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/TangentRun.h"
+#include "tests/support/PenPaths.h"
+#include "tests/support/SyntheticInk.h"
+
+namespace Tessera::Geometry {
+namespace {
+
+using namespace Testing;
+
+// Of lines and circles in any place: what is found lies on both, and no other common point is nearer. A scan
+// round the second carrier sees where it crosses the first.
+TEST(ChainGeometry, CarriersMeetNearestToAPoint) {
+    std::mt19937 rng(20250712);
+    std::uniform_real_distribution<double> place(-1.0, 1.0);
+    int met = 0;
+    for (int trial = 0; trial < 400; ++trial) {
+        const auto any = [&](bool isArc) {
+            ChainPiece piece;
+            piece.isArc = isArc;
+            const double angle = kTurn * place(rng);
+            piece.line.centre = {place(rng), place(rng)};
+            piece.line.direction = {std::cos(angle), std::sin(angle)};
+            piece.circle.centre = {place(rng), place(rng)};
+            piece.circle.radius = 0.3 + std::fabs(place(rng));
+            return piece;
+        };
+        const ChainPiece a = any(trial % 2 == 0);
+        const ChainPiece b = any(trial % 4 < 2);
+        const Point near(place(rng), place(rng));
+        std::vector<Point> crossings;
+        constexpr int kSteps = 4000;
+        const auto at = [&](int i) { // of lines so far as twenty units
+            const double u = static_cast<double>(i) / kSteps;
+            return b.isArc
+                       ? b.circle.centre + b.circle.radius * Point(std::cos(kTurn * u), std::sin(kTurn * u))
+                       : b.line.centre + (40.0 * u - 20.0) * b.line.direction;
+        };
+        for (int i = 0; i < kSteps; ++i)
+            if (DistanceFrom(a, at(i)) * DistanceFrom(a, at(i + 1)) < 0.0)
+                crossings.push_back(0.5 * (at(i) + at(i + 1)));
+        Point meet;
+        if (!IntersectPieces(a, b, near, meet)) {
+            EXPECT_TRUE(crossings.size() < 2U)
+                << trial; // lines may be too nearly parallel, circles may touch
+            continue;
+        }
+        ++met;
+        EXPECT_LT(std::fabs(DistanceFrom(a, meet)) + std::fabs(DistanceFrom(b, meet)), 1e-9);
+        for (const Point& crossing : crossings)
+            EXPECT_LT(meet.Distance(near), crossing.Distance(near) + 0.02) << trial;
+    }
+    EXPECT_GT(met, 200);
+}
+
+// After the fit neighbours that were seen to touch do: one point on both carriers, one direction there.
+TEST(ChainGeometry, TangentPiecesTouchExactly) {
+    RandomPlans plans(31);
+    int touching = 0;
+    for (int i = 0; i < 60; ++i) {
+        const InkPath path = MakeInkPath(
+            (i % 2 == 0 ? plans.Mixed() : plans.Slot()).Draw(plans.Rng(), plans.CarefulHand()).ink.samples);
+        const PricedPath ink(path);
+        Chain chain = SearchChains(ink)[kUsualHand];
+        FitTangentRuns(ink, 0.0, chain);
+        const ExactChain exact = MakeExact(ink, chain);
+        for (std::size_t k = 1; k < exact.pieces.size() && exact.pieces.size() == chain.pieces.size(); ++k) {
+            const ChainPiece& before = chain.pieces[k - 1];
+            const ChainPiece& after = chain.pieces[k];
+            EXPECT_EQ(exact.pieces[k].from.Distance(exact.pieces[k - 1].to), 0.0);
+            if (after.joint != JointSight::Tangent)
+                continue;
+            ++touching;
+            const Point& meet = exact.pieces[k].from;
+            const auto normal = [&](const ChainPiece& piece) {
+                const Point along = piece.line.direction;
+                return piece.isArc ? (meet - piece.circle.centre) / piece.circle.radius
+                                   : Point(-along.y, along.x);
+            };
+            EXPECT_LT(std::fabs(DistanceFrom(before, meet)) + std::fabs(DistanceFrom(after, meet)), 1e-9);
+            EXPECT_LT(std::fabs(normal(before).Cross(normal(after))), 1e-9);
+        }
+        const ExactChain loose = MakeLoose(ink, chain);
+        EXPECT_FALSE(loose.isJoined || loose.isClosed);
+        for (const ExactPiece& piece : loose.pieces)
+            EXPECT_LT(piece.from.Distance(path.At(piece.first)) + piece.to.Distance(path.At(piece.last)),
+                      0.3);
+    }
+    EXPECT_GT(touching, 60);
+}
+
+TEST(ChainGeometry, LinesNearAnAxisAreTurnedOntoIt) {
+    const Point start(1, 2);
+    const Point end = start + Point(-4.0, 4.0 * std::tan(0.08));
+    const struct {
+        const char* name;
+        double angle;
+        bool isStartPlaced, isEndPlaced;
+        Point fixed; ///< stays where it is
+    } rows[] = {
+        {"about its middle", 0.081, false, false, 0.5 * (start + end)},
+        {"about its start", 0.081, true, false, start},
+        {"about its end", 0.081, false, true, end},
+        {"too far off", 0.079, false, false, start},
+        {"between two places", 0.081, true, true, start},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        ExactPiece line{PieceKind::Line, start, end, {}, 0, 0};
+        SnapToAxis(row.angle, row.isStartPlaced ? std::optional<Point>(start) : std::nullopt,
+                   row.isEndPlaced ? std::optional<Point>(end) : std::nullopt, line);
+        const bool isTurned = row.angle > 0.08 && !(row.isStartPlaced && row.isEndPlaced);
+        EXPECT_EQ(line.from.y == line.to.y, isTurned);
+        EXPECT_NEAR(line.from.Distance(line.to), start.Distance(end), 1e-12);
+        const double nearest = std::min({row.fixed.Distance(line.from), row.fixed.Distance(line.to),
+                                         row.fixed.Distance(0.5 * (line.from + line.to))});
+        EXPECT_LT(nearest, 1e-12);
+    }
+}
+
+} // namespace
+} // namespace Tessera::Geometry
