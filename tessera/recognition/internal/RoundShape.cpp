@@ -16,6 +16,7 @@ namespace {
 // A round may stay open by so much of a turn per closing tolerance's share of the length: a fifth, usually.
 constexpr double kOpenTurn = 70.0 / 360.0 / 0.125;
 constexpr double kMostWinding = 2.2;
+constexpr double kMostGap = 0.4; // of the length: farther apart are the ends of a wave along a flat ellipse
 constexpr int kNumbers = 5;
 // Nothing guides the pen on its way round: it strays farther than along a side.
 constexpr double kSpreadShare = 0.25;
@@ -83,7 +84,8 @@ RoundShape Corrected(const EllipseEvidence& fit, const EllipseTerms& x) {
 
 std::optional<RoundShape> FindRoundShape(const PricedPath& ink, const EllipseEvidence& ellipse, int samples) {
     const double winding = std::fabs(ellipse.winding);
-    if (!(winding >= 1.0 - kOpenTurn * ink.closing / ink.path.length && winding <= kMostWinding))
+    if (!(winding >= 1.0 - kOpenTurn * ink.closing / ink.path.length && winding <= kMostWinding &&
+          ink.path.Gap() <= kMostGap * ink.path.length))
         return std::nullopt;
     const EllipseTerms x = Explain(ellipse, kCos3Term);
     RoundShape shape = Corrected(ellipse, x);
