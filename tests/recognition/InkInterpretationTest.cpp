@@ -213,16 +213,22 @@ TEST(InkInterpretation, TheViewsZoomChangesNothing) {
 }
 
 // Whatever was drawn: no curve leaves the ink's box grown by the tolerance of a line (a corner's tip may lie
-// so far beyond its rounding), each tells its deviation truly, and joints join.
+// so far beyond its rounding) or lies by more than that farther from the ink than the rules' own curves, each
+// tells its deviation truly, and joints join.
 TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
     InkPlan (RandomPlans::*const kinds[])() = {&RandomPlans::Polyline, &RandomPlans::Polygon,
                                                &RandomPlans::Mixed, &RandomPlans::Smooth};
+    SketchRecognizerPreferences rulesOnly;
+    rulesOnly.SetReduceInkCurveDeviation(false);
+    rulesOnly.SetCurveTidy(false);
+    rulesOnly.SetChangeCurveType(false);
+    rulesOnly.SetSnapping(false);
     RandomPlans plans(11);
     int splines = 0;
     for (int trial = 0; trial < 240; ++trial) {
         SCOPED_TRACE(trial);
         const InkPlan plan = (plans.*kinds[trial % 4])();
-        const Hand hand = plans.CarefulHand();
+        const Hand hand = plans.AnyHand();
         const InkStroke ink = plan.Draw(plans.Rng(), hand).ink;
         XYBox box({1e300, 1e300}, {-1e300, -1e300});
         for (const InkSample& s : ink.samples) {
@@ -232,8 +238,12 @@ TEST(InkInterpretation, ReadingsStayInTheInksBoxAndTellTheirDeviation) {
         // A twentieth of the length, at the size at which the rules work at least 2.5 of 45.
         const double tolerance = std::max(0.05 * plan.Length(), 2.5 / 45.0 * box.min.Distance(box.max));
         const InkReading reading = Read(ink);
+        double byRules = 0.0;
+        for (const InterpretedCurve& made : InterpretInk(ink, rulesOnly).curves)
+            byRules = std::max(byRules, made.maxDeviation);
         ExpectJoined(reading);
         for (const InterpretedCurve& made : reading.curves) {
+            EXPECT_LT(made.maxDeviation, byRules + tolerance);
             XYBox reach;
             ASSERT_TRUE(made.curve->AskXYBox(reach));
             EXPECT_GT(reach.min.x, box.min.x - tolerance);

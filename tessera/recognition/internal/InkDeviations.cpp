@@ -87,18 +87,33 @@ Deviations DeviationsFrom(const Curve& curve, std::span<const Vex::Math::Point2>
     return all;
 }
 
-} // namespace
-
-void TakeInk(std::span<const InkSample> samples, const InterpretedCurve& made,
-             std::vector<Vex::Math::Point2>& pts) {
+// The samples that a curve stands for, of those from `first` to `last`.
+void TakeInkAmong(std::span<const InkSample> samples, const InterpretedCurve& made, int first, int last,
+                  std::vector<Vex::Math::Point2>& pts) {
     const int n = static_cast<int>(samples.size());
     const int count = made.lastSample >= made.firstSample ? made.lastSample - made.firstSample
                                                           : made.lastSample + n - made.firstSample;
     pts.clear();
-    for (int i = 0; i <= count; ++i) {
-        const InkSample& s = samples[static_cast<std::size_t>((made.firstSample + i) % n)];
+    for (int k = 0; k <= count; ++k) {
+        const int i = (made.firstSample + k) % n;
+        if (i < first || i > last)
+            continue;
+        const InkSample& s = samples[static_cast<std::size_t>(i)];
         pts.push_back({s.x, s.y});
     }
+}
+
+} // namespace
+
+void TakeInk(std::span<const InkSample> samples, const InterpretedCurve& made,
+             std::vector<Vex::Math::Point2>& pts) {
+    TakeInkAmong(samples, made, 0, static_cast<int>(samples.size()) - 1, pts);
+}
+
+double DeviationAmong(std::span<const InkSample> samples, const InterpretedCurve& made, int first, int last) {
+    std::vector<Vex::Math::Point2> pts;
+    TakeInkAmong(samples, made, first, last, pts);
+    return pts.empty() ? 0.0 : DeviationsFrom(*made.curve, pts).largest;
 }
 
 void MeasureDeviations(std::span<const InkSample> samples, InkReading& reading) {

@@ -25,12 +25,10 @@ namespace Tessera::Geometry {
 
 namespace {
 
-// Rules' tolerances by which a reading may stray farther than the rules' own: rounded corners and bowed sides
-// of drawn polygons take up three.
-constexpr double kMostStray = 4.0;
 // By so much a slot is briefer than the round, for ovals have long sides, too; so are closed chains without
 // clear corners, and elliptic arcs against lines and arcs that join smoothly.
 constexpr double kClear = 5.0;
+constexpr double kNoTurnDeg = 1e-9; // onto an axis
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
@@ -156,6 +154,17 @@ public:
             ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
+    /// A chain neither made regular nor turned onto axes, which may have led it away from its ink; nothing
+    /// where another shape is the briefest.
+    void ReadAsDrawn(std::span<Curve* const> earlier, InkReading& reading) {
+        if (slot_ || free_ || arc_ || round_)
+            return;
+        SketchRecognizerPreferences plain = preferences_;
+        plain.SetRegularPolygonRecognition(false);
+        plain.SetSnapAngleCreate(kNoTurnDeg);
+        ReadChain(ChainInk(), plain, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
+    }
+
 private:
     template <typename Shape>
     void Offer(std::optional<Shape> shape, std::optional<Shape>& best, double margin = 0.0) {
@@ -183,12 +192,23 @@ private:
     std::optional<FreeShape> free_;
 };
 
-// By how many tolerances some curve strays farther than `allowed`.
-double StrayOf(const RulesReading& rules, const InkReading& reading, double allowed) {
-    double most = 0.0;
+// How far the ends of the ink were moved onto earlier curves.
+double LargestMove(const InkStroke& ink, const InkReading& reading) {
+    double largest = 0.0;
+    for (const InkConnection& connection : reading.connections) {
+        const InterpretedCurve& made = reading.curves[static_cast<std::size_t>(connection.curve)];
+        const int sample = connection.end == made.First() ? made.firstSample : made.lastSample;
+        const InkSample& end = ink.samples[static_cast<std::size_t>(sample)];
+        largest = std::max(largest, connection.position.Distance({end.x, end.y}));
+    }
+    return largest;
+}
+
+double LargestDeviation(const InkReading& reading) {
+    double largest = 0.0;
     for (const InterpretedCurve& made : reading.curves)
-        most = std::max(most, (made.maxDeviation - allowed) / rules.ToleranceOf(made));
-    return most;
+        largest = std::max(largest, made.maxDeviation);
+    return largest;
 }
 
 } // namespace
@@ -220,15 +240,25 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
         ReadTidiedRules(ink, priced, preferences, earlier, reading);
         return;
     }
-    if (StrayOf(rules, reading, 0.0) <= kMostStray)
+    const double ends = path.scale * priced.closing;
+    const auto strays = [&](const InkReading& made, double allowed) {
+        return rules.Strays(made, allowed + LargestMove(ink, made), ends);
+    };
+    if (!strays(reading, 0.0))
         return;
     InkReading byRules;
     rules.Take(byRules);
-    double allowed = 0.0;
-    for (const InterpretedCurve& made : byRules.curves)
-        allowed = std::max(allowed, made.maxDeviation);
-    if (!byRules.curves.empty() && StrayOf(rules, reading, allowed) > kMostStray)
-        reading = std::move(byRules);
+    const double allowed = LargestDeviation(byRules);
+    if (byRules.curves.empty() || !strays(reading, allowed))
+        return;
+    InkReading nearer;
+    readings.ReadAsDrawn(earlier, nearer);
+    MeasureDeviations(ink.samples, nearer);
+    if (nearer.curves.empty() || strays(nearer, allowed)) {
+        nearer = InkReading();
+        ReadTidiedRules(ink, priced, preferences, earlier, nearer);
+    }
+    reading = strays(nearer, allowed) ? std::move(byRules) : std::move(nearer);
 }
 
 } // namespace Tessera::Geometry

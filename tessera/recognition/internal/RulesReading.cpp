@@ -218,6 +218,19 @@ double RulesReading::ToleranceOf(const InterpretedCurve& made) const {
     }
 }
 
+bool RulesReading::Strays(const InkReading& reading, double allowed, double ends) const {
+    const auto indexAt = [&](double length) {
+        return static_cast<int>(std::lower_bound(lengthTo_.begin(), lengthTo_.end(), length) -
+                                lengthTo_.begin());
+    };
+    const int first = indexAt(scale_ * ends);
+    const int last = indexAt(lengthTo_.back() - scale_ * ends);
+    return std::any_of(reading.curves.begin(), reading.curves.end(), [&](const InterpretedCurve& made) {
+        const double most = allowed + ToleranceOf(made);
+        return made.maxDeviation > most && DeviationAmong(ink_.samples, made, first, last) > most;
+    });
+}
+
 double RulesReading::LineShare() const {
     double tol[4];
     RecognitionTolerances(preferences_, lengthTo_.back(), tol);

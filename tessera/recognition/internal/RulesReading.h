@@ -41,6 +41,10 @@ public:
 
     /// Of a curve's kind, for the ink it stands for; model units.
     double ToleranceOf(const InterpretedCurve& made) const;
+    /// Whether a curve of another reading lies farther from its ink than `allowed` and its tolerance. Ink
+    /// within `ends` of either end of the stroke, along the ink, does not count: a shape that closes cuts it
+    /// off, as it does hooks. Model units.
+    bool Strays(const InkReading& reading, double allowed, double ends) const;
     /// Largest distance from a line along the whole ink, as a share of its length.
     double LineShare() const;
     /// Largest gap between the ends of closed ink of the given length (model units), as a share of it.

@@ -21,7 +21,7 @@ TEST(ReadingChoice, BracketsHaveStraightSides) {
         std::size_t curves;
     } rows[] = {
         {"straight", {upper, middle(0.0), lower}, 3},
-        {"bowed outwards", {upper, middle(-25.0), lower}, 3},
+        {"bowed outwards", {upper, middle(-18.0), lower}, 3},
         {"bowed inwards", {upper, middle(20.0), lower}, 3},
         {"kinked", {upper, Straight({0, 200}, {-16, 100}), Straight({-16, 100}, {0, 0}), lower}, 3},
         {"kinked inwards", {upper, Straight({0, 200}, {30, 140}), Straight({30, 140}, {0, 0}), lower}, 3},
