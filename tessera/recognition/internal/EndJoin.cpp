@@ -66,6 +66,10 @@ void Begin(int start, std::vector<T>& values) {
 
 } // namespace
 
+double TurnAtEnds(const InkPath& path) {
+    return SignedAngle(DirectionTo(path, path.Size() - 1), DirectionTo(path, kReach));
+}
+
 std::optional<EndJoin> JoinEnds(const InkPath& path, double closing) {
     if (path.Gap() <= kMeeting * path.step)
         return EndJoin{};

@@ -1,9 +1,11 @@
 #include "tessera/recognition/internal/RingSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "tessera/recognition/internal/ChainChoice.h"
+#include "tessera/recognition/internal/CornerEvidence.h"
 #include "tessera/recognition/internal/EndJoin.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 
@@ -12,6 +14,8 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kUsualPace = 1.0;      // across a gap
+constexpr double kLeastBow = 0.1;       // sagitta over length
+constexpr double kLeastSeen = 0.5;      // of a corner's turn that lies within a few points of it
 constexpr std::size_t kMostPieces = 32; // of more one that was cut in two is a small matter
 
 // The middle of the longest piece.
@@ -41,6 +45,21 @@ double LengthAlong(const InkPath& path, const Ring& ring) {
            LengthOf(path, {0.0, sumSq * path.Size() / ring.path->Size()});
 }
 
+// Whether a closed chain of lines may have an arc where the pen touched down: the ink turns much less there
+// than the lines do, or the line that crosses the place is bowed.
+bool HidesArc(const PricedPath& ink, const Chain& lines) {
+    if (!lines.isClosed)
+        return false;
+    const ChainPiece& first = lines.pieces.front();
+    if (IsRing(lines)) {
+        const RunFits fits = FitRun(ink, first.first, first.last, 0.0);
+        return fits.hasArc && fits.BowOfLine() > kLeastBow;
+    }
+    const double turn =
+        SignedAngle(DirectionAt(ink, lines.pieces.back(), true), DirectionAt(ink, first, false));
+    return std::fabs(TurnAtEnds(ink.path)) < kLeastSeen * std::fabs(turn);
+}
+
 bool IsWithin(const ChainPiece& piece, int point) {
     return piece.first < piece.last ? piece.first <= point && point < piece.last
                                     : piece.first <= point || point < piece.last;
@@ -50,7 +69,7 @@ bool IsWithin(const ChainPiece& piece, int point) {
 
 std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double tolerance) {
     const std::size_t count = found.pieces.size();
-    if (count < 2 || count > kMostPieces || AreLines(found))
+    if (count < 2 || count > kMostPieces || (AreLines(found) && !HidesArc(ink, found)))
         return std::nullopt;
     const std::optional<EndJoin> join = JoinEnds(ink.path, ink.closing);
     const int start = MiddleOf(ink, found);

@@ -17,7 +17,8 @@ struct Ring {
 
 /// The briefest ring when the stroke is begun within the longest piece of the chain that was found: the
 /// search cuts no piece in two then where it was short already. Empty where the ends cannot be made to meet,
-/// and when the chain found is as brief, or all lines: sides are told from each other wherever they begin.
+/// and when the chain found is as brief, or all lines of which none hides an arc: sides are told from each
+/// other wherever they begin.
 std::optional<Ring> FindRing(const PricedPath& ink, const Chain& found, double tolerance);
 
 } // namespace Tessera::Geometry
