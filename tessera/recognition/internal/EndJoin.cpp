@@ -66,8 +66,8 @@ void Begin(int start, std::vector<T>& values) {
 
 } // namespace
 
-double TurnAtEnds(const InkPath& path) {
-    return SignedAngle(DirectionTo(path, path.Size() - 1), DirectionTo(path, kReach));
+double CosineAtEnds(const InkPath& path) {
+    return DirectionTo(path, path.Size() - 1).Dot(DirectionTo(path, kReach));
 }
 
 std::optional<EndJoin> JoinEnds(const InkPath& path, double closing) {

@@ -15,9 +15,8 @@ struct EndJoin {
     std::vector<Point> fill; ///< across a gap, smoothly
 };
 
-/// Turn of the pen from where it came to the end to where it goes on at the start, radians, counter-clockwise
-/// positive.
-double TurnAtEnds(const InkPath& path);
+/// Cosine of the angle by which the pen turns from where it came to the end to where it goes on at the start.
+double CosineAtEnds(const InkPath& path);
 
 /// Empty where the ends lie farther apart than the given distance (sizes), and where the pen does not go on
 /// at the start as it came to the end: what is left open there is a corner. O(points).

@@ -24,10 +24,11 @@ constexpr double kMostBow = 0.16;    // sagitta of a straight side over its leng
 // sagitta that such a hand means. Of 985 drawn triangles and quadrilaterals none has both.
 constexpr double kCarefulStray = 0.004;
 constexpr double kMeantBow = 0.1;
-constexpr double kDoubtfulCorner = 2.0;   // price from which a joint is hardly a corner
-constexpr std::size_t kMostOfBracket = 6; // pieces that are mere kinks of three
-constexpr double kLeastMouth = 0.5;       // distance of the ends of a bracket over the length of its back
-constexpr double kRunsBack = -0.9;        // cosine of 154 degrees
+constexpr double kBowStray = 0.2 * kMeantBow; // root mean square distance from the line: 0.3 sagittas
+constexpr double kDoubtfulCorner = 2.0;       // price from which a joint is hardly a corner
+constexpr std::size_t kMostOfBracket = 6;     // pieces that are mere kinks of three
+constexpr double kLeastMouth = 0.5;           // distance of the ends of a bracket over the length of its back
+constexpr double kRunsBack = -0.9;            // cosine of 154 degrees
 
 // Sides that hardly bow: what bows more was drawn as an arc.
 bool AreStraight(const PricedPath& ink, const Chain& lines) {
@@ -61,8 +62,18 @@ bool IsRectangle(const Chain& lines) {
     return true;
 }
 
+// Whether the ink of a side strays from its line as far as that of a bow.
+bool MayBow(const PricedPath& ink, const ChainPiece& side) {
+    const int points = PointsIn(ink, side);
+    const double least = kBowStray * ink.path.step * points;
+    return side.line.sumSq > least * least * points;
+}
+
 // Whether a side is bowed that a careful hand drew, and so was meant as an arc.
 bool HasMeantBow(const PricedPath& ink, const Chain& lines) {
+    const auto mayBow = [&](const ChainPiece& side) { return MayBow(ink, side); };
+    if (std::none_of(lines.pieces.begin(), lines.pieces.end(), mayBow))
+        return false;
     double bow = 0.0;
     for (const ChainPiece& side : lines.pieces) {
         const RunFits fits = FitRun(ink, side.first, side.last, 0.0);

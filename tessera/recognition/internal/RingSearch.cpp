@@ -1,7 +1,6 @@
 #include "tessera/recognition/internal/RingSearch.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 #include "tessera/recognition/internal/ChainChoice.h"
@@ -15,7 +14,8 @@ namespace {
 
 constexpr double kUsualPace = 1.0;      // across a gap
 constexpr double kLeastBow = 0.1;       // sagitta over length
-constexpr double kLeastSeen = 0.5;      // of a corner's turn that lies within a few points of it
+constexpr double kGoesOn = 0.85;        // cosine of 32 degrees: no more of a corner is within a few points
+constexpr double kTurns = 0.9;          // cosine of 26 degrees: halves of an arc do
 constexpr std::size_t kMostPieces = 32; // of more one that was cut in two is a small matter
 
 // The middle of the longest piece.
@@ -45,8 +45,8 @@ double LengthAlong(const InkPath& path, const Ring& ring) {
            LengthOf(path, {0.0, sumSq * path.Size() / ring.path->Size()});
 }
 
-// Whether a closed chain of lines may have an arc where the pen touched down: the ink turns much less there
-// than the lines do, or the line that crosses the place is bowed.
+// Whether a closed chain of lines may have an arc where the pen touched down: the ink goes on there and the
+// lines turn, or the line that crosses the place is bowed.
 bool HidesArc(const PricedPath& ink, const Chain& lines) {
     if (!lines.isClosed)
         return false;
@@ -55,9 +55,8 @@ bool HidesArc(const PricedPath& ink, const Chain& lines) {
         const RunFits fits = FitRun(ink, first.first, first.last, 0.0);
         return fits.hasArc && fits.BowOfLine() > kLeastBow;
     }
-    const double turn =
-        SignedAngle(DirectionAt(ink, lines.pieces.back(), true), DirectionAt(ink, first, false));
-    return std::fabs(TurnAtEnds(ink.path)) < kLeastSeen * std::fabs(turn);
+    return CosineAtEnds(ink.path) > kGoesOn &&
+           DirectionAt(ink, lines.pieces.back(), true).Dot(DirectionAt(ink, first, false)) < kTurns;
 }
 
 bool IsWithin(const ChainPiece& piece, int point) {
