@@ -6,8 +6,8 @@
 // --no-times  the ink without its time stamps, as a drawing read from a file
 //
 // One row per family of plans, hand, sampling rate and digitiser grid; each row has its own plans.
-// right    strokes with every planned corner found and none extra; slots with four curves, too, that join
-//          tangentially
+// right    strokes with every planned corner found and none extra; slots (and rounded boxes) with four (and
+//          eight) curves, too, that join tangentially
 // missed   planned corners that were not found
 // extra    corners where none was planned
 // tangents planned tangent joints, of which "found"; "false": of those reported, the share where none was
@@ -39,13 +39,14 @@ struct Family {
     const char* name;
     InkPlan (RandomPlans::*plan)();
     bool hasTangents; ///< a smooth stroke has joints of its own kind: curvature that changes little by little
-    bool isSlot = false; ///< four curves and four tangent joints are right
+    std::size_t curves = 0; ///< as many, and as many tangent joints, are right; 0: any number
 };
 constexpr Family kFamilies[] = {
     {"poly-line", &RandomPlans::Polyline, true}, {"polygon", &RandomPlans::Polygon, true},
     {"mixed", &RandomPlans::Mixed, true},        {"smooth", &RandomPlans::Smooth, false},
-    {"slot", &RandomPlans::Slot, true, true},    {"long", &RandomPlans::LongPolyline, true},
-    {"stairs", &RandomPlans::Staircase, true},   {"gear", &RandomPlans::Gear, true}};
+    {"slot", &RandomPlans::Slot, true, 4},       {"box", &RandomPlans::RoundedBox, true, 8},
+    {"long", &RandomPlans::LongPolyline, true},  {"stairs", &RandomPlans::Staircase, true},
+    {"gear", &RandomPlans::Gear, true}};
 
 struct HandKind {
     const char* name;
@@ -130,7 +131,7 @@ Row Judge(const Family& family, const Planned& planned) {
     row.reported = static_cast<int>(tangents.size());
     row.found = CountMet(planned.tangents, tangents, kTangentReach * planned.size);
     row.falseOnes = row.reported - row.found;
-    if (family.isSlot && (reading.curves.size() != 4 || row.reported != 4))
+    if (family.curves > 0 && (reading.curves.size() != family.curves || tangents.size() != family.curves))
         row.right = 0;
     return row;
 }

@@ -3,9 +3,9 @@
 //
 // The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
 // trying to draw. Whole hypotheses (a chain of lines and arcs, for a quick, a usual and a careful hand, open
-// or closed; one closed round shape; a slot; an elliptic arc; a free form) are compared by what it costs to
-// describe the ink with them, and the cheapest is made exact: corners where neighbours intersect, tangent
-// joints, closed shapes that close, rectangles with right angles.
+// or closed; one closed round shape; a slot; a rectangle with rounded corners; an elliptic arc; a free form)
+// are compared by what it costs to describe the ink with them, and the cheapest is made exact: corners where
+// neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
 //             where earlier curves come in: what is near them is judged by the preferences' distances.
@@ -15,21 +15,22 @@
 //   oversketch                 ink along an earlier curve gives it a new form; without it such ink is new
 //   thinWallRecognition        ink drawn forth and back along itself becomes the two sides of a wall
 //   curveTidy                  such ink becomes its centre line otherwise; closing (a full circle or ellipse,
-//   a
-//                              smooth seam, a last corner or side that is the first); crumbs and hooks swept,
-//                              neighbours that are one curve merged; corners where neighbours intersect,
-//                              tangent joints exactly tangent; ends onto free ends of earlier curves
+//                              a smooth seam, a last corner or side that is the first); crumbs and hooks
+//                              swept, neighbours that are one curve merged; corners where neighbours
+//                              intersect, tangent joints exactly tangent; ends onto free ends of earlier
+//                              curves
 //   reduceInkCurveDeviation    hypotheses of other pieces and whole shapes than the rules', where these
 //                              describe the ink more briefly; without it the rules' pieces stay and are
 //                              tidied
 //   changeCurveType            curves of other kinds than the rules saw, where these describe the ink as
-//   well;
-//                              without it a reading with such a curve in it gives way to the rules' pieces,
-//                              and an earlier curve keeps its kind or the ink is new
+//                              well; without it a reading with such a curve in it gives way to the rules'
+//                              pieces, and an earlier curve keeps its kind or the ink is new
 //   snapping                   lines onto axes within snapAngleCreate; ends onto key points of earlier curves
-//   regularPolygonRecognition  rectangles, rhombi, parallelograms and regular polygons made exact
-//             A stage needs what it works on: a regular polygon the joined corners of curveTidy, a slot or a
-//             fillet the hypotheses. With all of them off the reading is the recogniser's own.
+//   regularPolygonRecognition  rectangles, rhombi, parallelograms and regular polygons made exact, squares
+//                              with rounded corners too
+//             A stage needs what it works on: a regular polygon the joined corners of curveTidy, a slot, a
+//             rounded rectangle or a fillet the hypotheses. With all of them off the reading is the
+//             recogniser's own.
 // Ownership   a reading owns its curves; earlier curves are borrowed for the call.
 // Errors      thrown as char* texts: "InterpretInk - a sample is not finite", "InterpretInk - out of memory"
 //             or the text of the curve that got none; std::bad_alloc where a container got no memory.

@@ -87,8 +87,9 @@ inline Path Bulging(const Path& path, double from, double to, double ends, doubl
     };
 }
 
-/// Samples some two units apart along sides and quarter turns: 200 x 120, from the middle of the lower side.
-inline std::vector<Geometry::Point> RoundedBox(double radius, double turnedBy) {
+/// Samples some two units apart along sides and quarter turns: 200 x 120, from the middle of the lower side;
+/// only so many of its corners are round.
+inline std::vector<Geometry::Point> RoundedBox(double radius, double turnedBy, int rounded = 4) {
     using Geometry::Point;
     std::vector<Point> pts;
     const Point corners[] = {{100, -60}, {100, 60}, {-100, 60}, {-100, -60}};
@@ -103,6 +104,7 @@ inline std::vector<Geometry::Point> RoundedBox(double radius, double turnedBy) {
     for (const Point& corner : corners) {
         const Point ahead(std::cos(heading), std::sin(heading));
         const Point left(-ahead.y, ahead.x);
+        radius = rounded-- > 0 ? radius : 0.0;
         lineTo(corner - radius * ahead);
         const Point centre = at + radius * left;
         const int n = std::max(1, static_cast<int>(0.8 * radius));

@@ -305,6 +305,17 @@ public:
         return InkPlan(std::move(stretches));
     }
 
+    /// A rectangle up to three times as long as it is wide; its corners are rounded by 15 to 40 % of that.
+    /// Either way round, from any point.
+    InkPlan RoundedBox() {
+        const double width = Uniform(80.0, 120.0);
+        const double radius = width * Uniform(0.15, 0.4);
+        const Stretch corner{0.0, kRightAngle * radius, Sign() / radius};
+        const Stretch across{0.0, width - 2.0 * radius, 0.0};
+        const Stretch along{0.0, across.length + width * Uniform(0.0, 2.0), 0.0};
+        return FromAnywhere({along, corner, across, corner});
+    }
+
     /// Curvature that changes little by little: no corner anywhere.
     InkPlan Smooth() {
         std::vector<Stretch> stretches;
@@ -430,6 +441,25 @@ private:
                     return false;
         trail.insert(trail.end(), side.begin(), side.end());
         return true;
+    }
+
+    // Half of a closed outline walked twice, from any of its points.
+    InkPlan FromAnywhere(const std::vector<Stretch>& half) {
+        double length = 0.0;
+        for (const Stretch& stretch : half)
+            length += stretch.length;
+        std::vector<Stretch> stretches = half;
+        stretches.insert(stretches.end(), half.begin(), half.end());
+        double from = Uniform(0.0, length);
+        while (from > stretches.front().length) {
+            from -= stretches.front().length;
+            std::rotate(stretches.begin(), stretches.begin() + 1, stretches.end());
+        }
+        stretches.push_back(stretches.front());
+        stretches.back().length = from;
+        stretches.front().length -= from;
+        stretches.front().turn = Heading();
+        return InkPlan(std::move(stretches));
     }
 
     static bool StaysOpen(const InkPlan& plan) { return plan.Gap() > 0.25 * plan.Length(); }

@@ -15,6 +15,8 @@
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/RingSearch.h"
+#include "tessera/recognition/internal/RoundedBox.h"
+#include "tessera/recognition/internal/RoundedCourse.h"
 #include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/RulesTidying.h"
 #include "tessera/recognition/internal/SharpPolygon.h"
@@ -45,12 +47,14 @@ ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
     return {{{kind, ink.path.pts.front(), ink.path.pts.back(), {}, 0, last}}, false};
 }
 
-void ReadSlot(const InkPath& path, const SketchRecognizerPreferences& preferences, SlotShape slot,
-              InkReading& reading) {
-    SnapSlot(SnapAngle(preferences), slot);
+void ReadRounded(const InkPath& path, const SketchRecognizerPreferences& preferences, RoundedOutline outline,
+                 InkReading& reading) {
+    if (!outline.IsSlot() && preferences.GetRegularPolygonRecognition())
+        MakeSquare(outline);
+    SnapOutline(SnapAngle(preferences), outline);
     reading.shape = InkShape::Chain;
     reading.isClosed = true;
-    AppendChain(path, MakeSlot(path, slot), reading);
+    AppendChain(path, RoundedCourse(path, outline).AsChain(path), reading);
 }
 
 void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
@@ -120,8 +124,8 @@ public:
         }
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (preferences_.GetCurveTidy())
-            Offer(FindSlot(priced_), slot_, round_ ? kClear : 0.0);
-        if (slot_)
+            OfferRounded(sharp.has_value());
+        if (rounded_)
             return;
         if (ellipse && !round_ && !chain_.isClosed && !isLine)
             Offer(FindEllipticArc(priced_, *ellipse), arc_,
@@ -142,8 +146,8 @@ public:
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {
-        if (slot_)
-            ReadSlot(priced_.path, preferences_, *slot_, reading);
+        if (rounded_)
+            ReadRounded(priced_.path, preferences_, rounded_->outline, reading);
         else if (free_)
             ReadFreeShape(priced_, preferences_, earlier, *free_, reading);
         else if (arc_)
@@ -154,15 +158,16 @@ public:
             ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
-    /// A chain neither made regular nor turned onto axes, which may have led it away from its ink; nothing
-    /// where another shape is the briefest.
+    /// A chain or a rounded outline neither made regular nor turned onto axes, which may have led it away
+    /// from its ink; nothing where another shape is the briefest.
     void ReadAsDrawn(std::span<Curve* const> earlier, InkReading& reading) {
-        if (slot_ || free_ || arc_ || round_)
-            return;
         SketchRecognizerPreferences plain = preferences_;
         plain.SetRegularPolygonRecognition(false);
         plain.SetSnapAngleCreate(kNoTurnDeg);
-        ReadChain(ChainInk(), plain, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
+        if (rounded_)
+            ReadRounded(priced_.path, plain, rounded_->outline, reading);
+        else if (!free_ && !arc_ && !round_)
+            ReadChain(ChainInk(), plain, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
 private:
@@ -172,6 +177,17 @@ private:
             return;
         least_ = LengthOf(priced_.path, shape->description);
         best = std::move(shape);
+    }
+
+    // Chains of lines leave the ink at their corners to the hand: whether it rounded them, the box has asked.
+    void OfferRounded(bool isSharp) {
+        const double margin = round_ ? kClear : 0.0;
+        Offer(FindSlot(priced_), rounded_, margin);
+        std::optional<RoundedShape> box = isSharp ? std::nullopt : FindBox(priced_);
+        if (box && !round_ && !rounded_ && IsSimplePolygon(chain_))
+            rounded_ = std::move(box);
+        else
+            Offer(std::move(box), rounded_, rounded_ ? 0.0 : margin);
     }
 
     void OfferFree(double rivalMeanSq, RivalKind rival) {
@@ -187,7 +203,7 @@ private:
     double least_ = std::numeric_limits<double>::infinity();
     std::optional<Ring> ring_; ///< where the chain was found, if not along the path as it was drawn
     std::optional<RoundShape> round_;
-    std::optional<SlotShape> slot_;
+    std::optional<RoundedShape> rounded_;
     std::optional<EllipticArc> arc_;
     std::optional<FreeShape> free_;
 };
