@@ -150,7 +150,7 @@ std::vector<Stage> Stages() {
          kRegular | kTidy, [](auto& r) { return r.shape == InkShape::RegularPolygon; }},
         {"bowed side an arc", InkOf(BowedSquare(0.14)), kPieces,
          [](auto& r) { return r.curves.size() == 4 && r.curves[2].curve->GetType() == CurveType_Arc; }},
-        {"bowed side a line", Trembling(BowedSquare(0.14), 0.8, 3), kChange,
+        {"bowed side a line", Trembling(BowedSquare(0.14), 1.2, 4), kChange,
          [](auto& r) { return r.curves.size() == 4 && r.curves[2].curve->GetType() == CurveType_Line; },
          kReduce},
     };

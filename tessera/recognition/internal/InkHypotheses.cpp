@@ -93,6 +93,13 @@ bool IsDoubtful(const Chain& chain) {
            std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
+// Nothing made regular or turned.
+SketchRecognizerPreferences AsDrawn(SketchRecognizerPreferences preferences) {
+    preferences.SetRegularPolygonRecognition(false);
+    preferences.SetSnapAngleCreate(kNoTurnDeg);
+    return preferences;
+}
+
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.
 class Readings {
 public:
@@ -161,9 +168,7 @@ public:
     /// A chain or a rounded outline neither made regular nor turned onto axes, which may have led it away
     /// from its ink; nothing where another shape is the briefest.
     void ReadAsDrawn(std::span<Curve* const> earlier, InkReading& reading) {
-        SketchRecognizerPreferences plain = preferences_;
-        plain.SetRegularPolygonRecognition(false);
-        plain.SetSnapAngleCreate(kNoTurnDeg);
+        const SketchRecognizerPreferences plain = AsDrawn(preferences_);
         if (rounded_)
             ReadRounded(priced_.path, plain, rounded_->outline, reading);
         else if (!free_ && !arc_ && !round_)
@@ -237,8 +242,25 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
+    const double ends = path.scale * priced.closing;
+    const auto strays = [&](const InkReading& made, double allowed) {
+        return rules.Strays(made, allowed + LargestMove(ink, made), ends);
+    };
+    // The rules' pieces, tidied as far as that does not take them off the ink.
+    const auto readRules = [&] {
+        InkReading byRules;
+        rules.Take(byRules);
+        const double allowed = LargestDeviation(byRules);
+        for (const auto& asked : {preferences, AsDrawn(preferences)}) {
+            reading = InkReading();
+            ReadTidiedRules(ink, priced, asked, earlier, reading);
+            if (!strays(reading, allowed))
+                return;
+        }
+        reading = std::move(byRules);
+    };
     if (!preferences.GetReduceInkCurveDeviation()) {
-        ReadTidiedRules(ink, priced, preferences, earlier, reading);
+        readRules();
         return;
     }
     if (rules.Count() * kLeastSteps > path.Size()) {
@@ -252,14 +274,9 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     const auto changesKinds = [&](const InterpretedCurve& made) { return !rules.SawKindOf(made); };
     if (!preferences.GetChangeCurveType() &&
         std::any_of(reading.curves.begin(), reading.curves.end(), changesKinds)) {
-        reading = InkReading();
-        ReadTidiedRules(ink, priced, preferences, earlier, reading);
+        readRules();
         return;
     }
-    const double ends = path.scale * priced.closing;
-    const auto strays = [&](const InkReading& made, double allowed) {
-        return rules.Strays(made, allowed + LargestMove(ink, made), ends);
-    };
     if (!strays(reading, 0.0))
         return;
     InkReading byRules;

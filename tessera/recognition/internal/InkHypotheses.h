@@ -12,8 +12,10 @@ namespace Tessera::Geometry {
 /// Fills the whole reading.
 ///
 /// The rules' breaks and kinds compete as a chain of their own, which wins a tie: they know how fast the pen
-/// was. Where the winner strays from the ink beyond what the rules' tolerances and a hand's rounded corners
-/// explain, and the rules' curves do not, the rules' reading is the answer.
+/// was. Without reduceInkCurveDeviation they are the answer, tidied; without changeCurveType they are where
+/// the winner has a curve of a kind that they have not. Where the winner strays from the ink beyond what the
+/// rules' tolerances and a hand's rounded corners explain, and the rules' curves do not, the rules' reading
+/// is the answer.
 void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
                       const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                       InkReading& reading);

@@ -10,9 +10,10 @@ namespace Tessera::Geometry {
 
 namespace {
 
-int PointAt(const InkPath& path, int sample) { // the nearest
-    const auto above = std::lower_bound(path.source.begin(), path.source.end(), static_cast<double>(sample));
-    return std::min(static_cast<int>(above - path.source.begin()), path.Size() - 1);
+// The first point that lies not before a sample.
+int PointAt(const InkPath& path, int sample) {
+    const auto at = std::lower_bound(path.source.begin(), path.source.end(), static_cast<double>(sample));
+    return std::min(static_cast<int>(at - path.source.begin()), path.Size() - 1);
 }
 
 double CostOf(const RunPrices& prices, bool isArc, double squared) {

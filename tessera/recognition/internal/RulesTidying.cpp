@@ -98,6 +98,17 @@ ExactChain LooseOf(const PricedPath& ink, const std::vector<RulesRun>& runs) {
     return loose;
 }
 
+// Each piece by itself, for the very samples of the rules' curve.
+void ReadAlone(const PricedPath& priced, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, const std::vector<RulesRun>& runs, InkReading& reading) {
+    ReadLoose(priced, preferences, earlier, LooseOf(priced, runs), reading);
+    for (std::size_t i = 0; i < runs.size(); ++i)
+        if (runs[i].own != nullptr) {
+            reading.curves[i].firstSample = runs[i].own->firstSample;
+            reading.curves[i].lastSample = runs[i].own->lastSample;
+        }
+}
+
 // One free form that the rules left open though its ends meet, closed with a smooth seam; false for anything
 // else.
 bool ReadClosedForm(const InkStroke& ink, const PricedPath& priced, const Curve& only, InkReading& reading) {
@@ -144,11 +155,11 @@ void ReadTidiedRules(const InkStroke& ink, const PricedPath& priced,
         rules.Take(reading);
         return;
     }
-    if (isTidy)
+    if (isTidy && runs.size() > 1)
         ReadChain(priced, preferences, earlier, ChainOf(priced, mayChangeKinds, runs), tolerance,
                   ChainPieces::Fixed, reading);
     else
-        ReadLoose(priced, preferences, earlier, LooseOf(priced, runs), reading);
+        ReadAlone(priced, preferences, earlier, runs, reading);
     MeasureDeviations(ink.samples, reading);
 }
 

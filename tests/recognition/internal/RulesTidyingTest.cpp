@@ -94,6 +94,19 @@ TEST(RulesTidying, FreeFormsMeetTheirNeighbours) {
     }
 }
 
+// One curve has nothing to be joined to: it keeps its ends, where the pen turned and not where it left.
+TEST(RulesTidying, ALoneCurveStays) {
+    std::vector<Point> hooked = PointsOf(Straight({8, 0}, {0, 1}), 0.0, 1.0, 6);
+    const std::vector<Point> run = PointsOf(Straight({0, 1}, {200, 3}));
+    hooked.insert(hooked.end(), run.begin(), run.end());
+    const InkReading drawn = Read(InkOf(hooked), false);
+    const InkReading tidy = Read(InkOf(hooked), true);
+    ASSERT_EQ(KindsOf(drawn), "L");
+    ASSERT_EQ(KindsOf(tidy), "L");
+    EXPECT_NEAR(tidy.curves[0].curve->Length(), drawn.curves[0].curve->Length(), 1e-6);
+    EXPECT_NEAR(tidy.curves[0].maxDeviation, drawn.curves[0].maxDeviation, 1e-6);
+}
+
 // Two arcs of an S, between which the pen nearly stops.
 TEST(RulesTidying, ArcsThatRunOnTouch) {
     InkStroke ink = InkOf(PointsOf(
