@@ -232,6 +232,45 @@ double LargestDeviation(const InkReading& reading) {
     return largest;
 }
 
+/// Tells readings that lie farther from the ink than the rules' own.
+class Judge {
+public:
+    /// @param ends  along the ink, model units: what lies so near to its ends does not count.
+    Judge(const InkStroke& ink, RulesReading& rules, double ends) : ink_(ink), rules_(rules), ends_(ends) {}
+
+    /// By more than a tolerance; no reading does where the rules have none.
+    bool Strays(const InkReading& reading) {
+        const double moved = LargestMove(ink_, reading);
+        return rules_.Strays(reading, moved, ends_) && !ByRules().curves.empty() &&
+               rules_.Strays(reading, moved + LargestDeviation(ByRules()), ends_);
+    }
+
+    /// Taken over from the rules, which then give no more.
+    InkReading& ByRules() {
+        if (!byRules_)
+            rules_.Take(byRules_.emplace());
+        return *byRules_;
+    }
+
+private:
+    const InkStroke& ink_;
+    RulesReading& rules_;
+    double ends_;
+    std::optional<InkReading> byRules_;
+};
+
+// The rules' pieces, tidied as far as that does not take them off the ink.
+void ReadRules(const InkStroke& ink, const PricedPath& priced, const SketchRecognizerPreferences& preferences,
+               std::span<Curve* const> earlier, Judge& judge, InkReading& reading) {
+    for (const auto& asked : {preferences, AsDrawn(preferences)}) {
+        reading = InkReading();
+        ReadTidiedRules(ink, priced, asked, earlier, reading);
+        if (!judge.Strays(reading))
+            return;
+    }
+    reading = std::move(judge.ByRules());
+}
+
 } // namespace
 
 void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
@@ -242,25 +281,9 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
-    const double ends = path.scale * priced.closing;
-    const auto strays = [&](const InkReading& made, double allowed) {
-        return rules.Strays(made, allowed + LargestMove(ink, made), ends);
-    };
-    // The rules' pieces, tidied as far as that does not take them off the ink.
-    const auto readRules = [&] {
-        InkReading byRules;
-        rules.Take(byRules);
-        const double allowed = LargestDeviation(byRules);
-        for (const auto& asked : {preferences, AsDrawn(preferences)}) {
-            reading = InkReading();
-            ReadTidiedRules(ink, priced, asked, earlier, reading);
-            if (!strays(reading, allowed))
-                return;
-        }
-        reading = std::move(byRules);
-    };
+    Judge judge(ink, rules, path.scale * priced.closing);
     if (!preferences.GetReduceInkCurveDeviation()) {
-        readRules();
+        ReadRules(ink, priced, preferences, earlier, judge, reading);
         return;
     }
     if (rules.Count() * kLeastSteps > path.Size()) {
@@ -271,27 +294,16 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     readings.Compare(rules, static_cast<int>(ink.samples.size()));
     readings.ReadBest(earlier, reading);
     MeasureDeviations(ink.samples, reading);
-    const auto changesKinds = [&](const InterpretedCurve& made) { return !rules.SawKindOf(made); };
-    if (!preferences.GetChangeCurveType() &&
-        std::any_of(reading.curves.begin(), reading.curves.end(), changesKinds)) {
-        readRules();
-        return;
+    const bool keepsKinds = preferences.GetChangeCurveType() ||
+                            std::all_of(reading.curves.begin(), reading.curves.end(),
+                                        [&](const InterpretedCurve& made) { return rules.SawKindOf(made); });
+    if (keepsKinds && judge.Strays(reading)) {
+        reading = InkReading();
+        readings.ReadAsDrawn(earlier, reading);
+        MeasureDeviations(ink.samples, reading);
     }
-    if (!strays(reading, 0.0))
-        return;
-    InkReading byRules;
-    rules.Take(byRules);
-    const double allowed = LargestDeviation(byRules);
-    if (byRules.curves.empty() || !strays(reading, allowed))
-        return;
-    InkReading nearer;
-    readings.ReadAsDrawn(earlier, nearer);
-    MeasureDeviations(ink.samples, nearer);
-    if (nearer.curves.empty() || strays(nearer, allowed)) {
-        nearer = InkReading();
-        ReadTidiedRules(ink, priced, preferences, earlier, nearer);
-    }
-    reading = strays(nearer, allowed) ? std::move(byRules) : std::move(nearer);
+    if (!keepsKinds || reading.curves.empty() || judge.Strays(reading))
+        ReadRules(ink, priced, preferences, earlier, judge, reading);
 }
 
 } // namespace Tessera::Geometry
