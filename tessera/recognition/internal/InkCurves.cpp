@@ -15,10 +15,10 @@ namespace Tessera::Geometry {
 namespace {
 
 constexpr double kSplineShare = 0.03; // of the size: tolerance of free-form pieces
-constexpr double kTangentDeg = 0.01;  // an exact joint turns by rounding alone
+constexpr double kTangentDeg = 1e-5;  // an exact joint turns by rounding alone
 
 struct Ends {
-    Point first; // unit directions of the pen
+    Point first; // directions of the pen
     Point last;
 };
 
@@ -26,12 +26,25 @@ Point Unit(const Point& v) {
     return v / std::max(v.Length(), 1e-300);
 }
 
-Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
+// Of the curve itself, the way that the pen went.
+Ends DirectionsOf(const Curve& curve, bool isReversed) {
+    double range[2];
+    curve.AskRange(range);
+    Point at;
+    Vector start;
+    Vector end;
+    curve.EvaluateAtParameter(range[0], at, start);
+    curve.EvaluateAtParameter(range[1], at, end);
+    if (isReversed)
+        return {{-end.x, -end.y}, {-start.x, -start.y}};
+    return {{start.x, start.y}, {end.x, end.y}};
+}
+
+Ends DirectionsOf(const ExactPiece& piece, const InterpretedCurve& made) {
     if (piece.kind == PieceKind::Line)
-        return {Unit(piece.to - piece.from), Unit(piece.to - piece.from)};
-    if (piece.kind == PieceKind::Spline || piece.kind == PieceKind::Kept) {
-        return {Unit(path.At(piece.first + 2) - piece.from), Unit(piece.to - path.At(piece.last - 2))};
-    }
+        return {piece.to - piece.from, piece.to - piece.from};
+    if (piece.kind == PieceKind::Spline || piece.kind == PieceKind::Kept)
+        return DirectionsOf(*made.curve, made.isReversed);
     // The tangent at an end makes with the chord the angle that the other two sides enclose at `through`.
     const Point chord = Unit(piece.to - piece.from);
     const Point a = piece.through - piece.from;
@@ -44,12 +57,12 @@ Ends DirectionsOf(const InkPath& path, const ExactPiece& piece) {
 }
 
 // Null for fewer than four points and when memory runs out, which the interpretation reports.
-std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece) {
+std::unique_ptr<Curve> MakeSpline(const InkPath& path, const ExactPiece& piece, bool isClosed) {
     const int end = piece.first < piece.last ? piece.last : piece.last + path.Size();
     std::vector<Point> pts;
     for (int i = piece.first; i <= end; ++i)
         pts.push_back(path.ToModel(i == piece.first ? piece.from : i == end ? piece.to : path.At(i)));
-    return FitFreeForm(pts, false, kSplineShare * path.scale);
+    return FitFreeForm(pts, isClosed, kSplineShare * path.scale);
 }
 
 // The curve moved as a whole onto its ends; null where that would throw it far off.
@@ -71,7 +84,8 @@ std::unique_ptr<Curve> MakeKept(const InterpretedCurve& kept, const Point& from,
     return moved;
 }
 
-std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool& isReversed) {
+std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, bool isClosed,
+                                 bool& isReversed) {
     const Point from = path.ToModel(piece.from);
     const Point to = path.ToModel(piece.to);
     isReversed = false;
@@ -81,7 +95,7 @@ std::unique_ptr<Curve> MakeCurve(const InkPath& path, const ExactPiece& piece, b
             return kept;
         }
     if (piece.kind == PieceKind::Spline || piece.kind == PieceKind::Kept)
-        if (std::unique_ptr<Curve> spline = MakeSpline(path, piece))
+        if (std::unique_ptr<Curve> spline = MakeSpline(path, piece, isClosed))
             return spline;
     if (piece.kind != PieceKind::Arc)
         return std::make_unique<Line>(from, to);
@@ -102,6 +116,11 @@ int LastSample(const InkPath& path) {
     return static_cast<int>(std::lround(*std::max_element(path.source.begin(), path.source.end())));
 }
 
+void SetTurn(const Point& in, const Point& out, InkJoint& joint) {
+    joint.turnDeg = SignedAngle(in, out) * 180.0 / std::numbers::pi;
+    joint.kind = std::fabs(joint.turnDeg) <= kTangentDeg ? JointKind::Tangent : JointKind::Corner;
+}
+
 InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t before, std::size_t after,
                    const InkReading& reading, std::size_t base) {
     InkJoint joint;
@@ -111,10 +130,8 @@ InkJoint MakeJoint(const InkPath& path, const ExactChain& chain, std::size_t bef
     joint.afterEnd = reading.curves[base + after].First();
     joint.isClosing = after <= before;
     joint.position = path.ToModel(chain.pieces[after].from);
-    const Point in = DirectionsOf(path, chain.pieces[before]).last;
-    const Point out = DirectionsOf(path, chain.pieces[after]).first;
-    joint.turnDeg = SignedAngle(in, out) * 180.0 / std::numbers::pi;
-    joint.kind = std::fabs(joint.turnDeg) <= kTangentDeg ? JointKind::Tangent : JointKind::Corner;
+    SetTurn(DirectionsOf(chain.pieces[before], reading.curves[base + before]).last,
+            DirectionsOf(chain.pieces[after], reading.curves[base + after]).first, joint);
     return joint;
 }
 
@@ -125,7 +142,7 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
     const std::size_t count = chain.pieces.size();
     for (const ExactPiece& piece : chain.pieces) {
         InterpretedCurve made;
-        made.curve = MakeCurve(path, piece, made.isReversed);
+        made.curve = MakeCurve(path, piece, chain.isClosed && count == 1, made.isReversed);
         made.firstSample = SampleAt(path, piece.first);
         made.lastSample = SampleAt(path, piece.last);
         if (chain.isClosed && count == 1 && made.lastSample == made.firstSample) // once round
@@ -184,9 +201,10 @@ bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point&
 
 void AppendSeam(const Curve& closed, InkReading& reading) {
     InkJoint seam;
-    seam.kind = JointKind::Tangent;
     seam.isClosing = true;
     seam.position = closed.GetStart();
+    const Ends ends = DirectionsOf(closed, false);
+    SetTurn(ends.last, ends.first, seam);
     reading.joints.push_back(seam);
 }
 

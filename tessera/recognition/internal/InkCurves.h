@@ -19,7 +19,7 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
 bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
                        InkReading& reading);
 
-/// A closed curve of one piece is joined to itself without a corner: its start is where the last joint lies.
+/// A closed curve of one piece is joined to itself: its start is where the last joint lies.
 void AppendSeam(const Curve& closed, InkReading& reading);
 
 /// Appends one free form, which goes over into the reading.

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tessera/geometry/Ellipse.h"
-#include "tessera/geometry/internal/BoundedLine.h"
 #include "tessera/kernel/internal/EllipseFit.h"
+#include "tessera/strokes/internal/SegmentTree.h"
 
 namespace Tessera::Geometry {
 
@@ -77,9 +77,10 @@ Deviations DeviationsFrom(const Curve& curve, std::span<const Vex::Math::Point2>
         return DeviationsFrom(static_cast<const Ellipse&>(curve), pts);
     Deviations all;
     if (curve.GetType() == CurveType_Line) {
-        const BoundedLine line(curve.GetStart(), curve.GetEnd());
+        const Point start = curve.GetStart();
+        const Point end = curve.GetEnd();
         for (const auto& p : pts)
-            all.Add(line.Distance({p.x, p.y}));
+            all.Add(std::sqrt(SegmentDistanceSq(start, end, p.x, p.y)));
         return all;
     }
     for (const auto& p : pts)

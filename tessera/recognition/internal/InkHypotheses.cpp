@@ -232,17 +232,27 @@ double LargestDeviation(const InkReading& reading) {
     return largest;
 }
 
+// Whether a curve is shorter than its ink lies away from it: what joined it on both sides left nothing of it.
+bool HasShrunk(const InkReading& reading) {
+    return std::any_of(reading.curves.begin(), reading.curves.end(), [](const InterpretedCurve& made) {
+        return made.curve->GetStart().Distance(made.curve->GetEnd()) < made.maxDeviation &&
+               made.curve->Length() < made.maxDeviation;
+    });
+}
+
 /// Tells readings that lie farther from the ink than the rules' own.
 class Judge {
 public:
     /// @param ends  along the ink, model units: what lies so near to its ends does not count.
     Judge(const InkStroke& ink, RulesReading& rules, double ends) : ink_(ink), rules_(rules), ends_(ends) {}
 
-    /// By more than a tolerance; no reading does where the rules have none.
+    /// By more than a tolerance, or with curves of which nothing is left; no reading does where the rules
+    /// have none.
     bool Strays(const InkReading& reading) {
         const double moved = LargestMove(ink_, reading);
-        return rules_.Strays(reading, moved, ends_) && !ByRules().curves.empty() &&
-               rules_.Strays(reading, moved + LargestDeviation(ByRules()), ends_);
+        const bool isLost = reading.curves.empty() || HasShrunk(reading);
+        return (isLost || rules_.Strays(reading, moved, ends_)) && !ByRules().curves.empty() &&
+               (isLost || rules_.Strays(reading, moved + LargestDeviation(ByRules()), ends_));
     }
 
     /// Taken over from the rules, which then give no more.
@@ -302,7 +312,7 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
         readings.ReadAsDrawn(earlier, reading);
         MeasureDeviations(ink.samples, reading);
     }
-    if (!keepsKinds || reading.curves.empty() || judge.Strays(reading))
+    if (!keepsKinds || judge.Strays(reading))
         ReadRules(ink, priced, preferences, earlier, judge, reading);
 }
 
