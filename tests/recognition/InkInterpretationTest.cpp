@@ -26,6 +26,16 @@ InkStroke DrawRound(double a, double b, double degrees, double drift = 0.0) {
     return InkOf(PointsOf(DriftingRound({100, 50}, a, b, degrees, drift)));
 }
 
+// Direction of the pen at the curve's first or last end.
+Point HeadingAt(const InterpretedCurve& made, CurveEnd end) {
+    double range[2];
+    made.curve->AskRange(range);
+    Point at;
+    Vector slope;
+    EXPECT_TRUE(made.curve->EvaluateAtParameter(range[end == CurveEnd::End ? 1 : 0], at, slope));
+    return (made.isReversed ? -1.0 : 1.0) / slope.Length() * Point(slope.x, slope.y);
+}
+
 void ExpectJoined(const InkReading& reading) {
     for (const InkJoint& joint : reading.joints) {
         const auto& curves = reading.curves;
@@ -33,6 +43,11 @@ void ExpectJoined(const InkReading& reading) {
         const Point start = EndOf(*curves[static_cast<std::size_t>(joint.after)].curve, joint.afterEnd);
         EXPECT_LT(end.Distance(start), 1e-9);
         EXPECT_LT(end.Distance(joint.position), 1e-9);
+        const Point in = HeadingAt(curves[static_cast<std::size_t>(joint.before)], joint.beforeEnd);
+        const Point out = HeadingAt(curves[static_cast<std::size_t>(joint.after)], joint.afterEnd);
+        const double turn = std::atan2(in.Cross(out), in.Dot(out));
+        EXPECT_NEAR(std::remainder(turn - joint.turnDeg * kTurn / 360.0, kTurn), 0.0, 1e-6);
+        EXPECT_EQ(joint.kind == JointKind::Tangent, std::fabs(turn) < 1e-6);
     }
 }
 
@@ -288,6 +303,46 @@ TEST(InkInterpretation, RegularShapesStayInTheInksBoxToo) {
                            std::fabs(made.curve->GetStart().y - 0.5 * (box.min.y + box.max.y)) -
                                0.5 * (box.max.y - box.min.y)),
                   0.05 * length);
+}
+
+// Ink to and fro between two places; forth and back short of the start, which closing would make one place;
+// a ring of bends alone.
+TEST(InkInterpretation, OddStrokesHaveCurvesOfSomeLengthToo) {
+    std::vector<Point> fro;
+    for (unsigned i = 0, state = 1; i < 60; ++i, state = state * 1103515245U + 12345U)
+        fro.emplace_back(((state >> 16U) & 1U) != 0 ? 100.0 : 0.0, 0.0);
+    const std::vector<Point> shut{{79, 27}, {15, 6}, {66, 22}, {54, 23}};
+    const std::vector<Point> ring{{22.5, -22.5},  {22.5, 56.3},   {16.9, 56.3},   {16.9, 61.9},
+                                  {11.3, 67.5},   {-16.9, 61.9},  {-16.9, 56.3},  {-22.5, 56.3},
+                                  {-22.5, -56.3}, {-16.9, -56.3}, {-11.3, -61.9}, {-11.3, -67.5},
+                                  {11.3, -67.5},  {22.5, -56.3},  {22.5, 39.4}};
+    for (const std::vector<Point>& pts : {fro, shut, ring})
+        for (const bool mayReduce : {true, false}) {
+            SCOPED_TRACE(testing::Message() << pts.size() << " samples, " << mayReduce);
+            SketchRecognizerPreferences preferences;
+            preferences.SetReduceInkCurveDeviation(mayReduce);
+            const InkReading reading = InterpretInk(InkOf(pts), preferences);
+            EXPECT_FALSE(reading.curves.empty());
+            for (const InterpretedCurve& made : reading.curves)
+                EXPECT_GT(made.curve->Length(), made.maxDeviation);
+            ExpectJoined(reading);
+        }
+}
+
+// A drawing has the deviations of its enlargement.
+TEST(InkInterpretation, DeviationsFollowTheSize) {
+    RandomPlans plans(23);
+    for (int trial = 0; trial < 20; ++trial) {
+        const InkStroke ink = plans.Polyline().Draw(plans.Rng(), plans.AnyHand()).ink;
+        InkStroke tiny = ink;
+        for (InkSample& s : tiny.samples)
+            s = {1e-6 * s.x, 1e-6 * s.y, s.t};
+        const InkReading a = Read(ink);
+        const InkReading b = Read(tiny);
+        ASSERT_EQ(a.curves.size(), b.curves.size());
+        for (std::size_t i = 0; i < a.curves.size(); ++i)
+            EXPECT_NEAR(1e-6 * a.curves[i].maxDeviation, b.curves[i].maxDeviation, 1e-13);
+    }
 }
 
 TEST(InkInterpretation, WavesAreFollowedNotStraightened) {
