@@ -87,13 +87,19 @@ Point MiddleOf(const PricedPath& ink, const ChainPiece& piece, const Point& from
     return one.Distance2(inkMiddle) < other.Distance2(inkMiddle) ? one : other;
 }
 
+// A side on which the pen came back, over its start or far from it: no free form follows the ink across that.
+bool IsClosingSide(const PricedPath& ink, const ChainPiece& piece) {
+    return piece.last < piece.first && ink.path.Gap() > ink.closing;
+}
+
 // Runs of pieces between which the ink only bends, as one piece each.
 std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std::vector<bool>& isFree) {
     const std::vector<ChainPiece>& pieces = chain.pieces;
     std::vector<ChainPiece> joined;
     isFree.clear();
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-        if (i > 0 && pieces[i].joint == JointSight::Bend) {
+        if (i > 0 && pieces[i].joint == JointSight::Bend && !IsClosingSide(ink, pieces[i - 1]) &&
+            !IsClosingSide(ink, pieces[i])) {
             joined.back().last = pieces[i].last;
             isFree.back() = true;
         } else {
@@ -101,7 +107,8 @@ std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std
             isFree.push_back(pieces[i].kept != nullptr);
         }
     }
-    if (IsRing(chain) && pieces.front().joint == JointSight::Bend && joined.size() > 1) {
+    if (IsRing(chain) && pieces.front().joint == JointSight::Bend && joined.size() > 1 &&
+        !IsClosingSide(ink, pieces.front()) && !IsClosingSide(ink, pieces.back())) {
         joined.back().last = joined.front().last;
         joined.front() = joined.back();
         joined.pop_back();
