@@ -26,7 +26,7 @@ constexpr double kWorthwhile = 1e-4;   // of the squares: a step that saves less
 constexpr double kLeastDamping = 1e-9; // of the normal matrix' diagonal, most of which is the pull
 constexpr double kMostDamping = 1e3;
 constexpr double kRidge = 1e-9;    // holds what nothing depends on
-constexpr double kSlide = 10.0;    // how much rather the start slides along its line than any link changes
+constexpr double kSlide = 10.0;    // how much rather the start slides along its link than any changes
 constexpr double kTurnReach = 4.0; // sizes by which a turn of the whole moves its far side
 constexpr std::size_t kMostLinks = 32;
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tessera/recognition/internal/Description.h"
+#include "tessera/recognition/internal/InkPath.h"
 
 namespace Tessera::Geometry {
 
@@ -12,8 +13,7 @@ struct RoundedOutline {
     double along = 0.0;  ///< half the length of these, without the corners
     double across = 0.0; ///< the same of the other two
     double radius = 0.0;
-    double drift =
-        0.0; ///< by how much farther out the stroke ends than it starts: the hand's, not the shape's
+    double drift = 0.0; ///< by how much farther out the stroke ends than it starts: the hand's part
 
     bool IsSlot() const { return across <= 0.0; }
 };
