@@ -16,6 +16,7 @@ namespace {
 // chance.
 constexpr double kCloseReach = 1.04;
 constexpr double kManySidesReach = 1.36;
+constexpr double kMostGap = 1.2;     // between the ends of what closes with a corner, in closing tolerances
 constexpr double kHookShare = 0.3;   // of the longest piece: how long a hook may be
 constexpr double kFreeHook = 0.1;    // of the longest piece: a hook even on a shape that stays open
 constexpr double kExtension = 1.0;   // of its length: as far as a side is drawn on to close a chain
@@ -53,7 +54,7 @@ bool CanEnclose(const PricedPath& ink, const Chain& chain) {
 
 // The last piece meets the first near both ends of the ink.
 bool CloseWithCorner(const PricedPath& ink, Chain& chain) {
-    if (chain.pieces.size() < 2)
+    if (chain.pieces.size() < 2 || ink.path.Gap() > kMostGap * ink.closing)
         return false;
     const ChainPiece& first = chain.pieces.front();
     const ChainPiece& last = chain.pieces.back();

@@ -70,23 +70,6 @@ double LeastOf(const PricedPath& ink, const ChainPiece& line) {
     return kLeastLeft * ink.path.step * PointsIn(ink, line);
 }
 
-// The middle of the ink on the circle, shifted along with the ends.
-Point MiddleOf(const PricedPath& ink, const ChainPiece& piece, const Point& from, const Point& to) {
-    const Point& inkMiddle = ink.path.At(piece.first + PointsIn(ink, piece) / 2);
-    const Point chord = to - from;
-    const double length = std::max(chord.Length(), 1e-12);
-    const Point normal(-chord.y / length, chord.x / length);
-    // Where the bisector of the new chord meets the circle, on the ink's side.
-    const Point base = 0.5 * (from + to);
-    const Point out = base - piece.circle.centre;
-    const double b = out.Dot(normal);
-    const double disc = b * b - out.Dot(out) + piece.circle.radius * piece.circle.radius;
-    const double root = std::sqrt(std::max(0.0, disc));
-    const Point one = base + (root - b) * normal;
-    const Point other = base + (-root - b) * normal;
-    return one.Distance2(inkMiddle) < other.Distance2(inkMiddle) ? one : other;
-}
-
 // A side on which the pen came back, over its start or far from it: no free form follows the ink across that.
 bool IsClosingSide(const PricedPath& ink, const ChainPiece& piece) {
     return piece.last < piece.first && ink.path.Gap() > ink.closing;
@@ -170,7 +153,7 @@ ExactPiece Between(const PricedPath& ink, const ChainPiece& piece, bool isFree, 
                                                  : PieceKind::Line;
     ExactPiece made{kind, from, to, {}, piece.first, piece.last, piece.kept};
     if (kind == PieceKind::Arc)
-        made.through = MiddleOf(ink, piece, from, to);
+        made.through = MiddleOfArc(ink, piece, from, to);
     return made;
 }
 
@@ -208,6 +191,22 @@ bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance) {
     return std::all_of(ink.path.pts.begin(), ink.path.pts.end(), [&](const Point& p) {
         return std::fabs(DistanceFrom(chain.pieces[0], p)) <= tolerance;
     });
+}
+
+Point MiddleOfArc(const PricedPath& ink, const ChainPiece& piece, const Point& from, const Point& to) {
+    const Point& inkMiddle = ink.path.At(piece.first + PointsIn(ink, piece) / 2);
+    const Point chord = to - from;
+    const double length = std::max(chord.Length(), 1e-12);
+    const Point normal(-chord.y / length, chord.x / length);
+    // Where the bisector of the new chord meets the circle, on the ink's side.
+    const Point base = 0.5 * (from + to);
+    const Point out = base - piece.circle.centre;
+    const double b = out.Dot(normal);
+    const double disc = b * b - out.Dot(out) + piece.circle.radius * piece.circle.radius;
+    const double root = std::sqrt(std::max(0.0, disc));
+    const Point one = base + (root - b) * normal;
+    const Point other = base + (-root - b) * normal;
+    return one.Distance2(inkMiddle) < other.Distance2(inkMiddle) ? one : other;
 }
 
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet) {

@@ -45,6 +45,9 @@ double MeanSqFrom(const PricedPath& ink, const Chain& chain);
 /// Whether the chain is one line or arc within the tolerance (sizes) of the ink.
 bool IsLoneCurve(const PricedPath& ink, const Chain& chain, double tolerance);
 
+/// The middle of an arc's ink on its circle, shifted along with the ends.
+Point MiddleOfArc(const PricedPath& ink, const ChainPiece& piece, const Point& from, const Point& to);
+
 /// Where the carriers of two pieces meet, nearest to `near`; false when they do not, and for lines that run
 /// too nearly alike to make a corner.
 bool IntersectPieces(const ChainPiece& a, const ChainPiece& b, const Point& near, Point& meet);

@@ -85,6 +85,9 @@ void DrawNear(const PricedPath& ink, const Chain& chain, const std::vector<bool>
                                           : 0.5 * (OnPiece(before, drawn) + OnPiece(after, drawn));
         exact.pieces[k].to = corner;
         exact.pieces[i].from = corner;
+        for (const std::size_t moved : {k, i})
+            if (ExactPiece& piece = exact.pieces[moved]; piece.kind == PieceKind::Arc)
+                piece.through = MiddleOfArc(ink, chain.pieces[moved], piece.from, piece.to);
     }
 }
 
@@ -99,21 +102,27 @@ struct Bounds {
     }
 };
 
-// Corners and ends that lie out of bounds become the ink's own.
+// Corners and ends that lie out of bounds become the ink's own, and with them the middles of arcs.
 void DrawInCorners(const PricedPath& ink, const Bounds& bounds, ExactChain& chain) {
-    const auto isOutside = [&](const Point& p) { return !bounds.Has(p); };
     const std::size_t count = chain.pieces.size();
+    const auto drawIn = [&](ExactPiece& piece, Point& end, int own) {
+        end = ink.path.At(own);
+        const int points = piece.last - piece.first + (piece.last < piece.first ? ink.path.Size() : 0);
+        if (piece.kind == PieceKind::Arc)
+            piece.through = ink.path.At(piece.first + points / 2);
+    };
     for (std::size_t i = chain.isClosed ? 0 : 1; i < count; ++i) {
         ExactPiece& piece = chain.pieces[i];
-        if (!isOutside(piece.from))
+        if (bounds.Has(piece.from))
             continue;
-        piece.from = ink.path.At(piece.first);
-        chain.pieces[(i + count - 1) % count].to = piece.from;
+        ExactPiece& before = chain.pieces[(i + count - 1) % count];
+        drawIn(piece, piece.from, piece.first);
+        drawIn(before, before.to, piece.first);
     }
-    if (!chain.isClosed && isOutside(chain.pieces.front().from))
-        chain.pieces.front().from = ink.path.pts.front();
-    if (!chain.isClosed && isOutside(chain.pieces.back().to))
-        chain.pieces.back().to = ink.path.pts.back();
+    if (!chain.isClosed && !bounds.Has(chain.pieces.front().from))
+        drawIn(chain.pieces.front(), chain.pieces.front().from, 0);
+    if (!chain.isClosed && !bounds.Has(chain.pieces.back().to))
+        drawIn(chain.pieces.back(), chain.pieces.back().to, ink.path.Size() - 1);
 }
 
 // A regular polygon replaces the corners of the chain; it is turned onto the axes as a whole. False for any

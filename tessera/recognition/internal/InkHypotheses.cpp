@@ -93,11 +93,15 @@ bool IsDoubtful(const Chain& chain) {
            std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
 }
 
+SketchRecognizerPreferences WithoutAxes(SketchRecognizerPreferences preferences) {
+    preferences.SetSnapAngleCreate(kNoTurnDeg);
+    return preferences;
+}
+
 // Nothing made regular or turned.
 SketchRecognizerPreferences AsDrawn(SketchRecognizerPreferences preferences) {
     preferences.SetRegularPolygonRecognition(false);
-    preferences.SetSnapAngleCreate(kNoTurnDeg);
-    return preferences;
+    return WithoutAxes(preferences);
 }
 
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.
@@ -119,7 +123,7 @@ public:
         if (sharp)
             chain_ = std::move(*sharp);
         const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
-        if (sharp || LengthOfHabit(priced_, chain_) + margin <= least_) {
+        if (sharp || LengthOfHabit(priced_, chain_) + margin < least_) {
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
         }
@@ -165,14 +169,14 @@ public:
             ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
-    /// A chain or a rounded outline neither made regular nor turned onto axes, which may have led it away
-    /// from its ink; nothing where another shape is the briefest.
-    void ReadAsDrawn(std::span<Curve* const> earlier, InkReading& reading) {
-        const SketchRecognizerPreferences plain = AsDrawn(preferences_);
+    /// A chain or a rounded outline by other preferences than the stroke's; nothing where another shape is
+    /// the briefest.
+    void ReadAgain(const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
+                   InkReading& reading) {
         if (rounded_)
-            ReadRounded(priced_.path, plain, rounded_->outline, reading);
+            ReadRounded(priced_.path, preferences, rounded_->outline, reading);
         else if (!free_ && !arc_ && !round_)
-            ReadChain(ChainInk(), plain, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
+            ReadChain(ChainInk(), preferences, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
 private:
@@ -240,17 +244,28 @@ bool HasShrunk(const InkReading& reading) {
     });
 }
 
+bool IsOutside(const InkReading& reading, const XYBox& bounds) {
+    return std::any_of(reading.curves.begin(), reading.curves.end(), [&](const InterpretedCurve& made) {
+        XYBox reach;
+        return made.curve->AskXYBox(reach) && (reach.min.x < bounds.min.x || reach.min.y < bounds.min.y ||
+                                               reach.max.x > bounds.max.x || reach.max.y > bounds.max.y);
+    });
+}
+
 /// Tells readings that lie farther from the ink than the rules' own.
 class Judge {
 public:
-    /// @param ends  along the ink, model units: what lies so near to its ends does not count.
-    Judge(const InkStroke& ink, RulesReading& rules, double ends) : ink_(ink), rules_(rules), ends_(ends) {}
+    /// Model units.
+    /// @param ends       along the ink: what lies so near to its ends does not count.
+    /// @param tolerance  by which curves may reach out of the ink's box.
+    Judge(const InkStroke& ink, RulesReading& rules, double ends, double tolerance)
+        : ink_(ink), rules_(rules), ends_(ends), tolerance_(tolerance) {}
 
-    /// By more than a tolerance, or with curves of which nothing is left; no reading does where the rules
-    /// have none.
+    /// By more than a tolerance, or with curves outside of the ink's box, or of which nothing is left; no
+    /// reading does where the rules have none.
     bool Strays(const InkReading& reading) {
         const double moved = LargestMove(ink_, reading);
-        const bool isLost = reading.curves.empty() || HasShrunk(reading);
+        const bool isLost = reading.curves.empty() || HasShrunk(reading) || IsOutside(reading, Bounds(moved));
         return (isLost || rules_.Strays(reading, moved, ends_)) && !ByRules().curves.empty() &&
                (isLost || rules_.Strays(reading, moved + LargestDeviation(ByRules()), ends_));
     }
@@ -263,9 +278,18 @@ public:
     }
 
 private:
+    XYBox Bounds(double moved) const {
+        const Point margin(tolerance_ + moved, tolerance_ + moved);
+        XYBox box({ink_.samples[0].x, ink_.samples[0].y}, {ink_.samples[0].x, ink_.samples[0].y});
+        for (const InkSample& s : ink_.samples)
+            box.Merge(Point(s.x, s.y));
+        return {box.min - margin, box.max + margin};
+    }
+
     const InkStroke& ink_;
     RulesReading& rules_;
     double ends_;
+    double tolerance_;
     std::optional<InkReading> byRules_;
 };
 
@@ -291,7 +315,7 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     if (ink.hasTimes)
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
-    Judge judge(ink, rules, path.scale * priced.closing);
+    Judge judge(ink, rules, path.scale * priced.closing, path.scale * rules.LineShare() * path.length);
     if (!preferences.GetReduceInkCurveDeviation()) {
         ReadRules(ink, priced, preferences, earlier, judge, reading);
         return;
@@ -307,9 +331,12 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     const bool keepsKinds = preferences.GetChangeCurveType() ||
                             std::all_of(reading.curves.begin(), reading.curves.end(),
                                         [&](const InterpretedCurve& made) { return rules.SawKindOf(made); });
-    if (keepsKinds && judge.Strays(reading)) {
+    // What was turned onto axes, or made regular, may have been led away from its ink.
+    for (const auto& asked : {WithoutAxes(preferences), AsDrawn(preferences)}) {
+        if (!keepsKinds || !judge.Strays(reading))
+            break;
         reading = InkReading();
-        readings.ReadAsDrawn(earlier, reading);
+        readings.ReadAgain(asked, earlier, reading);
         MeasureDeviations(ink.samples, reading);
     }
     if (!keepsKinds || judge.Strays(reading))

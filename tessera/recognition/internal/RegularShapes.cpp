@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 constexpr double kRightAngleSlack = 30.0 * kDegree; // 60 to 120 degrees
+constexpr double kSkewSlack = 15.0 * kDegree;       // of a parallelogram: people mean more
 constexpr double kAngleSlack = 10.0 * kDegree;
 constexpr double kSideSlack = 0.1;
 constexpr std::size_t kMostSides = 12;
@@ -152,7 +153,7 @@ InkShape MakeRegularQuadrilateral(Corners& c, double sense) {
         return InkShape::Square;
     }
     const bool parallel = AreOppositeSidesParallel(c);
-    const bool isRectangle = AreTurnsNear(c, quarter, kRightAngleSlack);
+    const bool isRectangle = AreTurnsNear(c, quarter, parallel ? kSkewSlack : kRightAngleSlack);
     const bool isRhombus = equal && parallel;
     const Corners rectangle = AsRectangle(c);
     const Corners rhombus = AsRhombus(c);
