@@ -7,8 +7,9 @@
 // are compared by what it costs to describe the ink with them, and the cheapest is made exact: corners where
 // neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
 //
-// Units       model units of the samples; nothing in the answer depends on the size of the drawing, except
-//             where earlier curves come in: what is near them is judged by the preferences' distances.
+// Units       model units of the samples; nothing in the answer depends on the size of the drawing (some
+//             millionths of a unit at least, or curves are too short to be any), except where earlier curves
+//             come in: what is near them is judged by the preferences' distances.
 // Preferences each switches its own stages and no others:
 //   always                     the size at which the rules' tolerances fit; the rules' breaks, kinds and fits
 //   doScribble                 the scribble question
@@ -94,6 +95,7 @@ struct InterpretedCurve {
     std::unique_ptr<Curve> curve;
     int firstSample = 0; ///< the ink it stands for: samples firstSample to lastSample, both included. Where a
     int lastSample = 0;  ///< side runs across the start of a closed stroke, firstSample is above lastSample.
+                         ///< Where several curves are centre lines, it is the way forth.
     double maxDeviation = 0.0; ///< largest distance of that ink from the curve, model units
     bool isReversed = false;   ///< the pen ran from the curve's end to its start (arcs run counter-clockwise)
 

@@ -112,48 +112,19 @@ public:
         : priced_(priced), preferences_(preferences), tolerance_(rules.LineShare() * priced.path.length) {}
 
     void Compare(const RulesReading& rules, int samples) {
-        Offer(rules.AsRound(priced_), round_);
         const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
+        Offer(rules.AsRound(priced_), round_);
         if (ellipse && preferences_.GetCurveTidy())
             Offer(FindRoundShape(priced_, *ellipse, samples), round_);
-        chain_ = FindChain(priced_, rules.AsChains(priced_), preferences_.GetCurveTidy(), tolerance_, least_);
-        std::optional<Chain> sharp;
-        if (preferences_.GetCurveTidy() && !IsSimplePolygon(chain_))
-            sharp = FindSharpPolygon(priced_);
-        if (sharp)
-            chain_ = std::move(*sharp);
-        const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
-        if (sharp || LengthOfHabit(priced_, chain_) + margin < least_) {
-            least_ = LengthOfHabit(priced_, chain_);
-            round_.reset();
-        }
-        if (preferences_.GetCurveTidy() && !round_)
-            ring_ = FindRing(priced_, chain_, tolerance_);
-        if (ring_) {
-            chain_ = ring_->chain;
-            least_ = ring_->length;
-        }
-        const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
-        if (preferences_.GetCurveTidy())
-            OfferRounded(sharp.has_value());
+        CompareChains(rules);
         if (rounded_)
             return;
+        const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (ellipse && !round_ && !chain_.isClosed && !isLine)
             Offer(FindEllipticArc(priced_, *ellipse), arc_,
                   chain_.pieces.size() > 1 && !HasCorner(chain_) ? kClear : 0.0);
-        if (round_)
-            OfferFree(round_->meanSq, RivalKind::Round);
-        else if (arc_)
-            OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
-        else if (chain_.isClosed)
-            OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
-                                                          ? RivalKind::Closed
-                                                          : RivalKind::SmoothClosed);
-        else if (!isLine && !ShowsCorner(chain_))
-            OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
-                                                   : HasCorner(chain_) || AreArcs(chain_)
-                                                       ? RivalKind::Doubtful
-                                                       : RivalKind::Smooth);
+        if (!isLine || round_ || chain_.isClosed)
+            CompareFree();
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {
@@ -186,6 +157,46 @@ private:
             return;
         least_ = LengthOf(priced_.path, shape->description);
         best = std::move(shape);
+    }
+
+    // The chain against the rounds, then rings and rounded outlines against both.
+    void CompareChains(const RulesReading& rules) {
+        const bool isTidy = preferences_.GetCurveTidy();
+        chain_ = FindChain(priced_, rules.AsChains(priced_), isTidy, tolerance_, least_);
+        std::optional<Chain> sharp;
+        if (isTidy && !IsSimplePolygon(chain_))
+            sharp = FindSharpPolygon(priced_);
+        if (sharp)
+            chain_ = *sharp;
+        const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
+        if (sharp || LengthOfHabit(priced_, chain_) + margin < least_) {
+            least_ = LengthOfHabit(priced_, chain_);
+            round_.reset();
+        }
+        if (isTidy && !round_)
+            ring_ = FindRing(priced_, chain_, tolerance_);
+        if (ring_) {
+            chain_ = ring_->chain;
+            least_ = ring_->length;
+        }
+        if (isTidy)
+            OfferRounded(sharp.has_value());
+    }
+
+    void CompareFree() {
+        if (round_)
+            OfferFree(round_->meanSq, RivalKind::Round);
+        else if (arc_)
+            OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
+        else if (chain_.isClosed)
+            OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
+                                                          ? RivalKind::Closed
+                                                          : RivalKind::SmoothClosed);
+        else if (!ShowsCorner(chain_))
+            OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
+                                                   : HasCorner(chain_) || AreArcs(chain_)
+                                                       ? RivalKind::Doubtful
+                                                       : RivalKind::Smooth);
     }
 
     // Chains of lines leave the ink at their corners to the hand: whether it rounded them, the box has asked.
