@@ -24,12 +24,11 @@ constexpr double kMostBow = 0.16;    // sagitta of a straight side over its leng
 // sagitta that such a hand means. Of 985 drawn triangles and quadrilaterals none has both.
 constexpr double kCarefulStray = 0.004;
 constexpr double kMeantBow = 0.1;
-constexpr double kBowStray =
-    0.2 * kMeantBow;                      // root mean square distance from the line: a bow has 0.3 sagittas
-constexpr double kDoubtfulCorner = 2.0;   // price from which a joint is hardly a corner
-constexpr std::size_t kMostOfBracket = 6; // pieces that are mere kinks of three
-constexpr double kLeastMouth = 0.5;       // distance of the ends of a bracket over the length of its back
-constexpr double kRunsBack = -0.9;        // cosine of 154 degrees
+constexpr double kBowStray = 0.2 * kMeantBow; // root mean square of the distances: a bow has 0.3 sagittas
+constexpr double kDoubtfulCorner = 2.0;       // price from which a joint is hardly a corner
+constexpr std::size_t kMostOfBracket = 6;     // pieces that are mere kinks of three
+constexpr double kLeastMouth = 0.5;           // distance of the ends of a bracket over the length of its back
+constexpr double kRunsBack = -0.9;            // cosine of 154 degrees
 
 // Sides that hardly bow: what bows more was drawn as an arc.
 bool AreStraight(const PricedPath& ink, const Chain& lines) {
