@@ -6,6 +6,9 @@
 // or closed; one closed round shape; a slot; a rectangle with rounded corners; an elliptic arc; a free form)
 // are compared by what it costs to describe the ink with them, and the cheapest is made exact: corners where
 // neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
+// A reading gives way that lies by more than the rules' tolerance farther from its ink than the rules' own
+// reading does (what a closing shape or a lost hook cuts off the stroke's ends aside), or farther outside of
+// the ink's box.
 //
 // Units       model units of the samples; nothing in the answer depends on the size of the drawing (some
 //             millionths of a unit at least, or curves are too short to be any), except where earlier curves
