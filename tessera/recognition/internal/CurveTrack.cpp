@@ -104,9 +104,13 @@ std::vector<TrackFoot> FollowTrack(const CurveTrack& track, std::span<const Poin
                 offer(s);
         } else {
             const double from = feet.back().along;
-            for (long s = at + 1; segments.Has(s) && segments.StartOf(s) <= from + reach; ++s)
-                offer(s);
-            for (long s = at - 1; segments.Has(s) && segments.EndOf(s) >= from - reach; --s)
+            long after = at + 1; // no segment twice: on a track shorter than the reach it lies on every round
+            while (after < at + segments.Count() && segments.Has(after) &&
+                   segments.StartOf(after) <= from + reach)
+                offer(after++);
+            for (long s = at - 1;
+                 s > after - 1 - segments.Count() && segments.Has(s) && segments.EndOf(s) >= from - reach;
+                 --s)
                 offer(s);
         }
         at = segment;

@@ -32,7 +32,8 @@ struct TrackFoot {
 /// within a few steps of the one before, so that a track that crosses itself is followed on its own branch.
 ///
 /// @param step  distance between two points of the ink. O(points of the ink + points of the track) for
-///              evenly spaced points.
+///              evenly spaced points of ink not much longer than the track; each point of longer ink is held
+///              against the whole track at most once.
 std::vector<TrackFoot> FollowTrack(const CurveTrack& track, std::span<const Point> ink, double step);
 
 } // namespace Tessera::Geometry

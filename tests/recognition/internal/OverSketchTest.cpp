@@ -127,6 +127,25 @@ TEST(OverSketch, WhatNoCircleFollowsBecomesFree) {
     EXPECT_LT(reading.curves[0].curve->DistanceBounded(path(0.7)), 2.0);
 }
 
+// A few steps of the pen lead round such a curve a million times.
+TEST(OverSketch, ACurveMuchSmallerThanTheInkIsFollowedToo) {
+    const double radius = 1e-5;
+    const Arc dot(Point(30, 1), radius);
+    const CurveTrack track(dot);
+    std::vector<Point> ink;
+    for (int i = 0; i < 400; ++i)
+        ink.emplace_back(i % 2 * 100.0, 0.01 * i);
+    const std::vector<TrackFoot> feet = FollowTrack(track, ink, 100.0);
+    ASSERT_EQ(feet.size(), ink.size());
+    for (std::size_t i = 0; i < ink.size(); ++i) {
+        EXPECT_NEAR(feet[i].distance, dot.Distance(ink[i]), 0.001 * radius);
+        EXPECT_NEAR(track.At(feet[i].along).Distance(ink[i]), feet[i].distance, 0.001 * radius);
+        if (i > 0) {
+            EXPECT_LE(std::fabs(feet[i].along - feet[i - 1].along), track.Length());
+        }
+    }
+}
+
 TEST(OverSketch, WhatOnlyStandsOnACurveIsNew) {
     Line line({0, 0}, {300, 0});
     Arc circle(Point(150, 150), 120.0);
