@@ -251,8 +251,14 @@ bool Arc::WithinBounds(const Point& p) const {
 }
 
 double Arc::DistanceBounded(const Point& p) const {
-    // More than a turn, though not closed, leaves no gap either.
-    if (std::fabs(GetEndAngle() - GetStartAngle()) >= kTwoPi || WithinBounds(p))
+    // By the angle from the middle of the sweep, without slack: at the limits both measures agree, and a
+    // slack in radians would be a long way along a huge radius. A full turn or more leaves no gap.
+    const double middle = 0.5 * (GetStartAngle() + GetEndAngle());
+    const double reach = 0.5 * std::fabs(GetEndAngle() - GetStartAngle());
+    const Vector direction(std::cos(middle), std::sin(middle));
+    const Vector toPoint(GetCenter(), p);
+    const double angle = std::atan2(direction.Cross(toPoint), direction.Dot(toPoint));
+    if (IsClosed() || std::fabs(angle) <= reach)
         return Distance(p);
     return std::min(p.Distance(GetStart()), p.Distance(GetEnd()));
 }

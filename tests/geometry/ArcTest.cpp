@@ -121,6 +121,47 @@ TEST(Arc, WithinBoundsComparesAngles) {
         EXPECT_EQ(row.arc.WithinBounds(row.p), row.within) << row.p.x << ", " << row.p.y;
 }
 
+TEST(Arc, DistanceBoundedOfNearlyStraightArcs) {
+    std::mt19937 rng(17);
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    for (int trial = 0; trial < 400; ++trial) {
+        const double length = 42.0, radius = length * std::pow(10.0, 5.5 + 3.5 * unit(rng));
+        const double turn = trial % 2 == 0 ? kPi / 2 * (trial % 4 - 1) : kPi * unit(rng);
+        const Point c = At(turn, length);
+        // So flat an arc is a parabola, which is exact however far away the centre.
+        std::vector<Point> dense;
+        for (int i = 0; i <= 400; ++i) {
+            const double t = i / 400.0, bow = t * (1.0 - t) * length / (2 * radius);
+            dense.emplace_back(t * c.x - bow * c.y, t * c.y + bow * c.x);
+        }
+        const std::unique_ptr<Arc> arc(Arc::FromThreePoints(dense.front(), dense[200], dense.back()));
+        for (int k = 0; k < 10; ++k) {
+            const Point p(c.x / 2 + 2 * length * unit(rng), c.y / 2 + 2 * length * unit(rng));
+            EXPECT_NEAR(arc->DistanceBounded(p), PolylineDistance(dense, p), 1e-6 + 2e-15 * radius) << radius;
+        }
+    }
+    const struct {
+        const char* name;
+        double start, end, radius;
+        Point p; // from the point of the circle at angle 0
+        double distance, tol;
+    } rows[] = {
+        {"beyond the end, by less than 1e-10 rad", -5.25e-11, 5.25e-11, 4e11, {32, 60}, 50.447993, 1e-3},
+        {"beyond the start", -5.25e-11, 5.25e-11, 4e11, {-32, -60}, 50.447993, 1e-3},
+        {"abreast", -5.25e-11, 5.25e-11, 4e11, {32, 20}, 32, 1e-3},
+        {"opposite an arc of no sweep", 0, 0, 1, {-4, 0}, 4, 0},
+        {"opposite the gap of all but a circle", 1e-9, 2 * kPi - 1e-9, 1, {-4, 0}, 2, 1e-15},
+        {"in that gap", 1e-9, 2 * kPi - 1e-9, 1, {0, 0}, 1e-9, 1e-15},
+        {"more than a turn", 0, 7, 1, {1, 0}, 1, 0},
+        {"angles that fall", 1, -1, 1, {1, 0}, 1, 0},
+        {"from the centre", 1, 2, 1, {-1, 0}, 1, 1e-15},
+    };
+    for (const auto& row : rows)
+        EXPECT_NEAR(AnglesArc(row.start, row.end, row.radius, Point(-row.radius, 0)).DistanceBounded(row.p),
+                    row.distance, row.tol)
+            << row.name;
+}
+
 TEST(Arc, ChangesKeepTheRest) {
     Arc arc = AnglesArc(0.5, 1.5, 2.0, Point(1, 1));
     const Arc changed = AnglesArc(0.5, 1.5, 3.0, Point(-3, 4));

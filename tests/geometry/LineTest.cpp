@@ -34,6 +34,21 @@ TEST(Line, ThreeFourFive) {
     EXPECT_EQ(polar.GetEnd(), Point(1, 3));
 }
 
+TEST(Line, SlackOfTheBoundsIsOfAProductAtTheStartAndOfALengthAtTheEnd) {
+    const double length = 1e-3, aside = 1e-4;
+    const Line line(Point(0, 0), Point(length, 0));
+    const struct {
+        double x;
+        bool within;
+    } rows[] = {{-0.9e-7, true}, {-1.1e-7, false}, {length + 0.9e-10, true}, {length + 1.1e-10, false}};
+    for (const auto& row : rows) {
+        const double beyond = row.within ? 0.0 : std::max(-row.x, row.x - length);
+        EXPECT_EQ(line.WithinBounds(Point(row.x, 0)), row.within) << row.x;
+        EXPECT_NEAR(line.DistanceBounded(Point(row.x, 0)), beyond, 1e-15) << row.x;
+        EXPECT_NEAR(line.DistanceBounded(Point(row.x, aside)), std::hypot(beyond, aside), 1e-15) << row.x;
+    }
+}
+
 TEST(Line, OnLineIsAngularAndLeavesOutTheStart) {
     const Line line(Point(0, 0), Point(3, 4));
     const struct {

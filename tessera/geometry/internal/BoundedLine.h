@@ -8,7 +8,9 @@ namespace Tessera::Geometry {
 
 class BoundedLine {
 public:
-    static constexpr double kBoundsTol = 1e-10; ///< slack beyond an end: model units along the line
+    /// Slack of the bounds: before the start on the dot product with the direction as long as the line, so in
+    /// squared model units; beyond the end in model units.
+    static constexpr double kBoundsTol = 1e-10;
 
     BoundedLine(const Point& start, const Point& end)
         : start_(start), end_(end), normal_(end.y - start.y, start.x - end.x), along_(start, end),
