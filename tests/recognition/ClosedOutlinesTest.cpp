@@ -2,8 +2,8 @@
 #include <cmath>
 #include <string>
 
-#include "tessera/geometry/Arc.h"
 #include "tessera/recognition/InkInterpretation.h"
+#include "tests/support/ReadingJoints.h"
 #include "tests/support/SyntheticInk.h"
 #include "tests/support/Test.h"
 
@@ -88,39 +88,6 @@ bool IsSameRing(const std::string& a, const std::string& b) {
     return a.size() == b.size() && (a + a).find(b) % 2 == 0;
 }
 
-/// Unit direction of the pen at the end of a line or an arc.
-Point DirectionAt(const InterpretedCurve& made, CurveEnd end) {
-    const Point from = made.curve->GetStart();
-    const Point to = made.curve->GetEnd();
-    Point direction = to - from;
-    if (made.curve->GetType() == CurveType_Arc) {
-        const Point out =
-            (end == CurveEnd::Start ? from : to) - static_cast<const Arc&>(*made.curve).GetCenter();
-        direction = {-out.y, out.x};
-    }
-    return direction * ((made.isReversed ? -1.0 : 1.0) / direction.Length());
-}
-
-/// Every curve has a length, ends that are joined coincide, and what is called tangent is.
-void ExpectExact(const InkReading& reading) {
-    for (const InterpretedCurve& made : reading.curves)
-        EXPECT_GT(made.curve->Length(), 1e-3);
-    for (const InkJoint& joint : reading.joints) {
-        const InterpretedCurve& before = reading.curves[static_cast<std::size_t>(joint.before)];
-        const InterpretedCurve& after = reading.curves[static_cast<std::size_t>(joint.after)];
-        const auto endOf = [](const InterpretedCurve& made, CurveEnd end) {
-            return end == CurveEnd::Start ? made.curve->GetStart() : made.curve->GetEnd();
-        };
-        EXPECT_LT(endOf(before, joint.beforeEnd).Distance(endOf(after, joint.afterEnd)), 1e-9);
-        if (joint.kind != JointKind::Tangent || before.curve->GetType() > CurveType_Arc ||
-            after.curve->GetType() > CurveType_Arc)
-            continue;
-        const Point in = DirectionAt(before, joint.beforeEnd);
-        const Point out = DirectionAt(after, joint.afterEnd);
-        EXPECT_NEAR(std::atan2(in.Cross(out), in.Dot(out)), 0.0, 1e-9);
-    }
-}
-
 struct Family {
     const char* name;
     const char* expected;
@@ -188,7 +155,7 @@ TEST(ClosedOutlines, ComeBackWhereverThePenStartsAndStops) {
                     for (const bool isFine : {false, true}) {
                         const Hand hand = isFine ? FineHand() : plans.CarefulHand();
                         const InkReading reading = InterpretInk(plan.Draw(plans.Rng(), hand).ink, {});
-                        ExpectExact(reading);
+                        ExpectJoined(reading);
                         right[isFine ? 1 : 0] +=
                             reading.isClosed && IsSameRing(Describe(reading), family.expected) ? 1 : 0;
                     }
@@ -208,7 +175,7 @@ TEST(ClosedOutlines, NoCurveIsWithoutLength) {
         InkStroke ink;
         for (int n = count(rng); n > 0; --n)
             ink.samples.push_back({20.0 * place(rng), 20.0 * place(rng), 0.0});
-        ExpectExact(InterpretInk(ink, {}));
+        ExpectJoined(InterpretInk(ink, {}));
     }
 }
 

@@ -3,7 +3,7 @@
 #include "tessera/geometry/Arc.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/recognition/ConstraintInference.h"
-#include "tests/support/PenPaths.h"
+#include "tests/support/ReadingJoints.h"
 #include "tests/support/SegmentDistance.h"
 #include "tests/support/SyntheticInk.h"
 #include "tests/support/ThrownMessage.h"
@@ -24,31 +24,6 @@ InkStroke DrawThrough(const std::vector<Point>& corners, bool isClosed, unsigned
 
 InkStroke DrawRound(double a, double b, double degrees, double drift = 0.0) {
     return InkOf(PointsOf(DriftingRound({100, 50}, a, b, degrees, drift)));
-}
-
-// Direction of the pen at the curve's first or last end.
-Point HeadingAt(const InterpretedCurve& made, CurveEnd end) {
-    double range[2];
-    made.curve->AskRange(range);
-    Point at;
-    Vector slope;
-    EXPECT_TRUE(made.curve->EvaluateAtParameter(range[end == CurveEnd::End ? 1 : 0], at, slope));
-    return (made.isReversed ? -1.0 : 1.0) / slope.Length() * Point(slope.x, slope.y);
-}
-
-void ExpectJoined(const InkReading& reading) {
-    for (const InkJoint& joint : reading.joints) {
-        const auto& curves = reading.curves;
-        const Point end = EndOf(*curves[static_cast<std::size_t>(joint.before)].curve, joint.beforeEnd);
-        const Point start = EndOf(*curves[static_cast<std::size_t>(joint.after)].curve, joint.afterEnd);
-        EXPECT_LT(end.Distance(start), 1e-9);
-        EXPECT_LT(end.Distance(joint.position), 1e-9);
-        const Point in = HeadingAt(curves[static_cast<std::size_t>(joint.before)], joint.beforeEnd);
-        const Point out = HeadingAt(curves[static_cast<std::size_t>(joint.after)], joint.afterEnd);
-        const double turn = std::atan2(in.Cross(out), in.Dot(out));
-        EXPECT_NEAR(std::remainder(turn - joint.turnDeg * kTurn / 360.0, kTurn), 0.0, 1e-6);
-        EXPECT_EQ(joint.kind == JointKind::Tangent, std::fabs(turn) < 1e-6);
-    }
 }
 
 TEST(InkInterpretation, NothingWithoutTwoPositions) {

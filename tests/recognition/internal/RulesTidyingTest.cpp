@@ -1,7 +1,7 @@
 #include "tessera/recognition/internal/RulesTidying.h"
 
 #include "tessera/geometry/Line.h"
-#include "tests/support/PenPaths.h"
+#include "tests/support/ReadingJoints.h"
 #include "tests/support/SyntheticInk.h"
 
 namespace Tessera::Geometry {
@@ -29,16 +29,6 @@ std::string KindsOf(const InkReading& reading) {
                  : made.curve->GetType() == CurveType_Ellipse ? 'E'
                                                               : 'S';
     return kinds;
-}
-
-void ExpectJoined(const InkReading& reading) {
-    for (const InkJoint& joint : reading.joints) {
-        const auto& curves = reading.curves;
-        const Point end = EndOf(*curves[static_cast<std::size_t>(joint.before)].curve, joint.beforeEnd);
-        const Point start = EndOf(*curves[static_cast<std::size_t>(joint.after)].curve, joint.afterEnd);
-        EXPECT_LT(end.Distance(start), 1e-8);
-        EXPECT_LT(end.Distance(joint.position), 1e-8);
-    }
 }
 
 // Sides are cut or drawn out to their corners along the carriers that the rules gave them, but where these
