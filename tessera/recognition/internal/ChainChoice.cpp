@@ -8,6 +8,7 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/MeantBows.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
 #include "tessera/recognition/internal/TangentRun.h"
@@ -35,14 +36,24 @@ std::vector<Chain> FindChains(const PricedPath& ink, std::vector<Chain> found, b
     for (Chain& chain : SearchChains(ink))
         found.push_back(std::move(chain));
     std::vector<Chain> chains;
-    for (Chain& open : found) {
-        Chain chain = mayClose ? CloseChain(ink, open) : std::move(open);
+    const auto offer = [&](Chain chain) {
         const auto same = std::find_if(chains.begin(), chains.end(),
                                        [&](const Chain& other) { return IsSameChain(other, chain); });
         if (same == chains.end())
             chains.push_back(std::move(chain));
         else if (LengthOf(ink, chain) < LengthOf(ink, *same))
             *same = std::move(chain);
+    };
+    for (Chain& open : found) {
+        if (!mayClose || ink.path.Gap() > ink.closing) {
+            offer(mayClose ? CloseChain(ink, open) : std::move(open));
+            continue;
+        }
+        Chain closed = CloseChain(ink, open);
+        const bool isRing = IsRing(closed);
+        if (std::optional<Chain> bent = WithMeantArcs(ink, isRing ? closed : open))
+            offer(isRing ? std::move(*bent) : CloseChain(ink, *bent));
+        offer(std::move(closed));
     }
     const std::size_t count = chains.size();
     for (std::size_t i = 0; i < count; ++i)

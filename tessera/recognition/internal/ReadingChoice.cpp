@@ -7,6 +7,7 @@
 
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/MeantBows.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 
 namespace Tessera::Geometry {
@@ -18,8 +19,9 @@ constexpr double kRectangleSaving = 3.0; // five instead of eight
 // Three sides like these are meant as a bracket, even where the back is kinked by up to 30 degrees: measured
 // on 120 drawn ones, of which four more are read as such, while five poly-lines of 1,600 are taken for one.
 constexpr double kBracketSaving = 7.0;
-constexpr double kLeastCorner = 0.5; // cosine of 60 degrees
-constexpr double kMostBow = 0.16;    // sagitta of a straight side over its length
+constexpr double kMeantBowPrice = 2.0; // of a line that was meant as an arc
+constexpr double kLeastCorner = 0.5;   // cosine of 60 degrees
+constexpr double kMostBow = 0.16;      // sagitta of a straight side over its length
 // Of a side's length: a careful hand's root mean square distance from its sides, bows taken out, and the
 // sagitta that such a hand means. Of 985 drawn triangles and quadrilaterals none has both.
 constexpr double kCarefulStray = 0.004;
@@ -86,12 +88,22 @@ bool HasMeantBow(const PricedPath& ink, const Chain& lines) {
     return bow > kMeantBow;
 }
 
-// What a closed chain of lines is worth by its shape.
-double SavingOf(const PricedPath& ink, const Chain& lines) {
-    const bool isTriangle = lines.pieces.size() == 3;
-    if ((!isTriangle && (lines.pieces.size() != 4 || !IsRectangle(lines))) || HasMeantBow(ink, lines))
-        return 0.0;
-    return isTriangle ? kTriangleSaving : kRectangleSaving;
+bool HasBend(const Chain& chain) {
+    return std::any_of(chain.pieces.begin(), chain.pieces.end(),
+                       [](const ChainPiece& piece) { return piece.joint == JointSight::Bend; });
+}
+
+bool IsQuadrilateral(const Chain& chain) {
+    return chain.pieces.size() == 4 && AreLines(chain);
+}
+
+// What a closed chain is worth by its shape.
+double SavingOf(const PricedPath& ink, const Chain& chain) {
+    if (IsQuadrilateral(chain))
+        return IsRectangle(chain) && !HasMeantBow(ink, chain) ? kRectangleSaving : 0.0;
+    if (const int bows = CountMeantBows(ink, chain); bows > 0)
+        return -kMeantBowPrice * bows;
+    return AreLines(chain) && chain.pieces.size() == 3 && !HasBend(chain) ? kTriangleSaving : 0.0;
 }
 
 // Whether the ink shows the corner before a piece without doubt.
@@ -103,12 +115,10 @@ bool IsShown(const ChainPiece& piece) {
 
 double LengthOfHabit(const PricedPath& ink, const Chain& chain) {
     double saved = 0.0;
-    if (AreLines(chain)) {
-        if (chain.isClosed)
-            saved = SavingOf(ink, chain);
-        else if (chain.pieces.size() == 3 && IsBracket(ink, chain) && AreStraight(ink, chain))
-            saved = kBracketSaving;
-    }
+    if (chain.isClosed)
+        saved = SavingOf(ink, chain);
+    else if (chain.pieces.size() == 3 && AreLines(chain) && IsBracket(ink, chain) && AreStraight(ink, chain))
+        saved = kBracketSaving;
     return LengthOf(ink, chain) - saved * kNumberPrice;
 }
 
