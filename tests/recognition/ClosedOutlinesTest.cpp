@@ -130,6 +130,9 @@ std::vector<Family> Families() {
           {0, 30 * (kPi + 2 * lean), 1.0 / 30}}},
         {"peanut", "~A~A~A~A", 0.60, 0.00, Lobes(2, 50, 250, 60, 70)},
         {"trefoil", "~A~A~A~A~A~A", 0.93, 0.35, Lobes(3, 40, 260, 30, 140)},
+        {"thin lens", "|A|A", 0.90, 0.70, OutlineThrough({{{0, 0}, 50}, {{130, 0}, 50}})},
+        {"sector", "|L|A|L", 0.96, 0.88, OutlineThrough({{{0, 0}, 0}, {{120, 0}, 60}, {{60, 120 * h}, 0}})},
+        {"arch", "|L|A|A", 0.96, 0.88, OutlineThrough({{{0, 0}, 0}, {{100, 0}, 60}, {{50, 100 * h}, 60}})},
     };
 }
 
