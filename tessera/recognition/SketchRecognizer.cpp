@@ -12,7 +12,6 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
-#include "tessera/kernel/EQ.h"
 #include "tessera/recognition/internal/FullShape.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
@@ -28,9 +27,8 @@ namespace Tessera::Geometry {
 
 namespace {
 
-constexpr int kContinuityGap = 5;    // samples between two continuity breaks
-constexpr double kRoundDeg = 340.0;  // turning from which a stroke has gone round
-constexpr double kSmallCurve = 20.0; // the longest piece is at least so many times longer
+constexpr int kContinuityGap = 5;   // samples between two continuity breaks
+constexpr double kRoundDeg = 340.0; // turning from which a stroke has gone round
 constexpr double kNoLimit = std::numeric_limits<double>::infinity();
 
 void DeleteResult(RecognizedGeometry* result) {
@@ -178,7 +176,7 @@ void SketchRecognizer::RemoveSmallCurves() {
     double longest = 0.0;
     for (const RecognizedGeometry* result : results_)
         longest = std::max(longest, GetStrokeLength(result->GetStartIndex(), result->GetEndIndex()));
-    const double limit = longest / kSmallCurve + EQ_ask_length_tolerance();
+    const double limit = SmallCurveLength(longest);
     for (int i = static_cast<int>(results_.size()) - 1; i >= 0; --i)
         if (results_[static_cast<std::size_t>(i)]->GetResult().Length() < limit)
             DeleteRecognizeGeometry(i);

@@ -51,12 +51,10 @@ InkStroke Zigzag() {
     return Through(corners);
 }
 
-// A straight line along which the pen nearly stops twice.
-InkStroke Hesitating() {
-    InkStroke ink = InkOf(PointsOf([](double u) {
-        const double at = u + 0.97 / (2.0 * kTurn) * std::sin(2.0 * kTurn * u);
-        return Point(200.0 * at, 110.0 * at);
-    }));
+// The pen nearly stops so many times.
+InkStroke Hesitating(const Path& path, int stops) {
+    InkStroke ink = InkOf(
+        PointsOf([&](double u) { return path(u + 0.97 / (stops * kTurn) * std::sin(stops * kTurn * u)); }));
     ink.hasTimes = true;
     for (std::size_t i = 0; i < ink.samples.size(); ++i)
         ink.samples[i].t = 8.0 * static_cast<double>(i);
@@ -132,7 +130,12 @@ std::vector<Stage> Stages() {
          Through({{260, 210}, {300, 220}, {330, 330}, {180, 320}, {200, 195}, {250, 207}}), kTidy,
          [](auto& r) { return r.isClosed && r.curves.size() == 4 && r.joints.size() == 4; }},
         {"crumb", InkOf(HookedCorner()), kTidy, [](auto& r) { return r.curves.size() == 2; }, kReduce},
-        {"merged", Hesitating(), kTidy, [](auto& r) { return r.curves.size() == 1; }, kReduce},
+        {"merged", Hesitating(Straight({0, 0}, {200, 110}), 2), kTidy,
+         [](auto& r) { return r.curves.size() == 1; }, kReduce},
+        {"merged elliptic arc", Hesitating(Round({300, 300}, 100, 50, 1.6, 1.6 + 0.8 * kTurn, 0.3), 1),
+         kTidy | kChange, [](auto& r) { return r.shape == InkShape::EllipticArc; }, kReduce},
+        {"merged full ellipse", Hesitating(Round({300, 300}, 100, 50, 0.8, 0.8 + 0.95 * kTurn, 0.3), 1),
+         kTidy, [](auto& r) { return r.shape == InkShape::Ellipse; }, kReduce},
         {"corner", Through({{0, 300}, {200, 340}, {260, 160}}), kTidy,
          [](auto& r) {
              return r.joints.size() == 1 && r.joints[0].position.Distance({200, 340}) < 1.0;

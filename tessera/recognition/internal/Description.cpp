@@ -20,12 +20,11 @@ double PriceOfPole(RivalKind rival) {
     return kPolePrices[static_cast<std::size_t>(rival)];
 }
 
-double LengthOf(const InkPath& path, const Description& description) {
-    const int n = path.Size();
-    const double meanSq = description.sumSq / n;
+double LengthOf(int points, const Description& description) {
+    const double meanSq = description.sumSq / points;
     const double astray = (std::sqrt(meanSq) - kUsualMost) / kUsualSlack;
     return description.price + (astray > 0.0 ? 0.5 * astray * astray : 0.0) +
-           0.5 * kIndependent * n * std::log(meanSq + kLeastSpread * kLeastSpread);
+           0.5 * kIndependent * points * std::log(meanSq + kLeastSpread * kLeastSpread);
 }
 
 } // namespace Tessera::Geometry

@@ -28,7 +28,10 @@ enum class RivalKind { Open, Smooth, Doubtful, Closed, SmoothClosed, Round };
 /// let expect it.
 double PriceOfPole(RivalKind rival);
 
-double LengthOf(const InkPath& path, const Description& description);
+double LengthOf(int points, const Description& description);
+inline double LengthOf(const InkPath& path, const Description& description) {
+    return LengthOf(path.Size(), description);
+}
 
 /// Squared distance as it counts for a shape that goes round: a tail at either end is no part of it.
 inline double SquareWithoutTail(double distance) {

@@ -156,6 +156,8 @@ void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& readi
 }
 
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
+    reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
+    reading.isClosed = true;
     InterpretedCurve made;
     const Point centre = path.ToModel(shape.centre);
     if (shape.isCircle) {
@@ -170,31 +172,25 @@ void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& readi
     reading.curves.push_back(std::move(made));
 }
 
+InterpretedCurve MakeEllipticArc(const InkPath& path, const EllipticArc& arc, int first, int last) {
+    const Point middle = path.ToModel(arc.centre);
+    double centre[2] = {middle.x, middle.y};
+    double radii[2] = {path.scale * arc.radii[0], path.scale * arc.radii[1]};
+    InterpretedCurve made;
+    made.curve = std::make_unique<Ellipse>(centre, radii, arc.rotation, arc.from, arc.to);
+    made.firstSample = SampleAt(path, first);
+    made.lastSample = SampleAt(path, last);
+    made.isReversed = arc.isReversed;
+    return made;
+}
+
 bool AppendEllipticArc(const InkPath& path, const EllipticArc& arc, const Point& from, const Point& to,
                        InkReading& reading) {
-    const double c = std::cos(arc.rotation);
-    const double s = std::sin(arc.rotation);
-    const auto at = [&](double parameter) {
-        const double u = arc.radii[0] * std::cos(parameter);
-        const double v = arc.radii[1] * std::sin(parameter);
-        return arc.centre + Point(c * u - s * v, s * u + c * v);
-    };
-    const Point first = at(arc.isReversed ? arc.to : arc.from);
-    const Point chord = at(arc.isReversed ? arc.from : arc.to) - first;
-    const std::optional<Point> found = SimilarityBetween(chord, to - from);
-    const bool isKept = found.has_value();
-    const Point factor = found.value_or(Point(1.0, 0.0));
-    const Point away = arc.centre - first;
-    const Point middle = path.ToModel((isKept ? from : first) + Point(factor.x * away.x - factor.y * away.y,
-                                                                      factor.x * away.y + factor.y * away.x));
-    const double scale = path.scale * factor.Length();
-    double centre[2] = {middle.x, middle.y};
-    double radii[2] = {scale * arc.radii[0], scale * arc.radii[1]};
-    InterpretedCurve made;
-    made.curve = std::make_unique<Ellipse>(centre, radii, arc.rotation + std::atan2(factor.y, factor.x),
-                                           arc.from, arc.to);
-    made.isReversed = arc.isReversed;
-    made.lastSample = SampleAt(path, path.Size() - 1);
+    InterpretedCurve made = MakeEllipticArc(path, arc, 0, path.Size() - 1);
+    std::unique_ptr<Curve> moved = MakeKept(made, path.ToModel(from), path.ToModel(to));
+    const bool isKept = moved != nullptr;
+    if (isKept)
+        made.curve = std::move(moved);
     reading.curves.push_back(std::move(made));
     return isKept;
 }

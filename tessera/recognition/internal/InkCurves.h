@@ -11,8 +11,11 @@ namespace Tessera::Geometry {
 /// Appends the curves of a chain with their joints. Deviations are left to be measured.
 void AppendChain(const InkPath& path, const ExactChain& chain, InkReading& reading);
 
-/// Appends one full circle or ellipse.
+/// The reading of one full circle or ellipse: its shape too.
 void AppendRound(const InkPath& path, const RoundShape& shape, InkReading& reading);
+
+/// An elliptic arc that stands for the ink between two points of the path.
+InterpretedCurve MakeEllipticArc(const InkPath& path, const EllipticArc& arc, int first, int last);
 
 /// Appends an elliptic arc, its ends moved to `from` and `to` (in the pen's order) as a whole. Where this
 /// would throw it far off, as with ends that lie close together, it stays where it is, and false.

@@ -35,12 +35,6 @@ constexpr double kNoTurnDeg = 1e-9; // onto an axis
 // rules, which look at every sample.
 constexpr int kLeastSteps = 6;
 
-void ReadRound(const InkPath& path, const RoundShape& shape, InkReading& reading) {
-    reading.shape = shape.isCircle ? InkShape::Circle : InkShape::Ellipse;
-    reading.isClosed = true;
-    AppendRound(path, shape, reading);
-}
-
 // Curves between two ends take part in the joining of ends as the chord between these.
 ExactChain ChordOf(const PricedPath& ink, PieceKind kind) {
     const int last = ink.path.Size() - 1;
@@ -135,7 +129,7 @@ public:
         else if (arc_)
             ReadEllipticArc(priced_, preferences_, earlier, *arc_, reading);
         else if (round_)
-            ReadRound(priced_.path, *round_, reading);
+            AppendRound(priced_.path, *round_, reading);
         else
             ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
@@ -281,10 +275,10 @@ public:
                (isLost || rules_.Strays(reading, moved + LargestDeviation(ByRules()), ends_));
     }
 
-    /// Taken over from the rules, which then give no more.
+    /// The rules' own curves.
     InkReading& ByRules() {
         if (!byRules_)
-            rules_.Take(byRules_.emplace());
+            rules_.Read(false, byRules_.emplace());
         return *byRules_;
     }
 
@@ -305,11 +299,12 @@ private:
 };
 
 // The rules' pieces, tidied as far as that does not take them off the ink.
-void ReadRules(const InkStroke& ink, const PricedPath& priced, const SketchRecognizerPreferences& preferences,
-               std::span<Curve* const> earlier, Judge& judge, InkReading& reading) {
+void ReadRules(const InkStroke& ink, const PricedPath& priced, RulesReading& rules,
+               const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier, Judge& judge,
+               InkReading& reading) {
     for (const auto& asked : {preferences, AsDrawn(preferences)}) {
         reading = InkReading();
-        ReadTidiedRules(ink, priced, asked, earlier, reading);
+        ReadTidiedRules(ink, priced, rules, asked, earlier, reading);
         if (!judge.Strays(reading))
             return;
     }
@@ -328,11 +323,11 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
     Judge judge(ink, rules, path.scale * priced.closing, path.scale * rules.LineShare() * path.length);
     if (!preferences.GetReduceInkCurveDeviation()) {
-        ReadRules(ink, priced, preferences, earlier, judge, reading);
+        ReadRules(ink, priced, rules, preferences, earlier, judge, reading);
         return;
     }
     if (rules.Count() * kLeastSteps > path.Size()) {
-        rules.Take(reading);
+        rules.Read(false, reading);
         return;
     }
     Readings readings(priced, rules, preferences);
@@ -351,7 +346,7 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
         MeasureDeviations(ink.samples, reading);
     }
     if (!keepsKinds || judge.Strays(reading))
-        ReadRules(ink, priced, preferences, earlier, judge, reading);
+        ReadRules(ink, priced, rules, preferences, earlier, judge, reading);
 }
 
 } // namespace Tessera::Geometry

@@ -244,6 +244,11 @@ InkPath FitToPieces(std::span<const InkSample> samples, InkPath path) {
     return path;
 }
 
+int PointAt(const InkPath& path, int sample) {
+    const auto at = std::lower_bound(path.source.begin(), path.source.end(), static_cast<double>(sample));
+    return std::min(static_cast<int>(at - path.source.begin()), path.Size() - 1);
+}
+
 PenPace PaceAlong(const InkPath& path, std::span<const InkSample> samples) {
     std::vector<double> time;
     time.reserve(path.pts.size());

@@ -44,6 +44,9 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 /// @param samples  those that the path was made from.
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
+/// The first point that lies not before a sample; the last one where none does.
+int PointAt(const InkPath& path, int sample);
+
 /// Speed of the pen about each point of a path, of the speed that it exceeds for a quarter of the path.
 struct PenPace {
     std::vector<double> wide;  ///< over a few points: the clock of the device is uneven

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "tessera/kernel/EQ.h"
+
 namespace Tessera::Geometry {
 
 namespace {
+
+constexpr double kSmallCurve = 20.0; // the longest piece is at least so many times longer
 
 // Does not follow the speed factor.
 double AdjustedMinimum(const SketchRecognizerPreferences& preferences) {
@@ -35,6 +39,10 @@ void RecognitionTolerances(const SketchRecognizerPreferences& preferences, doubl
     const double minimum = AdjustedMinimum(preferences);
     for (int i = 0; i < 4; ++i)
         tol[i] = ByScheme(preferences.AskToleranceScheme(), absolute[i], relative[i] * length, minimum);
+}
+
+double SmallCurveLength(double longest) {
+    return longest / kSmallCurve + EQ_ask_length_tolerance();
 }
 
 double ClosedStrokeTolerance(const SketchRecognizerPreferences& preferences, double length) {

@@ -16,7 +16,6 @@
 #include "tessera/recognition/internal/InkSpeeds.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tessera/recognition/internal/RecognitionTolerances.h"
-#include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tessera/strokes/Stroke.h"
 
 namespace Tessera::Geometry {
@@ -71,8 +70,7 @@ private:
 
 } // namespace
 
-RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
-                           bool withoutCrumbs)
+RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences)
     : ink_(ink), preferences_(preferences) {
     preferences_.SetZoomFactor(1.0); // of the working size, whatever the view shows of the model
     double low[2] = {ink.samples[0].x, ink.samples[0].y};
@@ -101,8 +99,6 @@ RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferenc
     recognizer.Recognize(stroke, true, CurveType_Line);
     if (preferences.GetCurveTidy())
         CloseRoundStroke(recognizer);
-    if (withoutCrumbs)
-        SketchRecognizerAccess{recognizer}.RemoveSmallCurves();
     pieces_.reserve(recognizer.GetResults().size());
     while (const std::unique_ptr<RecognizedGeometry> result = pending.Next()) {
         InterpretedCurve made;
@@ -128,19 +124,36 @@ bool RulesReading::SawKindOf(const InterpretedCurve& made) const {
     return !sawAny;
 }
 
-const std::vector<InterpretedCurve>& RulesReading::Curves() {
+void RulesReading::BringToModel() {
     double back[3][3] = {{1.0, 0.0, scale_ * x_}, {0.0, 1.0, scale_ * y_}, {0.0, 0.0, scale_}};
     for (std::size_t i = 0; i < pieces_.size() && !areInModel_; ++i) {
         pieces_[i].curve->Transform(back);
         pieces_[i].isReversed = RunsAgainst(pieces_[i], ink_.samples);
     }
     areInModel_ = true;
-    return pieces_;
 }
 
-void RulesReading::Take(InkReading& reading) {
-    Curves();
-    reading.curves = std::move(pieces_);
+std::vector<const InterpretedCurve*> RulesReading::Curves(bool withoutCrumbs) {
+    BringToModel();
+    double longest = 0.0;
+    for (const InterpretedCurve& piece : pieces_)
+        longest = std::max(longest, PieceLength(lengthTo_, piece.firstSample, piece.lastSample));
+    const double least = withoutCrumbs ? SmallCurveLength(longest) : 0.0;
+    std::vector<const InterpretedCurve*> curves;
+    for (const InterpretedCurve& piece : pieces_)
+        if (!withoutCrumbs || scale_ * piece.curve->Length() >= least)
+            curves.push_back(&piece);
+    return curves;
+}
+
+void RulesReading::Read(bool withoutCrumbs, InkReading& reading) {
+    for (const InterpretedCurve* piece : Curves(withoutCrumbs)) {
+        InterpretedCurve& made = reading.curves.emplace_back();
+        made.curve.reset(piece->curve->CopyCurveOnly());
+        made.firstSample = piece->firstSample;
+        made.lastSample = piece->lastSample;
+        made.isReversed = piece->isReversed;
+    }
     if (reading.curves.size() == 1)
         reading.shape = ShapeOf(*reading.curves[0].curve);
     else if (!reading.curves.empty())
@@ -150,16 +163,11 @@ void RulesReading::Take(InkReading& reading) {
 }
 
 std::vector<Chain> RulesReading::AsChains(const PricedPath& ink) const {
-    const auto pointAt = [&](int sample) { // the nearest point of the path
-        const auto& source = ink.path.source;
-        const auto above = std::lower_bound(source.begin(), source.end(), static_cast<double>(sample));
-        return std::min(static_cast<int>(above - source.begin()), ink.path.Size() - 1);
-    };
     std::vector<int> breaks{0};
     std::vector<bool> isArc;
     for (const InterpretedCurve& made : pieces_) {
         const CurveType_e kind = made.curve->GetType();
-        const int last = &made == &pieces_.back() ? ink.path.Size() - 1 : pointAt(made.lastSample);
+        const int last = &made == &pieces_.back() ? ink.path.Size() - 1 : PointAt(ink.path, made.lastSample);
         if (kind > CurveType_Arc || made.curve->IsClosed() || last <= breaks.back() + 1)
             return {};
         breaks.push_back(last);

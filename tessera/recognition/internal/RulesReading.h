@@ -17,19 +17,18 @@ namespace Tessera::Geometry {
 /// borrowed.
 class RulesReading {
 public:
-    /// With `withoutCrumbs` the curves that are short beside the longest piece are left out.
-    RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences,
-                 bool withoutCrumbs = false);
+    RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
 
     int Count() const { return static_cast<int>(pieces_.size()); }
 
     /// Whether the rules saw no other kind of curve in the middle of the ink that it stands for.
     bool SawKindOf(const InterpretedCurve& made) const;
 
-    /// The curves in model units; what asks for chains and rounds comes before.
-    const std::vector<InterpretedCurve>& Curves();
-    /// Hands the curves over, with deviations and the samples they stand for; joins nothing. Once only.
-    void Take(InkReading& reading);
+    /// The curves in model units, borrowed; what asks for chains and rounds comes before. With
+    /// `withoutCrumbs` those that are short beside the longest piece are left out.
+    std::vector<const InterpretedCurve*> Curves(bool withoutCrumbs);
+    /// The same as a reading of their copies, with deviations; joins nothing.
+    void Read(bool withoutCrumbs, InkReading& reading);
 
     /// The pieces' ends and kinds as a chain, priced like any other; nothing unless all pieces are lines and
     /// arcs.
@@ -51,6 +50,7 @@ public:
     double ClosingShare(double length) const;
 
 private:
+    void BringToModel();
     double LengthOf(int firstSample, int lastSample) const; // at working size
 
     const InkStroke& ink_;

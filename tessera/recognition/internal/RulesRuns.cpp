@@ -2,19 +2,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <span>
+#include <utility>
 
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/EllipseEvidence.h"
+#include "tessera/recognition/internal/EllipticRun.h"
+#include "tessera/recognition/internal/InkCurves.h"
 
 namespace Tessera::Geometry {
 
 namespace {
-
-// The first point that lies not before a sample.
-int PointAt(const InkPath& path, int sample) {
-    const auto at = std::lower_bound(path.source.begin(), path.source.end(), static_cast<double>(sample));
-    return std::min(static_cast<int>(at - path.source.begin()), path.Size() - 1);
-}
 
 double CostOf(const RunPrices& prices, bool isArc, double squared) {
     return (isArc ? prices.arc : prices.line).CostFor(squared);
@@ -25,6 +25,63 @@ bool IsWithin(const PricedPath& ink, const PricedPiece& priced, double tolerance
         if (std::fabs(DistanceFrom(priced.piece, ink.path.At(i))) > tolerance)
             return false;
     return true;
+}
+
+bool IsEllipticArc(const RulesRun& run) {
+    return run.own != nullptr && run.own->curve->GetType() == CurveType_Ellipse &&
+           !run.own->curve->IsClosed();
+}
+
+// The briefest description of a run by itself, and the piece that joints with its neighbours are priced by.
+struct RunAlone {
+    Description description;
+    PricedPiece atStart;
+    PricedPiece atEnd;
+};
+
+RunAlone DescribeAlone(const PricedPath& ink, const RulesRun& run) {
+    const RunPrices prices = PriceRun(ink, run.first, run.last);
+    RunAlone best;
+    double least = 1e300;
+    const auto offer = [&](const Description& description, const PricedPiece& atStart,
+                           const PricedPiece& atEnd) {
+        const double length = LengthOf(run.last - run.first, description);
+        if (length >= least)
+            return;
+        least = length;
+        best = {description, atStart, atEnd};
+    };
+    for (const bool isArc : {false, true}) {
+        PricedPiece piece = isArc ? prices.arc : prices.line;
+        if ((isArc && !prices.hasArc) || (isArc != run.isArc && !IsEllipticArc(run)))
+            continue;
+        FindDirections(ink, piece);
+        for (const PricedPiece::Account& account : piece.accounts)
+            offer({account.price, account.sumSq}, piece, piece);
+    }
+    if (!IsEllipticArc(run))
+        return best;
+    if (const std::optional<EllipticRun> arc = FindEllipticRun(ink, run.first, run.last))
+        offer(arc->description, BendAt(*arc, false), BendAt(*arc, true));
+    return best;
+}
+
+bool MayJoinEllipse(const RulesRun& run, bool mayChangeKinds) {
+    return IsEllipticArc(run) || (mayChangeKinds && !run.isKept);
+}
+
+Description DescribeApart(const PricedPath& ink, std::span<const RulesRun> runs) {
+    Description apart;
+    RunAlone before;
+    for (const RulesRun& run : runs) {
+        RunAlone alone = DescribeAlone(ink, run);
+        apart.price += alone.description.price;
+        apart.sumSq += alone.description.sumSq;
+        if (&run != &runs.front())
+            apart.price += PriceJoint(ink, before.atEnd, alone.atStart, {ink, run.first}).price;
+        before = std::move(alone);
+    }
+    return apart;
 }
 
 /// How runs are merged: for the hand that drew them.
@@ -52,6 +109,28 @@ struct Merger {
         return true;
     }
 
+    // The same of neighbours of which at least one is an elliptic arc. The squares that are left tell the
+    // hand.
+    bool MergeElliptic(std::span<RulesRun> both) const {
+        RulesRun& run = both.front();
+        const RulesRun& next = both.back();
+        if ((!IsEllipticArc(run) && !IsEllipticArc(next)) || !MayJoinEllipse(run, mayChangeKinds) ||
+            !MayJoinEllipse(next, mayChangeKinds))
+            return false;
+        const std::optional<EllipticRun> whole = FindEllipticRun(ink, run.first, next.last);
+        const int points = next.last - run.first;
+        if (!whole || whole->farthest > tolerance ||
+            LengthOf(points, whole->description) > LengthOf(points, DescribeApart(ink, both)))
+            return false;
+        run.last = next.last;
+        run.isArc = false;
+        run.isKept = true;
+        run.merged =
+            std::make_unique<InterpretedCurve>(MakeEllipticArc(ink.path, whole->arc, run.first, run.last));
+        run.own = run.merged.get();
+        return true;
+    }
+
     PricedPiece PieceOf(const RulesRun& run) const {
         const RunPrices prices = PriceRun(ink, run.first, run.last);
         PricedPiece piece = run.isArc ? prices.arc : prices.line;
@@ -62,14 +141,14 @@ struct Merger {
 
 } // namespace
 
-std::vector<RulesRun> RunsOf(const PricedPath& ink, const std::vector<InterpretedCurve>& curves) {
+std::vector<RulesRun> RunsOf(const PricedPath& ink, const std::vector<const InterpretedCurve*>& curves) {
     std::vector<RulesRun> runs;
-    for (const InterpretedCurve& made : curves) {
-        RulesRun run{PointAt(ink.path, made.firstSample), PointAt(ink.path, made.lastSample)};
+    for (const InterpretedCurve* made : curves) {
+        RulesRun run{PointAt(ink.path, made->firstSample), PointAt(ink.path, made->lastSample)};
         if (!runs.empty())
             run.first = runs.back().last = (runs.back().last + run.first) / 2;
-        run.own = &made;
-        runs.push_back(run);
+        run.own = made;
+        runs.push_back(std::move(run));
     }
     for (RulesRun& run : runs) {
         if (run.last < run.first + 2)
@@ -100,11 +179,39 @@ const Chain& BriefestOf(const PricedPath& ink, const std::vector<Chain>& chains)
 void MergeNeighbours(const PricedPath& ink, double tolerance, bool mayChangeKinds,
                      std::vector<RulesRun>& runs) {
     const Merger merger{ink, BriefestOf(ink, ChainsOfRuns(ink, runs)).squared, tolerance, mayChangeKinds};
-    std::size_t kept = 0;
-    for (std::size_t i = 1; i < runs.size(); ++i)
-        if (!merger.Merge(runs[i], runs[kept]))
-            runs[++kept] = runs[i];
-    runs.resize(kept + 1);
+    for (std::size_t i = 1; i < runs.size();) {
+        const bool isElliptic = merger.MergeElliptic({&runs[i - 1], 2});
+        if (!isElliptic && !merger.Merge(runs[i], runs[i - 1])) {
+            ++i;
+            continue;
+        }
+        runs.erase(runs.begin() + static_cast<std::ptrdiff_t>(i));
+        if (isElliptic && i > 1)
+            --i; // what lies before it may be too short to tell of it alone
+    }
+}
+
+std::optional<RoundShape> MergeIntoRound(const PricedPath& ink, double tolerance, bool mayChangeKinds,
+                                         const std::vector<RulesRun>& runs, int samples) {
+    const auto mayJoin = [&](const RulesRun& run) { return MayJoinEllipse(run, mayChangeKinds); };
+    if (runs.size() < 2 || ink.path.Gap() > ink.closing ||
+        std::none_of(runs.begin(), runs.end(), IsEllipticArc) ||
+        !std::all_of(runs.begin(), runs.end(), mayJoin))
+        return std::nullopt;
+    const std::optional<EllipseEvidence> ellipse = FindEllipse(ink.path);
+    std::optional<RoundShape> round;
+    if (ellipse)
+        round = FindRoundShape(ink, *ellipse, samples);
+    if (!round || round->isCircle)
+        return std::nullopt;
+    const EllipseEvidence beside =
+        EvidenceBeside(ink.path, round->centre, round->radii[0], round->radii[1], round->rotation);
+    const bool isWithin = std::all_of(beside.distance.begin(), beside.distance.end(),
+                                      [&](double d) { return std::fabs(d) <= tolerance; });
+    Description apart = DescribeApart(ink, runs);
+    apart.price += 2.0 * kNumberPrice; // the start point
+    return isWithin && LengthOf(ink.path, round->description) <= LengthOf(ink.path, apart) ? round
+                                                                                           : std::nullopt;
 }
 
 void SimplifyKinds(const PricedPath& ink, double tolerance, std::vector<RulesRun>& runs) {

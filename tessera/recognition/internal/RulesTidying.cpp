@@ -11,7 +11,6 @@
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
-#include "tessera/recognition/internal/RulesReading.h"
 #include "tessera/recognition/internal/RulesRuns.h"
 #include "tessera/recognition/internal/SmoothForms.h"
 
@@ -126,24 +125,30 @@ bool ReadClosedForm(const InkStroke& ink, const PricedPath& priced, const Curve&
 
 } // namespace
 
-void ReadTidiedRules(const InkStroke& ink, const PricedPath& priced,
+void ReadTidiedRules(const InkStroke& ink, const PricedPath& priced, RulesReading& rules,
                      const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                      InkReading& reading) {
     const bool isTidy = preferences.GetCurveTidy();
-    RulesReading rules(ink, preferences, isTidy);
     const double tolerance = rules.LineShare() * priced.path.length;
     const bool mayChangeKinds = preferences.GetChangeCurveType();
-    const std::vector<InterpretedCurve>& curves = rules.Curves();
-    if (isTidy && curves.size() == 1 && ReadClosedForm(ink, priced, *curves[0].curve, reading))
+    const std::vector<const InterpretedCurve*> curves = rules.Curves(isTidy);
+    if (isTidy && curves.size() == 1 && ReadClosedForm(ink, priced, *curves[0]->curve, reading))
         return;
-    const bool isWhole = curves.size() == 1 && curves[0].curve->IsClosed();
+    const bool isWhole = curves.size() == 1 && curves[0]->curve->IsClosed();
     std::vector<RulesRun> runs = isWhole ? std::vector<RulesRun>() : RunsOf(priced, curves);
     if (runs.empty()) {
-        rules.Take(reading);
+        rules.Read(isTidy, reading);
         if (isTidy && reading.isClosed && reading.shape == InkShape::Spline)
             AppendSeam(*reading.curves[0].curve, reading);
         return;
     }
+    const int samples = static_cast<int>(ink.samples.size());
+    if (isTidy)
+        if (const auto round = MergeIntoRound(priced, tolerance, mayChangeKinds, runs, samples)) {
+            AppendRound(priced.path, *round, reading);
+            MeasureDeviations(ink.samples, reading);
+            return;
+        }
     if (isTidy)
         MergeNeighbours(priced, tolerance, mayChangeKinds, runs);
     if (mayChangeKinds)
@@ -152,7 +157,7 @@ void ReadTidiedRules(const InkStroke& ink, const PricedPath& priced,
         !isTidy && !preferences.AskSnapping() &&
         std::all_of(runs.begin(), runs.end(), [](const RulesRun& run) { return run.own != nullptr; });
     if (standAsTheyAre) {
-        rules.Take(reading);
+        rules.Read(isTidy, reading);
         return;
     }
     if (isTidy && runs.size() > 1)
