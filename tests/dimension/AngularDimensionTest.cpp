@@ -4,7 +4,7 @@
 #include "tessera/dimension/internal/TempDecoration.h"
 #include "tessera/kernel/EQ.h"
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/Test.h"
+#include "tests/support/SampleCurves.h"
 
 using namespace Tessera::Testing;
 using DimPtr = std::unique_ptr<AngularDimension>;
@@ -38,14 +38,12 @@ void ExpectDecoration(const AngularDimension& dim, const Layout& layout, double 
                           {layout.extensionEnd, 0},    tip, {r - 0.75, layout.base},
                           {r + 0.75, layout.base},     tip, {r - 2, 0}};
     for (const int side : {1, 2}) {
-        const Points points = DecorationOf(dim, side);
-        ASSERT_EQ(points.size(), first.size());
-        for (std::size_t i = 0; i < first.size(); ++i) {
-            const Point local = side == 1 ? first[i] : Point(first[i].y, first[i].x);
-            const double turn = std::atan2(local.y, local.x) * kDeg + at;
-            ExpectNear(points[i], FromCentre(local.Length(), turn), 1e-9,
-                       "side " + std::to_string(side) + " point " + std::to_string(i));
+        Points expected;
+        for (const Point& p : first) {
+            const double turn = std::atan2(p.y, p.x) * kDeg;
+            expected.push_back(FromCentre(p.Length(), at + (side == 1 ? turn : 90.0 - turn)));
         }
+        ExpectSamePoints(DecorationOf(dim, side), expected, 1e-9, "side " + std::to_string(side));
     }
 }
 
@@ -134,8 +132,7 @@ TEST(AngularDimension, LinesThatBecomeParallelKeepWhatWasDrawn) {
     ASSERT_TRUE(corner.second.CopyCurveData(&original));
     corner.dim.UpdateDimension();
     EXPECT_TRUE(corner.dim.IsValid());
-    for (std::size_t i = 0; i < points.size(); ++i)
-        ExpectNear(DecorationOf(corner.dim, 1)[i], points[i]);
+    ExpectSamePoints(DecorationOf(corner.dim, 1), points);
 }
 
 TEST(AngularDimension, TextKeepsTheSmallerOfItsTwoOffsets) {
@@ -189,14 +186,13 @@ TEST(AngularDimension, SidesInAllDirections) {
 TEST(AngularDimension, TipsAreBroughtBack) {
     for (const double to : {50.0, 15.0}) { // with an extension line from 15 on
         Corner corner(0, 90, 20, 0, to);
-        const Points before = DecorationOf(corner.dim, 1);
+        Points expected = DecorationOf(corner.dim, 1);
         for (Point& p : corner.dim.GetAngularDimDeco(1)->GetPoints())
             p += Point(3, 1);
         corner.dim.AdjustPoint1s();
-        const Points after = DecorationOf(corner.dim, 1);
-        for (std::size_t i = 0; i < after.size(); ++i)
-            ExpectNear(after[i], before[i] + (i == 0 || (i == 2 && to < 20) ? Point(3, 1) : Point(0, 0)),
-                       1e-12, std::to_string(i));
+        for (const std::size_t i : to < 20 ? std::vector<std::size_t>{0, 2} : std::vector<std::size_t>{0})
+            expected[i] += Point(3, 1);
+        ExpectSamePoints(DecorationOf(corner.dim, 1), expected, 1e-12);
     }
     const double t = EQ_ask_length_tolerance();
     EXPECT_TRUE(Corner(0, 90, 20, 9.9 * t).dim.CenterAtLineEnds());
@@ -233,33 +229,26 @@ TEST(AngularDimension, DrawnFormExtentAndDistance) {
         ASSERT_TRUE(dim.AskXYBox(box));
         for (int i = 0; i <= 20; ++i)
             EXPECT_TRUE(box.ContainPoint(FromCentre(row.reach, 250 + 5 * i))) << "the arc under the text too";
-        const Point probes[] = {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)};
-        double least[3];
-        for (int i = 0; i < 3; ++i) {
-            least[i] = std::numeric_limits<double>::max();
-            for (std::size_t k = 0; k < 4; ++k)
-                least[i] = std::min(
-                    least[i], Line(drawn.textBox[k], drawn.textBox[(k + 1) % 4]).DistanceBounded(probes[i]));
-            for (std::size_t k = 0; k < 6; ++k)
-                least[i] = std::min(least[i],
-                                    Line(drawn.arrowPoints[k], drawn.arrowPoints[k % 3 == 2 ? k - 2 : k + 1])
-                                        .DistanceBounded(probes[i]));
-        }
-        for (const Curve* curve : drawn.curves) {
-            double limits[2];
-            curve->AskRange(limits);
-            for (int i = 0; i <= 2000; ++i) {
-                const Point p =
-                    curve->GetPointAtParameter(limits[0] + (limits[1] - limits[0]) * i / 2000.0, true);
+        std::vector<Line> outlines; // of the text box and of both arrowheads
+        for (std::size_t k = 0; k < 4; ++k)
+            outlines.emplace_back(drawn.textBox[k], drawn.textBox[(k + 1) % 4]);
+        for (std::size_t k = 0; k < 6; ++k)
+            outlines.emplace_back(drawn.arrowPoints[k], drawn.arrowPoints[k % 3 == 2 ? k - 2 : k + 1]);
+        Points points;
+        for (const Curve* curve : drawn.curves)
+            for (const Point& p : DensePoints(*curve, 2000)) {
                 EXPECT_FALSE(dim.AnnotationSelected(p, -1e-3)) << "nothing runs under the text";
                 EXPECT_TRUE(box.ContainPoint(p)) << p.x << " " << p.y;
-                for (int k = 0; k < 3; ++k)
-                    least[k] = std::min(least[k], p.Distance(probes[k]));
+                points.push_back(p);
             }
-        }
-        for (int i = 0; i < 3; ++i) {
+        for (const Point& probe : {FromCentre(31, 260), FromCentre(3, 340), FromCentre(25, 120)}) {
+            double least = std::numeric_limits<double>::max();
+            for (const Line& side : outlines)
+                least = std::min(least, side.DistanceBounded(probe));
+            for (const Point& p : points)
+                least = std::min(least, p.Distance(probe));
             int part = -7;
-            EXPECT_NEAR(dim.GetDistanceToPoint(probes[i], part), least[i], 1e-3);
+            EXPECT_NEAR(dim.GetDistanceToPoint(probe, part), least, 1e-3);
         }
     }
 }

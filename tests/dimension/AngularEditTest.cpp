@@ -1,6 +1,5 @@
 // Value edits and drags of angular dimensions.
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 
@@ -112,8 +111,7 @@ TEST(AngularEdit, TheTextFollowsThePointer) {
                        arc.GetStart(), 1e-8);
             const Points points = DecorationOf(dim, 1);
             dim.UpdateDimension();
-            for (std::size_t k = 0; k < points.size(); ++k)
-                ExpectNear(DecorationOf(dim, 1)[k], points[k], 1e-8, "an update changes nothing");
+            ExpectSamePoints(DecorationOf(dim, 1), points, 1e-8, "an update changes nothing");
         }
         Drag(dim, {path.back(), path.front()});
         ExpectNear(TextMiddle(dim), path.front(), 1e-8);

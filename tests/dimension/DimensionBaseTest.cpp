@@ -3,7 +3,6 @@
 
 #include "tests/support/DimensionProbes.h"
 #include "tests/support/SlotOf.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 
@@ -51,15 +50,13 @@ TEST(DimensionBase, VirtualOperationsKeepTheirSlots) {
 
 TEST(DimensionBase, Defaults) {
     const LinearDimension dim;
-    EXPECT_EQ(dim.AskClass(), 3);
-    EXPECT_EQ(dim.GetFontHeight(), 5.29);
-    EXPECT_DOUBLE_EQ(dim.GetFontWidth(), 2.645);
-    EXPECT_DOUBLE_EQ(dim.GetArrowheadWidth(), 1.98375);
-    EXPECT_DOUBLE_EQ(dim.GetArrowheadLength(), 3.9675);
-    EXPECT_EQ(dim.GetUpdateSide(), -1);
+    const std::vector<double> expected = {3, 5.29, 2.645, 1.98375, 3.9675, -1, 15, 15};
+    EXPECT_THAT(
+        (std::vector<double>{1.0 * dim.AskClass(), dim.GetFontHeight(), dim.GetFontWidth(),
+                             dim.GetArrowheadWidth(), dim.GetArrowheadLength(), 1.0 * dim.GetUpdateSide(),
+                             dim.GetTextHeightOffset(), dim.GetTextOffset()}),
+        testing::Pointwise(testing::DoubleEq(), expected));
     EXPECT_EQ(dim.GetOrientation(), Vector(1, 0));
-    EXPECT_EQ(dim.GetTextHeightOffset(), 15.0);
-    EXPECT_EQ(dim.GetTextOffset(), 15.0);
     EXPECT_FALSE(dim.GetIsFinalized());
     EXPECT_TRUE(dim.IsDisplayable());
 }

@@ -3,7 +3,6 @@
 #include "tessera/core/NumericHelpers.h"
 #include "tessera/dimension/internal/TempDecoration.h"
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using Tessera::Core::TaggedObject;
@@ -324,7 +323,7 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
         for (const Kind& kind : kKinds) {
             SCOPED_TRACE(std::string(kind.name) + " trial " + std::to_string(trial));
             auto [first, second, dim] = Scene(kind, offset);
-            const Points before = DecorationOf(*dim, 1);
+            Points carried = DecorationOf(*dim, 1);
             Point anchor = dim->GetOrigin();
             const double leader = dim->GetTextOffset(), width = dim->GetTextWidthOffset();
             auto* length = dynamic_cast<LengthDimension*>(dim.get());
@@ -349,11 +348,9 @@ TEST(DimensionLife, TransformedAndFreshlyMadeAgree) {
             }
             ExpectSamePlacement(*dim, *fresh, 1e-8 * (1.0 + scale));
             if (angle == 0.0 && scale == 1.0) {
-                for (std::size_t i = 0; i < before.size(); ++i) {
-                    Point moved = before[i];
-                    moved.Transform(m);
-                    ExpectNear(DecorationOf(*dim, 1)[i], moved, 1e-9, "carried along");
-                }
+                for (Point& p : carried)
+                    p.Transform(m);
+                ExpectSamePoints(DecorationOf(*dim, 1), carried, 1e-9, "carried along");
             }
         }
     }

@@ -51,13 +51,9 @@ void ExpectDecoration(const LengthDimension& dim, const Layout& layout, const Or
         Points expected = layout.points;
         if (isBelow)
             std::swap(expected[5], expected[6]); // the base corners keep their sides of n
-        const Points points = DecorationOf(dim, side);
-        ASSERT_EQ(points.size(), expected.size());
-        for (std::size_t i = 0; i < points.size(); ++i) {
-            const Point& p = expected[i];
-            ExpectNear(points[i], place({isFirst ? p.x : layout.length - p.x, isBelow ? -p.y : p.y}), 1e-9,
-                       "side " + std::to_string(side) + " point " + std::to_string(i));
-        }
+        for (Point& p : expected)
+            p = place({isFirst ? p.x : layout.length - p.x, isBelow ? -p.y : p.y});
+        ExpectSamePoints(DecorationOf(dim, side), expected, 1e-9, "side " + std::to_string(side));
         EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionStartIndex(), 2);
         EXPECT_EQ(dim.GetLengthDimDeco(side)->GetExtensionEndIndex(), 3);
     }

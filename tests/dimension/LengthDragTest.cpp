@@ -1,6 +1,5 @@
 // Dragging the text of length-like dimensions, and the driver of drags.
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using DimensionPtr = std::unique_ptr<LengthDimension>;

@@ -2,7 +2,6 @@
 #include "tessera/dimension/RadialDimension.h"
 
 #include "tests/support/DimensionProbes.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Testing;
 using DimPtr = std::unique_ptr<RadialDimension>;
@@ -49,11 +48,11 @@ TEST(RadialDimension, DecorationInEightOrientations) {
             const auto place = [&](double u, double v) {
                 return kCentre.AffineCombine(u, along).AffineCombine(v, perp);
             };
+            Points expected;
+            for (const Point& p : layout.points)
+                expected.push_back(place(p.x, p.y));
             const Points points = DecorationOf(dim, 1);
-            ASSERT_EQ(points.size(), layout.points.size());
-            for (std::size_t i = 0; i < points.size(); ++i)
-                ExpectNear(points[i], place(layout.points[i].x, layout.points[i].y), 1e-9,
-                           "point " + std::to_string(i));
+            ExpectSamePoints(points, expected);
             EXPECT_EQ(dim.GetAnnotation(), 10.0);
             EXPECT_EQ(dim.GetTextWidthOffset(), 5.0) << "two digits and the R";
             EXPECT_EQ(dim.GetTextHeightOffset(), 1.0);
@@ -69,10 +68,7 @@ TEST(RadialDimension, DecorationInEightOrientations) {
             ExpectNear(Point(box[2] - box[1]), Polar(4, o.textAngle + 90));
             Points outline;
             dim.GetRadialDimDecoPolygon(outline);
-            const int order[] = {0, 1, 3, 4, 1};
-            ASSERT_EQ(outline.size(), std::size(order));
-            for (std::size_t i = 0; i < outline.size(); ++i)
-                EXPECT_EQ(outline[i], points[order[i]]);
+            EXPECT_EQ(outline, (Points{points[0], points[1], points[3], points[4], points[1]}));
         }
 }
 

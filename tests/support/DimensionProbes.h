@@ -72,6 +72,13 @@ inline std::vector<Point> DecorationOf(const DimensionBase& dim, int side) {
     return deco != nullptr ? deco->GetPoints() : std::vector<Point>();
 }
 
+inline void ExpectSamePoints(const Points& actual, const Points& expected, double tol = 1e-9,
+                             const std::string& what = "") {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i)
+        ExpectNear(actual[i], expected[i], tol, what + " point " + std::to_string(i));
+}
+
 /// Everything that an update computes, side by side.
 inline void ExpectSamePlacement(const DimensionBase& a, const DimensionBase& b, double tol) {
     EXPECT_NEAR(a.GetAnnotation(), b.GetAnnotation(), tol);
@@ -79,13 +86,8 @@ inline void ExpectSamePlacement(const DimensionBase& a, const DimensionBase& b, 
     EXPECT_NEAR(a.GetTextWidthOffset(), b.GetTextWidthOffset(), tol);
     EXPECT_NEAR(a.GetTextAngle(), b.GetTextAngle(), 1e-6);
     ExpectNear(a.GetOrigin(), b.GetOrigin(), tol, "origin");
-    for (const int side : {1, 2}) {
-        const std::vector<Point> p = DecorationOf(a, side);
-        const std::vector<Point> q = DecorationOf(b, side);
-        ASSERT_EQ(p.size(), q.size());
-        for (std::size_t i = 0; i < p.size(); ++i)
-            ExpectNear(p[i], q[i], tol, "side " + std::to_string(side) + " point " + std::to_string(i));
-    }
+    for (const int side : {1, 2})
+        ExpectSamePoints(DecorationOf(a, side), DecorationOf(b, side), tol, "side " + std::to_string(side));
 }
 
 inline CurveList ParentsOf(const DimensionBase& dim) {
