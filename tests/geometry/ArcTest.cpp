@@ -1,7 +1,6 @@
 #include "tessera/geometry/Arc.h"
 
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

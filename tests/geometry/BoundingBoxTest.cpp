@@ -2,7 +2,6 @@
 
 #include "tessera/geometry/Point.h"
 #include "tests/support/Records.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

@@ -1,7 +1,6 @@
 // What curves answer through the kernel: pieces, measures, and how they lie to each other.
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;
@@ -64,11 +63,14 @@ TEST(CurveKernel, EmptyRangesAreRefused) {
         EXPECT_EQ(ThrownMessage([&] { line.AskBoundingBoxOfRange(range); }), text);
         EXPECT_FALSE(line.Trim(range));
     }
-    double small[2] = {0.2, 0.2 + 2e-7}, acrossSeam[2] = {5, 7};
+    double small[2] = {0.2, 0.2 + 2e-7}, acrossSeam[2] = {5, 7}, turn[2] = {1, 1 + 2 * kPi};
     EXPECT_NEAR(CurvePtr(line.Extract(small))->Length(), 2e-7, 1e-12);
-    const CurvePtr arc(MakeCircle({0, 0}, 1)->Extract(acrossSeam));
-    EXPECT_NEAR(arc->Length(), 2.0, 1e-12);
-    EXPECT_EQ(arc->GetMidPoint(), Point(std::cos(6.0), std::sin(6.0)));
+    for (const CurvePtr& round : {MakeCircle({0, 0}, 1), MakeEllipse({0, 0}, 1, 1, 0, 0, 2 * kPi)}) {
+        const CurvePtr arc(round->Extract(acrossSeam)), whole(round->Extract(turn));
+        EXPECT_NEAR(arc->Length(), 2.0, 1e-12);
+        EXPECT_EQ(arc->GetMidPoint(), Point(std::cos(6.0), std::sin(6.0)));
+        EXPECT_TRUE(whole->IsClosed() && !arc->IsClosed());
+    }
 }
 
 TEST(CurveKernel, PointsOnAndEndsAtTheBoundedCurve) {

@@ -1,7 +1,6 @@
 // Curves against polygons: hand-made traps first, then random polygons against dense sampling.
 #include "tessera/core/NumericHelpers.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;

@@ -7,7 +7,6 @@
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
 #include "tests/support/SlotOf.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

@@ -4,7 +4,6 @@
 
 #include "tests/support/ChangeLog.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 using namespace Tessera::Geometry;

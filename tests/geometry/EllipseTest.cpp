@@ -2,7 +2,6 @@
 
 #include "tests/support/Records.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 using namespace Tessera::Geometry;
 using namespace Tessera::Testing;

@@ -45,9 +45,7 @@ TEST(Point, Arithmetic) {
     const double xy[2] = {3, 4};
     const Point p(xy);
     Point q(1, -2);
-    EXPECT_TRUE(p + q == Point(4, 2) && p - q == Point(2, 6) && p / 2.0 == Point(1.5, 2));
-    EXPECT_TRUE(2.0 * p == Point(6, 8) && p * 2.0 == Point(6, 8));
-    EXPECT_TRUE(p.Cross(q) == -10 && p.Dot(q) == -5 && p.Distance2(q) == 40 && p.Length() == 5);
+    EXPECT_TRUE(p.Cross(q) == -10 && p.Dot(q) == -5 && p.Distance2(q) == 40);
     EXPECT_TRUE(p.Coordinate(0) == 3 && p.Coordinate(1) == 4 && p.Coordinate(-7) == 4);
     EXPECT_EQ(p.AffineCombine(0.5, p.PointVector(q)), Point(2, 1));
     ((q += p) -= Point(1, 1)) /= 3.0;

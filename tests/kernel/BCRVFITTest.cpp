@@ -4,7 +4,6 @@
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/BSplineSample.h"
 #include "tests/support/SegmentDistance.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "tessera/kernel/BoxCurve.h"
 
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Test.h"
 
 using namespace records;
 

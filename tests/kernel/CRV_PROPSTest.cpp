@@ -1,7 +1,6 @@
 #include "tessera/kernel/CRV_PROPS.h"
 
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "tessera/kernel/CRV_TOPOL.h"
 #include "tests/support/Records.h"
-#include "tests/support/Test.h"
 
 namespace {
 

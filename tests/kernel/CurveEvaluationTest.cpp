@@ -1,5 +1,4 @@
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,5 +1,4 @@
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Test.h"
 
 using namespace records;
 
@@ -73,18 +72,6 @@ TEST(CurveExtraction, OpenRangesAreClampedAndEmptyOnesRefused) {
 TEST(CurveExtraction, EqualWeightsOfAPieceMakeItPolynomial) {
     const RecordPtr c = Bcurve(2, {{0, 0, 1}, {1, 2, 1}, {2, 0, 3}}), piece = Part(c, 0, 0.5);
     EXPECT_TRUE(DefinitionOf(piece).polynomial == 1 && DefinitionOf(Part(c, 0.4, 0.6)).polynomial == 0);
-}
-
-TEST(CurveExtraction, LinesAndConics) {
-    const RecordPtr line = Line(1, 2, 5, -3);
-    EXPECT_LT(LargestGap(line, 0.25, 0.75, Part(line, 0.25, 0.75), 0, 1), 1e-15);
-    const RecordPtr conics[] = {Arc(1, 2, 3), Ellipse(1, 2, 3, 1, 0.5), Arc(1, 2, 3, 5, 1)};
-    for (const RecordPtr& c : conics) {
-        const RecordPtr piece = Part(c, 5, 7); // across the seam
-        EXPECT_TRUE(piece->start == 5.0 && piece->span == 2.0 && piece->closed == 0);
-        EXPECT_LT(LargestGap(c, 5, 7, piece, 5, 7), 1e-15);
-        EXPECT_EQ(Part(c, 1, 1 + 2 * kPi)->closed, 1);
-    }
 }
 
 TEST(CurveToBCurve, ConicsAreExactInAscendingLimits) {

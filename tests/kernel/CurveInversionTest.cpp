@@ -2,7 +2,6 @@
 
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/Records.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "tessera/kernel/internal/SmFault.h"
 #include "tests/support/AllocationFaults.h"
 #include "tests/support/BSplineSample.h"
-#include "tests/support/Test.h"
 
 TEST(CurveRecord, ClosedWithinATinyAngle) {
     const std::pair<double, int> rows[] = {{2 * records::kPi, 1},         {2 * records::kPi - 9e-11, 1},

@@ -2,7 +2,6 @@
 
 #include "tessera/kernel/ARC_SPLINE.h"
 #include "tests/support/FitSamples.h"
-#include "tests/support/Test.h"
 
 using Vex::Math::Point2;
 using Vex::Math::Vector2;

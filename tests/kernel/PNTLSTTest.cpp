@@ -2,7 +2,6 @@
 
 #include "tessera/kernel/MTX4.h"
 #include "tests/support/SegmentDistance.h"
-#include "tests/support/Test.h"
 
 using Tessera::Testing::SegmentDistance;
 using Vex::Math::Point3;

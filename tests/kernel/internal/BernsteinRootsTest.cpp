@@ -66,22 +66,4 @@ TEST(BernsteinRoots, MultipleAndHiddenRoots) {
     EXPECT_NEAR(cut[1], 0.5, 1e-14);
 }
 
-TEST(BernsteinRoots, SplitDerivativeAndProductAgreeWithValues) {
-    const std::vector<double> f = {1, -2, 3, 0.5}, g = {2, 0.25, -1};
-    double left[4], right[4], slope[3], product[6];
-    Bernstein::Split(f.data(), 3, 0.3, left, right);
-    Bernstein::Derivative(f.data(), 3, slope);
-    Bernstein::Product(f.data(), 3, g.data(), 2, product);
-    for (double t = 0.0; t <= 1.0; t += 0.125) {
-        EXPECT_NEAR(Bernstein::Value(left, 3, t), Bernstein::Value(f.data(), 3, 0.3 * t), 1e-14);
-        EXPECT_NEAR(Bernstein::Value(right, 3, t), Bernstein::Value(f.data(), 3, 0.3 + 0.7 * t), 1e-14);
-        EXPECT_NEAR(Bernstein::Value(product, 5, t),
-                    Bernstein::Value(f.data(), 3, t) * Bernstein::Value(g.data(), 2, t), 1e-14);
-        const double h = 1e-6, difference = (Bernstein::Value(f.data(), 3, t + h) -
-                                             Bernstein::Value(f.data(), 3, t - h)) /
-                                            (2 * h);
-        EXPECT_NEAR(Bernstein::Value(slope, 2, t), difference, 1e-8);
-    }
-}
-
 } // namespace
