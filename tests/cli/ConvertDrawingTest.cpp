@@ -182,15 +182,11 @@ TEST(ConvertDrawing, RefusedStrokesHaveWhatTheLibraryReports) {
 
 /// Where the shape says that it is at a part of its way.
 Position On(const CurveShape& shape, double t) {
-    if (const auto* arc = std::get_if<ArcShape>(&shape)) {
-        const double angle = arc->startAngle + t * (arc->endAngle - arc->startAngle);
-        return {arc->center.x + arc->radius * std::cos(angle), arc->center.y + arc->radius * std::sin(angle)};
-    }
-    const auto& [e, from, to, start, end] = std::get<EllipticArcShape>(shape);
-    const double u = e.radii[0] * std::cos(from + t * (to - from));
-    const double v = e.radii[1] * std::sin(from + t * (to - from));
-    return {e.center.x + u * std::cos(e.rotation) - v * std::sin(e.rotation),
-            e.center.y + u * std::sin(e.rotation) + v * std::cos(e.rotation)};
+    if (const auto* arc = std::get_if<ArcShape>(&shape))
+        return OnEllipse({arc->center, {arc->radius, arc->radius}, 0.0},
+                         arc->startAngle + t * (arc->endAngle - arc->startAngle));
+    const auto& [ellipse, from, to, start, end] = std::get<EllipticArcShape>(shape);
+    return OnEllipse(ellipse, from + t * (to - from));
 }
 
 // The document's own evaluation says where an element runs.

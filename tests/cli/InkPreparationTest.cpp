@@ -1,6 +1,5 @@
 #include "apps/cli/prepare/InkPreparation.h"
 
-#include "tests/support/Test.h"
 #include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {

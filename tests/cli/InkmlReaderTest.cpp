@@ -1,6 +1,5 @@
 #include "apps/cli/ink/InkReader.h"
 #include "apps/cli/ink/InkmlTrace.h"
-#include "tests/support/Test.h"
 #include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {

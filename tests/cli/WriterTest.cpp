@@ -3,7 +3,7 @@
 #include "apps/cli/write/DrawingWriter.h"
 #include "apps/cli/write/GlyphLayout.h"
 #include "apps/cli/write/SvgCurve.h"
-#include "tests/support/Test.h"
+#include "tessera/geometry/Spline.h"
 #include "tests/support/ToolInk.h"
 
 namespace Tessera::Tool {
@@ -14,12 +14,6 @@ using ::testing::HasSubstr;
 /// The element drawn by the reader of SVG paths, which knows nothing of the writer.
 std::vector<Sample> DrawnBy(const CurveShape& shape) {
     return ReadSvg("<svg>" + SvgElement(shape) + "/></svg>", "a").strokes.at(0).samples;
-}
-
-Position OnEllipse(const EllipseShape& e, double t) {
-    const double u = e.radii[0] * std::cos(t), v = e.radii[1] * std::sin(t);
-    return {e.center.x + u * std::cos(e.rotation) - v * std::sin(e.rotation),
-            e.center.y + u * std::sin(e.rotation) + v * std::cos(e.rotation)};
 }
 
 TEST(SvgCurve, EllipticArcsOfEverySweepAndTurn) {
@@ -48,23 +42,14 @@ TEST(SvgCurve, ArcsRunCounterClockwiseFromStartToEnd) {
     }
 }
 
-/// Cox and de Boor's recursion, as written in the textbooks.
-double Basis(const std::vector<double>& knots, int i, int degree, double t) {
-    if (degree == 0)
-        return t >= knots[i] && t < knots[i + 1] ? 1.0 : 0.0;
-    const double left = knots[i + degree] - knots[i], right = knots[i + degree + 1] - knots[i + 1];
-    return (left > 0.0 ? (t - knots[i]) / left * Basis(knots, i, degree - 1, t) : 0.0) +
-           (right > 0.0 ? (knots[i + degree + 1] - t) / right * Basis(knots, i + 1, degree - 1, t) : 0.0);
-}
-
-Position OnSpline(const SplineShape& spline, double t) {
-    Position p;
-    for (std::size_t i = 0; i < spline.poles.size(); ++i) {
-        const double b = Basis(spline.knots, static_cast<int>(i), spline.degree, t);
-        p.x += b * spline.poles[i].x;
-        p.y += b * spline.poles[i].y;
-    }
-    return p;
+Position OnSpline(SplineShape spline, double t) {
+    std::vector<std::array<double, 4>> poles;
+    for (const Position& p : spline.poles)
+        poles.push_back({p.x, p.y, 0.0, 1.0});
+    const Geometry::Spline curve(static_cast<int>(poles.size()), spline.degree + 1, 0, spline.knots.data(),
+                                 reinterpret_cast<double(*)[4]>(poles.data()));
+    const Geometry::Point p = curve.GetPointAtParameter(t, false);
+    return {p.x, p.y};
 }
 
 TEST(SvgCurve, BezierSegmentsAreTheSpline) {

@@ -3,7 +3,6 @@
 #include "tessera/geometry/XYBox.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Core {
 namespace {
@@ -19,22 +18,6 @@ std::vector<TaggedObject*> MembersOf(const Group& group) {
     std::vector<TaggedObject*> members;
     group.AskMembers(members);
     return members;
-}
-
-TEST(DisplayableObject, CopiesGetAFreshIdentifierAndAssignmentLeavesTheGroup) {
-    Group group, other;
-    Stroke given = StrokeThrough({{1, 2}}), assigned;
-    given.SetWidth(5.0);
-    given.SetHidden(true);
-    given.SetGroup(&group);
-    const Stroke copy(given);
-    EXPECT_NE(copy.GetId(), given.GetId());
-    EXPECT_EQ(copy.GetDisplayData(), given.GetDisplayData());
-    EXPECT_TRUE(copy.IsHidden() && !copy.IsGrouped());
-    assigned.SetGroup(&other);
-    assigned = given;
-    EXPECT_EQ(assigned.GetId(), given.GetId());
-    EXPECT_TRUE(assigned.AskWidth() == 5.0 && assigned.AskGroup() == &other);
 }
 
 TEST(DisplayableObject, EverySetterReportsBeforeItStores) {

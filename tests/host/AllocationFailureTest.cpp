@@ -11,9 +11,8 @@
 #include "tessera/recognition/InkInterpretation.h"
 #include "tessera/recognition/Scribble.h"
 #include "tessera/recognition/SketchRecognizerPreferences.h"
-#include "tessera/strokes/Stroke.h"
+#include "tests/support/DrawnStrokes.h"
 #include "tests/support/HostInk.h"
-#include "tests/support/Test.h"
 
 namespace {
 
@@ -80,12 +79,7 @@ TEST(AllocationFailure, NothingLeavesThePolyLineEntry) {
 }
 
 TEST(AllocationFailure, NothingLeavesTheScribbleEntries) {
-    Stroke scribble;
-    for (int i = 0; i <= 150; ++i) {
-        const int leg = i / 30;
-        const double t = i % 30 / 30.0;
-        scribble.AddPoint(StrokePoint(10 * (leg + t), leg % 2 == 0 ? 60 * t : 60 * (1 - t), 1));
-    }
+    Stroke scribble = Tessera::Testing::StrokeThrough(Tessera::Testing::Zigzag(5, 60, 10, 30));
     SketchRecognizerPreferences preferences;
     Line line(Point(0, 30), Point(50, 30));
     Curve* curves[] = {&line};

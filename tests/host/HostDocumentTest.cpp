@@ -2,7 +2,6 @@
 
 #include "tessera/host/internal/ReferenceDocument.h"
 #include "tests/support/HostProbe.h"
-#include "tests/support/Test.h"
 
 namespace {
 

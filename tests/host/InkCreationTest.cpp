@@ -6,7 +6,6 @@
 #include "tessera/host/internal/InkingCnstrHelper.h"
 #include "tests/support/HostInk.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 namespace {
 

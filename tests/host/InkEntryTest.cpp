@@ -2,7 +2,6 @@
 // leaves the document as it was and is reported once.
 #include "tessera/host/ScriptorRecog.h"
 #include "tests/support/HostInk.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "tessera/host/ReferenceHost.h"
 #include "tessera/kernel/SM.h"
 #include "tests/support/HostProbe.h"
-#include "tests/support/Test.h"
 
 namespace {
 

@@ -15,6 +15,7 @@ namespace {
 
 using namespace Tessera::Geometry;
 using Tessera::Testing::StrokeThrough;
+using Tessera::Testing::Zigzag;
 using Points = std::vector<Point>;
 
 constexpr double kPi = std::numbers::pi;
@@ -22,14 +23,6 @@ constexpr double kPi = std::numbers::pi;
 Points Along(const Points& corners, int perLeg) {
     const Tessera::Testing::Samples samples = Tessera::Testing::DrawPath(corners, perLeg);
     return {samples.begin(), samples.end()};
-}
-
-/// Back and forth between y = 0 and y = height, `pitch` forward with each leg.
-Points Zigzag(int legs, double height, double pitch, int perLeg) {
-    Points corners;
-    for (int i = 0; i <= legs; ++i)
-        corners.emplace_back(pitch * i, i % 2 == 0 ? 0.0 : height);
-    return Along(corners, perLeg);
 }
 
 Points Spiral(double turns, int samples, double growth) {

@@ -1,6 +1,5 @@
 #include "tessera/strokes/Stroke.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {

@@ -3,7 +3,6 @@
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
-#include "tests/support/Test.h"
 
 namespace {
 
@@ -216,17 +215,8 @@ TEST(Simplify, EndCases) {
 
 // --- Cusps
 
-std::vector<Point> Zigzag(int legs, int samplesPerLeg) {
-    std::vector<Point> points{Point(0, 0)};
-    for (int i = 1; i <= legs * samplesPerLeg; ++i) {
-        const double t = static_cast<double>(i) / samplesPerLeg;
-        points.emplace_back(10 * t, 100 * std::fabs(std::remainder(t, 2)));
-    }
-    return points;
-}
-
 TEST(Cusps, AreTheInnerCornersOfAZigzag) {
-    const Stroke stroke = StrokeThrough(Zigzag(5, 30));
+    const Stroke stroke = StrokeThrough(Zigzag(5, 100, 10, 30));
     std::vector<int> cusps{99};
     stroke.GetCuspIds(110, 8, cusps);
     ASSERT_EQ(cusps.size(), 4u);
@@ -264,7 +254,7 @@ TEST(Cusps, AFlickIsDroppedAndForTheLastCuspTheOneBefore) {
     // One of four cusps is passed very fast: its time falls below 0.15 of the mean.
     for (const int flick : {1, 3}) {
         SCOPED_TRACE(flick);
-        const std::vector<Point> points = Zigzag(5, 30);
+        const std::vector<Point> points = Zigzag(5, 100, 10, 30);
         Stroke stroke = StrokeThrough(points);
         for (int i = 30 * (flick + 1) - 4; i <= 30 * (flick + 1) + 4; ++i)
             stroke.AssignPoint(StrokePoint(points[i].x, points[i].y, 100), i);

@@ -9,7 +9,6 @@
 #include "tessera/geometry/internal/RecordData.h"
 #include "tests/support/ChangeLog.h"
 #include "tests/support/DrawnStrokes.h"
-#include "tests/support/Test.h"
 #include "tests/support/ThrownMessage.h"
 
 namespace Tessera::Geometry {
@@ -174,11 +173,13 @@ TEST(Stroke, CopiesAndReplacement) {
     Group group;
     Stroke stroke = Ramp(3), target = Ramp(2);
     stroke.SetWidth(6.0);
+    stroke.SetHidden(true);
     stroke.SetGroup(&group);
     stroke.AddPoint(StrokePoint(9, 9, 9)); // the box is outdated and copied as it stands
     const StrokePtr copy(stroke.Copy());
     EXPECT_NE(copy->GetId(), stroke.GetId());
-    EXPECT_TRUE(copy->AskGroup() == &group && copy->AskBBoxOutdated() && copy->AskWidth() == 6.0);
+    EXPECT_TRUE(copy->AskGroup() == &group && copy->AskBBoxOutdated() && copy->IsHidden());
+    EXPECT_EQ(copy->GetDisplayData(), stroke.GetDisplayData());
     ExpectSameBox(copy->AskBoundingBox(), stroke.AskBoundingBox());
     EXPECT_FALSE(Stroke(stroke).IsGrouped()) << "the constructor leaves the group, Copy takes it";
 

@@ -44,6 +44,15 @@ inline std::vector<Geometry::Point> RandomWalk(std::mt19937& rng, int n, double 
     return points;
 }
 
+/// Back and forth between y = 0 and y = height, `pitch` forward with each leg.
+inline std::vector<Geometry::Point> Zigzag(int legs, double height, double pitch, int perLeg) {
+    std::vector<Geometry::Point> corners;
+    for (int i = 0; i <= legs; ++i)
+        corners.emplace_back(pitch * i, i % 2 == 0 ? 0.0 : height);
+    const Samples samples = DrawPath(corners, perLeg);
+    return {samples.begin(), samples.end()};
+}
+
 inline Geometry::Stroke StrokeThrough(const std::vector<Geometry::Point>& points, double speed = 1.0) {
     Geometry::Stroke stroke;
     for (const Geometry::Point& p : points)

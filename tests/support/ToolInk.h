@@ -56,6 +56,12 @@ inline Drawing DrawingOf(std::vector<InkStroke> strokes) {
     return drawing;
 }
 
+inline Position OnEllipse(const EllipseShape& e, double t) {
+    const double u = e.radii[0] * std::cos(t), v = e.radii[1] * std::sin(t);
+    return {e.center.x + u * std::cos(e.rotation) - v * std::sin(e.rotation),
+            e.center.y + u * std::sin(e.rotation) + v * std::cos(e.rotation)};
+}
+
 /// "x,y x,y | x,y": the strokes of a drawing, with @t behind the coordinates of timed ones.
 inline std::string TextOf(const Drawing& drawing) {
     std::ostringstream text;

@@ -3,7 +3,6 @@
 #include "tessera/kernel/VexMath.h"
 #include "tests/support/DrawnStrokes.h"
 #include "tests/support/SegmentDistance.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {
