@@ -4,7 +4,6 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/recognition/SketchRecognizer.h"
 #include "tests/support/RecognizedResults.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

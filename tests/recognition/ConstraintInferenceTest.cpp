@@ -45,6 +45,11 @@ int CountOf(const InferredConstraints& inferred, ConstraintKind_e kind) {
                                           [&](const InferredConstraint& c) { return c.kind == kind; }));
 }
 
+void ExpectSatisfied(const InferredConstraints& inferred) {
+    for (const InferredConstraint& c : inferred.constraints)
+        EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+}
+
 /// Whether the set makes the sketch satisfy c and every small motion that it allows keep it so.
 bool Implies(const std::vector<std::vector<double>>& rows, const CurveList& adjusted,
              const InferredConstraint& c, double size) {
@@ -59,40 +64,33 @@ bool Implies(const std::vector<std::vector<double>>& rows, const CurveList& adju
     return true;
 }
 
-// What the sets are worth: every constraint that was found holds in the exact shape, and those that were
-// meant follow from the set.
-TEST(ConstraintInference, FindsWhatWasMeant) {
+// What the sets are worth: independent, satisfied, nothing moved beyond the zone; what was found holds in the
+// exact shape, and what was meant follows from the set. Of shapes side by side nothing is read into their
+// chance arrangement.
+TEST(ConstraintInference, FindsWhatWasMeantAndNothingElse) {
+    constexpr int kSingle = 25 * SketchMaker::kFamilyCount;
     std::mt19937 rng(20240801);
     SketchMaker maker(rng);
-    Share right, implied;
-    for (int k = 0; k < 25 * SketchMaker::kFamilyCount; ++k) {
-        const GeneratedSketch sketch = maker.Make(k, {});
-        const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
-        const auto rows = DenseRows(inferred.constraints, inferred.adjusted);
-        for (const InferredConstraint& c : inferred.constraints)
-            right.Add(MissOf(c, sketch.exact) < 1e-5);
-        for (const InferredConstraint& c : sketch.intended)
-            implied.Add(Implies(rows, inferred.adjusted, c, 100.0));
-    }
-    EXPECT_GE(right.good, 0.995 * right.all);
-    EXPECT_GE(implied.good, 0.98 * implied.all);
-}
-
-// Independent, satisfied, nothing moved beyond the zone, strongest kinds first.
-TEST(ConstraintInference, SetsAreIndependentAndSatisfied) {
-    std::mt19937 rng(20240802);
-    SketchMaker maker(rng);
-    for (int k = 0; k < 10 * SketchMaker::kFamilyCount; ++k) {
-        const GeneratedSketch sketch = maker.Make(k, {});
+    Share right, implied, satisfied;
+    for (int k = 0; k < kSingle + 30; ++k) {
+        const bool isSingle = k < kSingle;
+        const GeneratedSketch sketch =
+            isSingle ? maker.Make(k, {}) : maker.MakeDrawing({k, 5 * k + 1, 7 * k + 4, k + 6}, {});
         SCOPED_TRACE(std::string(sketch.name) + " " + std::to_string(k));
         const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
-        ASSERT_FALSE(inferred.constraints.empty());
-        EXPECT_GT(LeastSine(DenseRows(inferred.constraints, inferred.adjusted)), 1e-3);
+        const auto rows = DenseRows(inferred.constraints, inferred.adjusted);
+        ASSERT_FALSE(rows.empty());
+        EXPECT_GT(LeastSine(rows), 1e-3);
         for (const InferredConstraint& c : inferred.constraints) {
+            right.Add(MissOf(c, sketch.exact) < 1e-5);
             EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6);
-            EXPECT_GE(c.confidence, std::exp(-4.5));
-            EXPECT_LE(c.confidence, 1.0);
+            EXPECT_TRUE(c.confidence >= std::exp(-4.5) && c.confidence <= 1.0);
         }
+        for (const InferredConstraint& c : sketch.intended)
+            if (isSingle)
+                implied.Add(Implies(rows, inferred.adjusted, c, 100.0));
+            else
+                satisfied.Add(MissOf(c, inferred.adjusted) < 1e-5);
         EXPECT_LT(inferred.largestMotion, kSketchZone);
         for (std::size_t i = 0; i < sketch.drawn.size(); ++i) {
             const std::vector<Point> before = DensePoints(*sketch.drawn[i], 8);
@@ -101,23 +99,8 @@ TEST(ConstraintInference, SetsAreIndependentAndSatisfied) {
                 EXPECT_LT(before[p].Distance(after[p]), kSketchZone + 1e-9);
         }
     }
-}
-
-// Shapes side by side: nothing is read into their chance arrangement, and each is found as if it were alone.
-TEST(ConstraintInference, SeveralShapesInOneDrawing) {
-    std::mt19937 rng(20240807);
-    SketchMaker maker(rng);
-    Share right, satisfied;
-    for (int k = 0; k < 30; ++k) {
-        const GeneratedSketch sketch = maker.MakeDrawing({k, 5 * k + 1, 7 * k + 4, k + 6}, {});
-        const InferredConstraints inferred = InferConstraints(sketch.Drawn(), Zone());
-        EXPECT_GT(LeastSine(DenseRows(inferred.constraints, inferred.adjusted)), 1e-3);
-        for (const InferredConstraint& c : inferred.constraints)
-            right.Add(MissOf(c, sketch.exact) < 1e-5);
-        for (const InferredConstraint& c : sketch.intended)
-            satisfied.Add(MissOf(c, inferred.adjusted) < 1e-5);
-    }
     EXPECT_GE(right.good, 0.995 * right.all);
+    EXPECT_GE(implied.good, 0.98 * implied.all);
     EXPECT_GE(satisfied.good, 0.98 * satisfied.all);
 }
 
@@ -365,8 +348,7 @@ TEST(ConstraintInference, SplinesAndEllipsesJoinToo) {
     const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
     EXPECT_EQ(CountOf(inferred, ConstraintKind_Coincident), 2);
     EXPECT_EQ(CountOf(inferred, ConstraintKind_Tangent), 2);
-    for (const InferredConstraint& c : inferred.constraints)
-        EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+    ExpectSatisfied(inferred);
 }
 
 TEST(ConstraintInference, AppliedGeometryKeepsIdentity) {
@@ -423,8 +405,7 @@ TEST(ConstraintInference, LargeConnectedSketchesLoseNothing) {
         const CurveList list = TangleWithTeeth(rng, row.tangled, row.teeth);
         const InferredConstraints inferred = InferConstraints(Borrow(list), Zone());
         EXPECT_LT(inferred.largestMotion, kSketchZone);
-        for (const InferredConstraint& c : inferred.constraints)
-            EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+        ExpectSatisfied(inferred);
         const double leastSine = row.tangled == 0 ? 1e-3 : 0.015; // hundreds of teeth give way as one
         EXPECT_GT(LeastSine(DenseRows(inferred.constraints, inferred.adjusted)), leastSine);
         const SketchParameters adjusted(Borrow(inferred.adjusted));
@@ -494,8 +475,7 @@ TEST(ConstraintInference, LargeSketchesFitToWhatIsFixed) {
         EXPECT_NEAR(inferred.adjusted[i]->Length(), length, 1e-6) << i;
         EXPECT_EQ(moved == 0.0, isFixed) << i;
     }
-    for (const InferredConstraint& c : inferred.constraints)
-        EXPECT_LT(MissOf(c, inferred.adjusted), 1e-6) << c.kind;
+    ExpectSatisfied(inferred);
 }
 
 TEST(ConstraintInference, RefusesBadInput) {

@@ -5,7 +5,6 @@
 #include "tessera/kernel/EQ.h"
 #include "tessera/recognition/internal/PathLengths.h"
 #include "tests/support/DrawnStrokes.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

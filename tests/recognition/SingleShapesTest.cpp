@@ -4,7 +4,6 @@
 #include "tessera/recognition/internal/AngularCover.h"
 #include "tests/support/FitSamples.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

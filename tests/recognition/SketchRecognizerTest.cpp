@@ -5,7 +5,6 @@
 #include "tessera/kernel/internal/SmFault.h"
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tests/support/RecognizedResults.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

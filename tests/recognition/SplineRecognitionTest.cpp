@@ -2,7 +2,6 @@
 
 #include "tests/support/FitSamples.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 namespace {
 
@@ -114,17 +113,6 @@ TEST(SplineRecognition, ShapesComeBackWithinToleranceAndWithFewPoles) {
         }
 }
 
-TEST(SplineRecognition, SeamIsSmooth) {
-    const Recognised r = Recognise(Sample(300, Blob, 0.003), 0.015, 0.03);
-    ASSERT_TRUE(r.spline);
-    const std::vector<Point2> dense = DensePoints(*r.spline);
-    const Point2 &first = dense[0], &next = dense[1], &before = dense[dense.size() - 2], &last = dense.back();
-    EXPECT_NEAR(first.x, last.x, 1e-15);
-    EXPECT_NEAR(first.y, last.y, 1e-15);
-    const double leaving = std::atan2(next.y - first.y, next.x - first.x);
-    EXPECT_NEAR(std::remainder(leaving - std::atan2(last.y - before.y, last.x - before.x), kTau), 0.0, 0.02);
-}
-
 // A stretch of the unit circle from angle 0.
 std::vector<Point2> CirclePoints(double sweep) {
     return EllipsePoints({0, 0}, 1, 1, 0, 0, sweep, 400);
@@ -175,19 +163,6 @@ TEST(SplineRecognition, FewOrBadPoints) {
     const std::unique_ptr<Spline> unmeasured(
         Tessera::Geometry::RecognizeSpline(Sample(50, SCurve), 3, 0.01, 0.02, nullptr));
     EXPECT_TRUE(unmeasured);
-}
-
-TEST(SplineRecognition, SparsePolylinesAreNotLost) {
-    std::mt19937 rng(5);
-    std::uniform_real_distribution<double> place(0.0, 1.0);
-    for (int trial = 0; trial < 100; ++trial) {
-        std::vector<Point2> pts;
-        for (int i = 0; i < 4 + trial % 12; ++i)
-            pts.push_back({place(rng), place(rng)});
-        const Recognised r = Recognise(pts, 0.02, 0.02, 1);
-        ASSERT_TRUE(r.spline) << trial;
-        EXPECT_LE(LargestDistance(pts, DensePoints(*r.spline)), 0.02 + 1e-5) << trial;
-    }
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "tessera/recognition/internal/SketchRecognizerAccess.h"
 #include "tests/support/RecognizedResults.h"
 #include "tests/support/SampleCurves.h"
-#include "tests/support/Test.h"
 
 namespace Tessera::Geometry {
 namespace {

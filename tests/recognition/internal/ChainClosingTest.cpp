@@ -38,23 +38,6 @@ TEST(ChainClosing, PolygonsWhereverThePenStarts) {
         }
 }
 
-// A line and an arc enclose something, too: half a disc begun at every tenth of the way.
-TEST(ChainClosing, HalfADiscWhereverThePenStarts) {
-    for (unsigned tenth = 0; tenth < 10; ++tenth) {
-        SCOPED_TRACE(tenth);
-        std::vector<Point> pts = PointsOf(Straight({0, -100}, {0, 100}), 0.0, 1.0, 50);
-        const std::vector<Point> bow =
-            PointsOf(Round({}, 100, 100, 0.25 * kTurn, -0.25 * kTurn), 0.0, 1.0, 78);
-        pts.insert(pts.end(), bow.begin(), bow.end());
-        std::rotate(pts.begin(), pts.begin() + static_cast<std::ptrdiff_t>(tenth * pts.size() / 10),
-                    pts.end());
-        const InkReading reading = InterpretInk(Trembling(pts, 0.3, 5 + tenth), {});
-        EXPECT_TRUE(reading.isClosed);
-        EXPECT_EQ(reading.curves.size(), 2U);
-        EXPECT_EQ(reading.joints.size(), 2U);
-    }
-}
-
 // The ends of a square's ink: short of each other, past each other, in a corner and along a side.
 TEST(ChainClosing, ClosesWhatWasMeantToClose) {
     const struct {

@@ -10,51 +10,6 @@ namespace {
 
 using namespace Testing;
 
-// Of lines and circles in any place: what is found lies on both, and no other common point is nearer. A scan
-// round the second carrier sees where it crosses the first.
-TEST(ChainGeometry, CarriersMeetNearestToAPoint) {
-    std::mt19937 rng(20250712);
-    std::uniform_real_distribution<double> place(-1.0, 1.0);
-    int met = 0;
-    for (int trial = 0; trial < 400; ++trial) {
-        const auto any = [&](bool isArc) {
-            ChainPiece piece;
-            piece.isArc = isArc;
-            const double angle = kTurn * place(rng);
-            piece.line.centre = {place(rng), place(rng)};
-            piece.line.direction = {std::cos(angle), std::sin(angle)};
-            piece.circle.centre = {place(rng), place(rng)};
-            piece.circle.radius = 0.3 + std::fabs(place(rng));
-            return piece;
-        };
-        const ChainPiece a = any(trial % 2 == 0);
-        const ChainPiece b = any(trial % 4 < 2);
-        const Point near(place(rng), place(rng));
-        std::vector<Point> crossings;
-        constexpr int kSteps = 4000;
-        const auto at = [&](int i) { // of lines so far as twenty units
-            const double u = static_cast<double>(i) / kSteps;
-            return b.isArc
-                       ? b.circle.centre + b.circle.radius * Point(std::cos(kTurn * u), std::sin(kTurn * u))
-                       : b.line.centre + (40.0 * u - 20.0) * b.line.direction;
-        };
-        for (int i = 0; i < kSteps; ++i)
-            if (DistanceFrom(a, at(i)) * DistanceFrom(a, at(i + 1)) < 0.0)
-                crossings.push_back(0.5 * (at(i) + at(i + 1)));
-        Point meet;
-        if (!IntersectPieces(a, b, near, meet)) {
-            EXPECT_TRUE(crossings.size() < 2U)
-                << trial; // lines may be too nearly parallel, circles may touch
-            continue;
-        }
-        ++met;
-        EXPECT_LT(std::fabs(DistanceFrom(a, meet)) + std::fabs(DistanceFrom(b, meet)), 1e-9);
-        for (const Point& crossing : crossings)
-            EXPECT_LT(meet.Distance(near), crossing.Distance(near) + 0.02) << trial;
-    }
-    EXPECT_GT(met, 200);
-}
-
 // After the fit neighbours that were seen to touch do: one point on both carriers, one direction there.
 TEST(ChainGeometry, TangentPiecesTouchExactly) {
     RandomPlans plans(31);
@@ -64,7 +19,7 @@ TEST(ChainGeometry, TangentPiecesTouchExactly) {
             (i % 2 == 0 ? plans.Mixed() : plans.Slot()).Draw(plans.Rng(), plans.CarefulHand()).ink.samples);
         const PricedPath ink(path);
         Chain chain = SearchChains(ink)[kUsualHand];
-        FitTangentRuns(ink, 0.0, chain);
+        FitTangentRuns(ink, i % 3 == 0 ? 0.05 : 0.0, chain);
         const ExactChain exact = MakeExact(ink, chain);
         for (std::size_t k = 1; k < exact.pieces.size() && exact.pieces.size() == chain.pieces.size(); ++k) {
             const ChainPiece& before = chain.pieces[k - 1];

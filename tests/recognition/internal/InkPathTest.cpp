@@ -26,21 +26,6 @@ TEST(InkPath, PointsAreEvenlySpacedAndOfUnitSize) {
     }
 }
 
-TEST(InkPath, SourceLeadsBackToTheInk) {
-    const std::vector<InkSample> ink = SomeInk();
-    const InkPath path = MakeInkPath(ink);
-    EXPECT_EQ(path.source.front(), 0.0);
-    EXPECT_EQ(path.source.back(), static_cast<double>(ink.size() - 1));
-    for (std::size_t i = 0; i < path.pts.size(); ++i) {
-        const auto k = static_cast<std::size_t>(path.source[i]);
-        const double f = path.source[i] - static_cast<double>(k);
-        const InkSample& a = ink[k];
-        const InkSample& b = ink[std::min(k + 1, ink.size() - 1)];
-        const Point between(a.x + f * (b.x - a.x), a.y + f * (b.y - a.y));
-        EXPECT_LT(path.ToModel(path.pts[i]).Distance(between), 1e-9);
-    }
-}
-
 TEST(InkPath, SizePlaceAndSamplingDoNotMatter) {
     const std::vector<InkSample> ink = SomeInk();
     const InkPath path = MakeInkPath(ink);

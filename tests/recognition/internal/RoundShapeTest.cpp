@@ -74,16 +74,6 @@ TEST(RoundShape, AQuickHandMeansACircleWhereACarefulOneMeansAnEllipse) {
     EXPECT_FALSE(Find(InkOf(RoundInk(50, 28, 360)), 10).shape->isCircle);
 }
 
-// Corners cost: a square is the dearer the sharper it is, at the same distance from its round.
-TEST(RoundShape, CornersAreDear) {
-    const Found box = Find(InkOf(RoundedBox(0.0, 0.3)), 100);
-    const Found rounded = Find(InkOf(RoundedBox(58.0, 0.3)), 100);
-    ASSERT_TRUE(box.shape && rounded.shape);
-    EXPECT_GT(box.shape->description.price, 60.0);
-    EXPECT_LT(rounded.shape->description.price, 30.0);
-    EXPECT_GT(box.shape->description.sumSq, rounded.shape->description.sumSq);
-}
-
 // A round that is given costs what the ink strays from it: the best one least, and no more where it is known
 // already. None has its drift explained.
 TEST(RoundShape, AGivenRoundIsPricedByItsOwnDistances) {
