@@ -16,24 +16,18 @@ std::string Refusal(const std::string& assignment) {
 
 TEST(Preferences, EveryKindOfValue) {
     Record record;
-    SetPreference(record, "AskTangentAngleThreshold=40.5");
-    EXPECT_EQ(record.AskTangentAngleThreshold(), 40.5);
-    SetPreference(record, "SegmentationScheme=1");
+    for (const char* assignment :
+         {"AskTangentAngleThreshold=40.5", "SegmentationScheme=1", "GetCurveTidy=false", "GetPageScale=2.5",
+          "AskRelativeRecognitionTolerances=0.1,0.2,0.3,0.4", "AskCloseStrokeTolerances=7,0.25"})
+        SetPreference(record, assignment);
+    double relative[4], closing[2];
+    record.AskRelativeRecognitionTolerances(relative);
+    record.AskCloseStrokeTolerances(&closing[0], &closing[1]);
+    EXPECT_THAT((std::vector{record.AskTangentAngleThreshold(), record.AskContextScale(), relative[0],
+                             relative[3], closing[0], closing[1]}),
+                ::testing::ElementsAre(40.5, 2.5, 0.1, 0.4, 7, 0.25));
     EXPECT_EQ(record.AskSegmentationScheme(), 1);
-    SetPreference(record, "GetCurveTidy=false");
     EXPECT_FALSE(record.GetCurveTidy());
-    SetPreference(record, "GetPageScale=2.5");
-    EXPECT_EQ(record.AskContextScale(), 2.5);
-    SetPreference(record, "AskRelativeRecognitionTolerances=0.1,0.2,0.3,0.4");
-    double tolerances[4];
-    record.AskRelativeRecognitionTolerances(tolerances);
-    EXPECT_EQ(tolerances[0], 0.1);
-    EXPECT_EQ(tolerances[3], 0.4);
-    SetPreference(record, "AskCloseStrokeTolerances=7,0.25");
-    double absolute = 0.0, relative = 0.0;
-    record.AskCloseStrokeTolerances(&absolute, &relative);
-    EXPECT_EQ(absolute, 7.0);
-    EXPECT_EQ(relative, 0.25);
 }
 
 TEST(Preferences, RefusalsAreTheSettersMessages) {

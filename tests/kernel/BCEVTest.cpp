@@ -22,6 +22,33 @@ TEST(BCEV, SpanHoldsItsParameter) {
     EXPECT_EQ(BCEV_find_span(&DefinitionOf(c), 2.0), 2) << "the last span that is not empty";
 }
 
+TEST(BCEV, BezierSpansAreTheCurve) {
+    std::mt19937 rng(42);
+    for (int order = 2; order <= 7; ++order)
+        for (const bool periodic : {false, true}) {
+            const RecordPtr c =
+                periodic ? RandomPeriodic(rng, order, 5, true) : RandomOpen(rng, order, order + 5, true);
+            auto* bcurve = static_cast<EVC_bcurve_s*>(c->data);
+            const BCURVE_DATA& d = DefinitionOf(c);
+            const double low = d.knots[d.degree], high = d.knots[d.numPoles];
+            for (int span = d.degree; span < d.numPoles; ++span) {
+                const double from = d.knots[span], u = from + (d.knots[span + 1] - from) / 3;
+                if (!(from < u))
+                    continue;
+                const BCURVE_SEGMENT* segment = BCEV_ask_bez_segment(bcurve, span);
+                EXPECT_TRUE(bcurve->spanCache[span] != 0.0 && segment->from == from);
+                double x = 0.0, w = 0.0; // the Bernstein sum at a third, written out
+                for (int i = 0; i < order; ++i) {
+                    const double basis = std::tgamma(order) / std::tgamma(i + 1) / std::tgamma(order - i) *
+                                         std::pow(1 / 3.0, i) * std::pow(2 / 3.0, order - 1 - i);
+                    x += basis * segment->bezier[4 * i];
+                    w += basis * segment->bezier[4 * i + 3];
+                }
+                EXPECT_NEAR(x / w, static_cast<double>(DeBoor(d, (u - low) / (high - low))[0]), 1e-12);
+            }
+        }
+}
+
 TEST(BCEV, ResetMakesChangedPolesVisible) {
     const RecordPtr c = records::Bcurve(3, {{0, 0, 1}, {1, 2, 1}, {2, 0, 1}});
     EXPECT_EQ(Evaluate(c, 0)[0], 0.0);

@@ -180,6 +180,26 @@ TEST(EllipseFit, RefusesWhatIsNoEllipse) {
     EXPECT_EQ(FitEllipse(EllipsePoints({0, 0}, 1, 2e-4, 0, 0, kTau, 400)).status, 0); // just inside the ratio
 }
 
+// Any noise must give a bounded ellipse or a failure, and points on a hand-drawn arc an ellipse.
+TEST(EllipseFit, NeverRunsAway) {
+    std::mt19937 rng(25);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    int fitted = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        SCOPED_TRACE(trial);
+        Points2 pts = EllipsePoints({0, 0}, 1, 0.2 + 0.8 * unit(rng), 3 * unit(rng), 6 * unit(rng),
+                                    0.3 + 5 * unit(rng), 5 + trial % 40);
+        AddNoise(rng, 0.05 * unit(rng), &pts);
+        const EllipseFit fit = FitEllipse(pts);
+        if (fit.status != 0)
+            continue;
+        ++fitted;
+        EXPECT_TRUE(fit.a <= 2000.0 * 2.2 && fit.b >= 1e-4 * fit.a);
+        EXPECT_TRUE(std::isfinite(fit.err[0] + fit.err[1] + fit.err[2]));
+    }
+    EXPECT_GE(fitted, 200);
+}
+
 TEST(Fits, TakeNoHeap) {
     Points2 pts = EllipsePoints({0, 0}, 2, 1, 0.3, 0, 5, 1000);
     Point2 centre;

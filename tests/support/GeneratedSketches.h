@@ -142,6 +142,12 @@ private:
     }
     /// Turned shapes of one drawing are turned alike.
     void TurnFrame() { frame_[2] = turn_; }
+    bool TurnSome() {
+        const bool turned = Choose(0, 1) == 1;
+        if (turned)
+            TurnFrame();
+        return turned;
+    }
 
     // --- The shapes
     int AddBox() {
@@ -174,9 +180,7 @@ private:
         Relate(ConstraintKind_Parallel, first + 1, first + 3);
     }
     void Slot() {
-        const bool turned = Choose(0, 1) == 1;
-        if (turned)
-            TurnFrame();
+        const bool turned = TurnSome();
         const double l = Uniform(50, 120), r = Uniform(14, 35), half = std::numbers::pi / 2;
         const int bottom = AddLine(0, -r, l, -r), right = AddArc(l, 0, r, -half, half);
         const int top = AddLine(l, r, 0, r), left = AddArc(0, 0, r, half, 3 * half);
@@ -207,9 +211,7 @@ private:
         Relate(ConstraintKind_EqualRadius, left, right);
     }
     void Profile() {
-        const bool turned = Choose(0, 1) == 1;
-        if (turned)
-            TurnFrame();
+        const bool turned = TurnSome();
         const double w[] = {Uniform(30, 60), Uniform(25, 70), Uniform(25, 70)};
         const double h[] = {0, Uniform(30, 60), Uniform(80, 120)};
         const int first = AddOutline(
@@ -244,11 +246,10 @@ private:
             Relate(ConstraintKind_Parallel, first + i, first + n / 2 + i);
     }
     void Tees() {
-        if (Choose(0, 1) == 1)
-            TurnFrame();
+        const bool turned = TurnSome();
         const double l = Uniform(90, 150);
         const int base = AddLine(0, 0, l, 0);
-        if (frame_[2] == 0.0)
+        if (!turned)
             Intend(ConstraintKind_Horizontal, {{base, kWhole}});
         const double angle = Uniform(0.9, 1.2), height = Uniform(30, 60);
         const int stem = AddLine(l / 2, 0, l / 2, height);

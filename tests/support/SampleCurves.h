@@ -5,6 +5,7 @@
 #include "tessera/geometry/Ellipse.h"
 #include "tessera/geometry/Line.h"
 #include "tessera/geometry/Spline.h"
+#include "tests/support/Records.h"
 #include "tests/support/SegmentDistance.h"
 #include "tests/support/Test.h"
 
@@ -39,15 +40,10 @@ inline CurvePtr MakeArc(const Point& centre, double radius, double start, double
 /// Clamped uniform knots; weights of 1 unless given.
 inline CurvePtr MakeSpline(int order, const std::vector<Point>& poles,
                            const std::vector<double>& weights = {}) {
-    const int n = static_cast<int>(poles.size());
-    std::vector<double> knots(static_cast<std::size_t>(n + order));
-    for (int i = 0; i < n + order; ++i)
-        knots[i] = std::clamp((i - order + 1.0) / (n - order + 1.0), 0.0, 1.0);
-    std::vector<double> data;
-    for (int i = 0; i < n; ++i)
-        data.insert(data.end(), {poles[i].x, poles[i].y, 0.0, weights.empty() ? 1.0 : weights[i]});
-    return std::make_unique<Geometry::Spline>(n, order, 0, knots.data(),
-                                              reinterpret_cast<double(*)[4]>(data.data()));
+    std::vector<std::array<double, 3>> weighted;
+    for (std::size_t i = 0; i < poles.size(); ++i)
+        weighted.push_back({poles[i].x, poles[i].y, weights.empty() ? 1.0 : weights[i]});
+    return std::make_unique<Geometry::Spline>(records::Bcurve(order, weighted).release());
 }
 
 struct Sample {

@@ -66,4 +66,13 @@ TEST(BernsteinRoots, MultipleAndHiddenRoots) {
     EXPECT_NEAR(cut[1], 0.5, 1e-14);
 }
 
+TEST(BernsteinRoots, DerivativeAgreesWithDifferences) {
+    const double f[] = {1, -2, 3, 0.5}, h = 1e-6;
+    double slope[3];
+    Bernstein::Derivative(f, 3, slope);
+    for (double t = 0.0; t <= 1.0; t += 0.125)
+        EXPECT_NEAR(Bernstein::Value(slope, 2, t),
+                    (Bernstein::Value(f, 3, t + h) - Bernstein::Value(f, 3, t - h)) / (2 * h), 1e-8);
+}
+
 } // namespace

@@ -71,6 +71,29 @@ TEST(ChainSearch, TellsLinesArcsAndTheirJointsEitherWay) {
     }
 }
 
+// Root mean square distance of the path from the chain.
+double SpreadOf(const PricedPath& ink, const Chain& chain) {
+    return std::sqrt(MeanSqFrom(ink, chain));
+}
+
+TEST(TangentRun, AxesDoNotPullARunOffItsInk) {
+    RandomPlans plans(3);
+    int turned = 0;
+    for (int i = 0; i < 150; ++i) {
+        SCOPED_TRACE(i);
+        const InkPath path = MakeInkPath(plans.Smooth().Draw(plans.Rng(), plans.CarefulHand()).ink.samples);
+        const PricedPath ink(path);
+        const Chain found = SearchChains(ink).front();
+        Chain free = found;
+        FitTangentRuns(ink, 0.0, free);
+        Chain snapped = found;
+        FitTangentRuns(ink, 0.15, snapped);
+        EXPECT_LE(SpreadOf(ink, snapped), SpreadOf(ink, free) + 0.03);
+        turned += std::fabs(SpreadOf(ink, snapped) - SpreadOf(ink, free)) > 1e-6 ? 1 : 0;
+    }
+    EXPECT_GT(turned, 5);
+}
+
 // Whatever a fit makes of the joints, the chain costs what its pieces and joints do, and a smooth joint costs
 // what its kind does.
 TEST(TangentRun, TheChainsAccountsBalance) {

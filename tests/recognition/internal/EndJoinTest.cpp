@@ -35,5 +35,20 @@ TEST(EndJoin, RoundsComeBackToTheirStart) {
     }
 }
 
+TEST(EndJoin, CornersStayAsTheyAre) {
+    const auto joins = [](std::initializer_list<Path> sides) {
+        const InkPath path = PathAlong(Joined(sides));
+        return JoinEnds(path, 0.125 * path.length).has_value();
+    };
+    const Path right = Straight({100, 0}, {100, 100});
+    const Path top = Straight({100, 100}, {0, 100});
+    const Path bottom = Straight({0, 0}, {100, 0});
+    EXPECT_FALSE(joins({bottom, right, top, Straight({0, 100}, {0, 30})})) << "gap";
+    EXPECT_FALSE(joins({bottom, right, top, Straight({0, 100}, {0, -30})})) << "crossing";
+    const Path left = Straight({0, 100}, {0, 0});
+    EXPECT_TRUE(joins({Straight({60, 0}, {100, 0}), right, top, left, Straight({0, 0}, {40, 0})}));
+    EXPECT_FALSE(joins({Straight({90, 0}, {100, 0}), right, top, left, Straight({0, 0}, {10, 0})})) << "far";
+}
+
 } // namespace
 } // namespace Tessera::Geometry
