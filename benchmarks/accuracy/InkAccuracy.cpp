@@ -11,7 +11,9 @@
 // look at the failures of the first half only, and the second one tells what the change is worth.
 // --answers   what came back, most frequent first
 // --misses    identifier and answer of each wrong stroke of the tuned half
-// --invariance  the share of strokes that answer the same when turned, mirrored, reversed, moved and scaled
+// --invariance  the share of strokes whose curves are the same, and whose shape has the same name as well,
+// when
+//               turned, mirrored, reversed, moved and scaled
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -306,10 +308,18 @@ void PrintInvariance(const std::vector<Drawing>& drawings) {
                               {"scaled by 100", 100.0, 0.0, 0.0, 100.0, 0.0, false}};
     for (const Change& change : changes) {
         int same = 0;
-        for (const Drawing& drawing : drawings)
-            same += IsSame(Interpret(drawing.ink), Interpret(Changed(drawing.ink, change)), change.reversed);
-        std::printf("  same answer %-16s %6.2f%%\n", change.name,
-                    Percent(same, static_cast<int>(drawings.size())));
+        int named = 0;
+        for (const Drawing& drawing : drawings) {
+            const InkReading before = InterpretInk(drawing.ink, SketchRecognizerPreferences());
+            const InkReading after =
+                InterpretInk(Changed(drawing.ink, change), SketchRecognizerPreferences());
+            const bool isSame = IsSame(AnswerOf(before), AnswerOf(after), change.reversed);
+            same += isSame ? 1 : 0;
+            named += isSame && before.shape == after.shape ? 1 : 0;
+        }
+        const int all = static_cast<int>(drawings.size());
+        std::printf("  same answer %-16s %6.2f%%, and name %6.2f%%\n", change.name, Percent(same, all),
+                    Percent(named, all));
     }
 }
 

@@ -7,7 +7,7 @@
 //
 // One row per family of plans, hand, sampling rate and digitiser grid; each row has its own plans.
 // right    strokes with every planned corner found and none extra; slots (and rounded boxes) with four (and
-//          eight) curves, too, that join tangentially
+//          eight) curves, too, that join tangentially; regular polygons that come back as such
 // missed   planned corners that were not found
 // extra    corners where none was planned
 // tangents planned tangent joints, of which "found"; "false": of those reported, the share where none was
@@ -40,13 +40,14 @@ struct Family {
     InkPlan (RandomPlans::*plan)();
     bool hasTangents; ///< a smooth stroke has joints of its own kind: curvature that changes little by little
     std::size_t curves = 0; ///< as many, and as many tangent joints, are right; 0: any number
+    bool isRegular = false; ///< read with regular polygons made exact: else these move corners on purpose
 };
 constexpr Family kFamilies[] = {
-    {"poly-line", &RandomPlans::Polyline, true}, {"polygon", &RandomPlans::Polygon, true},
-    {"mixed", &RandomPlans::Mixed, true},        {"smooth", &RandomPlans::Smooth, false},
-    {"slot", &RandomPlans::Slot, true, 4},       {"box", &RandomPlans::RoundedBox, true, 8},
-    {"long", &RandomPlans::LongPolyline, true},  {"stairs", &RandomPlans::Staircase, true},
-    {"gear", &RandomPlans::Gear, true}};
+    {"poly-line", &RandomPlans::Polyline, true},       {"polygon", &RandomPlans::Polygon, true},
+    {"regular", &RandomPlans::Regular, true, 0, true}, {"mixed", &RandomPlans::Mixed, true},
+    {"smooth", &RandomPlans::Smooth, false},           {"slot", &RandomPlans::Slot, true, 4},
+    {"box", &RandomPlans::RoundedBox, true, 8},        {"long", &RandomPlans::LongPolyline, true},
+    {"stairs", &RandomPlans::Staircase, true},         {"gear", &RandomPlans::Gear, true}};
 
 struct HandKind {
     const char* name;
@@ -112,7 +113,7 @@ int CountMet(const std::vector<Point>& planned, std::vector<Point> reported, dou
 
 Row Judge(const Family& family, const Planned& planned) {
     SketchRecognizerPreferences preferences;
-    preferences.SetRegularPolygonRecognition(false); // it moves corners on purpose
+    preferences.SetRegularPolygonRecognition(family.isRegular);
     std::vector<Point> corners;
     std::vector<Point> tangents;
     const InkReading reading = InterpretInk(planned.ink, preferences);
@@ -131,6 +132,8 @@ Row Judge(const Family& family, const Planned& planned) {
     row.reported = static_cast<int>(tangents.size());
     row.found = CountMet(planned.tangents, tangents, kTangentReach * planned.size);
     row.falseOnes = row.reported - row.found;
+    if (family.isRegular && reading.shape != InkShape::RegularPolygon && reading.shape != InkShape::Square)
+        row.right = 0;
     if (family.curves > 0 && (reading.curves.size() != family.curves || tangents.size() != family.curves))
         row.right = 0;
     return row;

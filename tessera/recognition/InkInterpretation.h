@@ -3,9 +3,10 @@
 //
 // The recogniser's rules describe the ink as it lies on the page; the interpretation asks what a hand was
 // trying to draw. Whole hypotheses (a chain of lines and arcs, for a quick, a usual and a careful hand, open
-// or closed; one closed round shape; a slot; a rectangle with rounded corners; an elliptic arc; a free form)
-// are compared by what it costs to describe the ink with them, and the cheapest is made exact: corners where
-// neighbours intersect, tangent joints, closed shapes that close, rectangles with right angles.
+// or closed; one closed round shape; a slot; a rectangle with rounded corners; a regular polygon; an
+// elliptic arc; a free form) are compared by what it costs to describe the ink with them, and the cheapest is
+// made exact: corners where neighbours intersect, tangent joints, closed shapes that close, rectangles with
+// right angles.
 // A reading gives way that lies by more than the rules' tolerance farther from its ink than the rules' own
 // reading does (what a closing shape or a lost hook cuts off the stroke's ends aside), or farther outside of
 // the ink's box.

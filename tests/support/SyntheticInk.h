@@ -280,6 +280,27 @@ public:
         }
     }
 
+    /// Of 3 to 12 equal sides; from a corner or from within a side, where the pen stops short or runs on by
+    /// up to a quarter of it.
+    InkPlan Regular() { return RegularOf(Count(3, 12)); }
+    InkPlan RegularOf(int sides) {
+        const double phase = Heading();
+        const double turn = Sign() * 2.0 * std::numbers::pi / sides;
+        std::vector<Point> corners;
+        for (int i = 0; i < sides; ++i)
+            corners.push_back(100.0 * Point(std::cos(phase + i * turn), std::sin(phase + i * turn)));
+        if (Uniform(0.0, 1.0) < 0.3)
+            return InkPlan::Through(corners, true);
+        const double start = Uniform(0.0, 1.0);
+        const double end = std::clamp(start + Uniform(-0.25, 0.25), 0.02, 0.98);
+        const Point side = corners[1] - corners[0];
+        std::rotate(corners.begin(), corners.begin() + 1, corners.end());
+        const Point before = corners.back();
+        corners.insert(corners.begin(), before + start * side);
+        corners.push_back(before + end * side);
+        return InkPlan::Through(corners, false);
+    }
+
     /// Lines and arcs in turn, joined by corners or tangentially.
     InkPlan Mixed() {
         for (;;) {

@@ -10,10 +10,13 @@
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainReading.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/CoarseRound.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
+#include "tessera/recognition/internal/RegularPolygon.h"
+#include "tessera/recognition/internal/RegularShapes.h"
 #include "tessera/recognition/internal/RingSearch.h"
 #include "tessera/recognition/internal/RoundedBox.h"
 #include "tessera/recognition/internal/RoundedCourse.h"
@@ -49,6 +52,23 @@ void ReadRounded(const InkPath& path, const SketchRecognizerPreferences& prefere
     reading.shape = InkShape::Chain;
     reading.isClosed = true;
     AppendChain(path, RoundedCourse(path, outline).AsChain(path), reading);
+}
+
+void ReadRegular(const InkPath& path, const SketchRecognizerPreferences& preferences,
+                 const RegularPolygon& polygon, InkReading& reading) {
+    std::vector<Point> corners = polygon.corners;
+    if (const double snapRad = SnapAngle(preferences); snapRad > 0.0)
+        AlignToAxes(InkShape::RegularPolygon, snapRad, corners);
+    ExactChain exact;
+    exact.isClosed = true;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const ChainPiece& side = polygon.sides.pieces[i];
+        exact.pieces.push_back(
+            {PieceKind::Line, corners[i], corners[(i + 1) % corners.size()], {}, side.first, side.last});
+    }
+    reading.shape = InkShape::RegularPolygon;
+    reading.isClosed = true;
+    AppendChain(path, exact, reading);
 }
 
 void ReadEllipticArc(const PricedPath& ink, const SketchRecognizerPreferences& preferences,
@@ -101,21 +121,25 @@ SketchRecognizerPreferences AsDrawn(SketchRecognizerPreferences preferences) {
 /// All readings of a stroke, of which the briefest stands; a later one must be briefer than those before.
 class Readings {
 public:
-    Readings(const PricedPath& priced, const RulesReading& rules,
+    Readings(const PricedPath& priced, std::span<const InkSample> ink, const RulesReading& rules,
              const SketchRecognizerPreferences& preferences)
-        : priced_(priced), preferences_(preferences), tolerance_(rules.LineShare() * priced.path.length) {}
+        : priced_(priced), preferences_(preferences), samples_(static_cast<int>(ink.size())),
+          ellipse_(FindCoarseRound(priced.path, ink)), isCoarse_(ellipse_.has_value()),
+          tolerance_(rules.LineShare() * priced.path.length) {
+        if (!isCoarse_)
+            ellipse_ = FindEllipse(priced.path);
+    }
 
-    void Compare(const RulesReading& rules, int samples) {
-        const std::optional<EllipseEvidence> ellipse = FindEllipse(priced_.path);
+    void Compare(const RulesReading& rules) {
         Offer(rules.AsRound(priced_), round_);
-        if (ellipse && preferences_.GetCurveTidy())
-            Offer(FindRoundShape(priced_, *ellipse, samples), round_);
+        if (ellipse_ && preferences_.GetCurveTidy())
+            Offer(FindRoundShape(priced_, *ellipse_, samples_), round_);
         CompareChains(rules);
         if (rounded_)
             return;
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
-        if (ellipse && !round_ && !chain_.isClosed && !isLine)
-            Offer(FindEllipticArc(priced_, *ellipse), arc_,
+        if (ellipse_ && !round_ && !chain_.isClosed && !isLine)
+            Offer(FindEllipticArc(priced_, *ellipse_), arc_,
                   chain_.pieces.size() > 1 && !HasCorner(chain_) ? kClear : 0.0);
         if (!isLine || round_ || chain_.isClosed)
             CompareFree();
@@ -130,6 +154,8 @@ public:
             ReadEllipticArc(priced_, preferences_, earlier, *arc_, reading);
         else if (round_)
             AppendRound(priced_.path, *round_, reading);
+        else if (regular_ && preferences_.GetRegularPolygonRecognition())
+            ReadRegular(priced_.path, preferences_, *regular_, reading);
         else
             ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
@@ -140,7 +166,11 @@ public:
                    InkReading& reading) {
         if (rounded_)
             ReadRounded(priced_.path, preferences, rounded_->outline, reading);
-        else if (!free_ && !arc_ && !round_)
+        else if (free_ || arc_ || round_)
+            return;
+        else if (regular_ && preferences.GetRegularPolygonRecognition())
+            ReadRegular(priced_.path, preferences, *regular_, reading);
+        else
             ReadChain(ChainInk(), preferences, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
     }
 
@@ -158,8 +188,11 @@ private:
         const bool isTidy = preferences_.GetCurveTidy();
         chain_ = FindChain(priced_, rules.AsChains(priced_), isTidy, tolerance_, least_);
         std::optional<Chain> sharp;
-        if (isTidy && !IsSimplePolygon(chain_))
-            sharp = FindSharpPolygon(priced_);
+        if (isTidy && !isCoarse_ && !IsSimplePolygon(chain_)) {
+            if (ellipse_)
+                regular_ = FindRegularPolygon(priced_, *ellipse_, samples_);
+            sharp = regular_ ? regular_->sides : FindSharpPolygon(priced_);
+        }
         if (sharp)
             chain_ = *sharp;
         const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
@@ -167,7 +200,7 @@ private:
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
         }
-        if (isTidy && !round_)
+        if (isTidy && !round_ && !sharp)
             ring_ = FindRing(priced_, chain_, tolerance_);
         if (ring_) {
             chain_ = ring_->chain;
@@ -212,10 +245,14 @@ private:
 
     const PricedPath& priced_;
     const SketchRecognizerPreferences& preferences_;
+    int samples_;
+    std::optional<EllipseEvidence> ellipse_;
+    bool isCoarse_; ///< a round of too few samples to show corners
     Chain chain_;
     double tolerance_;
     double least_ = std::numeric_limits<double>::infinity();
     std::optional<Ring> ring_; ///< where the chain was found, if not along the path as it was drawn
+    std::optional<RegularPolygon> regular_; ///< of which the chain is the sides
     std::optional<RoundShape> round_;
     std::optional<RoundedShape> rounded_;
     std::optional<EllipticArc> arc_;
@@ -330,8 +367,8 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
         rules.Read(false, reading);
         return;
     }
-    Readings readings(priced, rules, preferences);
-    readings.Compare(rules, static_cast<int>(ink.samples.size()));
+    Readings readings(priced, ink.samples, rules, preferences);
+    readings.Compare(rules);
     readings.ReadBest(earlier, reading);
     MeasureDeviations(ink.samples, reading);
     const bool keepsKinds = preferences.GetChangeCurveType() ||

@@ -1,5 +1,5 @@
-// InkHypotheses - a chain, a round, a slot, a rounded box, an elliptic arc, a free form and what the rules
-// say, of which the ink is read as the one that describes it most briefly.
+// InkHypotheses - a chain, a round, a slot, a rounded box, a regular polygon, an elliptic arc, a
+// free form and what the rules say, of which the ink is read as the one that describes it most briefly.
 #pragma once
 
 #include <span>
