@@ -195,7 +195,8 @@ private:
         }
         if (sharp)
             chain_ = *sharp;
-        const double margin = chain_.isClosed && (!ShowsCorner(chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
+        const double margin =
+            chain_.isClosed && (!ShowsCorner(priced_, chain_) || IsDoubtful(chain_)) ? kClear : 0.0;
         if (sharp || LengthOfHabit(priced_, chain_) + margin < least_) {
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
@@ -216,10 +217,10 @@ private:
         else if (arc_)
             OfferFree(arc_->description.sumSq / priced_.path.Size(), RivalKind::Open);
         else if (chain_.isClosed)
-            OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(chain_) && !IsDoubtful(chain_)
+            OfferFree(MeanSqFrom(ChainInk(), chain_), ShowsCorner(ChainInk(), chain_) && !IsDoubtful(chain_)
                                                           ? RivalKind::Closed
                                                           : RivalKind::SmoothClosed);
-        else if (!ShowsCorner(chain_))
+        else if (!ShowsCorner(ChainInk(), chain_))
             OfferFree(MeanSqFrom(priced_, chain_), chain_.pieces.size() == 1 ? RivalKind::Open
                                                    : HasCorner(chain_) || AreArcs(chain_)
                                                        ? RivalKind::Doubtful

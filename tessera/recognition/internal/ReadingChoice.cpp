@@ -28,9 +28,14 @@ constexpr double kCarefulStray = 0.004;
 constexpr double kMeantBow = 0.1;
 constexpr double kBowStray = 0.2 * kMeantBow; // root mean square of the distances: a bow has 0.3 sagittas
 constexpr double kDoubtfulCorner = 2.0;       // price from which a joint is hardly a corner
-constexpr std::size_t kMostOfBracket = 6;     // pieces that are mere kinks of three
-constexpr double kLeastMouth = 0.5;           // distance of the ends of a bracket over the length of its back
-constexpr double kRunsBack = -0.9;            // cosine of 154 degrees
+// The same between two lines that turn less than that, in radians: a shallow wave looks like these. Where the
+// pace of the pen is known the pen must have slowed down, else the ink must turn nearly at once.
+constexpr double kShallowTurn = 1.2;
+constexpr double kDoubtfulKink = 0.5;
+constexpr double kDoubtfulPacedKink = -3.0;
+constexpr std::size_t kMostOfBracket = 6; // pieces that are mere kinks of three
+constexpr double kLeastMouth = 0.5;       // distance of the ends of a bracket over the length of its back
+constexpr double kRunsBack = -0.9;        // cosine of 154 degrees
 
 // Sides that hardly bow: what bows more was drawn as an arc.
 bool AreStraight(const PricedPath& ink, const Chain& lines) {
@@ -111,6 +116,15 @@ bool IsShown(const ChainPiece& piece) {
     return piece.joint == JointSight::Corner && piece.jointPrice <= kDoubtfulCorner;
 }
 
+// Whether a corner of an open chain may be a bend of a shallow wave.
+bool MayBeBend(const PricedPath& ink, const ChainPiece& before, const ChainPiece& piece) {
+    if (before.isArc || piece.isArc ||
+        piece.jointPrice <= (ink.pace.close.empty() ? kDoubtfulKink : kDoubtfulPacedKink))
+        return false;
+    const Point from = DirectionAt(ink, before, true);
+    return std::fabs(SignedAngle(from, DirectionAt(ink, piece, false))) < kShallowTurn;
+}
+
 } // namespace
 
 double LengthOfHabit(const PricedPath& ink, const Chain& chain) {
@@ -142,8 +156,12 @@ bool HasCorner(const Chain& chain) {
                        [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; });
 }
 
-bool ShowsCorner(const Chain& chain) {
-    return std::any_of(chain.pieces.begin() + 1, chain.pieces.end(), IsShown);
+bool ShowsCorner(const PricedPath& ink, const Chain& chain) {
+    for (std::size_t i = 1; i < chain.pieces.size(); ++i)
+        if (IsShown(chain.pieces[i]) &&
+            (chain.isClosed || !MayBeBend(ink, chain.pieces[i - 1], chain.pieces[i])))
+            return true;
+    return false;
 }
 
 bool ShowsAllCorners(const Chain& chain) {

@@ -15,8 +15,9 @@ double LengthOfHabit(const PricedPath& ink, const Chain& chain);
 /// nothing of habits and does not offer it.
 std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain);
 
-/// Whether the chain has a corner that the ink shows without doubt.
-bool ShowsCorner(const Chain& chain);
+/// Whether the chain has a corner that the ink shows without doubt: two lines that turn little, and at which
+/// the pen neither slowed down nor turned at once, may be a wave.
+bool ShowsCorner(const PricedPath& ink, const Chain& chain);
 
 /// Whether all joints of a chain are corners that the ink shows without doubt, the closing one included.
 bool ShowsAllCorners(const Chain& chain);
