@@ -1,4 +1,5 @@
 #include "tessera/recognition/internal/ConstraintEquations.h"
+#include "tessera/recognition/internal/RowSpace.h"
 #include "tests/support/ConstraintOracle.h"
 
 namespace {
@@ -160,6 +161,95 @@ TEST(SketchParameters, DegenerateCurvesMoveInfinitely) {
     EXPECT_EQ(sketch.Motion(1), 0.0);
     std::swap(sketch.Of(1)[3], sketch.Of(1)[4]); // the arc turned round
     EXPECT_TRUE(std::isinf(sketch.Motion(1)));
+}
+
+/// A row of unit length as its entries.
+std::vector<SparseEntry> Entries(std::vector<double>& dense) {
+    const double length = std::sqrt(std::inner_product(dense.begin(), dense.end(), dense.begin(), 0.0));
+    std::vector<SparseEntry> entries;
+    for (int i = 0; i < static_cast<int>(dense.size()); ++i) {
+        dense[i] /= length;
+        if (dense[i] != 0.0)
+            entries.push_back({i, dense[i]});
+    }
+    return entries;
+}
+
+// Random sparse rows over two halves of the columns, every fourth one a combination of earlier ones. A row
+// that is taken back, and a component that is emptied and filled again, leave no trace.
+TEST(RowSpace, FindsDependentRowsAndShortestSteps) {
+    constexpr int kColumns = 60;
+    std::mt19937 rng(20240812);
+    std::normal_distribution<double> normal;
+    std::uniform_int_distribution<int> column(0, kColumns / 2 - 1);
+    RowSpace space;
+    space.Reset(2);
+    space.Extend(1);
+    space.Fill(0, std::vector<SparseEntry>{{0, 0.6}, {1, 0.8}}, 1e-6);
+    space.Reset(kColumns); // leaves no trace either
+    std::vector<std::vector<double>> kept;
+    std::vector<std::vector<SparseEntry>> rows;
+    for (int k = 0; k < 40; ++k) {
+        const int half = k % 2 * kColumns / 2;
+        const bool isDependent = k > 8 && k % 4 == 3;
+        std::vector<double> dense(kColumns);
+        if (isDependent)
+            for (const std::vector<double>& row : kept) {
+                const double factor = normal(rng);
+                for (int i = 0; i < kColumns; ++i)
+                    dense[i] += factor * row[i];
+            }
+        for (int i = 0; i < 4 && !isDependent; ++i)
+            dense[half + column(rng)] = normal(rng);
+        const std::vector<SparseEntry> entries = Entries(dense);
+        const int place = space.RowCount();
+        space.Extend(1);
+        const double sine = space.Fill(place, entries, 1e-6);
+        EXPECT_EQ(sine > 1e-6, !isDependent) << k << " " << sine;
+        EXPECT_EQ(space.IsFilled(place), !isDependent);
+        if (isDependent) {
+            space.Truncate(place);
+            continue;
+        }
+        kept.push_back(dense);
+        rows.push_back(entries);
+        if (k % 9 == 1) { // a row across both halves, taken back
+            std::vector<double> across(kColumns);
+            across[1] = across[kColumns / 2 + 7] = 1.0;
+            space.Extend(1);
+            space.Fill(place + 1, Entries(across), 1e-6);
+            space.Truncate(place + 1);
+        }
+    }
+    std::vector<int> places;
+    space.CollectConnected(std::vector<int>{rows[0][0].at}, places);
+    for (int place : places)
+        EXPECT_LT(rows[place][0].at, kColumns / 2) << "the other half is another component";
+    space.EmptyComponents(places);
+    for (int place : places)
+        EXPECT_GT(space.Fill(place, rows[place], 1e-6), 1e-6);
+
+    std::vector<double> residuals(kept.size());
+    std::vector<int> all(kept.size());
+    std::iota(all.begin(), all.end(), 0);
+    for (double& r : residuals)
+        r = normal(rng);
+    std::vector<double> step(kColumns, 0.0);
+    std::vector<int> touched;
+    space.ShortestStep(all, residuals, 0.0, step, touched);
+    for (std::size_t k = 0; k < kept.size(); ++k)
+        EXPECT_NEAR(std::inner_product(step.begin(), step.end(), kept[k].begin(), residuals[k]), 0.0, 1e-9);
+    std::vector<SparseEntry> combination;
+    space.Combine(touched, step, 0.0, combination);
+    std::vector<double> rest = step;
+    for (const SparseEntry& part : combination)
+        for (const SparseEntry& e : rows[part.at])
+            rest[e.at] -= part.value * e.value;
+    space.RemoveSpan(all, step); // the shortest step has no part outside the span
+    for (int i = 0; i < kColumns; ++i) {
+        EXPECT_NEAR(step[i], 0.0, 1e-9);
+        EXPECT_NEAR(rest[i], 0.0, 1e-9);
+    }
 }
 
 } // namespace

@@ -181,7 +181,8 @@ TEST(Stroke, CopiesAndReplacement) {
     EXPECT_TRUE(copy->AskGroup() == &group && copy->AskBBoxOutdated() && copy->IsHidden());
     EXPECT_EQ(copy->GetDisplayData(), stroke.GetDisplayData());
     ExpectSameBox(copy->AskBoundingBox(), stroke.AskBoundingBox());
-    EXPECT_FALSE(Stroke(stroke).IsGrouped()) << "the constructor leaves the group, Copy takes it";
+    const Stroke constructed(stroke);
+    EXPECT_TRUE(constructed.IsHidden() && !constructed.IsGrouped()) << "which Copy takes";
 
     const int id = target.GetId();
     EXPECT_FALSE(target.Replace(nullptr) || target.Replace(&group));
@@ -189,6 +190,7 @@ TEST(Stroke, CopiesAndReplacement) {
     EXPECT_TRUE(target.Replace(&stroke));
     EXPECT_EQ(XsOf(target), XsOf(stroke));
     EXPECT_TRUE(target.GetId() == id && target.AskGroup() == &group && target.AskBBoxOutdated());
+    EXPECT_TRUE(target.IsHidden());
     const Stroke plain = Ramp(2);
     target = plain;
     EXPECT_TRUE(target.AskNumberOfPoints() == 2 && target.GetId() == plain.GetId() &&
