@@ -1,4 +1,6 @@
 // Each stage of the interpretation by itself: which preferences it needs, and that it needs no others.
+#include <complex>
+
 #include "tessera/geometry/Line.h"
 #include "tessera/recognition/InkInterpretation.h"
 #include "tests/support/PenPaths.h"
@@ -89,11 +91,14 @@ Path ThreeLobes() {
     return [](double u) { return (90 + 40 * std::cos(3 * kTurn * u)) * Round({}, 1, 1, 0, kTurn)(u); };
 }
 
-/// A closed outline of a square with a bowed side.
-std::vector<Point> BowedSquare(double bow) {
-    return Joined({Straight({0, 300}, {150, 330}), Straight({150, 330}, {120, 480}),
-                   Bowed({120, 480}, {-30, 450}, bow), Straight({-30, 450}, {0, 300})},
-                  0.0, 1.0, 50);
+/// A closed outline of a rectangle with a bowed side, so many times as long.
+std::vector<Point> BowedBox(double times, double bow) {
+    const Point along(-30.0 * times, 150.0 * times);
+    const Point a(0, 300);
+    const Point b(150, 330);
+    return Joined(
+        {Straight(a, b), Straight(b, b + along), Bowed(b + along, a + along, bow), Straight(a + along, a)},
+        0.0, 1.0, 50);
 }
 
 std::vector<Point> HookedCorner() {
@@ -151,9 +156,9 @@ std::vector<Stage> Stages() {
          [](auto& r) { return r.shape == InkShape::Rectangle; }},
         {"pentagon", Through({{0, 300}, {95, 331}, {95, 431}, {0, 462}, {-57, 384}, {0, 300}}),
          kRegular | kTidy, [](auto& r) { return r.shape == InkShape::RegularPolygon; }},
-        {"bowed side an arc", InkOf(BowedSquare(0.14)), kPieces,
+        {"bowed side an arc", InkOf(BowedBox(1.5, 0.15)), kPieces,
          [](auto& r) { return r.curves.size() == 4 && r.curves[2].curve->GetType() == CurveType_Arc; }},
-        {"bowed side a line", Trembling(BowedSquare(0.14), 1.2, 4), kChange,
+        {"bowed side a line", Trembling(BowedBox(1.0, 0.13), 1.2, 4), kChange,
          [](auto& r) { return r.curves.size() == 4 && r.curves[2].curve->GetType() == CurveType_Line; },
          kReduce},
     };
@@ -174,6 +179,22 @@ TEST(InkStages, EachNeedsItsPreferencesAndNoOthers) {
         }
 }
 
+// Diagonal of the box whose sides lie along the ink: the steps' directions, four times as far round, agree.
+double DiagonalAlong(std::vector<Point> pts) {
+    std::complex<double> sum;
+    for (std::size_t i = 1; i < pts.size(); ++i) {
+        const std::complex<double> step(pts[i].x - pts[i - 1].x, pts[i].y - pts[i - 1].y);
+        sum += step == 0.0 ? step : std::polar(std::abs(step), 4.0 * std::arg(step));
+    }
+    for (Point& p : pts) {
+        const std::complex<double> turned =
+            std::complex<double>(p.x, p.y) * std::polar(1.0, -0.25 * std::arg(sum));
+        p = {turned.real(), turned.imag()};
+    }
+    const XYBox box(pts);
+    return box.min.Distance(box.max);
+}
+
 // With all of them off the reading is what the recogniser makes of the ink at the size of its tolerances.
 TEST(InkStages, WithoutAnyTheRecogniserAnswers) {
     std::vector<InkStroke> strokes;
@@ -192,7 +213,7 @@ TEST(InkStages, WithoutAnyTheRecogniserAnswers) {
         for (const InkSample& s : ink.samples)
             pts.emplace_back(s.x, s.y);
         const XYBox box(pts);
-        const double scale = 45.0 / box.min.Distance(box.max);
+        const double scale = 45.0 / DiagonalAlong(pts);
         Stroke stroke;
         for (const Point& p : pts)
             stroke.AddPoint({scale * (p.x - box.min.x), scale * (p.y - box.min.y), 0.0});

@@ -22,7 +22,8 @@ namespace Tessera::Geometry {
 
 namespace {
 
-// Diagonal of the box at which the most drawn shapes come back right (45 of 30, 45, 60, 100).
+// Diagonal of the box at which the most drawn shapes come back right (45 of 30, 45, 60, 100). The box lies
+// along the ink, so that what the rules find does not depend on which way it is turned.
 constexpr double kWorkingDiagonal = 45.0;
 
 InkShape ShapeOf(const Curve& only) {
@@ -45,6 +46,34 @@ bool RunsAgainst(const InterpretedCurve& made, const std::vector<InkSample>& sam
     const InkSample& first = samples[static_cast<std::size_t>(made.firstSample)];
     const Point p(first.x, first.y);
     return p.Distance2(made.curve->GetEnd()) < p.Distance2(made.curve->GetStart());
+}
+
+// In which the ink runs, or at right angles to it: the mean over its length of the fourth powers of the
+// steps' directions, as complex numbers, which are the same for all four.
+Point MainDirection(const std::vector<InkSample>& samples) {
+    Point sum;
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        const Point d(samples[i].x - samples[i - 1].x, samples[i].y - samples[i - 1].y);
+        const double length = d.Length();
+        if (!(length > 0.0))
+            continue;
+        const Point square = Point(d.x * d.x - d.y * d.y, 2.0 * d.x * d.y) / length;
+        sum += Point(square.x * square.x - square.y * square.y, 2.0 * square.x * square.y) / length;
+    }
+    const double angle = 0.25 * std::atan2(sum.y, sum.x);
+    return {std::cos(angle), std::sin(angle)};
+}
+
+// In the frame of a unit direction.
+XYBox BoxAlong(const Point& direction, const std::vector<InkSample>& samples) {
+    const auto turned = [&](const InkSample& s) {
+        const Point p(s.x, s.y);
+        return Point(direction.Dot(p), direction.Cross(p));
+    };
+    XYBox box(turned(samples[0]), turned(samples[0]));
+    for (const InkSample& s : samples)
+        box.Merge(turned(s));
+    return box;
 }
 
 /// Deletes the results that have not been taken over: memory may run out before they are.
@@ -73,17 +102,11 @@ private:
 RulesReading::RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences)
     : ink_(ink), preferences_(preferences) {
     preferences_.SetZoomFactor(1.0); // of the working size, whatever the view shows of the model
-    double low[2] = {ink.samples[0].x, ink.samples[0].y};
-    double high[2] = {low[0], low[1]};
-    for (const InkSample& s : ink.samples) {
-        low[0] = std::min(low[0], s.x);
-        low[1] = std::min(low[1], s.y);
-        high[0] = std::max(high[0], s.x);
-        high[1] = std::max(high[1], s.y);
-    }
-    x_ = low[0];
-    y_ = low[1];
-    scale_ = kWorkingDiagonal / std::hypot(high[0] - low[0], high[1] - low[1]);
+    const XYBox box = BoxAlong({1.0, 0.0}, ink.samples);
+    x_ = box.min.x;
+    y_ = box.min.y;
+    const XYBox along = BoxAlong(MainDirection(ink.samples), ink.samples);
+    scale_ = kWorkingDiagonal / along.min.Distance(along.max);
     const std::vector<double> speeds = SpeedsOf(ink, scale_);
     std::vector<StrokePoint> points;
     points.reserve(ink.samples.size());

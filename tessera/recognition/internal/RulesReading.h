@@ -12,9 +12,9 @@
 
 namespace Tessera::Geometry {
 
-/// The rules' tolerances suit a drawing whose box has a diagonal of some forty-five units; the ink is brought
-/// to that size and the curves are mapped back. With curveTidy closed round strokes are closed. The stroke is
-/// borrowed.
+/// The rules' tolerances suit a drawing whose box along the ink has a diagonal of some forty-five units; the
+/// ink is brought to that size and the curves are mapped back. With curveTidy closed round strokes are
+/// closed. The stroke is borrowed.
 class RulesReading {
 public:
     RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
