@@ -15,7 +15,7 @@ namespace {
 // simulated careful hands' arcs of 60 degrees 19 in 20 are.
 constexpr double kLeastBow = 0.08;
 constexpr double kLeastStrays = 30.0;
-constexpr double kLeastStraysInHaste = 40.0;
+constexpr double kLeastStraysInHaste = 60.0;
 // The same of two sides, which enclose nothing unless they are bowed.
 constexpr double kLeastBowOfTwo = 0.06;
 constexpr double kLeastStraysOfTwo = 12.0;
