@@ -27,7 +27,7 @@ constexpr double kFirmShare = 0.6;  // of what pieces turn
 constexpr double kTurnOfPiece = 0.5 * std::numbers::pi; // on average, of corners as of bends
 constexpr int kManyPieces = 10;                         // of fewer the whole drawing is the unit
 constexpr double kMeanPiece = 1.7;                      // units: a square's side is as long
-constexpr double kFewPieces = 3.5; // whose length counts where the length of a simple shape is meant
+constexpr double kFewPieces = 5.0; // whose length counts where the length of a simple shape is meant
 constexpr int kMostFine = 4000;    // sums over runs of more lose their digits
 
 struct Centred {
