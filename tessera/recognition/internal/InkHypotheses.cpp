@@ -233,12 +233,21 @@ private:
     // Chains of lines leave the ink at their corners to the hand: whether it rounded them, the box has asked.
     void OfferRounded(bool isSharp) {
         const double margin = round_ ? kClear : 0.0;
-        Offer(FindSlot(priced_), rounded_, margin);
-        std::optional<RoundedShape> box = isSharp ? std::nullopt : FindBox(priced_);
+        if (isSharp)
+            return;
+        Offer(InFull(FindSlot(priced_)), rounded_, margin);
+        std::optional<RoundedShape> box = InFull(FindBox(priced_));
         if (box && !round_ && !rounded_ && IsSimplePolygon(chain_))
             rounded_ = std::move(box);
         else
             Offer(std::move(box), rounded_, rounded_ ? 0.0 : margin);
+    }
+
+    // Where lines and arcs meet in clear corners all round, all squares of a rounded outline count.
+    std::optional<RoundedShape> InFull(std::optional<RoundedShape> shape) const {
+        if (shape && !round_ && chain_.isClosed && !AreLines(chain_) && ShowsAllCorners(chain_))
+            shape->description.sumSq = shape->sumSq;
+        return shape;
     }
 
     void OfferFree(double rivalMeanSq, RivalKind rival) {

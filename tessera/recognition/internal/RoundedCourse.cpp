@@ -149,7 +149,9 @@ double RoundedCourse::AlongOutline(const Point& p) const {
 }
 
 RoundedShape Describe(const PricedPath& ink, const RoundedCourse& course, int numbers, double sumSq) {
-    return {course.Outline(), {numbers * kNumberPrice + PriceOfCorners(ink, course), kSpreadShare * sumSq}};
+    return {course.Outline(),
+            {numbers * kNumberPrice + PriceOfCorners(ink, course), kSpreadShare * sumSq},
+            sumSq};
 }
 
 } // namespace Tessera::Geometry

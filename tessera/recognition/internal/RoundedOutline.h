@@ -22,6 +22,7 @@ struct RoundedOutline {
 struct RoundedShape {
     RoundedOutline outline;
     Description description;
+    double sumSq = 0.0; ///< squared distances, all of them
 };
 
 enum class OutlineKind { Slot, Box };

@@ -22,7 +22,11 @@ constexpr double kShortest = 0.6;         // length of a line over the radius
 constexpr double kHopeful = 0.53;         // half of it, as the moments have it: they overrate short lines
 constexpr double kHopelessCorners = 20.0; // price of corners that nothing makes good
 constexpr double kRoundEnds = 0.3; // by how much of the radius the corners' rounding may seem to differ
-constexpr double kOpenEnd = 0.5;   // of a half circle, what may be missing
+// Part of that which is free, and one sigma beyond in spreads over the radius: what slots of simulated hands
+// show grows with these.
+constexpr double kFreeSquareness = 0.1;
+constexpr double kSquarenessOfSpread = 2.0;
+constexpr double kOpenEnd = 0.5; // of a half circle, what may be missing
 
 // From the second moments, by formulas that are near those of slots of any length.
 RoundedOutline Start(const PricedPath& ink) {
@@ -46,6 +50,14 @@ double LeastPriceOfCorners(const PricedPath& ink, double radius) {
         ink, [=](const TurningPeak& peak) { return std::copysign(1.0 / radius, peak.turn); });
 }
 
+// Of ends that look squarer than the ink's spread lets those of a slot: it is a rounded box of short sides.
+double PriceOfSquareness(const PricedPath& ink, const RoundedShape& slot, double squareness) {
+    const double spread = std::max(kLeastSpread, std::sqrt(slot.sumSq / ink.path.Size()));
+    const double sigma = kSquarenessOfSpread * spread / slot.outline.radius;
+    const double odd = std::max(0.0, squareness - kFreeSquareness) / sigma;
+    return 0.5 * odd * odd;
+}
+
 } // namespace
 
 std::optional<RoundedOutline> FitSlot(const PricedPath& ink) {
@@ -59,13 +71,18 @@ std::optional<RoundedShape> FindSlot(const PricedPath& ink) {
     RoundedOutline slot = Start(ink);
     if (slot.along < kHopeful * slot.radius || LeastPriceOfCorners(ink, slot.radius) > kHopelessCorners ||
         !FitOutline(ink.path, OutlineKind::Slot, kEvaluations, slot) ||
-        2.0 * slot.along < kShortest * slot.radius || std::fabs(SquarenessOf(ink.path, slot)) > kRoundEnds)
+        2.0 * slot.along < kShortest * slot.radius)
+        return std::nullopt;
+    const double squareness = SquarenessOf(ink.path, slot);
+    if (std::fabs(squareness) > kRoundEnds)
         return std::nullopt;
     const RoundedCourse course(ink.path, slot);
     if (course.Gap() > std::min(ink.closing, kOpenEnd * std::numbers::pi * slot.radius) ||
         course.Turns() > kMostTurns)
         return std::nullopt;
-    return Describe(ink, course, kNumbers, SumSqFrom(ink.path, slot));
+    RoundedShape shape = Describe(ink, course, kNumbers, SumSqFrom(ink.path, slot));
+    shape.description.price += PriceOfSquareness(ink, shape, squareness);
+    return shape;
 }
 
 } // namespace Tessera::Geometry
