@@ -8,6 +8,7 @@
 #include "tessera/recognition/internal/ChainClosing.h"
 #include "tessera/recognition/internal/ChainGeometry.h"
 #include "tessera/recognition/internal/ChainSearch.h"
+#include "tessera/recognition/internal/DeeShape.h"
 #include "tessera/recognition/internal/MeantBows.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 #include "tessera/recognition/internal/ReadingChoice.h"
@@ -53,6 +54,8 @@ std::vector<Chain> FindChains(const PricedPath& ink, std::vector<Chain> found, b
         const bool isRing = IsRing(closed);
         if (std::optional<Chain> bent = WithMeantArcs(ink, isRing ? closed : open))
             offer(isRing ? std::move(*bent) : CloseChain(ink, *bent));
+        if (std::optional<Chain> dee = AsDee(ink, closed))
+            offer(std::move(*dee));
         offer(std::move(closed));
     }
     const std::size_t count = chains.size();

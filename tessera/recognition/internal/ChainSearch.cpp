@@ -226,6 +226,21 @@ std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& bre
     return chains;
 }
 
+void PriceJoints(const PricedPath& ink, Chain& chain) {
+    for (std::size_t i = 1; i < chain.pieces.size(); ++i) {
+        const ChainPiece& after = chain.pieces[i];
+        SetJoint(
+            PriceJoint(ink, AsPriced(ink, chain.pieces[i - 1]), AsPriced(ink, after), {ink, after.first}), i,
+            chain);
+    }
+    const PricedPiece first = AsPriced(ink, chain.pieces.front());
+    const PricedPiece last = AsPriced(ink, chain.pieces.back());
+    if (IsRing(chain))
+        SetJoint(PriceJoint(ink, last, first, {ink, first.piece.first}), 0, chain);
+    else if (chain.isClosed)
+        SetJoint(PriceSeam(ink, last, first), 0, chain);
+}
+
 Chain WithCorner(const PricedPath& ink, Chain chain, std::size_t piece) {
     SetJoint({PriceCorner(ink, chain, piece), JointSight::Corner}, piece, chain);
     return chain;

@@ -23,6 +23,9 @@ std::vector<Chain> SearchChains(const PricedPath& ink);
 std::vector<Chain> ChainsOver(const PricedPath& ink, const std::vector<int>& breaks,
                               const std::vector<bool>& isArc);
 
+/// Prices the joints of a chain anew.
+void PriceJoints(const PricedPath& ink, Chain& chain);
+
 /// The chain with a corner at the joint before a piece, where the search saw a smooth one.
 Chain WithCorner(const PricedPath& ink, Chain chain, std::size_t piece);
 

@@ -33,6 +33,9 @@ namespace {
 // By so much a slot is briefer than the round, for ovals have long sides, too; so are closed chains without
 // clear corners, and elliptic arcs against lines and arcs that join smoothly.
 constexpr double kClear = 5.0;
+// Squares of a slot beside those of a polygon with sharp corners, beyond which it is none: of slots that look
+// like one twice as many, of octagons ten times.
+constexpr double kSharperThanSlot = 6.0;
 constexpr double kNoTurnDeg = 1e-9; // onto an axis
 // Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
 // rules, which look at every sample.
@@ -233,10 +236,11 @@ private:
     // Chains of lines leave the ink at their corners to the hand: whether it rounded them, the box has asked.
     void OfferRounded(bool isSharp) {
         const double margin = round_ ? kClear : 0.0;
-        if (isSharp)
-            return;
-        Offer(InFull(FindSlot(priced_)), rounded_, margin);
-        std::optional<RoundedShape> box = InFull(FindBox(priced_));
+        std::optional<RoundedShape> slot = InFull(FindSlot(priced_));
+        if (isSharp && slot && slot->sumSq > kSharperThanSlot * chain_.sumSq)
+            slot.reset();
+        Offer(std::move(slot), rounded_, margin);
+        std::optional<RoundedShape> box = isSharp ? std::nullopt : InFull(FindBox(priced_));
         if (box && !round_ && !rounded_ && IsSimplePolygon(chain_))
             rounded_ = std::move(box);
         else

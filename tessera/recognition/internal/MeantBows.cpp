@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 
 namespace Tessera::Geometry {
@@ -50,17 +51,6 @@ std::vector<double> BowsOf(const PricedPath& ink, const Chain& chain) {
     for (double& bow : bows)
         bow = bow < least ? 0.0 : bow;
     return bows;
-}
-
-// The joints of an open chain, or of a ring, priced anew.
-void PriceJoints(const PricedPath& ink, Chain& chain) {
-    const std::size_t count = chain.pieces.size();
-    for (std::size_t i = chain.isClosed ? 0 : 1; i < count; ++i) {
-        const ChainPiece& after = chain.pieces[i];
-        SetJoint(PriceJoint(ink, AsPriced(ink, chain.pieces[(i + count - 1) % count]), AsPriced(ink, after),
-                            {ink, after.first}),
-                 i, chain);
-    }
 }
 
 // Polygons of more sides than three are drawn far more often than outlines like them with an arc.

@@ -7,6 +7,7 @@
 
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CornerEvidence.h"
+#include "tessera/recognition/internal/DeeShape.h"
 #include "tessera/recognition/internal/MeantBows.h"
 #include "tessera/recognition/internal/PiecePrices.h"
 
@@ -20,6 +21,7 @@ constexpr double kRectangleSaving = 3.0; // five instead of eight
 // on 120 drawn ones, of which four more are read as such, while five poly-lines of 1,600 are taken for one.
 constexpr double kBracketSaving = 7.0;
 constexpr double kMeantBowPrice = 2.0; // of a line that was meant as an arc
+constexpr double kDeeSaving = 2.0;     // five instead of seven
 constexpr double kLeastCorner = 0.5;   // cosine of 60 degrees
 constexpr double kMostBow = 0.16;      // sagitta of a straight side over its length
 // Of a side's length: a careful hand's root mean square distance from its sides, bows taken out, and the
@@ -108,6 +110,8 @@ double SavingOf(const PricedPath& ink, const Chain& chain) {
         return IsRectangle(chain) && !HasMeantBow(ink, chain) ? kRectangleSaving : 0.0;
     if (const int bows = CountMeantBows(ink, chain); bows > 0)
         return -kMeantBowPrice * bows;
+    if (IsDee(ink, chain))
+        return kDeeSaving;
     return AreLines(chain) && chain.pieces.size() == 3 && !HasBend(chain) ? kTriangleSaving : 0.0;
 }
 
