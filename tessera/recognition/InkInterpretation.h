@@ -6,7 +6,8 @@
 // or closed; one closed round shape; a slot; a rectangle with rounded corners; a regular polygon; an
 // elliptic arc; a free form) are compared by what it costs to describe the ink with them, and the cheapest is
 // made exact: corners where neighbours intersect, tangent joints, closed shapes that close, rectangles with
-// right angles.
+// right angles. In a chain, elliptic arcs between corners take the place of lines and arcs that they describe
+// more briefly.
 // A reading gives way that lies by more than the rules' tolerance farther from its ink than the rules' own
 // reading does (what a closing shape or a lost hook cuts off the stroke's ends aside), or farther outside of
 // the ink's box.

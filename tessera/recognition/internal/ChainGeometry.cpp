@@ -106,13 +106,17 @@ std::vector<ChainPiece> JoinBends(const PricedPath& ink, const Chain& chain, std
     return joined;
 }
 
-// Where a free-form piece meets a neighbour: on the neighbour, nearest to the ink.
+// Where a free-form piece meets a neighbour: on the neighbour, nearest to the ink or to where a kept curve
+// was made to meet it.
 Point FreeJoint(const PricedPath& ink, const std::vector<ChainPiece>& pieces, const std::vector<bool>& isFree,
                 std::size_t i) {
-    const Point& corner = ink.path.At(pieces[i].first);
+    const ChainPiece& before = pieces[i - 1];
+    const ChainPiece& after = pieces[i];
+    const bool isMet = after.isTouching && (before.kept != nullptr || after.kept != nullptr);
+    const Point& corner = isMet ? after.meet : ink.path.At(after.first);
     if (!isFree[i - 1])
-        return OnPiece(pieces[i - 1], corner);
-    return isFree[i] ? corner : OnPiece(pieces[i], corner);
+        return OnPiece(before, corner);
+    return isFree[i] ? corner : OnPiece(after, corner);
 }
 
 // The end of an open chain.

@@ -77,7 +77,7 @@ void DrawNear(const PricedPath& ink, const Chain& chain, const std::vector<bool>
         const Point drawn = 0.5 * (end + start);
         const bool staysBefore = IsOnAxis(before) || isSmooth(k);
         const bool staysAfter = IsOnAxis(after) || isSmooth((i + 1) % count);
-        if (isSmooth(i) || (staysBefore && staysAfter) ||
+        if (before.kept != nullptr || after.kept != nullptr || isSmooth(i) || (staysBefore && staysAfter) ||
             exact.pieces[i].from.Distance(drawn) <= kNearCorner + end.Distance(start))
             continue;
         const Point corner = staysBefore  ? OnPiece(before, drawn)

@@ -38,7 +38,7 @@ std::optional<EllipticRun> FindEllipticRun(const PricedPath& ink, int first, int
     std::optional<EllipticArc> arc = FindEllipticArc(PricedPath(part), whole);
     if (!arc)
         return std::nullopt;
-    EllipticRun run{first, last, *arc, {arc->description.price - 2.0 * kNumberPrice, 0.0}};
+    EllipticRun run{first, last, *arc, {arc->description.price - kEllipticPrice + kEllipticRunPrice, 0.0}};
     for (const double d : inner->distance)
         run.description.sumSq += d * d;
     for (const double d : whole.distance)
@@ -52,9 +52,9 @@ PricedPiece BendAt(const EllipticRun& run, bool atEnd) {
     const double sense = arc.isReversed ? -1.0 : 1.0;
     const double c = std::cos(arc.rotation);
     const double s = std::sin(arc.rotation);
-    const auto turned = [&](double u, double v) { return Point(c * u - s * v, s * u + c * v); };
-    const Point along = turned(-sense * arc.radii[0] * std::sin(t), sense * arc.radii[1] * std::cos(t));
-    const Point at = arc.centre + turned(arc.radii[0] * std::cos(t), arc.radii[1] * std::sin(t));
+    const double u = -sense * arc.radii[0] * std::sin(t);
+    const double v = sense * arc.radii[1] * std::cos(t);
+    const Point along(c * u - s * v, s * u + c * v);
     const double speed = along.Length();
     PricedPiece bend;
     bend.piece.first = run.first;
@@ -64,7 +64,7 @@ PricedPiece BendAt(const EllipticRun& run, bool atEnd) {
     bend.enter = bend.leave = std::atan2(bend.first.y, bend.first.x);
     bend.curvature = sense * arc.radii[0] * arc.radii[1] / (speed * speed * speed);
     bend.piece.circle.radius = 1.0 / std::fabs(bend.curvature);
-    bend.piece.circle.centre = at + Point(-bend.first.y, bend.first.x) / bend.curvature;
+    bend.piece.circle.centre = PointOn(arc, t) + Point(-bend.first.y, bend.first.x) / bend.curvature;
     return bend;
 }
 

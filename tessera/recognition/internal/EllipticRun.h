@@ -17,6 +17,9 @@ struct EllipticRun {
     double farthest = 0.0;   ///< of all points of the run, sizes
 };
 
+/// The least price of one, of its numbers; a chain knows where it begins.
+inline constexpr double kEllipticRunPrice = kEllipticPrice - 2.0 * kNumberPrice;
+
 /// Nothing where FindEllipticArc finds nothing. Linear in the points.
 ///
 /// @param first, last  points of the path, ascending.

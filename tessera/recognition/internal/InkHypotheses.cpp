@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "tessera/recognition/internal/ChainReading.h"
 #include "tessera/recognition/internal/ChainSearch.h"
 #include "tessera/recognition/internal/CoarseRound.h"
+#include "tessera/recognition/internal/EllipticPieces.h"
 #include "tessera/recognition/internal/InkConnections.h"
 #include "tessera/recognition/internal/InkCurves.h"
 #include "tessera/recognition/internal/InkDeviations.h"
@@ -31,7 +33,7 @@ namespace Tessera::Geometry {
 namespace {
 
 // By so much a slot is briefer than the round, for ovals have long sides, too; so are closed chains without
-// clear corners, and elliptic arcs against lines and arcs that join smoothly.
+// clear corners, and elliptic arcs against lines and arcs.
 constexpr double kClear = 5.0;
 // Squares of a slot beside those of a polygon with sharp corners, beyond which it is none: of slots that look
 // like one twice as many, of octagons ten times.
@@ -149,6 +151,8 @@ public:
                   chain_.pieces.size() > 1 && !HasCorner(chain_) ? kClear : 0.0);
         if (!isLine || round_ || chain_.isClosed)
             CompareFree();
+        if (!round_ && !arc_ && !free_)
+            kept_ = TakeEllipticPieces(ChainInk(), tolerance_, kClear, preferences_.GetCurveTidy(), chain_);
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {
@@ -266,6 +270,7 @@ private:
     std::optional<EllipseEvidence> ellipse_;
     bool isCoarse_; ///< a round of too few samples to show corners
     Chain chain_;
+    std::vector<std::unique_ptr<InterpretedCurve>> kept_; ///< curves of the chain
     double tolerance_;
     double least_ = std::numeric_limits<double>::infinity();
     std::optional<Ring> ring_; ///< where the chain was found, if not along the path as it was drawn

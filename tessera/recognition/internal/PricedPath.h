@@ -29,7 +29,7 @@ struct ChainPiece {
     CircleFit circle{};                    ///< of arcs
     JointSight joint = JointSight::Corner; ///< with the piece before
     double jointPrice = 0.0;
-    bool isTouching = false; ///< made to touch the piece before, in `meet`
+    bool isTouching = false; ///< made to touch, or as a kept one to meet, the piece before in `meet`
     Point meet{};
     const InterpretedCurve* kept = nullptr; ///< model units: stays as it is, whatever the fits say
 };

@@ -18,8 +18,6 @@ constexpr double kLeastTurns = 60.0 / 360.0; // of an elliptic arc: less tells n
 constexpr double kMostTurns = 330.0 / 360.0;
 constexpr double kMostBack = 0.02;    // turns that the pen may run back
 constexpr double kLeastOblong = 0.22; // difference of the radii, of the larger one
-// Five of the ellipse and two ends; but oblongness and rotation are hardly known, one by one.
-constexpr int kArcNumbers = 6;
 // Sizes: the largest distance from a free form, and from one that takes the place of a round.
 constexpr double kFreeTolerance = 0.03;
 constexpr double kRoundTolerance = 0.06;
@@ -51,6 +49,14 @@ std::vector<Point> MakeLoop(const PricedPath& ink) {
 
 } // namespace
 
+Point PointOn(const EllipticArc& arc, double parameter) {
+    const double c = std::cos(arc.rotation);
+    const double s = std::sin(arc.rotation);
+    const double u = arc.radii[0] * std::cos(parameter);
+    const double v = arc.radii[1] * std::sin(parameter);
+    return arc.centre + Point(c * u - s * v, s * u + c * v);
+}
+
 std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse) {
     const double sweep = std::fabs(ellipse.winding);
     if (sweep < kLeastTurns || sweep > kMostTurns || ellipse.back > kMostBack ||
@@ -69,7 +75,7 @@ std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseE
     double sumSq = 0.0;
     for (const double d : ellipse.distance)
         sumSq += d * d;
-    arc.description = {kArcNumbers * kNumberPrice + PriceOfCorners(ink, ellipse), sumSq};
+    arc.description = {kEllipticPrice + PriceOfCorners(ink, ellipse), sumSq};
     return arc;
 }
 

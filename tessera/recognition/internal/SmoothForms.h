@@ -10,6 +10,10 @@
 
 namespace Tessera::Geometry {
 
+/// Price of an elliptic arc's numbers: five of the ellipse and two ends; but oblongness and rotation are
+/// hardly known, one by one.
+inline constexpr double kEllipticPrice = 6.0 * kNumberPrice;
+
 struct EllipticArc {
     Point centre;
     double radii[2] = {0.0, 0.0};
@@ -19,6 +23,8 @@ struct EllipticArc {
     bool isReversed = false; ///< the pen ran from `to` to `from`
     Description description;
 };
+
+Point PointOn(const EllipticArc& arc, double parameter);
 
 /// Nothing for ink that goes round nearly whole or runs back, and for an ellipse that is nearly a circle.
 std::optional<EllipticArc> FindEllipticArc(const PricedPath& ink, const EllipseEvidence& ellipse);

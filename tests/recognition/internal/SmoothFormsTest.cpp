@@ -5,6 +5,7 @@
 #include "tessera/geometry/Spline.h"
 #include "tests/support/AllocationFaults.h"
 #include "tests/support/PenPaths.h"
+#include "tests/support/ReadingJoints.h"
 
 namespace Tessera::Geometry {
 namespace {
@@ -45,6 +46,34 @@ TEST(SmoothForms, EllipticArcsAreFound) {
         right += isRight ? 1 : 0;
     }
     EXPECT_GE(right, 95);
+}
+
+// Pieces of a chain that are an elliptic arc together become one, with exact corners; what is round, and what
+// a line touches, stays.
+TEST(SmoothForms, EllipticArcsBetweenCorners) {
+    const Path oval = Round({0, 0}, 100, 40, 0.25 * kTurn, 0.85 * kTurn);
+    const Path to = Straight({40, 190}, oval(0.0));
+    const Path circle = Round({0, 0}, 90, 90, 0.0, 0.5 * kTurn);
+    const struct {
+        std::initializer_list<Path> paths;
+        const char* kinds;
+    } rows[] = {
+        {{to, oval}, "LE"},
+        {{Straight({250, 10}, {90, 0}), circle, Straight({-90, 0}, {-250, 10})}, "LAL"},
+        {{Straight({-200, -45}, {0, -45}), Round({0, 0}, 45, 45, -0.25 * kTurn, 0.25 * kTurn)}, "LA"}};
+    for (const auto& row : rows)
+        for (const unsigned seed : {1U, 2U, 3U}) {
+            SCOPED_TRACE(testing::Message() << row.kinds << seed);
+            const InkReading reading = InterpretInk(Trembling(Joined(row.paths), 0.5, seed), {});
+            ExpectJoined(reading);
+            std::string kinds;
+            for (const InterpretedCurve& made : reading.curves) {
+                const CurveType_e type = made.curve->GetType();
+                kinds += type == CurveType_Line ? 'L' : type == CurveType_Arc ? 'A' : 'E';
+                EXPECT_LT(made.maxDeviation, 7.0);
+            }
+            EXPECT_EQ(kinds, row.kinds);
+        }
 }
 
 // Each description wins where it is the briefer one: five numbers must pay.
