@@ -211,7 +211,7 @@ private:
             least_ = LengthOfHabit(priced_, chain_);
             round_.reset();
         }
-        if (isTidy && !round_ && !sharp)
+        if (isTidy && !round_ && !regular_)
             ring_ = FindRing(priced_, chain_, tolerance_);
         if (ring_) {
             chain_ = ring_->chain;
