@@ -39,9 +39,6 @@ constexpr double kClear = 5.0;
 // like one twice as many, of octagons ten times.
 constexpr double kSharperThanSlot = 6.0;
 constexpr double kNoTurnDeg = 1e-9; // onto an axis
-// Steps of the path that a piece takes up at least on average: what is drawn in shorter ones is left to the
-// rules, which look at every sample.
-constexpr int kLeastSteps = 6;
 // Of the tolerance, by which a shape that was made regular may lie farther from the ink of one of its sides:
 // it is known from all of them. Of 1,537 drawn shapes 21 more come back regular so.
 constexpr double kRegularSlack = 0.4;
@@ -397,10 +394,6 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
     Judge judge(ink, rules, path.scale * priced.closing, path.scale * rules.LineShare() * path.length);
     if (!preferences.GetReduceInkCurveDeviation()) {
         ReadRules(ink, priced, rules, preferences, earlier, judge, reading);
-        return;
-    }
-    if (rules.Count() * kLeastSteps > path.Size()) {
-        rules.Read(false, reading);
         return;
     }
     Readings readings(priced, ink.samples, rules, preferences);

@@ -19,8 +19,6 @@ class RulesReading {
 public:
     RulesReading(const InkStroke& ink, const SketchRecognizerPreferences& preferences);
 
-    int Count() const { return static_cast<int>(pieces_.size()); }
-
     /// Whether the rules saw no other kind of curve in the middle of the ink that it stands for.
     bool SawKindOf(const InterpretedCurve& made) const;
 
