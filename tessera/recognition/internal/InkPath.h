@@ -41,6 +41,9 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 /// The pieces are counted by how much the pen turned, a right angle each, at the widest spacing of points at
 /// which corners lie apart from each other.
 ///
+/// A narrow outline of few pieces (a beam, a channel, up to seventeen times as long as it is broad) is
+/// brought to units in which its breadth takes six points: of four, both corners of an end look like one.
+///
 /// @param samples  those that the path was made from.
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
 
