@@ -53,10 +53,17 @@ struct Search {
 
     bool IsLast(std::size_t piece) const { return piece + 1 == chain.pieces.size(); }
 
+    // Whether one of the pieces runs on over the place where the chain closes.
+    bool RunOnOverSeam(std::size_t first, std::size_t last) const {
+        return chain.isClosed && (first == 0 || IsLast(last)) &&
+               chain.pieces.front().joint != JointSight::Corner;
+    }
+
     // Some of the pieces, not all: these have been asked as a whole.
     bool MayBeOne(std::size_t first, std::size_t last) const {
         const auto isKept = [&](std::size_t i) { return chain.pieces[i].kept != nullptr; };
-        if ((first == 0 && IsLast(last)) || (first > 0 && isKept(first - 1)) ||
+        const bool areAll = first == 0 && IsLast(last);
+        if (areAll || RunOnOverSeam(first, last) || (first > 0 && isKept(first - 1)) ||
             (!IsLast(last) && isKept(last + 1)))
             return false;
         bool hasArc = false;
