@@ -1,8 +1,7 @@
 #include "tessera/recognition/internal/CoarseRound.h"
 
-#include <algorithm>
-#include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "tessera/kernel/internal/EllipseFit.h"
@@ -16,41 +15,35 @@ constexpr std::size_t kMost = 17;   // more make a path that is round enough
 constexpr double kMostStray = 0.02; // root mean square distance of the samples, sizes
 constexpr double kMostOblong = 0.65;
 
-using Samples = std::vector<Vex::Math::Point2>;
-
-double DistanceFrom(const EllipseShape& shape, const Vex::Math::Point2& p) {
-    const Point d(p.x - shape.centre.x, p.y - shape.centre.y);
-    const double u = (std::cos(shape.angle) * d.x + std::sin(shape.angle) * d.y) / shape.a;
-    const double v = (std::cos(shape.angle) * d.y - std::sin(shape.angle) * d.x) / shape.b;
-    const double slope = 2.0 * std::hypot(u / shape.a, v / shape.b);
-    return (u * u + v * v - 1.0) / std::max(slope, 1e-9);
-}
-
-// Distances from the circle or the ellipse, if all samples lie on it.
-bool LieOn(const EllipseShape& shape, const Samples& pts, std::vector<double>& distance) {
+// Nothing unless the samples lie on the circle or the ellipse, but for what a hand strays.
+std::optional<EllipseEvidence> IfOn(const EllipseShape& shape, const InkPath& samples) {
+    EllipseEvidence beside =
+        EvidenceBeside(samples, {shape.centre.x, shape.centre.y}, shape.a, shape.b, shape.angle);
     double sumSq = 0.0;
-    distance.clear();
-    for (const Vex::Math::Point2& p : pts) {
-        distance.push_back(DistanceFrom(shape, p));
-        sumSq += distance.back() * distance.back();
-    }
-    return sumSq <= kMostStray * kMostStray * static_cast<double>(pts.size());
+    for (const double d : beside.distance)
+        sumSq += d * d;
+    const bool isOn = sumSq <= kMostStray * kMostStray * samples.Size();
+    return isOn ? std::optional<EllipseEvidence>(std::move(beside)) : std::nullopt;
 }
 
 // A circle where that is enough: of samples on one the direct fit of an ellipse may find nothing.
-bool FitSamples(const Samples& pts, EllipseShape& shape, std::vector<double>& distance) {
+std::optional<EllipseEvidence> FitSamples(const InkPath& samples) {
     Moments moments;
-    for (const Vex::Math::Point2& p : pts)
-        moments.Add({p.x, p.y});
-    const CircleFit circle = FitCircle(moments);
-    if (circle.radius > 0.0) {
-        shape = {{circle.centre.x, circle.centre.y}, circle.radius, circle.radius, 0.0};
-        if (LieOn(shape, pts, distance))
-            return true;
+    std::vector<Vex::Math::Point2> pts;
+    for (const Point& p : samples.pts) {
+        moments.Add(p);
+        pts.push_back({p.x, p.y});
     }
+    if (const CircleFit circle = FitCircle(moments); circle.radius > 0.0)
+        if (auto found =
+                IfOn({{circle.centre.x, circle.centre.y}, circle.radius, circle.radius, 0.0}, samples))
+            return found;
     EllipseFitter fitter(pts.data(), static_cast<int>(pts.size()));
-    return fitter.FindStart(&shape) && fitter.Refine(std::numeric_limits<double>::infinity(), &shape) &&
-           shape.a - shape.b <= kMostOblong * shape.a && LieOn(shape, pts, distance);
+    EllipseShape shape;
+    const bool isFound = fitter.FindStart(&shape) &&
+                         fitter.Refine(std::numeric_limits<double>::infinity(), &shape) &&
+                         shape.a - shape.b <= kMostOblong * shape.a;
+    return isFound ? IfOn(shape, samples) : std::nullopt;
 }
 
 } // namespace
@@ -58,17 +51,14 @@ bool FitSamples(const Samples& pts, EllipseShape& shape, std::vector<double>& di
 std::optional<EllipseEvidence> FindCoarseRound(const InkPath& path, std::span<const InkSample> samples) {
     if (samples.size() < kFewest || samples.size() > kMost)
         return std::nullopt;
-    Samples pts;
-    for (const InkSample& s : samples) {
-        const Point p = path.FromModel({s.x, s.y});
-        pts.push_back({p.x, p.y});
-    }
-    EllipseShape shape;
-    std::vector<double> distance;
-    if (!FitSamples(pts, shape, distance))
+    InkPath sampled; // the samples, and nothing between them
+    for (const InkSample& s : samples)
+        sampled.pts.push_back(path.FromModel({s.x, s.y}));
+    const std::optional<EllipseEvidence> fit = FitSamples(sampled);
+    if (!fit)
         return std::nullopt;
-    EllipseEvidence found =
-        EvidenceBeside(path, {shape.centre.x, shape.centre.y}, shape.a, shape.b, shape.angle);
+    const std::vector<double>& distance = fit->distance;
+    EllipseEvidence found = EvidenceBeside(path, fit->centre, fit->a, fit->b, fit->angle);
     for (std::size_t i = 0; i < path.source.size(); ++i) {
         const auto before = static_cast<std::size_t>(path.source[i]);
         const double f = path.source[i] - static_cast<double>(before);
