@@ -140,8 +140,10 @@ public:
         if (ellipse_ && preferences_.GetCurveTidy())
             Offer(FindRoundShape(priced_, *ellipse_, samples_), round_);
         CompareChains(rules);
-        if (rounded_)
+        if (rounded_) {
+            round_.reset();
             return;
+        }
         const bool isLine = !chain_.pieces[0].isArc && IsLoneCurve(priced_, chain_, tolerance_);
         if (ellipse_ && !round_ && !chain_.isClosed && !isLine)
             Offer(FindEllipticArc(priced_, *ellipse_), arc_,
@@ -153,28 +155,24 @@ public:
     }
 
     void ReadBest(std::span<Curve* const> earlier, InkReading& reading) {
-        if (rounded_)
-            ReadRounded(priced_.path, preferences_, rounded_->outline, reading);
-        else if (free_)
+        if (free_)
             ReadFreeShape(priced_, preferences_, earlier, *free_, reading);
         else if (arc_)
             ReadEllipticArc(priced_, preferences_, earlier, *arc_, reading);
         else if (round_)
             AppendRound(priced_.path, *round_, reading);
-        else if (regular_ && preferences_.GetRegularPolygonRecognition())
-            ReadRegular(priced_.path, preferences_, *regular_, reading);
         else
-            ReadChain(ChainInk(), preferences_, earlier, chain_, tolerance_, ChainPieces::AsFound, reading);
+            ReadAgain(preferences_, earlier, reading);
     }
 
     /// A chain or a rounded outline by other preferences than the stroke's; nothing where another shape is
     /// the briefest.
     void ReadAgain(const SketchRecognizerPreferences& preferences, std::span<Curve* const> earlier,
                    InkReading& reading) {
+        if (free_ || arc_ || round_)
+            return;
         if (rounded_)
             ReadRounded(priced_.path, preferences, rounded_->outline, reading);
-        else if (free_ || arc_ || round_)
-            return;
         else if (regular_ && preferences.GetRegularPolygonRecognition())
             ReadRegular(priced_.path, preferences, *regular_, reading);
         else
