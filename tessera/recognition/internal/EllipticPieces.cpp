@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <optional>
 #include <utility>
@@ -45,11 +46,27 @@ Description Without(const Chain& chain, std::size_t first, std::size_t last) {
     return rest;
 }
 
+/// The elliptic arcs over runs of the path, by their first and last points, each fitted once: a search begins
+/// anew for every one that was taken.
+class RunCache {
+public:
+    const std::optional<EllipticRun>& Find(const PricedPath& ink, int first, int last) {
+        const auto [at, isNew] = runs_.try_emplace({first, last});
+        if (isNew)
+            at->second = FindEllipticRun(ink, first, last);
+        return at->second;
+    }
+
+private:
+    std::map<std::pair<int, int>, std::optional<EllipticRun>> runs_;
+};
+
 /// Looks for the elliptic arcs of a chain.
 struct Search {
     const PricedPath& ink;
     const Chain& chain;
     double tolerance;
+    RunCache& runs;
 
     bool IsLast(std::size_t piece) const { return piece + 1 == chain.pieces.size(); }
 
@@ -85,8 +102,8 @@ struct Search {
         best.price += kEllipticRunPrice + LeastJointPrice() * ((first > 0 ? 1 : 0) + (IsLast(last) ? 0 : 1));
         if (LengthOf(ink.path, best) >= most)
             return std::nullopt;
-        const std::optional<EllipticRun> run =
-            FindEllipticRun(ink, chain.pieces[first].first, chain.pieces[last].last);
+        const std::optional<EllipticRun>& run =
+            runs.Find(ink, chain.pieces[first].first, chain.pieces[last].last);
         if (!run || run->farthest > tolerance)
             return std::nullopt;
         made.run = *run;
@@ -214,7 +231,8 @@ std::unique_ptr<InterpretedCurve> Take(const PricedPath& ink, bool mayJoin, Subs
 std::vector<std::unique_ptr<InterpretedCurve>> TakeEllipticPieces(const PricedPath& ink, double tolerance,
                                                                   double margin, bool mayJoin, Chain& chain) {
     std::vector<std::unique_ptr<InterpretedCurve>> kept;
-    while (std::optional<Substitute> best = Search{ink, chain, tolerance}.FindBest(margin))
+    RunCache runs;
+    while (std::optional<Substitute> best = Search{ink, chain, tolerance, runs}.FindBest(margin))
         kept.push_back(Take(ink, mayJoin, *best, chain));
     return kept;
 }
