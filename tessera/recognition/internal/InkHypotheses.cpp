@@ -390,7 +390,9 @@ void ReadByHypotheses(const InkStroke& ink, PricedPath& priced,
         priced.pace = PaceAlong(path, ink.samples);
     priced.closing = rules.ClosingShare(path.scale * path.length) * path.closingLength;
     Judge judge(ink, rules, path.scale * priced.closing, path.scale * rules.LineShare() * path.length);
-    if (!preferences.GetReduceInkCurveDeviation()) {
+    // Where the rules find nothing, as of two samples by tolerances that are shares of the length, the
+    // hypotheses do.
+    if (!preferences.GetReduceInkCurveDeviation() && !rules.Curves(false).empty()) {
         ReadRules(ink, priced, rules, preferences, earlier, judge, reading);
         return;
     }
