@@ -233,6 +233,16 @@ TEST(ConstraintInference, BundlesStayApart) {
               2500 * std::sin(4.3 * kPi / 180));
 }
 
+// However narrow, a wall keeps its two sides.
+TEST(ConstraintInference, SidesOfAWallStayApart) {
+    for (const double gap : {0.3, 0.9, 1.6}) {
+        const CurveList wall = List(MakeLine(0, 0, 80, 20), MakeLine(80 - gap, 20 + 4 * gap, -gap, 4 * gap));
+        const InferredConstraints inferred = InferConstraints(Borrow(wall), Zone());
+        EXPECT_NEAR(inferred.adjusted[0]->DistanceBounded(inferred.adjusted[1]->GetMidPoint()),
+                    std::sqrt(17.0) * gap, 0.1 * gap);
+    }
+}
+
 // Just inside and just outside of what each kind allows.
 TEST(ConstraintInference, LimitsOfEachKind) {
     const auto circle = [](double x, double y, double r) { return MakeCircle({x, y}, r); };

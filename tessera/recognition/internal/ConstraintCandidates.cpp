@@ -1,6 +1,7 @@
 #include "tessera/recognition/internal/ConstraintCandidates.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "tessera/recognition/internal/ConstraintDeviation.h"
 
@@ -46,6 +47,35 @@ double PriorOf(ConstraintKind_e kind) {
     return 0.0;
 }
 
+/// Whether two lines, or two arcs, are parallel from end to end, as the sides of a wall.
+bool AreSides(const SketchParameters& sketch, int a, int b, double zone) {
+    constexpr double kSlack = 0.1; // zones
+    const SketchShape shape = sketch.At(a).shape;
+    if (a == b || shape != sketch.At(b).shape || (shape != SketchShape::Line && shape != SketchShape::Arc))
+        return false;
+    const double gap = sketch.Original(a).GetMidPoint().Distance(sketch.Original(b).GetMidPoint());
+    if (gap > 2.0 * zone) // each gives way by half of it
+        return false;
+    const auto isGap = [&](SnapPointType_e end, SnapPointType_e other) {
+        return std::fabs(sketch.At(a, end).Distance(sketch.At(b, other)) - gap) <= kSlack * zone;
+    };
+    return (isGap(SnapPointType_Start, SnapPointType_Start) && isGap(SnapPointType_End, SnapPointType_End)) ||
+           (isGap(SnapPointType_Start, SnapPointType_End) && isGap(SnapPointType_End, SnapPointType_Start));
+}
+
+/// Whether a constraint would make two sides one curve. Ends that are one point stay so.
+bool WouldMergeSides(const SketchParameters& sketch, const InferredConstraint& c, double zone) {
+    constexpr double kSamePoint = 1e-9; // zones
+    if (c.kind != ConstraintKind_Coincident && c.kind != ConstraintKind_Collinear &&
+        c.kind != ConstraintKind_PointOnCurve)
+        return false;
+    const SketchElement& a = c.elements[0];
+    const SketchElement& b = c.elements[1];
+    return AreSides(sketch, a.curve, b.curve, zone) &&
+           (c.kind != ConstraintKind_Coincident ||
+            sketch.At(a.curve, a.point).Distance(sketch.At(b.curve, b.point)) > kSamePoint * zone);
+}
+
 } // namespace
 
 CandidateList::CandidateList(const SketchParameters& s, const ConstraintOptions& o) : sketch(s), options(o) {
@@ -89,7 +119,7 @@ void CandidateList::Propose(ConstraintKind_e kind, std::initializer_list<SketchE
     c.elementCount = static_cast<int>(elements.size());
     std::copy(elements.begin(), elements.end(), c.elements.begin());
     const double deviation = DeviationOf(c, sketch, options);
-    if (!(deviation <= kDeviationLimit))
+    if (!(deviation <= kDeviationLimit) || WouldMergeSides(sketch, c, options.toleranceZone))
         return;
     c.confidence = ConfidenceOf(deviation);
     candidate.strength = PriorOf(kind) + bonus - 0.5 * deviation * deviation;

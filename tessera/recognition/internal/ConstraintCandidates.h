@@ -33,7 +33,8 @@ class CandidateList {
 public:
     CandidateList(const SketchParameters& sketch, const ConstraintOptions& options);
 
-    /// Adds the constraint with its confidence unless its kind is off or the sketch is too far from it.
+    /// Adds the constraint with its confidence unless its kind is off or the sketch is too far from it, and
+    /// unless it would make one curve of two that run side by side from end to end: those of a wall.
     void Propose(ConstraintKind_e kind, std::initializer_list<SketchElement> elements, int side = 0,
                  double bonus = 0.0);
     /// How close a point must come to be joined: the zone, less at curves that the zone could swallow.
