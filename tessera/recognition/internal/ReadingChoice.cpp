@@ -20,16 +20,11 @@ constexpr double kRectangleSaving = 3.0; // five instead of eight
 // Three sides like these are meant as a bracket, even where the back is kinked by up to 30 degrees: measured
 // on 120 drawn ones, of which four more are read as such, while five poly-lines of 1,600 are taken for one.
 constexpr double kBracketSaving = 7.0;
-constexpr double kMeantBowPrice = 2.0; // of a line that was meant as an arc
-constexpr double kDeeSaving = 2.0;     // five instead of seven
-constexpr double kLeastCorner = 0.5;   // cosine of 60 degrees
-constexpr double kMostBow = 0.16;      // sagitta of a straight side over its length
-// Of a side's length: a careful hand's root mean square distance from its sides, bows taken out, and the
-// sagitta that such a hand means. Of 985 drawn triangles and quadrilaterals none has both.
-constexpr double kCarefulStray = 0.004;
-constexpr double kMeantBow = 0.1;
-constexpr double kBowStray = 0.2 * kMeantBow; // root mean square of the distances: a bow has 0.3 sagittas
-constexpr double kDoubtfulCorner = 2.0;       // price from which a joint is hardly a corner
+constexpr double kMeantBowPrice = 2.0;  // of a line that was meant as an arc
+constexpr double kDeeSaving = 2.0;      // five instead of seven
+constexpr double kLeastCorner = 0.5;    // cosine of 60 degrees
+constexpr double kMostBow = 0.16;       // sagitta of a straight side over its length
+constexpr double kDoubtfulCorner = 2.0; // price from which a joint is hardly a corner
 // The same between two lines that turn less than that, in radians: a shallow wave looks like these. Where the
 // pace of the pen is known the pen must have slowed down, else the ink must turn nearly at once.
 constexpr double kShallowTurn = 1.2;
@@ -69,30 +64,6 @@ bool IsRectangle(const Chain& lines) {
             return false;
     }
     return true;
-}
-
-// Whether the ink of a side strays from its line as far as that of a bow.
-bool MayBow(const PricedPath& ink, const ChainPiece& side) {
-    const int points = PointsIn(ink, side);
-    const double least = kBowStray * ink.path.step * points;
-    return side.line.sumSq > least * least * points;
-}
-
-// Whether a side is bowed that a careful hand drew, and so was meant as an arc.
-bool HasMeantBow(const PricedPath& ink, const Chain& lines) {
-    const auto mayBow = [&](const ChainPiece& side) { return MayBow(ink, side); };
-    if (std::none_of(lines.pieces.begin(), lines.pieces.end(), mayBow))
-        return false;
-    double bow = 0.0;
-    for (const ChainPiece& side : lines.pieces) {
-        const RunFits fits = FitRun(ink, side.first, side.last, 0.0);
-        const double left = fits.hasArc ? std::min(fits.line.sumSq, fits.circle.sumSq) : fits.line.sumSq;
-        if (std::sqrt(left / PointsIn(ink, side)) > kCarefulStray * fits.length)
-            return false;
-        if (fits.hasArc)
-            bow = std::max(bow, fits.BowOfLine());
-    }
-    return bow > kMeantBow;
 }
 
 bool HasBend(const Chain& chain) {
