@@ -133,11 +133,11 @@ TEST(ConvertDrawing, OptionsReachTheEntry) {
         {"no constraints", 5, 0, false, [](auto& o) { o.constraintKinds = 0; }},
         {"one kind", 5, 5, false, [](auto& o) { o.constraintKinds = 1; }},
         {"without that kind", 5, 0, true, [](auto& o) { o.constraintKinds = ~1u; }},
-        {"no snapping", 5, 4, true, [&](auto& o) { loosen(o); }},
+        {"no snapping", 5, 5, true, [&](auto& o) { loosen(o); }},
         {"no snapping, fine zone", 5, 0, true,
          [&](auto& o) {
              loosen(o);
-             o.toleranceZone = 1.0;
+             o.toleranceZone = 0.1;
          }},
         {"no snapping, small ink", 5, 5, true,
          [&](auto& o) {
