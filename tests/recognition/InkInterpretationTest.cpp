@@ -63,6 +63,7 @@ TEST(InkInterpretation, TellsPlainShapes) {
         {"beam", DrawThrough({{0, 0}, {180, 90}, {173, 104}, {-7, 14}}, true), InkShape::Rectangle, 4, 4},
         {"narrow bracket", DrawThrough({{0, 0}, {200, 0}, {200, 14}, {0, 14}}, false), InkShape::Polyline, 3,
          2},
+        {"jog", DrawThrough({{0, 0}, {200, 0}, {200, 30}, {400, 30}}, false), InkShape::Polyline, 3, 2},
         {"forth and back", DrawThrough({{0, 0}, {200, 0}, {200, 8}, {0, 8}}, false), InkShape::Line, 1, 0},
         {"circle", DrawRound(50, 50, 365), InkShape::Circle, 1, 0},
         {"circle that drifts", DrawRound(50, 50, 350, 0.15), InkShape::Circle, 1, 0},

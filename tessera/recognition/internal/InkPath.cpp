@@ -37,6 +37,11 @@ constexpr double kBreadth = 0.56;      // eight points
 constexpr double kLeastBreadth = 0.19; // of less both sides are one line
 constexpr double kThereAndBack = 5.9;  // length of ink that covers its extent 1.7 times
 
+// Two corners close together, one to the left and one to the right: of lines with a jog of a tenth to a fifth
+// of their length 68 % of careful hands' come back, without a finer spacing 31 %.
+constexpr int kJogReach = 2;     // points to either side over which the pen's turning is followed
+constexpr double kJogTurn = 0.8; // radians that no tremor turns one way within a corner
+
 struct Centred {
     std::vector<Point> pts;    // relative to the first sample, repeated positions left out
     std::vector<double> index; // of each in the ink
@@ -166,6 +171,33 @@ double HiddenShare(const std::vector<Point>& pts, double step) {
     return static_cast<double>(hidden) / n;
 }
 
+// Whether the pen turns both ways in a bend too long for one corner: two corners that are not seen apart.
+bool HasJog(const InkPath& path) {
+    const auto at = [&](int i) { return path.pts[static_cast<std::size_t>(i)]; };
+    const double least = kBent * 2.0 * kReach * path.step;
+    int run = 0;
+    double heading = 0.0;
+    double lowest = 0.0;
+    double highest = 0.0;
+    double left = 0.0; // the most that the pen turned that way in the run
+    double right = 0.0;
+    for (int i = kReach; i < path.Size() - kReach; ++i) {
+        if (at(i - kReach).Distance2(at(i + kReach)) >= least * least) {
+            run = 0;
+            heading = lowest = highest = left = right = 0.0;
+            continue;
+        }
+        heading += SignedAngle(at(i) - at(i - kJogReach), at(i + kJogReach) - at(i)) / kJogReach;
+        lowest = std::min(lowest, heading);
+        highest = std::max(highest, heading);
+        left = std::max(left, heading - lowest);
+        right = std::max(right, highest - heading);
+        if (++run > 2 * kReach && std::min(left, right) > kJogTurn)
+            return true;
+    }
+    return false;
+}
+
 // Pieces of the drawing, by how much the pen turned; 0 when it mostly turned back at once, as tremor does.
 int CountPieces(const std::vector<Point>& pts) {
     double turned = 0.0;
@@ -192,19 +224,25 @@ int CountPieces(const std::vector<Point>& pts) {
     return firmly < kFirmShare * turned ? 0 : static_cast<int>(turned / kTurnOfPiece) + 1;
 }
 
-// The same at the spacing at which all of them are seen; 0 for ink so rough or so sparse that there is none.
-int CountPieces(const Centred& distinct, int n) {
+struct PieceCount {
+    int pieces = 0;
+    int points = 0; // along the path, between which all of them are seen
+};
+
+// The same at the widest spacing at which all of them are seen, of n points and more; no pieces for ink so
+// rough or so sparse that there is none.
+PieceCount CountPieces(const Centred& distinct, int n) {
     const Centred thin = Thin(distinct);
     if (thin.pts.size() < 2)
-        return 0;
+        return {};
     const double finest = kFinest * thin.at.back() / static_cast<double>(distinct.pts.size());
     for (;; n = static_cast<int>(kRatio * n)) {
         const double step = thin.at.back() / (n - 1);
         if (n > kMostFine || step < finest)
-            return 0;
+            return {};
         const std::vector<Point> pts = Resample(thin, n).pts;
         if (HiddenShare(pts, step) <= kMostHidden)
-            return CountPieces(pts);
+            return {CountPieces(pts), n};
     }
 }
 
@@ -260,13 +298,15 @@ InkPath FitToPieces(std::span<const InkSample> samples, InkPath path) {
         LayOut(distinct, unit * path.scale, kMostFine, path);
         path.origin += first;
     };
-    const int pieces = CountPieces(distinct, path.Size());
+    const auto [pieces, points] = CountPieces(distinct, path.Size());
     if (pieces >= kManyPieces && path.length < kMeanPiece * pieces) {
         layOut(path.length * std::max(1.0 / (kMeanPiece * pieces), kStep / kMostFine));
         path.closingLength = kFewPieces * kMeanPiece;
     } else if (const double breadth = BreadthOf(path);
                path.length > kThereAndBack && breadth > kLeastBreadth && breadth < kBreadth) {
         layOut(breadth / kBreadth);
+    } else if (pieces > 0 && points > path.Size() && HasJog(path)) {
+        layOut(static_cast<double>(path.Size()) / points);
     }
     return path;
 }

@@ -43,6 +43,7 @@ InkPath MakeInkPath(std::span<const InkSample> samples);
 ///
 /// A narrow outline of few pieces (a beam, a channel, up to seventeen times as long as it is broad) is
 /// brought to units in which its breadth takes eight points: of four, both corners of an end look like one.
+/// Lines with a jog are brought to units in which its two corners lie apart.
 ///
 /// @param samples  those that the path was made from.
 InkPath FitToPieces(std::span<const InkSample> samples, InkPath path);
