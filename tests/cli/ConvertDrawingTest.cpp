@@ -134,10 +134,10 @@ TEST(ConvertDrawing, OptionsReachTheEntry) {
         {"one kind", 5, 5, false, [](auto& o) { o.constraintKinds = 1; }},
         {"without that kind", 5, 0, true, [](auto& o) { o.constraintKinds = ~1u; }},
         {"no snapping", 5, 5, true, [&](auto& o) { loosen(o); }},
-        {"no snapping, fine zone", 5, 0, true,
+        {"no snapping, fine zone", 5, 1, true,
          [&](auto& o) {
              loosen(o);
-             o.toleranceZone = 0.1;
+             o.toleranceZone = 1.0;
          }},
         {"no snapping, small ink", 5, 5, true,
          [&](auto& o) {

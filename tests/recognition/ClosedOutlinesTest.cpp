@@ -104,7 +104,7 @@ std::vector<Family> Families() {
         {"lens", "|A|A", 0.97, 0.90, OutlineThrough({{{0, 0}, 80}, {{130, 0}, 80}})},
         {"leaf", "|A|A", 0.97, 0.90, OutlineThrough({{{0, 0}, 110}, {{130, 0}, 110}})},
         {"crescent", "|A|A", 0.97, 0.93, OutlineThrough({{{0, 0}, 220}, {{130, 0}, -100}})},
-        {"half disc", "|L|A", 0.97, 0.94, OutlineThrough({{{0, 0}, 0}, {{130, 0}, 180}})},
+        {"half disc", "|L|A", 0.97, 0.95, OutlineThrough({{{0, 0}, 0}, {{130, 0}, 180}})},
         {"quarter", "|L|A|L", 0.90, 0.85, OutlineThrough({{{0, 0}, 0}, {{100, 0}, 90}, {{0, 100}, 0}})},
         {"mouth", "|L|A|L", 0.97, 0.92,
          OutlineThrough({{{0, 0}, 0}, {{60 * h, 30}, 300}, {{60 * h, -30}, 0}})},

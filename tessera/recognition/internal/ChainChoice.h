@@ -10,8 +10,8 @@ namespace Tessera::Geometry {
 /// The briefest chain, the first of equals, with exact tangent joints where these may matter. A lone line or
 /// arc that strays beyond the tolerance is taken only where there is nothing else.
 ///
-/// @param found      chains that the rules found: they must be clearly briefer than the search's of the same
-///                   kinds.
+/// @param found      chains that the rules found: they must be briefer, of lines clearly, than the search's
+///                   of the same kinds.
 /// @param mayClose   whether ends that meet are closed.
 /// @param tolerance  sizes.
 /// @param rival      length of a description that the chain competes with.

@@ -107,9 +107,7 @@ bool IsSimplePolygon(const Chain& chain) {
 // A closed chain that nobody means: all arcs that do not all meet in clear corners, or with a joint at which
 // the ink bends on.
 bool IsDoubtful(const Chain& chain) {
-    const auto bendsOn = [](const ChainPiece& p) { return p.joint == JointSight::Bend; };
-    return (AreArcs(chain) && !ShowsAllCorners(chain)) ||
-           std::any_of(chain.pieces.begin(), chain.pieces.end(), bendsOn);
+    return (AreArcs(chain) && !ShowsAllCorners(chain)) || HasBend(chain);
 }
 
 SketchRecognizerPreferences WithoutAxes(SketchRecognizerPreferences preferences) {

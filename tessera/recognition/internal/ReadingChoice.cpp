@@ -66,11 +66,6 @@ bool IsRectangle(const Chain& lines) {
     return true;
 }
 
-bool HasBend(const Chain& chain) {
-    return std::any_of(chain.pieces.begin(), chain.pieces.end(),
-                       [](const ChainPiece& piece) { return piece.joint == JointSight::Bend; });
-}
-
 bool IsQuadrilateral(const Chain& chain) {
     return chain.pieces.size() == 4 && AreLines(chain);
 }
@@ -129,6 +124,11 @@ std::optional<Chain> AsBracket(const PricedPath& ink, const Chain& chain) {
 bool HasCorner(const Chain& chain) {
     return std::any_of(chain.pieces.begin() + 1, chain.pieces.end(),
                        [](const ChainPiece& piece) { return piece.joint == JointSight::Corner; });
+}
+
+bool HasBend(const Chain& chain) {
+    return std::any_of(chain.pieces.begin(), chain.pieces.end(),
+                       [](const ChainPiece& piece) { return piece.joint == JointSight::Bend; });
 }
 
 bool ShowsCorner(const PricedPath& ink, const Chain& chain) {

@@ -25,4 +25,7 @@ bool ShowsAllCorners(const Chain& chain);
 /// Whether an open chain has a corner, shown or not.
 bool HasCorner(const Chain& chain);
 
+/// Whether the ink only bends at a joint of a chain: its pieces do not fit each other there.
+bool HasBend(const Chain& chain);
+
 } // namespace Tessera::Geometry
